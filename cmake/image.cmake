@@ -1,0 +1,40 @@
+# korvane.efi: a freestanding UEFI application.
+#
+# -mabi=sysv keeps the System V calling convention inside the image, where a two-word Value travels in
+# registers; only calls into the firmware use the Microsoft convention (EFIAPI). With that option the compiler
+# no longer defines _WIN64, which the C headers beneath the standard library need for their 64-bit types.
+file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cpp)
+
+add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
+target_include_directories(korvane.efi PRIVATE ${CMAKE_SOURCE_DIR}/src)
+target_link_libraries(korvane.efi PRIVATE korvane_warnings)
+target_compile_definitions(korvane.efi PRIVATE _WIN64 KORVANE_FREESTANDING)
+target_compile_options(
+  korvane.efi
+  PRIVATE -O2
+          -ffreestanding
+          -fno-exceptions
+          -fno-rtti
+          -fno-threadsafe-statics
+          -fno-asynchronous-unwind-tables
+          -fno-strict-aliasing
+          -fno-ident
+          -ffp-contract=off
+          -mabi=sysv
+          -mno-red-zone
+          -mno-stack-arg-probe
+          -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+target_link_options(
+  korvane.efi
+  PRIVATE -nostdlib
+          -s
+          -Wl,--subsystem,10
+          -Wl,-e,_ModuleEntryPoint
+          -Wl,--dynamicbase
+          -Wl,--no-insert-timestamp)
+
+add_custom_command(
+  TARGET korvane.efi
+  POST_BUILD
+  COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:korvane.efi> ${CMAKE_SOURCE_DIR}/build/korvane.efi
+  COMMAND sh -c "echo korvane.efi: $(wc -c < '$<TARGET_FILE:korvane.efi>') bytes")

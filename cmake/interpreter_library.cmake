@@ -1,0 +1,8 @@
+# The interpreter's own sources as a native library, entered through the same entry point as the image: unit
+# tests, fuzzers and the sanitizers work on this build.
+file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cpp)
+
+add_library(interpreter STATIC ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
+target_include_directories(interpreter PUBLIC ${CMAKE_SOURCE_DIR}/src)
+target_link_libraries(interpreter PRIVATE korvane_warnings)
+target_compile_options(interpreter PRIVATE -fno-exceptions -fno-rtti -fno-strict-aliasing -ffp-contract=off)
