@@ -36,5 +36,4 @@ target_link_options(
 add_custom_command(
   TARGET korvane.efi
   POST_BUILD
-  COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:korvane.efi> ${CMAKE_SOURCE_DIR}/build/korvane.efi
-  COMMAND sh -c "echo korvane.efi: $(wc -c < '$<TARGET_FILE:korvane.efi>') bytes")
+  COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:korvane.efi> ${CMAKE_SOURCE_DIR}/build/korvane.efi)
