@@ -1,0 +1,71 @@
+// The program store: the stored lines as text, in ascending order of their numbers, with a sorted index and a cache
+// of each line's token array.
+//
+// Line records are packed from CODEBASE upward:
+//   offset 0   u32  line number
+//   offset 4   u32  text length n, 0 to 244
+//   offset 8   n    the text as typed, after its number and the blanks behind the number
+//   offset 8+n 1    zero byte
+//   ...             padding to a multiple of 4
+// The token cache follows the last record, rounded up to a multiple of 8, and grows toward CODEEND. String tokens
+// point into the line text, so every change of the program empties the whole cache; it fills again as lines run.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+#include "core/token.h"
+
+namespace korvane {
+
+inline constexpr std::uint32_t max_program_lines = 65536;
+inline constexpr std::uint32_t max_line_text = 244;
+
+struct LineEntry {
+    std::uint32_t number;
+    std::uint8_t* record;       // line record in the program arena
+    Token* tokens;              // cached token array, or null when not tokenized since the last change
+    std::uint32_t token_count;  // records in it
+};
+
+struct ProgramStore {
+    std::uint32_t count;         // stored lines
+    std::uint8_t* write;         // first byte after the last record
+    std::uint8_t* cache_start;   // token cache, or null until the first line is cached after a change
+    std::uint8_t* cache_end;
+    LineEntry lines[max_program_lines];
+};
+extern ProgramStore program;
+
+// The text of the line at `index`, without its number.
+std::string_view line_text(std::uint32_t index);
+
+// Inserts, replaces or, with an empty text, deletes a line. Raises "Line too long" or "Program too large"; a failed
+// store leaves the program as it was. Clears can-continue.
+void store_line(std::uint32_t number, std::string_view text);
+
+// Removes the line at `index` and empties the token cache.
+void delete_line_at(std::uint32_t index);
+
+// The index of the line with exactly this number, or direct_line when there is none.
+std::uint32_t find_line(std::uint32_t number);
+
+// The index of the first line whose number is at least `number`; program.count when there is none.
+std::uint32_t first_line_from(std::uint64_t number);
+
+// Empties the program. Variables are not touched.
+void clear_program();
+
+// Drops every cached token array.
+void empty_token_cache();
+
+// Makes the token array of the line current (execution.tokens), from the cache or by tokenizing. A tokenizing
+// error is raised with its line set to this line's number.
+void prepare_line(std::uint32_t index);
+
+// Transfers control to the first statement of the line with this number. Raises "Undefined line number" when the
+// number is above 4,294,967,294, negative, or not in the program.
+void jump_to_line(std::int64_t number);
+
+}  // namespace korvane

@@ -1,0 +1,61 @@
+// Token records: the unit of a tokenized line.
+//
+// A line of program text is cut once into an array of 64-byte records ending with an END_OF_LINE record; every
+// statement handler and the evaluator walk these records, one record a step. The arrays live in the token cache
+// of the program arena and can be looked at with PEEK, so kind, value type and payload stay as the tokenizer wrote
+// them; the spare bytes, the unused part of a payload and the lookup cache carry what the interpreter has learned
+// about the token (see the members).
+#pragma once
+
+#include <cstdint>
+
+#include "values/value.h"
+
+namespace korvane {
+
+// What a token is. Punctuation is its own character code; keywords are listed in core/keywords.h.
+enum TokenKind : std::uint8_t {
+    END_OF_LINE = 0,
+    NUMBER = 1,
+    STRING_LITERAL = 2,
+    IDENTIFIER = 3,
+};
+
+inline constexpr int max_tokens_per_line = 127;           // the end record not counted
+inline constexpr int max_token_records = max_tokens_per_line + 1;
+inline constexpr int name_capacity = 40;                  // bytes of a name with its terminating zero
+inline constexpr int max_identifier_characters = 37;      // before the type suffix
+
+struct Token {
+    std::uint8_t kind;
+    Type value_type;               // of a NUMBER
+    std::uint8_t resolution;       // what an IDENTIFIER was found to be; owned by the evaluator
+    std::uint8_t spare;
+    std::uint32_t generation;      // clear generation at which `cached` was taken
+    union {
+        struct {
+            union {
+                std::int64_t integer;
+                double real;
+            };
+            double as_double;      // a NUMBER's value as a double, whatever its type
+        } number;
+        struct {
+            const std::uint8_t* bytes;  // first character, inside the line's own text
+            std::uint32_t length;
+        } string;
+        char name[name_capacity];  // upper case, with type suffix, zero-padded
+        std::uint8_t payload[40];
+    };
+    // Lookup cache. The tokenizer clears it; a reference in it is trusted only while `generation` is current.
+    void* cached;
+    std::uint64_t cached_extra;
+};
+static_assert(sizeof(Token) == 64);
+static_assert(__builtin_offsetof(Token, payload) == 8);
+static_assert(__builtin_offsetof(Token, cached) == 48);
+
+// A position in a token array. Handlers and evaluator advance it past what they read.
+using Cursor = Token*;
+
+}  // namespace korvane

@@ -1,0 +1,101 @@
+// Variables and arrays: one table of at most 4096 entries, searched by name in creation order.
+//
+// Scalars and arrays are separate name spaces. Reading never creates an entry; assignment, INPUT, READ, FOR and the
+// like do. Only ERASE and CHAIN remove entries.
+#pragma once
+
+#include <cstdint>
+#include <span>
+
+#include "core/token.h"
+#include "values/value.h"
+
+namespace korvane {
+
+inline constexpr std::uint32_t max_variables = 4096;
+inline constexpr int max_dimensions = 4;
+
+struct VariableEntry {
+    char name[name_capacity];  // with its type suffix, at most 39 characters, zero-padded
+    Type type;                 // fixed at creation
+    std::uint8_t flags;        // bit 0: array
+    std::uint8_t reserved[6];
+    union {
+        std::uint8_t storage[16];  // a scalar's value in its stored width
+        struct ArrayBlock* array;
+    };
+
+    bool is_array() const { return (flags & 1) != 0; }
+};
+static_assert(sizeof(VariableEntry) == 64);
+static_assert(__builtin_offsetof(VariableEntry, storage) == 48);
+
+// An array block in the data arena: this head, `dimensions` upper bounds, then the elements in row-major order.
+struct ArrayBlock {
+    std::uint64_t dimensions;  // 1 to 4
+    std::int64_t bounds[];     // upper bound of each dimension, in the order written in DIM
+
+    std::uint8_t* elements() { return reinterpret_cast<std::uint8_t*>(bounds + dimensions); }
+};
+static_assert(sizeof(ArrayBlock) == 8);
+
+struct Variables {
+    VariableEntry* table;      // VARTABLE
+    std::uint32_t count;
+    std::int64_t array_base;   // 0 or 1
+    bool arrays_exist;
+    Type default_types[26];    // of unsuffixed names, by first letter
+};
+extern Variables variables;
+
+// A place that holds a datum: a scalar's storage or an array element.
+struct Reference {
+    std::uint8_t* storage;  // null after an error
+    Type type;
+};
+
+// Start of a fresh life: empties table and default types, takes the arena boundaries back, increments the clear
+// generation, clears the pending error. The common core of CLEAR, RUN, NEW and LOAD. Returns the new FREETOP.
+std::uint8_t* clear_variables();
+
+// The type of a variable of this name: by suffix, else by first letter.
+Type type_of_name(const char* name);
+
+// All default types back to DOUBLE.
+void reset_default_types();
+
+VariableEntry* find_variable(const char* name, bool is_array);
+
+// Appends an entry; raises "Too many variables" and gives null when the table is full.
+VariableEntry* create_variable(const char* name, bool is_array);
+
+// The scalar of the name at the cursor, found or created; skips the name. Null after an error.
+VariableEntry* find_or_create_scalar(Cursor& cursor);
+
+// Elements of an array entry, and the bytes of its data area.
+std::uint64_t element_count(const VariableEntry& entry);
+
+// Parses "(" subscripts ")" and gives the element's address, or null after an error.
+std::uint8_t* element_address(VariableEntry& entry, Cursor& cursor);
+
+// The array named at the cursor (a bare name), as PUT, GET and the like take it. Raises "Expected array" when
+// there is no name and "Array not dimensioned" when there is no such array. Skips the name.
+VariableEntry* expect_array(Cursor& cursor);
+
+// A variable or array element to be written: a new scalar is created. Raises "Expected variable", "Array not
+// dimensioned", subscript errors, "Too many variables"; a system variable's name is "Illegal function call".
+Reference resolve_reference(Cursor& cursor);
+
+// The datum at a place. A STRING refers to the variable's own bytes.
+Value load(const Reference& reference);
+
+// Stores with conversion to the place's type. Raises "Overflow", "Type mismatch", "Out of string space"; a failed
+// store leaves the place unchanged. A string's bytes are copied into fresh string space.
+void store(const Reference& reference, const Value& value);
+
+void do_dim(Cursor& cursor);
+void do_erase(Cursor& cursor);
+void do_option(Cursor& cursor);
+void do_deftype(Cursor& cursor);
+
+}  // namespace korvane
