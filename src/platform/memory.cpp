@@ -1,0 +1,88 @@
+// The memory functions that the compiler calls behind the program's back. Blocks of 16 bytes and more go through
+// vector registers; string instructions would be as fast on some processors and slow on others.
+#ifdef KORVANE_FREESTANDING
+
+#include <cstddef>
+#include <cstdint>
+
+namespace {
+
+typedef long long Vector __attribute__((vector_size(16), aligned(1), may_alias));
+constexpr std::size_t vector_size = sizeof(Vector);
+constexpr std::size_t block_size = 4 * vector_size;
+
+}  // namespace
+
+// The compiler must not recognise these loops and turn them into calls of the functions they implement.
+#define NO_LOOP_IDIOMS __attribute__((optimize("no-tree-loop-distribute-patterns")))
+
+extern "C" {
+
+NO_LOOP_IDIOMS void* memcpy(void* destination, const void* source, std::size_t count) {
+    auto* to = static_cast<std::uint8_t*>(destination);
+    auto* from = static_cast<const std::uint8_t*>(source);
+    while (count >= block_size) {
+        const Vector a = reinterpret_cast<const Vector*>(from)[0];
+        const Vector b = reinterpret_cast<const Vector*>(from)[1];
+        const Vector c = reinterpret_cast<const Vector*>(from)[2];
+        const Vector d = reinterpret_cast<const Vector*>(from)[3];
+        reinterpret_cast<Vector*>(to)[0] = a;
+        reinterpret_cast<Vector*>(to)[1] = b;
+        reinterpret_cast<Vector*>(to)[2] = c;
+        reinterpret_cast<Vector*>(to)[3] = d;
+        to += block_size;
+        from += block_size;
+        count -= block_size;
+    }
+    while (count >= vector_size) {
+        *reinterpret_cast<Vector*>(to) = *reinterpret_cast<const Vector*>(from);
+        to += vector_size;
+        from += vector_size;
+        count -= vector_size;
+    }
+    while (count-- != 0) *to++ = *from++;
+    return destination;
+}
+
+NO_LOOP_IDIOMS void* memmove(void* destination, const void* source, std::size_t count) {
+    auto* to = static_cast<std::uint8_t*>(destination);
+    auto* from = static_cast<const std::uint8_t*>(source);
+    // Each block is read whole before it is written, so a copy upward in memory is safe for a lower destination.
+    if (to <= from || to >= from + count) return memcpy(destination, source, count);
+    to += count;
+    from += count;
+    while (count >= vector_size) {
+        to -= vector_size;
+        from -= vector_size;
+        *reinterpret_cast<Vector*>(to) = *reinterpret_cast<const Vector*>(from);
+        count -= vector_size;
+    }
+    while (count-- != 0) *--to = *--from;
+    return destination;
+}
+
+NO_LOOP_IDIOMS void* memset(void* destination, int byte, std::size_t count) {
+    auto* to = static_cast<std::uint8_t*>(destination);
+    const auto pattern = static_cast<long long>(0x0101010101010101ULL * static_cast<std::uint8_t>(byte));
+    const Vector filler = {pattern, pattern};
+    while (count >= vector_size) {
+        *reinterpret_cast<Vector*>(to) = filler;
+        to += vector_size;
+        count -= vector_size;
+    }
+    while (count-- != 0) *to++ = static_cast<std::uint8_t>(byte);
+    return destination;
+}
+
+NO_LOOP_IDIOMS int memcmp(const void* left, const void* right, std::size_t count) {
+    auto* a = static_cast<const std::uint8_t*>(left);
+    auto* b = static_cast<const std::uint8_t*>(right);
+    for (; count != 0; --count, ++a, ++b) {
+        if (*a != *b) return *a < *b ? -1 : 1;
+    }
+    return 0;
+}
+
+}  // extern "C"
+
+#endif
