@@ -1,0 +1,138 @@
+// The one path from a BASIC file name to a firmware file handle.
+//
+// Every file that the interpreter touches lives on one volume: the volume from which its own image was
+// loaded. There are no drive letters and no mounting; relative names start at the current directory when
+// CHDIR has set one, else at the volume's root, and the firmware resolves them.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "core/token.h"
+#include "platform/uefi.h"
+
+namespace korvane {
+
+// Owns a firmware file handle; closes it when it goes out of scope.
+//
+// The transfers return false when the firmware reports an error; a warning counts as success except for
+// remove(), where it means that the file is still there. On an empty handle every operation fails.
+class FileHandle {
+  public:
+    FileHandle() = default;
+    explicit FileHandle(uefi::FileProtocol* protocol) : protocol_(protocol) {}
+    FileHandle(FileHandle&& other) noexcept : protocol_(other.release()) {}
+    FileHandle& operator=(FileHandle&& other) noexcept;
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+    ~FileHandle() { close(); }
+
+    explicit operator bool() const { return protocol_ != nullptr; }
+    uefi::FileProtocol* get() const { return protocol_; }
+
+    // Gives the handle away: the caller closes it.
+    uefi::FileProtocol* release();
+    void close();
+
+    // Reads or writes at the position. `size` goes in as the bytes wanted and comes out as the bytes done,
+    // which may be fewer; it is 0 after a failure and never more than was wanted.
+    bool read(void* buffer, std::uint64_t& size);
+    bool write(const void* buffer, std::uint64_t& size);
+
+    // The whole of `size` bytes in one firmware call, or false.
+    bool read_exactly(void* buffer, std::uint64_t size);
+    bool write_exactly(const void* buffer, std::uint64_t size);
+
+    bool set_position(std::uint64_t position);
+    bool get_position(std::uint64_t& position);
+
+    // The file's length in bytes, found by going to its end; the position is restored.
+    bool find_size(std::uint64_t& size);
+
+    // Deletes the file and closes the handle in every case.
+    bool remove();
+
+  private:
+    uefi::FileProtocol* protocol_ = nullptr;
+};
+
+// A name as the firmware takes it: each byte widened as a signed character (so 0x80 becomes 0xFF80), every
+// "/" turned into "\", at most 255 characters, zero-terminated. A zero byte ends the name.
+struct FirmwareName {
+    static constexpr std::uint32_t max_length = 255;
+
+    char16_t text[max_length + 1];
+    std::uint32_t length;
+
+    explicit FirmwareName(std::string_view name);
+    bool empty() const { return length == 0; }
+};
+
+enum class OpenMode : std::uint8_t {
+    read,    // an existing file
+    create,  // a new, empty file; an existing one is deleted first
+    append,  // created when missing; positioned at its end
+    update,  // created when missing; read and written from its start
+};
+
+struct Volume {
+    uefi::FileProtocol* root;               // the volume's root, or null until first needed; never closed
+    uefi::FileProtocol* current_directory;  // set by CHDIR; null means the root
+};
+extern Volume volume;
+
+// Start-up: no root yet, no current directory.
+void initialise_volume();
+
+// The root directory of the volume the image came from, or null; a failure is tried again on the next call.
+uefi::FileProtocol* GetVolumeRoot();
+
+// Where relative names start: the current directory, else the root, else null.
+uefi::FileProtocol* base_directory();
+
+// Makes the directory current and closes the previous one.
+void set_current_directory(FileHandle directory);
+
+// Opens a name below `directory` with firmware open mode and attributes. Empty on any failure, an empty name
+// or a null directory included.
+FileHandle open_below(uefi::FileProtocol* directory, const FirmwareName& name, std::uint64_t firmware_mode,
+                      std::uint64_t attributes = 0);
+
+// Opens a file relative to the base directory. Empty on any failure; raises nothing.
+FileHandle OpenFileByName(std::string_view name, OpenMode mode);
+
+// True when the file could be opened for writing and deleted. Raises nothing.
+bool DeleteFileByName(std::string_view name);
+
+// Gives a file or directory a new name (at most 254 characters), by the firmware's own rules. Raises nothing.
+bool RenameFileByName(std::string_view old_name, std::string_view new_name);
+
+// True when the handle is a directory; false for a file and when the firmware does not tell.
+bool IsDirectory(uefi::FileProtocol& file);
+
+inline constexpr std::uint32_t path_capacity = 512;  // bytes of a path argument with its terminating zero
+inline constexpr std::uint32_t file_name_capacity = 128;  // the same of a file name argument
+
+// A path argument, cut to 511 characters and zero-terminated. Raises "Type mismatch" and, for an empty text,
+// "Path not found"; false after an error.
+bool GetPathArgument(Cursor& cursor, char (&buffer)[path_capacity]);
+
+// A file name argument of the statements that read and write contents, cut to 127 characters. An empty name
+// raises nothing here. On error ("Type mismatch") the length is 0.
+struct FileName {
+    char text[file_name_capacity];  // zero-terminated
+    std::uint32_t length;
+
+    std::string_view view() const { return {text, length}; }
+
+    // Appends ".ext" (given with its dot) when no dot follows the last "/", "\" or ":". Raises "Bad file
+    // name" and gives false when the name would reach 128 characters.
+    bool add_default_extension(std::string_view extension);
+};
+FileName read_file_name(Cursor& cursor);
+
+// The file from which the firmware loaded the running image, opened for reading from the volume root whatever
+// the current directory is. Empty when the device path does not name a file of at most 511 8-bit characters.
+FileHandle open_own_image();
+
+}  // namespace korvane

@@ -1,0 +1,13 @@
+// CREATEEFI file$: writes a standalone application that runs the program in memory.
+#pragma once
+
+#include "core/token.h"
+
+namespace korvane {
+
+// Copies the running image's own file and appends the program. Raises "Illegal direct" while a program runs,
+// "No program", "Type mismatch", "Bad file name", "File not found" (own image) and "Disk I/O error" (output
+// deleted).
+void do_createefi(Cursor& cursor);
+
+}  // namespace korvane
