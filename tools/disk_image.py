@@ -1,0 +1,104 @@
+#!/usr/bin/env python3
+"""Makes bootable disk images: GPT, one EFI system partition with FAT32, the interpreter as its boot loader.
+
+usage: disk_image.py OUTPUT.img KORVANE.EFI [FILE...]
+
+The interpreter becomes \\EFI\\BOOT\\BOOTX64.EFI, which firmware starts from a disk or a stick by itself; the other
+files go into the root directory. Uses sgdisk and mtools; needs no root rights and mounts nothing.
+"""
+
+import os
+import shutil
+import subprocess
+import sys
+
+BOOT_FOLDER = "EFI/BOOT"
+BOOT_FILE = "EFI/BOOT/BOOTX64.EFI"
+IMAGE_MIB = 64
+PARTITION_START = 1024 * 1024  # the usual alignment, and where mtools finds the file system
+SECTOR = 512
+BACKUP_GPT_SECTORS = 33
+
+
+class DiskImageError(Exception):
+    pass
+
+
+def run(*command, **options):
+    try:
+        return subprocess.run(command, check=True, capture_output=True, **options).stdout
+    except FileNotFoundError as error:
+        raise DiskImageError(f"{command[0]} is not installed") from error
+    except subprocess.CalledProcessError as error:
+        message = (error.stderr or error.stdout).decode(errors="replace").strip()
+        raise DiskImageError(f"{' '.join(command)}: {message}") from error
+
+
+class DiskImage:
+    """A disk image file whose first partition is a FAT file system; names inside it use forward slashes."""
+
+    def __init__(self, path):
+        self.path = str(path)
+        self.drive = f"{self.path}@@{PARTITION_START}"
+
+    def create(self, mib=IMAGE_MIB):
+        with open(self.path, "wb") as file:
+            file.truncate(mib * 1024 * 1024)
+        run("sgdisk", "--new=1:2048:0", "--typecode=1:ef00", "--change-name=1:KORVANE", self.path)
+        sectors = (mib * 1024 * 1024 - PARTITION_START) // SECTOR - BACKUP_GPT_SECTORS
+        # One sector a cluster: FAT32 needs 65525 clusters, which a small partition has only this way.
+        run("mformat", "-i", self.drive, "-F", "-c", "1", "-T", str(sectors), "-h", "64", "-s", "32", "-H", "2048",
+            "-v", "KORVANE", "::")
+        return self
+
+    def make_folder(self, name):
+        run("mmd", "-i", self.drive, "-D", "s", f"::/{name}")
+
+    def put(self, local, name):
+        """Copies a file of the host into the image, replacing an older one."""
+        run("mcopy", "-i", self.drive, "-o", str(local), f"::/{name}")
+
+    def put_bytes(self, data, name):
+        run("mcopy", "-i", self.drive, "-o", "-", f"::/{name}", input=data)
+
+    def get_bytes(self, name):
+        return run("mcopy", "-i", self.drive, "-n", f"::/{name}", "-")
+
+    def names(self, folder=""):
+        """The names in a folder, as mtools lists them."""
+        listing = run("mdir", "-i", self.drive, "-b", f"::/{folder}").decode(errors="replace")
+        return [line.removeprefix("::/") for line in listing.splitlines()]
+
+    def check(self):
+        """Runs fsck.fat over a copy of the file system; raises DiskImageError when it finds fault."""
+        copy = self.path + ".fsck"
+        with open(self.path, "rb") as image, open(copy, "wb") as file:
+            image.seek(PARTITION_START)
+            shutil.copyfileobj(image, file)
+        try:
+            run("/sbin/fsck.fat", "-n", copy)
+        finally:
+            os.unlink(copy)
+
+    def install(self, image, files=()):
+        """Puts the interpreter where firmware starts it, and other files into the root directory."""
+        for folder in ("EFI", BOOT_FOLDER):
+            if folder not in [name.rstrip("/") for name in self.names(os.path.dirname(folder))]:
+                self.make_folder(folder)
+        self.put(image, BOOT_FILE)
+        for file in files:
+            self.put(file, os.path.basename(file).upper())
+        return self
+
+
+def main():
+    if len(sys.argv) < 3:
+        sys.exit(__doc__)
+    try:
+        DiskImage(sys.argv[1]).create().install(sys.argv[2], sys.argv[3:])
+    except (OSError, DiskImageError) as error:
+        sys.exit(f"disk_image.py: {error}")
+
+
+if __name__ == "__main__":
+    main()

@@ -1,0 +1,107 @@
+#!/usr/bin/env python3
+"""Boots the interpreter in a virtual PC (QEMU with OVMF).
+
+usage: qemu.py KORVANE.EFI [--disk DISK.img] [--type FILE] [--screenshot PICTURE.png] [--text] [FILE...]
+
+Without --type, --screenshot and --text the machine opens in a window, or without a display as a VNC server on
+this host's loopback address, and runs until it is closed. With them it boots, types FILE's lines, saves the
+picture, prints the screen's text, and ends. The other files go onto the boot disk; --disk keeps that disk for
+next time.
+"""
+
+import argparse
+import os
+import signal
+import subprocess
+import sys
+import tempfile
+
+from disk_image import DiskImage, DiskImageError
+from qemu_machine import Machine, MachineError
+
+SETTLED_LOOKS = 3
+
+
+def prepare_disk(path, image, files):
+    disk = DiskImage(path)
+    if not os.path.exists(path):
+        disk.create()
+    disk.install(image, files)
+
+
+def accelerator():
+    return "kvm" if os.access("/dev/kvm", os.R_OK | os.W_OK) else "tcg"
+
+
+def has_display():
+    return bool(os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"))
+
+
+def show(disk):
+    """Runs the machine for a person."""
+    if has_display():
+        with Machine(disk, display="gtk", accelerator=accelerator()) as machine:
+            machine.process.wait()
+        return
+    # Port 5900, or the next free one.
+    with Machine(disk, arguments=["-vnc", "127.0.0.1:0,to=99"], accelerator=accelerator()) as machine:
+        server = machine.command("query-vnc")
+        print(f"The screen is at VNC address {server['host']}:{server['service']}; connect with, for example,")
+        print(f"    vncviewer {server['host']}::{server['service']}")
+        print("Ctrl-C here switches the machine off.", flush=True)
+        machine.process.wait()
+
+
+def wait_until_settled(machine):
+    """Waits until the screen stays the same for a while: what was typed has been worked off."""
+    looks = []
+
+    def settled(screen):
+        looks.append(screen.pixels)
+        return len(looks) >= SETTLED_LOOKS and len(set(looks[-SETTLED_LOOKS:])) == 1
+
+    machine.wait_for(settled, what="a screen that stays the same")
+
+
+def run_script(disk, options):
+    with Machine(disk, accelerator=accelerator()) as machine:
+        machine.wait_for(lambda screen: "Ready." in screen.rows(), what="the prompt")
+        if options.type:
+            with open(options.type, encoding="ascii") as file:
+                for line in file.read().splitlines():
+                    machine.type_line(line)
+        wait_until_settled(machine)
+        if options.screenshot:
+            machine.screenshot(options.screenshot)
+        if options.text:
+            sys.stdout.write(machine.screen().text())
+
+
+def main():
+    parser = argparse.ArgumentParser(usage=__doc__.split("usage: ")[1].split("\n")[0])
+    parser.add_argument("image")
+    parser.add_argument("files", nargs="*")
+    parser.add_argument("--disk")
+    parser.add_argument("--type")
+    parser.add_argument("--screenshot")
+    parser.add_argument("--text", action="store_true")
+    options = parser.parse_args()
+    # Ended from outside, the machine is switched off all the same.
+    for number in (signal.SIGTERM, signal.SIGHUP):
+        signal.signal(number, lambda *_: sys.exit(1))
+    try:
+        with tempfile.TemporaryDirectory(prefix="korvane-") as folder:
+            disk = options.disk or os.path.join(folder, "boot.img")
+            prepare_disk(disk, options.image, options.files)
+            if options.type or options.screenshot or options.text:
+                run_script(disk, options)
+            else:
+                show(disk)
+    except KeyboardInterrupt:
+        pass
+    except (OSError, ValueError, DiskImageError, MachineError, subprocess.SubprocessError) as error:
+        sys.exit(f"qemu.py: {error}")
+
+
+if __name__ == "__main__":
+    main()

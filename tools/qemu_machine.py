@@ -1,0 +1,177 @@
+"""A virtual PC with UEFI firmware (QEMU and OVMF), worked through QEMU's QMP socket: keys in, pictures out."""
+
+import json
+import os
+import shutil
+import socket
+import subprocess
+import tempfile
+import time
+
+from screen_text import Screen
+
+QEMU = "qemu-system-x86_64"
+FIRMWARE_CODE = "/usr/share/OVMF/OVMF_CODE_4M.fd"
+FIRMWARE_VARIABLES = "/usr/share/OVMF/OVMF_VARS_4M.fd"
+
+# A key press waits in a 16-byte buffer of the emulated keyboard until the firmware's next poll, and takes up to
+# six bytes of it (shift down, key down, key up, shift up); faster typing would lose keys.
+KEY_INTERVAL = 0.03
+
+NAMED_KEYS = {
+    " ": "spc", "\n": "ret", "\b": "backspace", "\x1b": "esc", "-": "minus", "=": "equal", "[": "bracket_left",
+    "]": "bracket_right", "\\": "backslash", ";": "semicolon", "'": "apostrophe", "`": "grave_accent",
+    ",": "comma", ".": "dot", "/": "slash",
+}  # fmt: skip
+SHIFTED = dict(zip('~!@#$%^&*()_+{}|:"<>?', "`1234567890-=[]\\;',./"))
+
+
+def key_codes(character):
+    """QEMU's key codes that together type a character on a US keyboard."""
+    if character in SHIFTED:
+        return ["shift"] + key_codes(SHIFTED[character])
+    if character in NAMED_KEYS:
+        return [NAMED_KEYS[character]]
+    if character.isascii() and character.isalnum():
+        return (["shift"] if character.isupper() else []) + [character.lower()]
+    raise ValueError(f"no key types {character!r}")
+
+
+class MachineError(Exception):
+    pass
+
+
+class Machine:
+    """A running virtual PC. Use it in a with statement: leaving it ends QEMU."""
+
+    def __init__(self, disk, *, memory=512, arguments=(), display="none", code=FIRMWARE_CODE,
+                 variables=FIRMWARE_VARIABLES, accelerator="tcg"):  # fmt: skip
+        """Boots from a disk image file, which the machine may write to; the firmware's variables are a copy."""
+        self.folder = tempfile.mkdtemp(prefix="korvane-qemu-")
+        self.socket = None
+        self.process = None
+        try:
+            own_variables = shutil.copy(variables, os.path.join(self.folder, "variables.fd"))
+            self.start(
+                [QEMU, "-machine", "q35", "-m", str(memory), "-cpu", "max", "-accel", accelerator]
+                + ["-nic", "none", "-display", display, "-serial", "none"]
+                + ["-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={code}"]
+                + ["-drive", f"if=pflash,format=raw,unit=1,file={own_variables}"]
+                + (["-drive", f"format=raw,file={disk}"] if disk else [])
+                + list(arguments)
+            )
+        except BaseException:
+            self.close()
+            raise
+
+    def start(self, command):
+        address = os.path.join(self.folder, "qmp")
+        log_path = os.path.join(self.folder, "qemu.log")
+        with open(log_path, "wb") as log:
+            try:
+                self.process = subprocess.Popen(
+                    command + ["-qmp", f"unix:{address},server=on,wait=off"],
+                    stdin=subprocess.DEVNULL, stdout=log, stderr=log,
+                )  # fmt: skip
+            except FileNotFoundError as error:
+                raise MachineError(f"{QEMU} is not installed") from error
+        deadline = time.monotonic() + 20
+        while True:
+            try:
+                self.socket = socket.socket(socket.AF_UNIX)
+                self.socket.connect(address)
+                break
+            except OSError:
+                self.socket.close()
+                if self.process.poll() is not None or time.monotonic() > deadline:
+                    with open(log_path, encoding="utf-8", errors="replace") as log:
+                        raise MachineError("QEMU did not start: " + log.read().strip()) from None
+                time.sleep(0.05)
+        self.socket.settimeout(60)
+        self.stream = self.socket.makefile("rw", encoding="utf-8")
+        self.stream.readline()  # the greeting
+        self.command("qmp_capabilities")
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        self.close()
+
+    def close(self):
+        """Ends QEMU, writing back what its disk caches hold, and removes the machine's own files."""
+        if self.process and self.process.poll() is None:
+            try:
+                self.command("quit")
+                self.process.wait(10)
+            except (MachineError, OSError, ValueError, subprocess.TimeoutExpired):
+                self.process.kill()
+                self.process.wait()
+        if self.socket:
+            self.socket.close()
+        shutil.rmtree(self.folder, ignore_errors=True)
+
+    def command(self, name, **arguments):
+        """Sends one QMP command and returns its result."""
+        self.stream.write(json.dumps({"execute": name, "arguments": arguments}) + "\n")
+        self.stream.flush()
+        while True:
+            line = self.stream.readline()
+            if not line:
+                raise MachineError("QEMU ended")
+            answer = json.loads(line)
+            if "error" in answer:
+                raise MachineError(f"{name}: {answer['error']['desc']}")
+            if "return" in answer:
+                return answer["return"]
+
+    def press(self, *codes):
+        """Presses keys together (QEMU's key codes), releases them in the opposite order."""
+        events = [(code, True) for code in codes] + [(code, False) for code in reversed(codes)]
+        self.command(
+            "input-send-event",
+            events=[
+                {"type": "key", "data": {"down": down, "key": {"type": "qcode", "data": code}}}
+                for code, down in events
+            ],
+        )
+        time.sleep(KEY_INTERVAL)
+
+    def type(self, text):
+        for character in text:
+            self.press(*key_codes(character))
+
+    def type_line(self, text):
+        self.type(text + "\n")
+
+    def screenshot(self, path):
+        """Saves the screen as a PNG picture."""
+        self.command("screendump", filename=os.path.abspath(path), format="png")
+
+    def screen(self):
+        path = os.path.join(self.folder, "screen.ppm")
+        self.command("screendump", filename=path)
+        with open(path, "rb") as file:
+            return Screen(file.read())
+
+    def wait_for(self, condition, timeout=60, what="the expected screen"):
+        """Looks at the screen until condition(screen) holds and returns that screen."""
+        deadline = time.monotonic() + timeout
+        while True:
+            screen = self.screen()
+            if condition(screen):
+                return screen
+            if time.monotonic() > deadline:
+                raise MachineError(f"waited {timeout} s in vain for {what}; the screen shows:\n{screen.text()}")
+            time.sleep(0.15)
+
+    def wait_for_row(self, row, timeout=60):
+        """Waits until one of the screen's rows reads exactly so."""
+        return self.wait_for(lambda screen: row in screen.rows(), timeout, f"the row {row!r}")
+
+    def wait_for_exit(self, timeout=30):
+        """Waits until the machine has switched itself off."""
+        try:
+            self.process.wait(timeout)
+        except subprocess.TimeoutExpired as error:
+            raise MachineError(f"still running after {timeout} s") from error
