@@ -49,7 +49,4 @@ constexpr std::size_t integral_size = 309;
 // characters or for as many as the number has; returns how many were written.
 std::size_t write_integral(double integral, std::span<char> text);
 
-// 10 to the power 0 to 308, correctly rounded.
-double power_of_ten(int exponent);
-
 }  // namespace korvane

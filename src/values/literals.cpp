@@ -1,0 +1,143 @@
+#include "values/literals.h"
+
+#include <string_view>
+
+#include "core/errors.h"
+#include "core/messages.h"
+#include "values/convert.h"
+#include "values/decimal.h"
+#include "values/prefixed_number.h"
+
+namespace korvane {
+namespace {
+
+constexpr std::int64_t integer_limit = 32768;
+constexpr std::int64_t long_limit = 2147483648;
+constexpr double largest_double = 1.7976931348623157e308;
+
+// A type suffix and its length; NONE and 0 where there is none.
+struct Suffix {
+    Type type;
+    std::size_t length;
+};
+
+Suffix scan_suffix(const std::uint8_t* text) {
+    switch (text[0]) {
+        case '%':
+            return {Type::INTEGER, 1};
+        case '&':
+            return text[1] == '&' ? Suffix{Type::INT64, 2} : Suffix{Type::LONG, 1};
+        case '!':
+            return {Type::SINGLE, 1};
+        case '#':
+            return {Type::DOUBLE, 1};
+        default:
+            return {Type::NONE, 0};
+    }
+}
+
+bool fail(const char* error_message) {
+    raise(error_message);
+    return false;
+}
+
+// Decimal digits only, as a number below 2^63; false when there are too many.
+bool read_whole(std::string_view digits, std::int64_t& whole) {
+    std::int64_t number = 0;
+    for (const char digit : digits) {
+        if (__builtin_mul_overflow(number, 10, &number) ||
+            __builtin_add_overflow(number, digit - '0', &number)) {
+            return false;
+        }
+    }
+    whole = number;
+    return true;
+}
+
+// A literal with a suffix of the integer types.
+bool read_integer(std::string_view number, const DecimalShape& shape, Type type, Value& value) {
+    if (shape.point || shape.exponent_letter != 0) return fail(message::syntax_error);
+    std::int64_t whole = 0;
+    if (!read_whole(number, whole)) return fail(message::overflow);
+    if (type == Type::INTEGER && whole >= integer_limit) return fail(message::overflow);
+    if (type == Type::LONG && whole >= long_limit) return fail(message::overflow);
+    value = Value::of_integer(whole, type);
+    return true;
+}
+
+bool read_floating(std::string_view number, Type type, Value& value) {
+    const double real = type == Type::SINGLE ? decimal_to_single(number) : decimal_to_double(number);
+    if (real > largest_double) return fail(message::overflow);
+    value = Value::of_real(real, type);
+    return true;
+}
+
+bool read_without_suffix(std::string_view number, const DecimalShape& shape, Value& value) {
+    std::int64_t whole = 0;
+    if (!shape.point && shape.exponent_letter == 0 && read_whole(number, whole) && whole < integer_limit) {
+        value = Value::of_integer(whole, Type::INTEGER);
+        return true;
+    }
+    constexpr std::size_t double_digits = 8;
+    if (shape.exponent_letter == 'D' || shape.digits >= double_digits) {
+        return read_floating(number, Type::DOUBLE, value);
+    }
+    const double single = decimal_to_single(number);
+    if (single > largest_double || (single == 0 && decimal_to_double(number) != 0)) {
+        return read_floating(number, Type::DOUBLE, value);
+    }
+    value = Value::of_real(single, Type::SINGLE);
+    return true;
+}
+
+// The part of a zero-terminated text that can belong to a decimal number.
+std::string_view decimal_extent(const std::uint8_t* text) {
+    std::size_t length = 0;
+    while (true) {
+        const std::uint8_t character = text[length];
+        const std::uint8_t upper = character & 0xDF;
+        const bool belongs = (character >= '0' && character <= '9') || character == '.' || character == '+' ||
+                             character == '-' || upper == 'E' || upper == 'D';
+        if (!belongs) return {reinterpret_cast<const char*>(text), length};
+        length++;
+    }
+}
+
+bool read_decimal(const std::uint8_t*& text, Value& value) {
+    const std::string_view extent = decimal_extent(text);
+    const DecimalShape shape = scan_decimal(extent);
+    const std::string_view number = extent.substr(0, shape.length);
+    text += shape.length;
+    const Suffix suffix = scan_suffix(text);
+    text += suffix.length;
+    if (is_integer(suffix.type)) return read_integer(number, shape, suffix.type, value);
+    if (is_floating(suffix.type)) return read_floating(number, suffix.type, value);
+    return read_without_suffix(number, shape, value);
+}
+
+// A hexadecimal or octal literal.
+bool read_prefixed(const std::uint8_t*& text, Value& value) {
+    std::size_t length = 2;
+    while (digit_value(static_cast<char>(text[length])) < 16)
+        length++;
+    const PrefixedNumber number = scan_prefixed({reinterpret_cast<const char*>(text), length});
+    if (number.length == 0) return fail(message::syntax_error);
+    if (number.too_large) return fail(message::overflow);
+    text += number.length;
+    const Suffix suffix = scan_suffix(text);
+    if (!is_integer(suffix.type)) {
+        value = narrowest_integer(number.bits);
+        return true;
+    }
+    text += suffix.length;
+    value = Value::of_integer(static_cast<std::int64_t>(number.bits), suffix.type);
+    return true;
+}
+
+}  // namespace
+
+bool read_literal(const std::uint8_t*& text, Value& value) {
+    return text[0] == '&' ? read_prefixed(text, value) : read_decimal(text, value);
+}
+
+}  // namespace korvane

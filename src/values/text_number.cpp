@@ -1,0 +1,123 @@
+#include "values/text_number.h"
+
+#include "core/errors.h"
+#include "core/messages.h"
+#include "values/decimal.h"
+#include "values/prefixed_number.h"
+
+namespace korvane {
+namespace {
+
+constexpr std::uint64_t int64_magnitude = std::uint64_t{1} << 63;
+constexpr double largest_double = 1.7976931348623157e308;
+
+bool is_blank(char character) {
+    return character == ' ' || character == '\t';
+}
+bool is_digit(char character) {
+    return character >= '0' && character <= '9';
+}
+
+void skip_blanks(std::string_view& text) {
+    while (!text.empty() && is_blank(text.front()))
+        text.remove_prefix(1);
+}
+
+void trim_blanks(std::string_view& text) {
+    skip_blanks(text);
+    while (!text.empty() && is_blank(text.back()))
+        text.remove_suffix(1);
+}
+
+// Takes a sign off the front; true for "-".
+bool take_sign(std::string_view& text) {
+    if (text.empty() || (text.front() != '+' && text.front() != '-')) return false;
+    const bool negative = text.front() == '-';
+    text.remove_prefix(1);
+    return negative;
+}
+
+NumberReading overflow() {
+    raise(message::overflow);
+    return NumberReading::failed;
+}
+
+// Decimal digits that end the text; a magnitude of 2^64 or more is marked as too large.
+PrefixedNumber scan_whole(std::string_view text) {
+    PrefixedNumber number{};
+    for (; number.length < text.size() && is_digit(text[number.length]); number.length++) {
+        const auto digit = static_cast<std::uint64_t>(text[number.length] - '0');
+        number.too_large = number.too_large || __builtin_mul_overflow(number.bits, 10, &number.bits) ||
+                           __builtin_add_overflow(number.bits, digit, &number.bits);
+    }
+    return number;
+}
+
+// The bits of the negated integer, which wrap for the most negative one.
+std::int64_t negate(std::uint64_t bits) {
+    return static_cast<std::int64_t>(~bits + 1);
+}
+
+}  // namespace
+
+NumberReading text_to_integer(std::string_view text, std::int64_t& integer) {
+    trim_blanks(text);
+    if (text.empty()) {
+        integer = 0;
+        return NumberReading::number;
+    }
+    const bool negative = take_sign(text);
+    const bool prefixed = !text.empty() && text.front() == '&';
+    const PrefixedNumber number = prefixed ? scan_prefixed(text) : scan_whole(text);
+    if (number.length == 0 || number.length != text.size()) return NumberReading::not_a_number;
+    const std::uint64_t limit = negative ? int64_magnitude : int64_magnitude - 1;
+    if (number.too_large || number.bits > limit) return overflow();
+    integer = negative ? negate(number.bits) : static_cast<std::int64_t>(number.bits);
+    return NumberReading::number;
+}
+
+NumberReading text_to_double(std::string_view text, double& number) {
+    trim_blanks(text);
+    if (text.empty()) {
+        number = 0;
+        return NumberReading::number;
+    }
+    const bool negative = take_sign(text);
+    double magnitude = 0;
+    if (const PrefixedNumber prefixed = scan_prefixed(text); prefixed.length != 0) {
+        if (prefixed.length != text.size()) return NumberReading::not_a_number;
+        if (prefixed.too_large) return overflow();
+        magnitude = static_cast<double>(static_cast<std::int64_t>(prefixed.bits));
+    } else {
+        const bool single = !text.empty() && text.back() == '!';
+        if (single || (!text.empty() && text.back() == '#')) text.remove_suffix(1);
+        if (text.empty() || scan_decimal(text).length != text.size()) return NumberReading::not_a_number;
+        magnitude = single ? decimal_to_single(text) : decimal_to_double(text);
+        if (magnitude > largest_double) return overflow();
+    }
+    number = negative && magnitude != 0 ? -magnitude : magnitude;
+    return NumberReading::number;
+}
+
+Value longest_number(std::string_view text) {
+    skip_blanks(text);
+    const bool negative = take_sign(text);
+    if (const PrefixedNumber prefixed = scan_prefixed(text); prefixed.length != 0) {
+        if (prefixed.too_large) {
+            raise(message::overflow);
+            return Value::nothing();
+        }
+        Value value = narrowest_integer(prefixed.bits);
+        if (negative) value.integer = negate(prefixed.bits);
+        return value;
+    }
+    const DecimalShape shape = scan_decimal(text);
+    const double magnitude = shape.length == 0 ? 0 : decimal_to_double(text.substr(0, shape.length));
+    if (magnitude > largest_double) {
+        raise(message::overflow);
+        return Value::nothing();
+    }
+    return Value::of_real(negative && magnitude != 0 ? -magnitude : magnitude);
+}
+
+}  // namespace korvane
