@@ -1,0 +1,73 @@
+#include "screen/keyboard.h"
+
+#include "platform/firmware.h"
+
+namespace korvane {
+
+Keyboard keyboard;
+
+namespace {
+
+std::int32_t low_byte(const uefi::InputKey& key) {
+    return key.UnicodeChar & 0xFF;
+}
+
+}  // namespace
+
+void initialize_keyboard() {
+    keyboard.look_ahead = no_key;
+}
+
+std::optional<uefi::InputKey> read_key() {
+    uefi::SimpleTextInputProtocol* input = firmware.system_table->ConIn;
+    uefi::InputKey key{};
+    if (uefi::is_error(input->ReadKeyStroke(input, &key))) return std::nullopt;
+    return key;
+}
+
+uefi::InputKey wait_for_key() {
+    for (;;) {
+        // The event may be signalled for a key that yields no key stroke, and firmware without the event
+        // refuses to wait; both end in another try.
+        std::uint64_t index = 0;
+        firmware.boot->WaitForEvent(1, &firmware.system_table->ConIn->WaitForKey, &index);
+        if (const auto key = read_key()) return *key;
+    }
+}
+
+bool key_break_check() {
+    if (keyboard.look_ahead == break_pending) {
+        keyboard.look_ahead = no_key;
+        return true;
+    }
+    const auto key = read_key();
+    if (!key) return false;
+    if (is_escape(*key)) return true;
+    if (keyboard.look_ahead == no_key) keyboard.look_ahead = low_byte(*key);
+    return false;
+}
+
+std::int32_t key_get_nowait() {
+    if (keyboard.look_ahead == break_pending) return no_key;
+    if (keyboard.look_ahead != no_key) {
+        const std::int32_t waiting = keyboard.look_ahead;
+        keyboard.look_ahead = no_key;
+        return waiting;
+    }
+    const auto key = read_key();
+    if (!key) return no_key;
+    if (is_escape(*key)) {
+        keyboard.look_ahead = break_pending;
+        return no_key;
+    }
+    return low_byte(*key);
+}
+
+bool wait_for_any_key() {
+    const std::int32_t waiting = keyboard.look_ahead;
+    keyboard.look_ahead = no_key;
+    if (waiting != no_key) return waiting != break_pending;
+    return !is_escape(wait_for_key());
+}
+
+}  // namespace korvane
