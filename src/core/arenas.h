@@ -27,6 +27,7 @@ struct Arenas {
     std::uint8_t* FREETOP;   // lowest byte of the strings; string allocations move it down
     std::uint8_t* HIMEM;     // end of the data arena
     std::uint32_t generation;  // clear generation: counts the events after which cached references are stale
+    std::uint32_t clears;      // clears alone: counts the events after which every block handed out is taken back
 };
 extern Arenas arenas;
 
