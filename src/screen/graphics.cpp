@@ -16,8 +16,7 @@ void gfx_reset_coordinates() {
 }
 
 void gfx_center_last_point(std::uint32_t width, std::uint32_t height) {
-    graphics.last_x = width / 2;
-    graphics.last_y = height / 2;
+    graphics.last_point = {width / 2, height / 2};
     graphics.last_point_set = true;
 }
 

@@ -10,6 +10,12 @@
 
 namespace korvane {
 
+// A physical pixel, which may lie outside the screen.
+struct Point {
+    std::int64_t x;
+    std::int64_t y;
+};
+
 // An inclusive rectangle of physical pixels; empty when a right or bottom edge lies before its left or top
 // edge.
 struct PixelRectangle {
@@ -24,8 +30,7 @@ struct PixelRectangle {
 };
 
 struct Graphics {
-    std::int64_t last_x;  // physical pixel of the last graphics point; may lie outside the screen
-    std::int64_t last_y;
+    Point last_point;         // where STEP, LINE - and DRAW go on from
     bool last_point_set;      // off until the first graphics statement or full clear
     bool viewport_active;     // VIEW confines drawing to `viewport`
     bool viewport_screen;     // VIEW SCREEN: coordinates are absolute, not relative to the viewport's corner
