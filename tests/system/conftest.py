@@ -45,7 +45,7 @@ def machine(tmp_path_factory):
 def prompt(machine):
     """The shared machine, cleared to an empty program and an empty screen with the cursor waiting."""
     machine.press("esc")
-    machine.type_line("NEW:CLEAR")
-    machine.type_line("SCREEN 1280,800:COLOR 15,0:CLS")
+    machine.type_line("NEW")
+    machine.type_line("COLOR 15,0:SCREEN 1280,800")
     machine.wait_for(lambda screen: screen.rows()[:2] == ["Ready.", "█"], 30, "a clear screen")
     return machine

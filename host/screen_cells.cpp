@@ -1,0 +1,104 @@
+#include "screen_cells.h"
+
+#include <array>
+#include <unordered_map>
+
+#include "code_page.h"
+#include "screen/font.h"
+
+namespace korvane::host {
+namespace {
+
+constexpr std::uint32_t cell_width = 8;
+constexpr std::uint32_t cell_height = 16;
+constexpr char32_t upper_half_block = U'▀';
+
+/// The 128 pixels of a glyph, the upper eight rows in the first word.
+using Shape = std::array<std::uint64_t, 2>;
+
+struct ShapeHash {
+    std::size_t operator()(const Shape& shape) const {
+        return std::hash<std::uint64_t>{}(shape[0] * 0x9E3779B97F4A7C15U ^ shape[1]);
+    }
+};
+
+Shape glyph_shape(std::uint32_t code) {
+    Shape shape{};
+    for (std::uint32_t y = 0; y < cell_height; ++y)
+        shape[y / 8] = shape[y / 8] << 8 | font_glyphs[code][y];
+    return shape;
+}
+
+/// Maps shapes to codes. Where glyphs look alike, the first in this order counts: ASCII, then the rest.
+std::unordered_map<Shape, std::uint8_t, ShapeHash> make_shape_table() {
+    std::unordered_map<Shape, std::uint8_t, ShapeHash> table;
+    for (std::uint32_t i = 0; i < 256; ++i) {
+        const std::uint32_t code = (i + 32) % 256;
+        table.emplace(glyph_shape(code), static_cast<std::uint8_t>(code));
+    }
+    return table;
+}
+
+const std::unordered_map<Shape, std::uint8_t, ShapeHash> codes_by_shape = make_shape_table();
+
+std::uint32_t mean_colour(const std::uint32_t* first, std::uint32_t pitch) {
+    std::uint32_t red = 0;
+    std::uint32_t green = 0;
+    std::uint32_t blue = 0;
+    for (std::uint32_t y = 0; y < 8; ++y) {
+        for (std::uint32_t x = 0; x < 8; ++x) {
+            const std::uint32_t pixel = first[std::size_t{y} * pitch + x];
+            red += pixel >> 16 & 0xFF;
+            green += pixel >> 8 & 0xFF;
+            blue += pixel & 0xFF;
+        }
+    }
+    return red / 64 << 16 | green / 64 << 8 | blue / 64;
+}
+
+constexpr std::uint32_t colour_mask = 0xFFFFFF;
+
+}  // namespace
+
+Cell read_cell(const Pixels& pixels, std::uint32_t row, std::uint32_t column) {
+    const std::uint32_t* first =
+        pixels.words + std::size_t{row} * cell_height * pixels.pitch + std::size_t{column} * cell_width;
+    const std::uint32_t paper = first[0] & colour_mask;
+    std::uint32_t ink = paper;
+    Shape shape{};
+    for (std::uint32_t y = 0; y < cell_height; ++y) {
+        for (std::uint32_t x = 0; x < cell_width; ++x) {
+            const std::uint32_t pixel = first[std::size_t{y} * pixels.pitch + x] & colour_mask;
+            if (pixel != paper && ink == paper) ink = pixel;
+            if (pixel != paper && pixel != ink) {
+                return {upper_half_block, mean_colour(first, pixels.pitch),
+                        mean_colour(first + std::size_t{8} * pixels.pitch, pixels.pitch), false};
+            }
+            shape[y / 8] = shape[y / 8] << 1 | static_cast<std::uint64_t>(pixel != paper);
+        }
+    }
+    if (ink == paper) return {U' ', ink, paper, true};
+    // The top left pixel is paper in nearly every glyph; where it is ink, the shape is found inside out.
+    if (const auto found = codes_by_shape.find(shape); found != codes_by_shape.end())
+        return {code_to_unicode(found->second), ink, paper, true};
+    if (const auto found = codes_by_shape.find({~shape[0], ~shape[1]}); found != codes_by_shape.end())
+        return {code_to_unicode(found->second), paper, ink, true};
+    return {upper_half_block, mean_colour(first, pixels.pitch),
+            mean_colour(first + std::size_t{8} * pixels.pitch, pixels.pitch), false};
+}
+
+std::vector<std::string> read_rows(const Pixels& pixels) {
+    std::vector<std::string> rows;
+    for (std::uint32_t row = 0; row < cell_rows(pixels); ++row) {
+        std::string text;
+        for (std::uint32_t column = 0; column < cell_columns(pixels); ++column) {
+            const Cell cell = read_cell(pixels, row, column);
+            append_utf8(text, cell.is_glyph ? cell.character : U' ');
+        }
+        text.erase(text.find_last_not_of(' ') + 1);
+        rows.push_back(std::move(text));
+    }
+    return rows;
+}
+
+}  // namespace korvane::host
