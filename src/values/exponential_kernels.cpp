@@ -96,6 +96,7 @@ double kernel_log(double x) {
 }
 
 double kernel_pow(double base, double exponent) {
+    if (!(base < infinity)) return base != base ? base : exponent > 0 ? infinity : 0;
     const DoubleDouble log = logarithm(base);
     if (log.high == 0 || exponent == 0) return 1;
     const double product = log.high * exponent;

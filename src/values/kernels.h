@@ -23,7 +23,7 @@ double kernel_exp(double x);
 // Natural logarithm; a NaN for negative numbers, minus infinity for 0.
 double kernel_log(double x);
 
-// base^exponent for a positive finite base, as e^(exponent ln base) with a logarithm of about 68 bits; an
+// base^exponent for a positive base, as e^(exponent ln base) with a logarithm of about 68 bits; an
 // infinity or 0 where the result leaves the binary64 range.
 double kernel_pow(double base, double exponent);
 
