@@ -52,6 +52,10 @@ extern FileTable file_table;
 // Start-up: every number closed.
 void initialise_file_table();
 
+// Gives a closed entry its file: counters, buffers and the first `record_length` bytes of the record are
+// cleared. `record_length` is 0 for sequential modes.
+void attach_file(OpenFile& file, FileHandle handle, FileMode mode, std::uint32_t record_length);
+
 // A file number: an optional "#", then an expression from 1 to 15. Raises "Type mismatch" and "Bad file
 // number", the latter also when an open file is wanted and the number is closed. Null after an error.
 OpenFile* lookup_file(Cursor& cursor, bool must_be_open);
@@ -75,8 +79,5 @@ bool flush_output(OpenFile& file);
 // Closes one number: pending output is written, without looking at the result. A closed number is left alone.
 void close_file(OpenFile& file);
 void close_all_files();
-
-void do_open(Cursor& cursor);
-void do_close(Cursor& cursor);
 
 }  // namespace korvane

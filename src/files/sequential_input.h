@@ -1,36 +1,36 @@
-// Reading sequential files: INPUT #, LINE INPUT # and the functions EOF, LOC, LOF and INPUT$.
+// Reading files piece by piece: INPUT # and LINE INPUT #, and what the file functions need.
 //
 // A text line ends at CR, at LF or at CR LF, so that files written by other systems read the same. Reading
-// fetches blocks from the firmware, never single bytes.
+// fetches blocks from the firmware, never single bytes. From a random file these read the record that GET
+// fetched, starting at its first byte.
 #pragma once
 
 #include <cstdint>
+#include <span>
 
 #include "core/token.h"
 #include "files/file_table.h"
-#include "values/value.h"
 
 namespace korvane {
 
-// The next byte of an input file, or -1 at its end. A failing read counts as the end of the file.
-std::int32_t file_get_byte(OpenFile& file);
+// The bytes at hand, fetched first when there are none; empty at the end of the file or record. Raises "Disk
+// I/O error" when the firmware cannot read.
+std::span<const std::uint8_t> unread_bytes(OpenFile& file);
 
-// The same without taking the byte.
-std::int32_t file_peek_byte(OpenFile& file);
+// Takes the first `count` of the bytes at hand.
+void take_bytes(OpenFile& file, std::size_t count);
 
-// What EOF, LOC and LOF give for an open file; docs/files.md says what they mean in each mode.
-bool file_at_end(OpenFile& file);
-std::int64_t file_location(const OpenFile& file);
-std::int64_t file_length(OpenFile& file);  // raises "Disk I/O error"
+// A file number for reading: what lookup_file() raises, and "Bad file mode" for output and append. Null after
+// an error.
+OpenFile* lookup_input_file(Cursor& cursor);
 
-// INPUT$(count, #n): exactly `count` bytes as a new string. `count` outside 0 to 32767 is "Illegal function
-// call", a file not opened for input or random access "Bad file mode", too few bytes left "Input past end".
-Value file_read_string(OpenFile& file, std::int64_t count);
-
-// INPUT #n, var[, var...]. The cursor stands on INPUT.
+// INPUT #n, var[, var...], the cursor on INPUT. Items are separated by commas and line ends, numbers also by
+// blanks; a text in double quotes may contain all of these. Raises "Input past end", "Type mismatch" for a
+// number that is none, "Bad file number", "Bad file mode", "Expected ," and what assigning raises.
 void do_input_file(Cursor& cursor);
 
-// LINE INPUT #n, var$. The cursor stands on LINE.
+// LINE INPUT #n, var$, the cursor on LINE: a whole line without its end, of any length that fits in string
+// space. Raises as do_input_file().
 void do_line_input_file(Cursor& cursor);
 
 }  // namespace korvane

@@ -13,10 +13,20 @@
 
 namespace korvane {
 
-// Owns a firmware file handle; closes it when it goes out of scope.
-//
-// The transfers return false when the firmware reports an error; a warning counts as success except for
-// remove(), where it means that the file is still there. On an empty handle every operation fails.
+// Transfers and positions of an open file, owned or borrowed. They return false when the firmware reports an
+// error and when `file` is null; a warning counts as success.
+
+// Reads or writes at the position. `size` goes in as the bytes wanted and comes out as the bytes done, which
+// may be fewer; it is 0 after a failure and never more than was wanted.
+bool read_file(uefi::FileProtocol* file, void* buffer, std::uint64_t& size);
+bool write_file(uefi::FileProtocol* file, const void* buffer, std::uint64_t& size);
+
+bool set_file_position(uefi::FileProtocol* file, std::uint64_t position);
+
+// The file's length in bytes, found by going to its end; the position is restored.
+bool find_file_size(uefi::FileProtocol* file, std::uint64_t& size);
+
+// Owns a firmware file handle; closes it when it goes out of scope. On an empty handle every operation fails.
 class FileHandle {
   public:
     FileHandle() = default;
@@ -34,22 +44,18 @@ class FileHandle {
     uefi::FileProtocol* release();
     void close();
 
-    // Reads or writes at the position. `size` goes in as the bytes wanted and comes out as the bytes done,
-    // which may be fewer; it is 0 after a failure and never more than was wanted.
-    bool read(void* buffer, std::uint64_t& size);
-    bool write(const void* buffer, std::uint64_t& size);
+    // As the functions above.
+    bool read(void* buffer, std::uint64_t& size) const { return read_file(protocol_, buffer, size); }
+    bool write(const void* buffer, std::uint64_t& size) const { return write_file(protocol_, buffer, size); }
+    bool set_position(std::uint64_t position) const { return set_file_position(protocol_, position); }
+    bool find_size(std::uint64_t& size) const { return find_file_size(protocol_, size); }
 
     // The whole of `size` bytes in one firmware call, or false.
-    bool read_exactly(void* buffer, std::uint64_t size);
-    bool write_exactly(const void* buffer, std::uint64_t size);
+    bool read_exactly(void* buffer, std::uint64_t size) const;
+    bool write_exactly(const void* buffer, std::uint64_t size) const;
 
-    bool set_position(std::uint64_t position);
-    bool get_position(std::uint64_t& position);
-
-    // The file's length in bytes, found by going to its end; the position is restored.
-    bool find_size(std::uint64_t& size);
-
-    // Deletes the file and closes the handle in every case.
+    // Deletes the file and closes the handle in every case. False also on the firmware's warning that the
+    // file is still there.
     bool remove();
 
   private:
@@ -93,9 +99,9 @@ uefi::FileProtocol* base_directory();
 // Makes the directory current and closes the previous one.
 void set_current_directory(FileHandle directory);
 
-// Opens a name below `directory` with firmware open mode and attributes. Empty on any failure, an empty name
-// or a null directory included.
-FileHandle open_below(uefi::FileProtocol* directory, const FirmwareName& name, std::uint64_t firmware_mode,
+// Opens a firmware name (FirmwareName::text, or a name that came from the firmware) below `directory` with a
+// firmware open mode and attributes. Empty on any failure, an empty name and a null directory included.
+FileHandle open_below(uefi::FileProtocol* directory, const char16_t* name, std::uint64_t firmware_mode,
                       std::uint64_t attributes = 0);
 
 // Opens a file relative to the base directory. Empty on any failure; raises nothing.
@@ -107,8 +113,8 @@ bool DeleteFileByName(std::string_view name);
 // Gives a file or directory a new name (at most 254 characters), by the firmware's own rules. Raises nothing.
 bool RenameFileByName(std::string_view old_name, std::string_view new_name);
 
-// True when the handle is a directory; false for a file and when the firmware does not tell.
-bool IsDirectory(uefi::FileProtocol& file);
+// True when the handle is a directory; false for a file, for null and when the firmware does not tell.
+bool IsDirectory(uefi::FileProtocol* file);
 
 inline constexpr std::uint32_t path_capacity = 512;  // bytes of a path argument with its terminating zero
 inline constexpr std::uint32_t file_name_capacity = 128;  // the same of a file name argument

@@ -1,0 +1,284 @@
+#include "files/volume.h"
+
+#include <algorithm>
+#include <span>
+
+#include "core/errors.h"
+#include "core/messages.h"
+#include "platform/firmware.h"
+#include "platform/memory.h"
+#include "values/evaluator.h"
+
+namespace korvane {
+
+Volume volume;
+
+namespace {
+
+constexpr std::uint64_t read_write = uefi::file_mode_read | uefi::file_mode_write;
+constexpr std::uint64_t create_read_write = uefi::file_mode_create | read_write;
+
+// Firmware that reports less than this for a file information record reports nothing useful; a record of the
+// second size holds a short name.
+constexpr std::uint64_t least_info_size = 88;
+constexpr std::uint64_t fallback_info_size = 344;
+// A record with the longest name that any file system gives is far below this; more is not to be believed.
+constexpr std::uint64_t greatest_info_size = 65536;
+
+constexpr std::uint64_t attribute_offset = __builtin_offsetof(uefi::FileInfo, Attribute);
+
+constexpr std::uint32_t max_new_name = 254;    // characters, when renaming
+constexpr std::uint32_t max_image_path = 511;  // characters of the running image's path
+constexpr int max_device_path_nodes = 1024;    // a path without an end node is given up here
+
+char16_t to_firmware_unit(char byte) {
+    // Names outside ASCII are widened with their sign, which no file system gives a meaning: deliberate.
+    return byte == '/' ? u'\\'
+                       : static_cast<char16_t>(static_cast<std::int16_t>(static_cast<signed char>(byte)));
+}
+
+// The bytes of a file information record that the firmware asks for, or 0 when it asks for an absurd size.
+std::uint64_t info_size(uefi::FileProtocol& file) {
+    std::uint64_t size = 0;
+    file.GetInfo(&file, &uefi::file_info_guid, &size, nullptr);
+    if (size < least_info_size) return fallback_info_size;
+    return size > greatest_info_size ? 0 : size;
+}
+
+// Fills a buffer of at least `size` bytes with the file information record.
+bool read_info(uefi::FileProtocol& file, std::uint64_t size, PoolBuffer& buffer) {
+    if (!buffer) return false;
+    fill_bytes(buffer.data(), 0, buffer.size());
+    return !uefi::is_error(file.GetInfo(&file, &uefi::file_info_guid, &size, buffer.data()));
+}
+
+std::string_view up_to_zero(std::string_view text) {
+    return text.substr(0, text.find('\0'));
+}
+
+FileHandle create_empty(const FirmwareName& name) {
+    FileHandle old = open_below(base_directory(), name.text, create_read_write);
+    if (!old || !old.remove()) return FileHandle();
+    return open_below(base_directory(), name.text, create_read_write);
+}
+
+FileHandle open_at_end(const FirmwareName& name) {
+    FileHandle file = open_below(base_directory(), name.text, create_read_write);
+    if (!file.set_position(uefi::end_of_file_position)) file.close();
+    return file;
+}
+
+// Appends a File Path node's text to `path`. False when a character is wider than 8 bits or the path gets too
+// long.
+bool append_path_text(std::span<const std::uint8_t> text, char16_t* path, std::uint32_t& length) {
+    for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
+        const auto unit = read_unaligned<char16_t>(text.data() + i);
+        if (unit == 0) break;
+        if (unit > 0xFF || length == max_image_path) return false;
+        path[length++] = unit;
+    }
+    return true;
+}
+
+// The path of the running image, zero-terminated, from its device path. False when there is none.
+bool find_image_path(const uefi::DevicePathNode* node, char16_t (&path)[max_image_path + 1]) {
+    std::uint32_t length = 0;
+    for (int count = 0; node != nullptr && count < max_device_path_nodes; ++count) {
+        if (node->Type == uefi::device_path_end) break;
+        const auto node_length = read_unaligned<std::uint16_t>(node->Length.data());
+        if (node_length < sizeof(uefi::DevicePathNode)) break;
+        const auto* bytes = reinterpret_cast<const std::uint8_t*>(node);
+        if (node->Type == uefi::device_path_media && node->SubType == uefi::device_path_media_file_path) {
+            const std::span text(bytes + sizeof(uefi::DevicePathNode),
+                                 node_length - sizeof(uefi::DevicePathNode));
+            if (!append_path_text(text, path, length)) return false;
+        }
+        node = reinterpret_cast<const uefi::DevicePathNode*>(bytes + node_length);
+    }
+    path[length] = 0;
+    return length != 0;
+}
+
+}  // namespace
+
+bool read_file(uefi::FileProtocol* file, void* buffer, std::uint64_t& size) {
+    const std::uint64_t wanted = size;
+    const bool done = file != nullptr && !uefi::is_error(file->Read(file, &size, buffer));
+    size = done ? std::min(size, wanted) : 0;
+    return done;
+}
+
+bool write_file(uefi::FileProtocol* file, const void* buffer, std::uint64_t& size) {
+    const std::uint64_t wanted = size;
+    const bool done = file != nullptr && !uefi::is_error(file->Write(file, &size, buffer));
+    size = done ? std::min(size, wanted) : 0;
+    return done;
+}
+
+bool set_file_position(uefi::FileProtocol* file, std::uint64_t position) {
+    return file != nullptr && !uefi::is_error(file->SetPosition(file, position));
+}
+
+bool find_file_size(uefi::FileProtocol* file, std::uint64_t& size) {
+    std::uint64_t position = 0;
+    return file != nullptr && !uefi::is_error(file->GetPosition(file, &position)) &&
+           set_file_position(file, uefi::end_of_file_position) &&
+           !uefi::is_error(file->GetPosition(file, &size)) && set_file_position(file, position);
+}
+
+FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
+    if (this != &other) {
+        close();
+        protocol_ = other.release();
+    }
+    return *this;
+}
+
+uefi::FileProtocol* FileHandle::release() {
+    uefi::FileProtocol* protocol = protocol_;
+    protocol_ = nullptr;
+    return protocol;
+}
+
+void FileHandle::close() {
+    if (uefi::FileProtocol* protocol = release()) protocol->Close(protocol);
+}
+
+bool FileHandle::read_exactly(void* buffer, std::uint64_t size) const {
+    std::uint64_t done = size;
+    return read(buffer, done) && done == size;
+}
+
+bool FileHandle::write_exactly(const void* buffer, std::uint64_t size) const {
+    std::uint64_t done = size;
+    return write(buffer, done) && done == size;
+}
+
+bool FileHandle::remove() {
+    uefi::FileProtocol* protocol = release();
+    return protocol != nullptr && protocol->Delete(protocol) == uefi::success;
+}
+
+FirmwareName::FirmwareName(std::string_view name) : text{}, length(0) {
+    for (const char byte : up_to_zero(name).substr(0, max_length))
+        text[length++] = to_firmware_unit(byte);
+}
+
+void initialise_volume() {
+    volume = Volume{};
+}
+
+uefi::FileProtocol* GetVolumeRoot() {
+    if (volume.root != nullptr) return volume.root;
+    const uefi::LoadedImageProtocol* image = loaded_image();
+    if (image == nullptr) return nullptr;
+    auto* file_system = static_cast<uefi::SimpleFileSystemProtocol*>(
+        find_interface(image->DeviceHandle, uefi::simple_file_system_guid));
+    if (file_system == nullptr) return nullptr;
+    uefi::FileProtocol* root = nullptr;
+    if (uefi::is_error(file_system->OpenVolume(file_system, &root))) return nullptr;
+    volume.root = root;
+    return root;
+}
+
+uefi::FileProtocol* base_directory() {
+    return volume.current_directory != nullptr ? volume.current_directory : GetVolumeRoot();
+}
+
+void set_current_directory(FileHandle directory) {
+    FileHandle previous(volume.current_directory);
+    volume.current_directory = directory.release();
+}
+
+FileHandle open_below(uefi::FileProtocol* directory, const char16_t* name, std::uint64_t firmware_mode,
+                      std::uint64_t attributes) {
+    if (directory == nullptr || name[0] == 0) return FileHandle();
+    uefi::FileProtocol* opened = nullptr;
+    if (uefi::is_error(directory->Open(directory, &opened, name, firmware_mode, attributes)))
+        return FileHandle();
+    return FileHandle(opened);
+}
+
+FileHandle OpenFileByName(std::string_view name, OpenMode mode) {
+    const FirmwareName converted(name);
+    switch (mode) {
+        case OpenMode::read:
+            return open_below(base_directory(), converted.text, uefi::file_mode_read);
+        case OpenMode::create:
+            return create_empty(converted);
+        case OpenMode::append:
+            return open_at_end(converted);
+        case OpenMode::update:
+            return open_below(base_directory(), converted.text, create_read_write);
+    }
+    return FileHandle();
+}
+
+bool DeleteFileByName(std::string_view name) {
+    return open_below(base_directory(), FirmwareName(name).text, read_write).remove();
+}
+
+bool RenameFileByName(std::string_view old_name, std::string_view new_name) {
+    new_name = up_to_zero(new_name);
+    if (new_name.empty()) return false;
+    const FileHandle file = open_below(base_directory(), FirmwareName(old_name).text, read_write);
+    if (!file || new_name.size() > max_new_name) return false;
+
+    const std::uint64_t size = info_size(*file.get());
+    if (size == 0) return false;
+    PoolBuffer buffer(size + 18 + 2 * new_name.size());
+    if (!read_info(*file.get(), size, buffer)) return false;
+
+    const FirmwareName converted(new_name);
+    copy_bytes(buffer.data() + uefi::file_info_name_offset, converted.text, 2 * (converted.length + 1));
+    const std::uint64_t new_size = uefi::file_info_name_offset + 2 * (converted.length + 1);
+    write_unaligned<std::uint64_t>(buffer.data(), new_size);
+    return file.get()->SetInfo(file.get(), &uefi::file_info_guid, new_size, buffer.data()) == uefi::success;
+}
+
+bool IsDirectory(uefi::FileProtocol* file) {
+    if (file == nullptr) return false;
+    const std::uint64_t size = info_size(*file);
+    if (size == 0) return false;
+    PoolBuffer buffer(size);
+    if (!read_info(*file, size, buffer)) return false;
+    return (read_unaligned<std::uint64_t>(buffer.data() + attribute_offset) & uefi::file_directory) != 0;
+}
+
+bool GetPathArgument(Cursor& cursor, char (&buffer)[path_capacity]) {
+    const std::uint32_t length = evaluate_text(cursor, buffer, path_capacity);
+    if (error_pending()) return false;
+    if (length == 0) raise(message::path_not_found);
+    return length != 0;
+}
+
+FileName read_file_name(Cursor& cursor) {
+    FileName name;
+    name.length = evaluate_text(cursor, name.text, file_name_capacity);
+    // A zero byte ends a name for the firmware, so it does here.
+    name.length = static_cast<std::uint32_t>(up_to_zero(name.view()).size());
+    return name;
+}
+
+bool FileName::add_default_extension(std::string_view extension) {
+    const std::size_t separator = view().find_last_of("/\\:");
+    const std::size_t start = separator == std::string_view::npos ? 0 : separator + 1;
+    if (view().find('.', start) != std::string_view::npos) return true;
+    if (length + extension.size() >= file_name_capacity) {
+        raise(message::bad_file_name);
+        return false;
+    }
+    copy_bytes(text + length, extension.data(), extension.size());
+    length += static_cast<std::uint32_t>(extension.size());
+    text[length] = 0;
+    return true;
+}
+
+FileHandle open_own_image() {
+    const uefi::LoadedImageProtocol* image = loaded_image();
+    char16_t path[max_image_path + 1];
+    if (image == nullptr || !find_image_path(image->FilePath, path)) return FileHandle();
+    return open_below(GetVolumeRoot(), path, uefi::file_mode_read);
+}
+
+}  // namespace korvane
