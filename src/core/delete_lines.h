@@ -1,6 +1,7 @@
 // The DELETE command.
 #pragma once
 
+#include "core/line_range.h"
 #include "core/token.h"
 
 namespace korvane {
@@ -9,5 +10,9 @@ namespace korvane {
 // Error" without a range, "Illegal function call" for a number out of range, a reversed range or one that
 // holds no line.
 void do_delete(Cursor& cursor);
+
+// Removes the lines with a number in the range, the highest first. Raises "Illegal function call" when there
+// is none.
+void delete_line_range(const LineRange& range);
 
 }  // namespace korvane

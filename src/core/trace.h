@@ -30,7 +30,7 @@ inline bool trace_active() {
 // " {A=1 B$=<undefined>}" when variables are watched. No line end.
 void print_trace(std::uint32_t line_number);
 
-// TRON [n[-m]]: raises "Illegal function call" and "Expected line number".
+// TRON [n[-m]]: raises "Illegal function call", and "Syntax Error" for what is no number.
 void do_tron(Cursor& cursor);
 
 void do_troff(Cursor& cursor);

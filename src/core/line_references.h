@@ -1,0 +1,28 @@
+// Line numbers inside the text of a program line: where they stand, and how RENUM rewrites them.
+//
+// A reference is a decimal number that follows GOTO or GOSUB (a list of them, separated by commas), THEN,
+// ELSE, RESTORE, RESUME (0 excepted) or ERL with a comparison operator. Text in double quotes and remarks
+// hold none.
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <string_view>
+
+namespace korvane {
+
+// The new number of the line that has the number `line`, or `line` itself when there is no such line.
+using NewLineNumber = std::uint32_t (*)(std::uint32_t line, const void* context);
+
+enum class Rewriting {
+    done,
+    text_too_long,  // the rewritten text has more than 244 characters
+    out_of_space,   // it does not fit in the buffer
+};
+
+// Copies the text of a line to `buffer` with every reference replaced, and counts its bytes in `length`. A
+// number that names no line stays as it is written.
+Rewriting rewrite_line_references(std::string_view text, NewLineNumber new_number, const void* context,
+                                  std::span<std::uint8_t> buffer, std::uint32_t& length);
+
+}  // namespace korvane
