@@ -31,21 +31,13 @@ void reset_entry(OpenFile& file) {
     file.buffer_position = 0;
 }
 
-void count_column(OpenFile& file, std::uint8_t byte) {
-    if (byte == '\r') {
-        file.column = 0;
-    } else if (byte != '\n') {
-        ++file.column;
-    }
-}
-
 void put_into_record(OpenFile& file, std::uint8_t byte) {
     if (file.buffer_position == file.record_length) {
         raise(message::field_overflow);
         return;
     }
     file.record[file.buffer_position++] = byte;
-    count_column(file, byte);
+    ++file.column;
 }
 
 }  // namespace
@@ -98,12 +90,13 @@ void file_put_byte(OpenFile& file, std::uint8_t byte) {
     }
     file.output[file.pending++] = byte;
     ++file.written;
-    count_column(file, byte);
+    ++file.column;
 }
 
 void file_end_line(OpenFile& file) {
     file_put_byte(file, '\r');
     file_put_byte(file, '\n');
+    file.column = 0;
 }
 
 bool flush_output(OpenFile& file) {

@@ -64,7 +64,7 @@ OpenFile* lookup_file(Cursor& cursor, bool must_be_open);
 // does, "Bad file mode" for a file opened for input, and "Expected ,". Null after an error.
 OpenFile* parse_output_file(Cursor& cursor);
 
-// Writes one byte as it is. The column counts it, except that 13 sets it to 0 and 10 leaves it alone. Raises
+// Writes one byte as it is. The column counts it, whatever it is. Raises
 // "Disk I/O error" when a full buffer cannot be written (its bytes are lost) and "Field overflow" past the
 // end of a record.
 void file_put_byte(OpenFile& file, std::uint8_t byte);
