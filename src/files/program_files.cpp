@@ -1,0 +1,65 @@
+#include "files/program_files.h"
+
+#include <utility>
+
+#include "core/errors.h"
+#include "core/execution.h"
+#include "core/messages.h"
+#include "core/parse.h"
+#include "core/program_store.h"
+#include "files/file_table.h"
+#include "files/program_text.h"
+#include "files/volume.h"
+#include "values/variables.h"
+
+namespace korvane {
+
+void do_load(Cursor& cursor) {
+    ++cursor;
+    FileName name = read_file_name(cursor);
+    if (error_pending() || !name.add_default_extension(".bas")) return;
+    FileHandle file = OpenFileByName(name.view(), OpenMode::read);
+    if (!file) {
+        raise(message::file_not_found);
+        return;
+    }
+    close_all_files();
+    clear_variables();
+    clear_program();
+    read_program_text(std::move(file));
+    if (error_pending()) return;
+    // The program that was running is gone.
+    execution.can_continue = false;
+    execution.stop = true;
+}
+
+void do_save(Cursor& cursor) {
+    ++cursor;
+    const FileName name = read_file_name(cursor);
+    if (error_pending()) return;
+    if (accept(cursor, ',')) accept_word(cursor, "A");
+    const FileHandle file = OpenFileByName(name.view(), OpenMode::create);
+    if (!file) {
+        raise(message::bad_file_name);
+        return;
+    }
+    write_program_text(file);
+}
+
+void do_merge(Cursor& cursor) {
+    if (execution.program_running) {
+        raise(message::illegal_direct);
+        return;
+    }
+    ++cursor;
+    const FileName name = read_file_name(cursor);
+    if (error_pending()) return;
+    FileHandle file = OpenFileByName(name.view(), OpenMode::read);
+    if (!file) {
+        raise(message::file_not_found);
+        return;
+    }
+    read_program_text(std::move(file));
+}
+
+}  // namespace korvane

@@ -1,0 +1,101 @@
+#include "files/program_text.h"
+
+#include "core/errors.h"
+#include "core/execution.h"
+#include "core/messages.h"
+#include "core/program_store.h"
+#include "values/format.h"
+
+namespace korvane {
+
+namespace {
+
+constexpr std::uint64_t block_size = 512;
+
+bool is_digit(char byte) {
+    return byte >= '0' && byte <= '9';
+}
+
+// Stores one line of the file. False after an error; the file is closed by then.
+bool enter_line(std::string_view line, FileHandle& file) {
+    NumberedLine numbered{};
+    if (const char* fault = split_program_line(line, numbered)) {
+        file.close();
+        raise(fault);
+        return false;
+    }
+    store_line(numbered.number, numbered.text);
+    return !error_pending();
+}
+
+void write_text(const FileHandle& file, std::string_view text) {
+    std::uint64_t size = text.size();
+    file.write(text.data(), size);
+}
+
+}  // namespace
+
+bool LineAssembler::add(char byte) {
+    if (complete_) {
+        complete_ = false;
+        length_ = 0;
+    }
+    if (byte == '\r' || byte == '\n') {
+        // The LF of a CR LF ends an empty line, and those are ignored.
+        complete_ = length_ != 0;
+    } else if (length_ < max_file_line) {
+        text_[length_++] = byte;
+    }
+    return complete_;
+}
+
+bool LineAssembler::finish() {
+    if (complete_) return false;
+    complete_ = length_ != 0;
+    return complete_;
+}
+
+const char* split_program_line(std::string_view line, NumberedLine& numbered) {
+    std::size_t at = 0;
+    while (at < line.size() && line[at] == ' ')
+        ++at;
+    if (at == line.size() || !is_digit(line[at])) return message::direct_statement_in_file;
+
+    std::uint64_t number = 0;
+    for (; at < line.size() && is_digit(line[at]); ++at) {
+        number = number * 10 + static_cast<std::uint64_t>(line[at] - '0');
+        if (number > max_line_number) return message::line_number_too_large;
+    }
+    if (at < line.size() && line[at] == ' ') ++at;
+    numbered = {static_cast<std::uint32_t>(number), line.substr(at)};
+    return nullptr;
+}
+
+void read_program_text(FileHandle file) {
+    LineAssembler assembler;
+    char block[block_size];
+    for (;;) {
+        std::uint64_t size = block_size;
+        if (!file.read(block, size)) {
+            file.close();
+            raise(message::disk_i_o_error);
+            return;
+        }
+        if (size == 0) break;
+        for (std::uint64_t i = 0; i < size; ++i) {
+            if (assembler.add(block[i]) && !enter_line(assembler.line(), file)) return;
+        }
+    }
+    if (assembler.finish()) enter_line(assembler.line(), file);
+}
+
+void write_program_text(const FileHandle& file) {
+    for (std::uint32_t i = 0; i < program.count; ++i) {
+        write_text(file, format_unsigned(program.lines[i].number).view());
+        write_text(file, " ");
+        write_text(file, line_text(i));
+        write_text(file, "\r\n");
+    }
+}
+
+}  // namespace korvane

@@ -1,0 +1,102 @@
+#include "image/create_efi.h"
+
+#include <algorithm>
+
+#include "core/errors.h"
+#include "core/execution.h"
+#include "core/messages.h"
+#include "core/program_store.h"
+#include "files/volume.h"
+#include "image/image_blocks.h"
+#include "image/packed_program.h"
+#include "screen/console.h"
+
+namespace korvane {
+
+namespace {
+
+// Copies the image file from its start. It may carry a packed program already: that becomes dead bytes,
+// because only the last trailer counts.
+bool copy_image(const FileHandle& image, std::uint64_t size, const FileHandle& output) {
+    while (size != 0) {
+        std::uint64_t done = std::min<std::uint64_t>(size, image_block_size);
+        if (!image.read(image_block.bytes, done) || done == 0) return false;
+        if (!write_all(output, image_block.bytes, done)) return false;
+        size -= done;
+    }
+    return true;
+}
+
+bool write_number(ImageWriter& writer, std::uint32_t number) {
+    return writer.write(&number, sizeof number);
+}
+
+bool write_line(ImageWriter& writer, std::uint32_t number, std::string_view text) {
+    return write_number(writer, number) && write_number(writer, static_cast<std::uint32_t>(text.size())) &&
+           writer.write(text.data(), text.size());
+}
+
+// Writes the packed program and the trailer.
+bool write_packed_program(const FileHandle& output) {
+    ImageWriter writer(output);
+    if (!writer.write(packed_magic, sizeof packed_magic - 1) || !write_number(writer, program.count))
+        return false;
+    std::uint64_t length = packed_header_size;
+    for (std::uint32_t i = 0; i < program.count; ++i) {
+        const std::string_view text = line_text(i);
+        if (!write_line(writer, program.lines[i].number, text)) return false;
+        length += packed_line_head_size + text.size();
+    }
+    return writer.write(packed_trailer_magic, sizeof packed_trailer_magic - 1) &&
+           writer.write(&length, sizeof length) && writer.finish();
+}
+
+// Writes the standalone image. Null, or the message of what went wrong; no file is open then.
+const char* create_image(const FileName& name) {
+    FileHandle image = open_own_image();
+    if (!image) return message::file_not_found;
+    std::uint64_t size = 0;
+    if (!image.find_size(size) || static_cast<std::int64_t>(size) <= 0 || !image.set_position(0)) {
+        return message::disk_i_o_error;
+    }
+    FileHandle output = OpenFileByName(name.view(), OpenMode::create);
+    if (!output) return message::bad_file_name;
+
+    const bool copied = copy_image(image, size, output);
+    image.close();
+    const bool written = copied && write_packed_program(output);
+    output.close();
+    if (written) return nullptr;
+    DeleteFileByName(name.view());
+    return message::disk_i_o_error;
+}
+
+}  // namespace
+
+void do_createefi(Cursor& cursor) {
+    if (execution.program_running) {
+        raise(message::illegal_direct);
+        return;
+    }
+    if (program.count == 0) {
+        raise(message::no_program);
+        return;
+    }
+    ++cursor;
+    FileName name = read_file_name(cursor);
+    if (error_pending()) return;
+    if (name.length == 0) {
+        raise(message::bad_file_name);
+        return;
+    }
+    if (!name.add_default_extension(".efi")) return;
+    if (const char* failure = create_image(name)) {
+        raise(failure);
+        return;
+    }
+    con_put_text("Created ");
+    con_put_text(name.view());
+    con_put_char('\r');
+}
+
+}  // namespace korvane
