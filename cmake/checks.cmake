@@ -1,18 +1,13 @@
 # Checks of the sources themselves, run beside the tests of the host tree. Tests labelled "full" belong to the
 # complete run only.
-set(KORVANE_SOURCE_FOLDERS src host tests)
-
-add_test(
-  NAME format
-  COMMAND sh -c "find ${KORVANE_SOURCE_FOLDERS} -name '*.cpp' -o -name '*.h' | xargs clang-format --dry-run --Werror"
-  WORKING_DIRECTORY ${CMAKE_SOURCE_DIR})
+add_test(NAME format COMMAND ${CMAKE_SOURCE_DIR}/tools/check_format.sh)
 
 add_test(NAME clang_tidy COMMAND run-clang-tidy -quiet -p ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR}/src/.*)
 add_test(NAME reproducible_build COMMAND ${CMAKE_SOURCE_DIR}/tools/check_reproducible.sh)
 
 # One pytest run per file: the tests of a file share a booted machine.
 file(GLOB KORVANE_SYSTEM_TESTS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/system/test_*.py)
-set(KORVANE_FULL_TESTS clang_tidy reproducible_build)
+set(KORVANE_FULL_TESTS format clang_tidy reproducible_build)
 foreach(file ${KORVANE_SYSTEM_TESTS})
   get_filename_component(name ${file} NAME_WE)
   add_test(NAME system/${name} COMMAND /usr/bin/python3 -m pytest -q -p no:cacheprovider ${file})

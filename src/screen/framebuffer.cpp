@@ -17,7 +17,7 @@ constexpr std::uint64_t pixel_size = 4;
 constexpr std::uint64_t pixels_per_page = uefi::page_size / pixel_size;
 
 // Four pixels at a time; the firmware promises no more than the alignment of one.
-typedef std::uint32_t FourPixels __attribute__((vector_size(16), aligned(4), may_alias));
+using FourPixels __attribute__((vector_size(16), aligned(4), may_alias)) = std::uint32_t;
 
 // For each half of a glyph row, which of its four pixels are set.
 constexpr std::array<std::array<std::uint32_t, 4>, 16> make_glyph_masks() {
