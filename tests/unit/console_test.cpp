@@ -209,8 +209,8 @@ TEST(Console, FullClearFillsTheScreenWithTheBackground) {
     EXPECT_EQ(console.cursor_column, 0u);
     EXPECT_EQ(console.continuation[3], 0);
     EXPECT_EQ(grid_row(0, 10), "          ");
-    EXPECT_EQ(graphics.last_x, 41);
-    EXPECT_EQ(graphics.last_y, 35);
+    EXPECT_EQ(graphics.last_point.x, 41);
+    EXPECT_EQ(graphics.last_point.y, 35);
     EXPECT_TRUE(graphics.last_point_set);
     EXPECT_TRUE(memory.buffers_agree());
 }
