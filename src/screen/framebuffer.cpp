@@ -137,7 +137,7 @@ void move_pixels_up(std::uint32_t x, std::uint32_t to_y, std::uint32_t from_y, s
 void draw_glyph(std::uint32_t x, std::uint32_t y, std::uint8_t code, std::uint32_t foreground,
                 std::uint32_t background) {
     const std::uint8_t* glyph = font_glyphs[code];
-    std::uint64_t index = pixel_index(x, y);
+    const std::uint64_t index = pixel_index(x, y);
     const std::uint64_t last = index + std::uint64_t{screen.pitch} * (glyph_height - 1) + glyph_width - 1;
     if (last >= screen.addressable) {
         draw_glyph_by_pixels(x, y, glyph, foreground, background);
@@ -146,13 +146,16 @@ void draw_glyph(std::uint32_t x, std::uint32_t y, std::uint8_t code, std::uint32
     const FourPixels base = {background, background, background, background};
     const std::uint32_t changed = foreground ^ background;
     const FourPixels difference = {changed, changed, changed, changed};
-    for (std::uint32_t row = 0; row < glyph_height; ++row, index += screen.pitch) {
+    const std::uint64_t pitch = screen.pitch;
+    std::uint32_t* back = screen.back_buffer + index;
+    std::uint32_t* front = screen.framebuffer + index;
+    for (std::uint32_t row = 0; row < glyph_height; ++row, back += pitch, front += pitch) {
         const FourPixels left = glyph_half(glyph[row] >> 4, base, difference);
         const FourPixels right = glyph_half(glyph[row] & 15, base, difference);
-        store_four(screen.back_buffer + index, left);
-        store_four(screen.back_buffer + index + 4, right);
-        store_four(screen.framebuffer + index, left);
-        store_four(screen.framebuffer + index + 4, right);
+        store_four(back, left);
+        store_four(back + 4, right);
+        store_four(front, left);
+        store_four(front + 4, right);
     }
 }
 
