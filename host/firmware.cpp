@@ -1,0 +1,174 @@
+#include "firmware.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "boot_services.h"
+#include "runtime_services.h"
+#include "system_tables.h"
+#include "unicode.h"
+
+namespace korvane::host {
+
+namespace {
+
+constexpr std::uint64_t tables_size = 4 * uefi::page_size;
+constexpr std::uint64_t platform_tables_size = uefi::page_size;
+
+std::uint64_t whole_pages(std::uint64_t bytes) {
+    return (bytes + uefi::page_size - 1) / uefi::page_size;
+}
+
+}  // namespace
+
+Firmware::Firmware(Config config)
+    : config_(std::move(config)),
+      memory_(config_.memory),
+      pool_(pool_base, pool_size),
+      stack_(stack_base, whole_pages(config_.stack_size) * uefi::page_size),
+      table_memory_(tables_base, tables_size),
+      platform_table_memory_(platform_tables_base, platform_tables_size),
+      tables_(new (table_memory_.bytes().data()) Tables{}),
+      keyboard_(faults_),
+      text_console_(faults_) {
+    if (config_.graphics_output)
+        display_ = std::make_unique<Display>(framebuffer_base, config_.modes, config_.width, config_.height,
+                                             pool_, faults_);
+    for (const VolumeConfig& volume : config_.volumes)
+        volumes_.push_back(std::make_unique<Volume>(volume, faults_, misuse_));
+    for (const BlockDeviceConfig& device : config_.block_devices)
+        block_devices_.push_back(std::make_unique<BlockDevice>(device, faults_, misuse_));
+    enter_own_memory();
+    build_tables();
+    build_handles();
+}
+
+Firmware::~Firmware() = default;
+
+void Firmware::enter_own_memory() {
+    using uefi::MemoryType;
+    const auto enter = [this](const Mapping& mapping, MemoryType type) {
+        memory_.add({mapping.base(), mapping.size() / uefi::page_size, type});
+    };
+    enter(stack_, MemoryType::EfiBootServicesData);
+    enter(table_memory_, MemoryType::EfiRuntimeServicesData);
+    enter(platform_table_memory_, MemoryType::EfiACPIReclaimMemory);
+    enter(pool_.mapping(), MemoryType::EfiBootServicesData);
+    if (display_) enter(display_->mapping(), MemoryType::EfiMemoryMappedIO);
+}
+
+void Firmware::build_tables() {
+    Tables& tables = *tables_;
+    BootServiceFunctions::fill(tables.boot, *this);
+    RuntimeServiceFunctions::fill(tables.runtime, *this);
+    constexpr std::u16string_view vendor = u"Korvane hosted firmware";
+    vendor.copy(tables.vendor, vendor.size());
+
+    uefi::SystemTable& system = tables.system;
+    system.Hdr = {uefi::system_table_signature, 2 << 16 | 80, sizeof system, 0, 0};
+    system.FirmwareVendor = tables.vendor;
+    system.FirmwareRevision = 0x00010000;
+    system.ConIn = &keyboard_;
+    system.ConOut = &text_console_;
+    system.StdErr = &text_console_;
+    system.BootServices = &tables.boot;
+    system.RuntimeServices = &tables.runtime;
+    system.ConfigurationTable = tables.configuration;
+    const auto platform = platform_table_memory_.bytes();
+    if (config_.acpi_table)
+        tables.configuration[system.NumberOfTableEntries++] = {uefi::acpi_20_table_guid,
+                                                               put_acpi_tables(platform.first(2048))};
+    if (config_.smbios_table)
+        tables.configuration[system.NumberOfTableEntries++] = {uefi::smbios3_table_guid,
+                                                               put_smbios_table(platform.subspan(2048))};
+}
+
+void Firmware::build_handles() {
+    uefi::SystemTable& system = tables_->system;
+    system.ConsoleInHandle = handles_.add();
+    handles_.install(system.ConsoleInHandle, uefi::simple_text_input_guid, system.ConIn);
+    system.ConsoleOutHandle = handles_.add();
+    system.StandardErrorHandle = system.ConsoleOutHandle;
+    handles_.install(system.ConsoleOutHandle, uefi::simple_text_output_guid, system.ConOut);
+    if (display_)
+        handles_.install(system.ConsoleOutHandle, uefi::graphics_output_guid,
+                         static_cast<uefi::GraphicsOutputProtocol*>(display_.get()));
+    if (config_.cpu_protocol) {
+        tables_->cpu.SetMemoryAttributes = BootServiceFunctions::set_memory_attributes;
+        handles_.install(handles_.add(), uefi::cpu_arch_guid, &tables_->cpu);
+    }
+    uefi::Handle boot_device = nullptr;
+    for (const auto& volume : volumes_) {
+        const uefi::Handle device = handles_.add();
+        handles_.install(device, uefi::simple_file_system_guid,
+                         static_cast<uefi::SimpleFileSystemProtocol*>(volume.get()));
+        if (boot_device == nullptr) boot_device = device;
+    }
+    for (const auto& device : block_devices_)
+        handles_.install(handles_.add(), uefi::block_io_guid,
+                         static_cast<uefi::BlockIoProtocol*>(device.get()));
+
+    build_image_path();
+    uefi::LoadedImageProtocol& image = tables_->loaded_image;
+    image.Revision = 0x1000;
+    image.SystemTable = &system;
+    image.DeviceHandle = boot_device;
+    image.FilePath = reinterpret_cast<uefi::DevicePathNode*>(device_path_.data());
+    if (config_.load_options) {
+        load_options_ = *config_.load_options;
+        image.LoadOptions = load_options_.data();
+        image.LoadOptionsSize = static_cast<std::uint32_t>((load_options_.size() + 1) * sizeof(char16_t));
+    }
+    image.ImageCodeType = uefi::MemoryType::EfiLoaderCode;
+    image.ImageDataType = uefi::MemoryType::EfiLoaderData;
+    image_handle_ = handles_.add();
+    handles_.install(image_handle_, uefi::loaded_image_guid, &image);
+    seal(system.Hdr);
+}
+
+// The path in two nodes, as some firmware hands it over: the folder, and the file's name.
+void Firmware::build_image_path() {
+    const auto add_node = [this](std::uint8_t type, std::uint8_t subtype, std::u16string_view text) {
+        const std::size_t text_bytes = text.empty() ? 0 : (text.size() + 1) * sizeof(char16_t);
+        const std::size_t length = sizeof(uefi::DevicePathNode) + text_bytes;
+        device_path_.insert(device_path_.end(), {type, subtype, static_cast<std::uint8_t>(length),
+                                                 static_cast<std::uint8_t>(length >> 8)});
+        const std::size_t at = device_path_.size();
+        device_path_.resize(at + text_bytes);
+        const std::u16string terminated(text);
+        if (text_bytes != 0) std::memcpy(&device_path_[at], terminated.c_str(), text_bytes);
+    };
+    const std::u16string_view path = config_.image_path;
+    const std::size_t name = path.rfind(u'\\');
+    if (name != std::u16string_view::npos && name != 0)
+        add_node(uefi::device_path_media, uefi::device_path_media_file_path, path.substr(0, name));
+    if (name != std::u16string_view::npos)
+        add_node(uefi::device_path_media, uefi::device_path_media_file_path, path.substr(name));
+    add_node(uefi::device_path_end, uefi::device_path_end_entire, {});
+}
+
+void Firmware::place_image(std::uint64_t base, std::uint64_t size, const std::filesystem::path& file) {
+    tables_->loaded_image.ImageBase = reinterpret_cast<void*>(base);
+    tables_->loaded_image.ImageSize = size;
+    memory_.add({base, whole_pages(size), uefi::MemoryType::EfiLoaderCode});
+    if (volumes_.empty() || file.empty()) return;
+    LentFile lent{{}, file};
+    std::u16string_view rest = config_.image_path;
+    while (!rest.empty()) {
+        const std::size_t end = std::min(rest.find(u'\\'), rest.size());
+        if (end != 0) lent.path.push_back(to_utf8(rest.substr(0, end)));
+        rest.remove_prefix(std::min(end + 1, rest.size()));
+    }
+    volumes_.front()->lend(std::move(lent));
+}
+
+std::vector<std::string> Firmware::complaints() const {
+    std::vector<std::string> all = misuse_.reports;
+    for (std::string& damage : pool_.damage())
+        all.push_back(std::move(damage));
+    return all;
+}
+
+}  // namespace korvane::host

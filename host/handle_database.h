@@ -1,0 +1,40 @@
+// Handles and the protocols they carry.
+#pragma once
+
+#include <cstdint>
+#include <deque>
+#include <vector>
+
+#include "platform/uefi.h"
+#include "pool.h"
+
+namespace korvane::host {
+
+class HandleDatabase {
+  public:
+    /// A new handle; handles keep the order of their making.
+    uefi::Handle add();
+    void install(uefi::Handle handle, const uefi::Guid& protocol, void* interface);
+
+    bool is_handle(uefi::Handle handle) const;
+    /// Null when the handle does not carry the protocol.
+    void* find(uefi::Handle handle, const uefi::Guid& protocol) const;
+    /// The handles that carry the protocol.
+    std::vector<uefi::Handle> all_with(const uefi::Guid& protocol) const;
+    std::vector<uefi::Handle> all() const;
+
+  private:
+    struct Interface {
+        uefi::Guid protocol;
+        void* interface;
+    };
+    struct Entry {
+        std::vector<Interface> interfaces;
+    };
+
+    const Entry* entry(uefi::Handle handle) const;
+
+    std::deque<Entry> entries_;  // a handle is its entry's address
+};
+
+}  // namespace korvane::host

@@ -1,0 +1,197 @@
+#include "machine.h"
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <utility>
+
+#if defined(__SANITIZE_ADDRESS__)
+#include <sanitizer/common_interface_defs.h>
+#endif
+
+namespace korvane::host {
+
+namespace {
+
+Machine* running = nullptr;  // for the functions that are given no context
+
+constexpr std::size_t signal_stack_size = 64 * 1024;
+constexpr int caught_signals[] = {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP};
+
+#if defined(__SANITIZE_ADDRESS__)
+constexpr bool sanitized = true;
+void before_switch(void** save, const void* bottom, std::size_t size) {
+    __sanitizer_start_switch_fiber(save, bottom, size);
+}
+void after_switch(void* saved, const void** old_bottom, std::size_t* old_size) {
+    __sanitizer_finish_switch_fiber(saved, old_bottom, old_size);
+}
+#else
+constexpr bool sanitized = false;
+void before_switch(void**, const void*, std::size_t) {}
+void after_switch(void*, const void**, std::size_t*) {}
+#endif
+
+std::uint64_t monotonic_microseconds() {
+    std::timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000 +
+           static_cast<std::uint64_t>(now.tv_nsec) / 1000;
+}
+
+const char* signal_name(int number) {
+    switch (number) {
+        case SIGSEGV:
+            return "memory access";
+        case SIGBUS:
+            return "bus error";
+        case SIGFPE:
+            return "arithmetic exception";
+        case SIGILL:
+            return "illegal instruction";
+        default:
+            return "trap";
+    }
+}
+
+}  // namespace
+
+Machine::Machine(Config config, ImageSource source)
+    : source_(std::move(source)), firmware_(std::move(config)) {
+    const auto file = read_file(source_.path);
+    if (!file && source_.linked_code == nullptr) {
+        std::fprintf(stderr, "hosted firmware: cannot read %s\n", source_.path.c_str());
+        std::exit(71);
+    }
+    if (file) {
+        std::string problem;
+        image_ = load_image({reinterpret_cast<const std::uint8_t*>(file->data()), file->size()}, image_base,
+                            problem);
+        if (!image_) {
+            std::fprintf(stderr, "hosted firmware: cannot load %s: %s\n", source_.path.c_str(),
+                         problem.c_str());
+            std::exit(71);
+        }
+        entry_point_ = reinterpret_cast<EntryPoint>(image_->entry_point);
+        firmware_.place_image(image_base, image_->memory.size(), source_.path);
+    }
+    if (source_.linked_code != nullptr) entry_point_ = source_.linked_code;
+    firmware_.keyboard().on_wanted([this](KeyWant want) { key_wanted(want); });
+    firmware_.on_exit([this](uefi::Status status) {
+        status_ = status;
+        switch_to_host(Stop::returned);
+    });
+    running = this;
+    if (!sanitized) install_signal_handlers();
+}
+
+Machine::~Machine() {
+    if (running == this) running = nullptr;
+    if (!sanitized) {
+        for (const int number : caught_signals)
+            signal(number, SIG_DFL);
+        stack_t off{};
+        off.ss_flags = SS_DISABLE;
+        sigaltstack(&off, nullptr);
+    }
+}
+
+void Machine::install_signal_handlers() {
+    signal_stack_ = std::make_unique<std::uint8_t[]>(signal_stack_size);
+    stack_t stack{};
+    stack.ss_sp = signal_stack_.get();
+    stack.ss_size = signal_stack_size;
+    sigaltstack(&stack, nullptr);
+    struct sigaction action {};
+    action.sa_sigaction = on_signal;
+    action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER;
+    for (const int number : caught_signals)
+        sigaction(number, &action, nullptr);
+}
+
+void Machine::on_signal(int number, siginfo_t* information, void* context) {
+    const auto& at = *static_cast<const ucontext_t*>(context);
+    if (running == nullptr || !running->started_) {
+        signal(number, SIG_DFL);
+        raise(number);
+        return;
+    }
+    running->fault_report_ = running->describe_fault(number, *information, at);
+    running->stop_ = Stop::fault;
+    running->started_ = false;
+    setcontext(&running->host_context_);
+}
+
+std::string Machine::describe_fault(int number, const siginfo_t& information,
+                                    const ucontext_t& context) const {
+    const auto place = static_cast<std::uint64_t>(context.uc_mcontext.gregs[REG_RIP]);
+    const auto address = reinterpret_cast<std::uint64_t>(information.si_addr);
+    char text[200];
+    int length = std::snprintf(text, sizeof text, "machine fault: %s", signal_name(number));
+    const auto add = [&](const char* format, std::uint64_t value) {
+        const auto used = static_cast<std::size_t>(length);
+        length +=
+            std::snprintf(text + used, sizeof text - used, format, static_cast<unsigned long long>(value));
+    };
+    if (number == SIGSEGV || number == SIGBUS) add(" at address %#llx", address);
+    if (image_ && image_->memory.contains(place))
+        add(", image offset %#llx", place - image_->memory.base());
+    else
+        add(", outside the image at %#llx", place);
+    if (const std::uint64_t base = stack_base; address < base && base - address <= uefi::page_size)
+        add(" (the stack of %llu bytes is exhausted)", firmware_.config().stack_size);
+    return text;
+}
+
+void Machine::start_on_own_stack() {
+    Machine& machine = *running;
+    after_switch(nullptr, &machine.host_stack_, &machine.host_stack_size_);
+    machine.status_ =
+        machine.entry_point_(machine.firmware_.image_handle(), machine.firmware_.system_table());
+    machine.switch_to_host(Stop::returned);
+}
+
+void Machine::switch_to_host(Stop stop) {
+    stop_ = stop;
+    if (stop == Stop::returned) started_ = false;
+    before_switch(&image_fiber_, host_stack_, host_stack_size_);
+    swapcontext(&image_context_, &host_context_);
+    after_switch(image_fiber_, &host_stack_, &host_stack_size_);
+}
+
+Stop Machine::run() {
+    const auto stack = firmware_.stack().bytes();
+    if (!started_) {
+        started_ = true;
+        getcontext(&image_context_);
+        image_context_.uc_stack.ss_sp = stack.data();
+        image_context_.uc_stack.ss_size = stack.size();
+        image_context_.uc_link = nullptr;
+        makecontext(&image_context_, start_on_own_stack, 0);
+    }
+    before_switch(&host_fiber_, stack.data(), stack.size());
+    swapcontext(&host_context_, &image_context_);
+    after_switch(host_fiber_, nullptr, nullptr);
+    return stop_;
+}
+
+void Machine::key_wanted(KeyWant want) {
+    if (want == KeyWant::poll) {
+        if (poll_interval_ == 0) return;
+        const std::uint64_t now = monotonic_microseconds();
+        if (now - last_poll_stop_ < poll_interval_) return;
+        last_poll_stop_ = now;
+        switch_to_host(Stop::polls_key);
+        return;
+    }
+    switch_to_host(Stop::waits_for_key);
+}
+
+void Machine::learn_waiting_place() {
+    if (!image_ || source_.linked_code != nullptr) return;
+    firmware_.keyboard().learn_spin_place(image_->memory.base(), image_->memory.size());
+}
+
+}  // namespace korvane::host

@@ -1,0 +1,70 @@
+// The simple file system protocol over a folder of the host, with the rules of FAT.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "config.h"
+#include "folder.h"
+#include "misuse.h"
+#include "platform/uefi.h"
+#include "service_faults.h"
+
+namespace korvane::host {
+
+class Volume;
+
+/// One handle of the file protocol. Handles stay in memory after they are closed, so that their use is
+/// noticed.
+struct OpenFile : uefi::FileProtocol {
+    OpenFile(Volume& its_volume, FolderPath its_path);
+
+    Volume& volume;
+    FolderPath path;
+    Descriptor descriptor;  // of a regular file
+    bool directory = false;
+    bool writable = false;
+    bool closed = false;
+    std::uint64_t position = 0;        // bytes in a file, entries in a directory
+    std::vector<std::string> entries;  // of a directory, read when its listing begins
+};
+
+/// A file that is there without the folder holding it; it can be read and is not listed.
+struct LentFile {
+    std::vector<std::string> path;
+    std::filesystem::path source;
+};
+
+class Volume : public uefi::SimpleFileSystemProtocol {
+  public:
+    Volume(const VolumeConfig& config, ServiceFaults& faults, Misuse& misuse);
+
+    /// Puts another folder in the place of this one. Open handles keep their paths.
+    void replace_folder(const std::filesystem::path& folder) { folder_ = Folder(folder); }
+    void lend(LentFile file) { lent_ = std::move(file); }
+
+    /// Handles that are open, the volume's root included.
+    std::vector<const OpenFile*> open_files() const;
+
+  private:
+    friend struct FileServices;
+
+    static uefi::Status EFIAPI open_volume(uefi::SimpleFileSystemProtocol* self, uefi::FileProtocol** root);
+
+    OpenFile* add_handle(FolderPath path);
+
+    Folder folder_;
+    bool read_only_;
+    std::uint64_t free_bytes_;
+    std::u16string label_;
+    std::optional<LentFile> lent_;
+    ServiceFaults& faults_;
+    Misuse& misuse_;
+    std::vector<std::unique_ptr<OpenFile>> handles_;
+};
+
+}  // namespace korvane::host
