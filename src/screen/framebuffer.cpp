@@ -114,8 +114,11 @@ void fill_pixels(std::uint32_t x, std::uint32_t y, std::uint32_t columns, std::u
         fill_pixel_row(x, y, std::uint64_t{columns} * rows, colour);
         return;
     }
-    for (std::uint32_t row = 0; row < rows; ++row)
-        fill_pixel_row(x, y + row, columns, colour);
+    // Ends at the end of memory too: a mode may report any number of rows.
+    std::uint64_t index = pixel_index(x, y);
+    for (; rows != 0 && index < screen.addressable; --rows, index += screen.pitch) {
+        fill_both(index, count_in_memory(index, columns), colour);
+    }
 }
 
 void store_pixel_row(std::uint32_t x, std::uint32_t y, std::span<const std::uint32_t> pixels) {
