@@ -3,8 +3,8 @@
 #include <array>
 #include <unordered_map>
 
-#include "code_page.h"
 #include "screen/font.h"
+#include "code_page.h"
 
 namespace korvane::host {
 namespace {

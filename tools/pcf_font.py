@@ -113,16 +113,20 @@ def read_glyphs(data):
 
 
 BLANK_CODES = (0, 32, 255)
+DOUBLE_NOTE = [0, 0, 0x3E, 0x22, 0x3E, 0x22, 0x22, 0x22, 0x22, 0x26, 0x26, 0xC0, 0, 0, 0, 0]
 
 
 def complete_cells(glyphs):
-    """Makes exact what programs draw areas with: the blanks, the shades and the block cells.
+    """Fills the font's gaps and makes exact what programs draw areas with: blanks, shades and block cells.
 
     Text of a full screen is drawn without gaps, so these must tile the cell whatever the font's designer chose;
     the font keeps its "missing glyph" box at code 0, which must be blank on this console.
     """
     for code in BLANK_CODES:
         glyphs[code] = [0x00] * HEIGHT
+    # Terminus leaves two codes out: the bullet, which is code 8 inside out, and the double note.
+    glyphs[7] = [row ^ 0xFF for row in glyphs[8]]
+    glyphs[14] = DOUBLE_NOTE
     half = HEIGHT // 2
     glyphs[176] = [0x88, 0x22] * half
     glyphs[177] = [0xAA, 0x55] * half

@@ -47,6 +47,22 @@ TEST(Font, BlankCodesAreBlank) {
             EXPECT_EQ(row, 0) << "code " << code;
 }
 
+TEST(Font, EveryOtherCodeHasAGlyph) {
+    for (int code = 1; code < 255; ++code) {
+        if (code == 32)
+            continue;
+        int pixels = 0;
+        for (const std::uint8_t row : font_glyphs[code])
+            pixels += __builtin_popcount(row);
+        EXPECT_NE(pixels, 0) << "code " << code;
+    }
+}
+
+TEST(Font, BulletIsTheInverseBulletInsideOut) {
+    for (std::uint32_t y = 0; y < glyph_height; ++y)
+        EXPECT_EQ(font_glyphs[7][y], font_glyphs[8][y] ^ 0xFF);
+}
+
 TEST(Font, BoxDrawingLinesAreThere) {
     EXPECT_NE(side_edge(196, 0), 0U);
     EXPECT_NE(side_edge(205, 0), 0U);
