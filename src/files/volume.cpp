@@ -236,13 +236,17 @@ bool RenameFileByName(std::string_view old_name, std::string_view new_name) {
     return file.get()->SetInfo(file.get(), &uefi::file_info_guid, new_size, buffer.data()) == uefi::success;
 }
 
-bool IsDirectory(uefi::FileProtocol* file) {
-    if (file == nullptr) return false;
+std::optional<std::uint64_t> file_attributes(uefi::FileProtocol* file) {
+    if (file == nullptr) return std::nullopt;
     const std::uint64_t size = info_size(*file);
-    if (size == 0) return false;
+    if (size == 0) return std::nullopt;
     PoolBuffer buffer(size);
-    if (!read_info(*file, size, buffer)) return false;
-    return (read_unaligned<std::uint64_t>(buffer.data() + attribute_offset) & uefi::file_directory) != 0;
+    if (!read_info(*file, size, buffer)) return std::nullopt;
+    return read_unaligned<std::uint64_t>(buffer.data() + attribute_offset);
+}
+
+bool IsDirectory(uefi::FileProtocol* file) {
+    return (file_attributes(file).value_or(0) & uefi::file_directory) != 0;
 }
 
 bool GetPathArgument(Cursor& cursor, char (&buffer)[path_capacity]) {

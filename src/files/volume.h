@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "core/token.h"
@@ -112,6 +113,10 @@ bool DeleteFileByName(std::string_view name);
 
 // Gives a file or directory a new name (at most 254 characters), by the firmware's own rules. Raises nothing.
 bool RenameFileByName(std::string_view old_name, std::string_view new_name);
+
+// The attribute mask of a file or directory (uefi::file_directory and so on); nothing for null and when the
+// firmware does not tell.
+std::optional<std::uint64_t> file_attributes(uefi::FileProtocol* file);
 
 // True when the handle is a directory; false for a file, for null and when the firmware does not tell.
 bool IsDirectory(uefi::FileProtocol* file);

@@ -1,0 +1,39 @@
+#include "explorer/command.h"
+
+#include "explorer/landmarks.h"
+#include "explorer/number_syntax.h"
+#include "explorer/report.h"
+
+namespace korvane {
+
+std::optional<std::uint64_t> parse_address(std::string_view word) {
+    std::uint64_t address = 0;
+    if (find_landmark(word, address)) return address;
+    return parse_number(word);
+}
+
+std::optional<Outcome> read_addresses(WordReader& arguments,
+                                      std::initializer_list<std::uint64_t*> addresses) {
+    for (std::uint64_t* place : addresses) {
+        const Word word = arguments.next();
+        if (word.empty()) return Outcome::bad_arguments;
+        const auto address = parse_address(word.view());
+        if (!address) {
+            print_line(bad_address);
+            return Outcome::done;
+        }
+        *place = *address;
+    }
+    return std::nullopt;
+}
+
+bool read_numbers(WordReader& arguments, std::initializer_list<std::uint64_t*> numbers) {
+    for (std::uint64_t* place : numbers) {
+        const auto number = parse_number(arguments.next().view());
+        if (!number) return false;
+        *place = *number;
+    }
+    return true;
+}
+
+}  // namespace korvane

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <span>
+#include <string_view>
+
+#include "explorer/command.h"
+
+namespace korvane {
+
+struct ExplorerCommand {
+    std::string_view word;   // upper case
+    std::string_view alias;  // a second word for it, or empty
+    std::string_view help;   // its line in the help text
+    std::string_view usage;  // printed on bad arguments; empty when it can have none
+    Outcome (*run)(WordReader& arguments);
+};
+
+/// Every command, in the order in which a word is compared with them.
+std::span<const ExplorerCommand> explorer_commands();
+
+/// The command of a word in upper case, or null.
+const ExplorerCommand* find_explorer_command(std::string_view word);
+
+}  // namespace korvane

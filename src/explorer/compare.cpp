@@ -1,0 +1,51 @@
+#include "explorer/compare.h"
+
+#include "explorer/byte_search.h"
+#include "explorer/memory_map.h"
+#include "explorer/memory_range.h"
+#include "explorer/report.h"
+
+namespace korvane {
+namespace {
+
+void print_difference(const std::uint8_t* first, const std::uint8_t* second) {
+    LineText line;
+    line.put_address(reinterpret_cast<std::uint64_t>(first)).put(' ').put_hex(*first, 2);
+    line.put("  !=  ");
+    line.put_address(reinterpret_cast<std::uint64_t>(second)).put(' ').put_hex(*second, 2);
+    print_line(line);
+}
+
+}  // namespace
+
+Outcome do_compare(WordReader& arguments) {
+    MemoryRange block{};
+    std::uint64_t other = 0;
+    if (const auto ended = read_addresses(arguments, {&block.start, &block.end, &other})) return *ended;
+    if (!check_range(block) || !check_wrap(other, block.count())) return Outcome::done;
+
+    const std::uint64_t count = block.count();
+    const std::uint64_t readable =
+        accessible_run_up(Access::read, other, accessible_run_up(Access::read, block.start, count));
+    const auto* first = reinterpret_cast<const std::uint8_t*>(block.start);
+    const auto* second = reinterpret_cast<const std::uint8_t*>(other);
+    LinePager pager(finding_page());
+    std::uint64_t differences = 0;
+    std::uint64_t offset = 0;
+    while ((offset += find_difference(first + offset, second + offset, readable - offset)) < readable) {
+        ++differences;
+        print_difference(first + offset, second + offset);
+        pager.after_line();
+        ++offset;
+    }
+    if (readable < count) {
+        print_line(LineText().put("Read refused/unavailable at offset ").put_decimal(readable));
+    } else {
+        LineText total;
+        total.put("Compared ").put_decimal(count).put(" bytes, ").put_decimal(differences);
+        print_line(total.put(" differences."));
+    }
+    return Outcome::done;
+}
+
+}  // namespace korvane

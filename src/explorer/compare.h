@@ -1,0 +1,10 @@
+#pragma once
+
+#include "explorer/command.h"
+
+namespace korvane {
+
+/// `C start1 end1 start2`: lists the differences between two blocks of equal length.
+Outcome do_compare(WordReader& arguments);
+
+}  // namespace korvane

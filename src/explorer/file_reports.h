@@ -1,0 +1,13 @@
+#pragma once
+
+#include "explorer/command.h"
+
+namespace korvane {
+
+/// `CAT v file`: a file as text.
+Outcome do_cat(WordReader& arguments);
+
+/// `HEXFILE v file`: a file as a hexadecimal and character dump.
+Outcome do_hex_file(WordReader& arguments);
+
+}  // namespace korvane

@@ -1,0 +1,38 @@
+#include "explorer/help_text.h"
+
+#include <array>
+#include <span>
+
+#include "explorer/command_table.h"
+#include "explorer/report.h"
+
+namespace korvane {
+namespace {
+
+constexpr std::array<std::string_view, 17> memory_commands = {"L", "M",    "M!",   "F", "C", ">", "A",   "H", "HA",
+                                                              "T", "SAVE", "LOAD", "R", "W", "V", "MAP", "I"};
+constexpr std::array<std::string_view, 11> storage_commands = {
+    "DISKS", "DISK", "SECTOR", "PARTITIONS", "PARTITION", "VOLUMES", "DIRFS", "CAT", "HEXFILE", "BOOT", "OS"};
+constexpr std::array<std::string_view, 2> general_commands = {"?", "X"};
+
+void list_help(Listing& listing, std::span<const std::string_view> words) {
+    for (const std::string_view word : words) {
+        const ExplorerCommand* command = find_explorer_command(word);
+        if (command != nullptr && !listing.line(command->help)) return;
+    }
+}
+
+}  // namespace
+
+Outcome do_explorer_help(WordReader&) {
+    Listing listing;
+    listing.line("Korvane Machine Explorer commands:");
+    list_help(listing, memory_commands);
+    listing.line("Storage / boot inspection (read-only):");
+    list_help(listing, storage_commands);
+    list_help(listing, general_commands);
+    listing.line("Monitor numbers are hex by default; use D:number for decimal.");
+    return Outcome::done;
+}
+
+}  // namespace korvane

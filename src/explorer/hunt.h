@@ -1,0 +1,13 @@
+#pragma once
+
+#include "explorer/command.h"
+
+namespace korvane {
+
+/// `H start end hex...`: finds every place in a range where the given bytes stand.
+Outcome do_hunt(WordReader& arguments);
+
+/// `HA start end text...`: the same for the rest of the line, from its first character that is no blank.
+Outcome do_hunt_text(WordReader& arguments);
+
+}  // namespace korvane

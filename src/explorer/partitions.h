@@ -1,0 +1,13 @@
+#pragma once
+
+#include "explorer/command.h"
+
+namespace korvane {
+
+/// `PARTITIONS n`: a disk's GPT, or else its MBR.
+Outcome do_partitions(WordReader& arguments);
+
+/// `PARTITION n p`: one entry of it, numbered from 1.
+Outcome do_partition(WordReader& arguments);
+
+}  // namespace korvane

@@ -1,0 +1,53 @@
+#include "explorer/volumes.h"
+
+#include "platform/firmware.h"
+
+namespace korvane {
+namespace {
+
+FileHandle open_root(uefi::Handle handle) {
+    auto* file_system =
+        static_cast<uefi::SimpleFileSystemProtocol*>(find_interface(handle, uefi::simple_file_system_guid));
+    uefi::FileProtocol* root = nullptr;
+    if (file_system == nullptr || uefi::is_error(file_system->OpenVolume(file_system, &root))) return {};
+    return FileHandle(root);
+}
+
+}  // namespace
+
+VolumeWalk::VolumeWalk() : handles_(uefi::simple_file_system_guid), upcoming_(handles_.begin()) {}
+
+bool VolumeWalk::next() {
+    while (upcoming_ != handles_.end()) {
+        handle_ = *upcoming_++;
+        root_ = open_root(handle_);
+        if (!root_) continue;
+        number_ = opened_++;
+        return true;
+    }
+    return false;
+}
+
+FileHandle open_volume(std::uint64_t number) {
+    VolumeWalk walk;
+    while (walk.next()) {
+        if (walk.number() == number) return walk.take_root();
+    }
+    return {};
+}
+
+FileHandle open_on_volume(uefi::FileProtocol* root, std::string_view path) {
+    // The name's room of 255 characters is more than a command line can hold.
+    const FirmwareName name(path);
+    return open_below(root, name.text, uefi::file_mode_read);
+}
+
+bool path_exists(uefi::FileProtocol* root, std::string_view path, PathKind kind) {
+    const FileHandle object = open_on_volume(root, path);
+    const auto attributes = file_attributes(object.get());
+    if (!attributes) return false;
+    const bool is_directory = (*attributes & uefi::file_directory) != 0;
+    return is_directory == (kind == PathKind::directory);
+}
+
+}  // namespace korvane
