@@ -9,8 +9,8 @@
 
 namespace korvane {
 
-/// A whole, present medium (not a partition's view of one). The media fields are a copy taken when the disk was
-/// found: should the medium change meanwhile, reads by the old media id fail instead of mixing two media.
+/// A whole, present medium (not a partition's view of one). The media fields are a copy taken when the disk
+/// was found: should the medium change meanwhile, reads by the old media id fail instead of mixing two media.
 struct Disk {
     uefi::Handle handle;
     uefi::BlockIoProtocol* device;
@@ -47,8 +47,8 @@ class DiskReader {
   public:
     explicit DiskReader(const Disk& disk);
 
-    /// Fills `bytes` from a byte offset on the disk. False when a block beyond the last one would be needed, the
-    /// offset overflows, a block cannot be read or there was no memory for one.
+    /// Fills `bytes` from a byte offset on the disk. False when a block beyond the last one would be needed,
+    /// the offset overflows, a block cannot be read or there was no memory for one.
     bool read(std::uint64_t offset, std::span<std::uint8_t> bytes);
 
   private:

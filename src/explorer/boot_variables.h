@@ -49,8 +49,8 @@ class BootOrder {
     GlobalVariable variable_;
 };
 
-/// Walks the numbers of the boot entries that may exist: those of `BootOrder` in its order, then 0000 to 00FF as
-/// far as they are not in it. Firmware that numbers entries higher lists them in `BootOrder` in practice.
+/// Walks the numbers of the boot entries that may exist: those of `BootOrder` in its order, then 0000 to 00FF
+/// as far as they are not in it. Firmware that numbers entries higher lists them in `BootOrder` in practice.
 class BootEntryWalk {
   public:
     explicit BootEntryWalk(const BootOrder& order) : order_(order) {}

@@ -31,7 +31,8 @@ bool step_holds(const std::uint8_t* bytes, Vector needle) {
 }
 
 bool step_differs(const std::uint8_t* left, const std::uint8_t* right) {
-    const auto first = (load(left) != load(right)) | (load(left + vector_bytes) != load(right + vector_bytes));
+    const auto first =
+        (load(left) != load(right)) | (load(left + vector_bytes) != load(right + vector_bytes));
     const auto second = (load(left + 2 * vector_bytes) != load(right + 2 * vector_bytes)) |
                         (load(left + 3 * vector_bytes) != load(right + 3 * vector_bytes));
     return any_set(reinterpret_cast<Mask>(first | second));
@@ -42,15 +43,19 @@ bool step_differs(const std::uint8_t* left, const std::uint8_t* right) {
 std::uint64_t find_byte(const std::uint8_t* bytes, std::uint64_t count, std::uint8_t value) {
     const Vector needle = Vector{} + value;
     std::uint64_t i = 0;
-    while (count - i >= step_bytes && !step_holds(bytes + i, needle)) i += step_bytes;
-    while (i < count && bytes[i] != value) ++i;
+    while (count - i >= step_bytes && !step_holds(bytes + i, needle))
+        i += step_bytes;
+    while (i < count && bytes[i] != value)
+        ++i;
     return i;
 }
 
 std::uint64_t find_difference(const std::uint8_t* left, const std::uint8_t* right, std::uint64_t count) {
     std::uint64_t i = 0;
-    while (count - i >= step_bytes && !step_differs(left + i, right + i)) i += step_bytes;
-    while (i < count && left[i] == right[i]) ++i;
+    while (count - i >= step_bytes && !step_differs(left + i, right + i))
+        i += step_bytes;
+    while (i < count && left[i] == right[i])
+        ++i;
     return i;
 }
 

@@ -20,8 +20,8 @@ enum class HuntResult : std::uint8_t {
 };
 
 /// Looks for a pattern of 1 to 256 bytes in a range of memory of which only the first `readable` bytes may be
-/// read. Positions are offsets in the range; all start positions from 0 to `last_start` are tried in ascending
-/// order and overlapping matches are found.
+/// read. Positions are offsets in the range; all start positions from 0 to `last_start` are tried in
+/// ascending order and overlapping matches are found.
 class PatternHunt {
   public:
     PatternHunt(const std::uint8_t* memory, std::uint64_t readable, std::uint64_t last_start,

@@ -22,10 +22,9 @@ inline constexpr std::string_view bad_length = "Bad length.";
 /// An address as a word of a command line: a landmark's name or a number. Nothing when it is neither.
 std::optional<std::uint64_t> parse_address(std::string_view word);
 
-/// Reads address words into the given places. Nothing when all were read; otherwise the outcome with which the
-/// command ends: bad_arguments for a missing word, done after "Bad address or landmark.".
-std::optional<Outcome> read_addresses(WordReader& arguments,
-                                      std::initializer_list<std::uint64_t*> addresses);
+/// Reads address words into the given places. Nothing when all were read; otherwise the outcome with which
+/// the command ends: bad_arguments for a missing word, done after "Bad address or landmark.".
+std::optional<Outcome> read_addresses(WordReader& arguments, std::initializer_list<std::uint64_t*> addresses);
 
 /// Reads number words (disks, volumes, partitions). False when one is missing or is no number.
 bool read_numbers(WordReader& arguments, std::initializer_list<std::uint64_t*> numbers);

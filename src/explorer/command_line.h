@@ -7,10 +7,10 @@
 namespace korvane {
 
 inline constexpr std::string_view explorer_prompt = "K> ";
-inline constexpr std::size_t command_line_length = 192;   // characters, the prompt not counted
-inline constexpr std::size_t command_word_length = 47;    // characters
-inline constexpr std::size_t argument_word_length = 63;   // characters
-inline constexpr std::size_t byte_word_length = 31;       // characters of a word that stands for one byte
+inline constexpr std::size_t command_line_length = 192;  // characters, the prompt not counted
+inline constexpr std::size_t command_word_length = 47;   // characters
+inline constexpr std::size_t argument_word_length = 63;  // characters
+inline constexpr std::size_t byte_word_length = 31;      // characters of a word that stands for one byte
 
 /// A word of a command line: letters folded to upper case, cut at the length its reader asked for.
 class Word {

@@ -24,8 +24,8 @@ Outcome do_leave(WordReader&) {
     return Outcome::leave;
 }
 
-// The help lines align their texts in one column; SECTOR's stands one further right, deliberately. Help lines and
-// usage messages name some arguments differently ("n" and "disk"), deliberately too.
+// The help lines align their texts in one column; SECTOR's stands one further right, deliberately. Help lines
+// and usage messages name some arguments differently ("n" and "disk"), deliberately too.
 // clang-format off
 constexpr std::array<ExplorerCommand, 30> commands = {{
     {"X", "EXIT", "X                         return to BASIC", "", do_leave},

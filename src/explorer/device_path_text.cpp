@@ -14,13 +14,15 @@ constexpr std::size_t most_data_bytes = 32;
 /// A number as device paths show it: "0x" and no leading zeros.
 void put_0x(LineText& line, std::uint64_t value) {
     unsigned digits = 1;
-    while (digits < 16 && value >> (4 * digits) != 0) ++digits;
+    while (digits < 16 && value >> (4 * digits) != 0)
+        ++digits;
     line.put("0x").put_hex(value, digits);
 }
 
 void put_data(LineText& line, std::span<const std::uint8_t> bytes) {
     const auto shown = bytes.first(std::min(bytes.size(), most_data_bytes));
-    for (const std::uint8_t byte : shown) line.put_hex(byte, 2);
+    for (const std::uint8_t byte : shown)
+        line.put_hex(byte, 2);
     if (shown.size() < bytes.size()) line.put("...");
 }
 
@@ -46,7 +48,8 @@ void put_dotted(LineText& line, std::span<const std::uint8_t> address) {
     }
 }
 
-// ---- The formats ----------------------------------------------------------------------------------------------
+// ---- The formats
+// ----------------------------------------------------------------------------------------------
 
 void put_pci(LineText& line, const Element& node) {
     line.put("Pci(");
@@ -164,7 +167,8 @@ void put_nvme(LineText& line, const Element& node) {
     line.put("NVMe(");
     put_0x(line, node.field<std::uint32_t>(0));
     // The identifier's most significant byte is shown first.
-    for (std::size_t i = 8; i-- > 0;) line.put(i == 7 ? ',' : '-').put_hex(node.body[4 + i], 2);
+    for (std::size_t i = 8; i-- > 0;)
+        line.put(i == 7 ? ',' : '-').put_hex(node.body[4 + i], 2);
     line.put(')');
 }
 
@@ -230,7 +234,8 @@ void put_bbs(LineText& line, const Element& node) {
     line.put(')');
 }
 
-// ---- The kinds of nodes ---------------------------------------------------------------------------------------
+// ---- The kinds of nodes
+// ---------------------------------------------------------------------------------------
 
 /// A node whose text is a name and up to five fields, given by their sizes in bytes; or one with a function.
 struct NodeKind {
@@ -245,7 +250,8 @@ struct NodeKind {
 constexpr NodeKind fields(std::uint8_t type, std::uint8_t sub_type, std::string_view name,
                           std::array<std::uint8_t, 5> sizes) {
     std::size_t total = 0;
-    for (const std::uint8_t size : sizes) total += size;
+    for (const std::uint8_t size : sizes)
+        total += size;
     return {type, sub_type, total, name, sizes, nullptr};
 }
 
@@ -306,7 +312,8 @@ void put_fields(LineText& line, const NodeKind& kind, const Element& node) {
         if (size == 0) break;
         if (offset != 0) line.put(',');
         std::uint64_t value = 0;
-        for (std::size_t i = size; i-- > 0;) value = value << 8 | node.body[offset + i];
+        for (std::size_t i = size; i-- > 0;)
+            value = value << 8 | node.body[offset + i];
         put_0x(line, value);
         offset += size;
     }

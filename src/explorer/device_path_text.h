@@ -15,8 +15,8 @@ namespace korvane {
 /// `Path(type,subtype,data)`. Data of more than 32 bytes are cut and end in "...".
 LineText device_path_node_text(const DevicePathElement& node);
 
-/// Lists a whole path, its nodes joined by "/", broken between nodes into lines of at most 79 columns that begin
-/// at column `indent`. An empty path gives no line.
+/// Lists a whole path, its nodes joined by "/", broken between nodes into lines of at most 79 columns that
+/// begin at column `indent`. An empty path gives no line.
 void list_device_path(Listing& listing, std::span<const std::uint8_t> path, std::size_t indent);
 void list_device_path(Listing& listing, uefi::Handle handle, std::size_t indent);
 

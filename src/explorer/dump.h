@@ -17,7 +17,8 @@ extern DumpContinuation dump_continuation;
 /// Start-up: no dump has been made.
 void initialise_dump();
 
-/// `M [address [length]]`: dumps memory that the memory map shows as readable, 256 bytes unless told otherwise.
+/// `M [address [length]]`: dumps memory that the memory map shows as readable, 256 bytes unless told
+/// otherwise.
 Outcome do_dump(WordReader& arguments);
 
 /// `M! [address [length]]`: the same without looking at the memory map, at the user's risk.

@@ -24,7 +24,8 @@ bool read_and_execute() {
         print_line();
         return false;
     }
-    const std::string_view line(reinterpret_cast<const char*>(buffer.data()), static_cast<std::size_t>(length));
+    const std::string_view line(reinterpret_cast<const char*>(buffer.data()),
+                                static_cast<std::size_t>(length));
     return execute_explorer_line(without_prompt(line)) != Outcome::leave;
 }
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::uint64_t chunk_bytes = 4096;  // a multiple of the bytes of a dump line
 constexpr std::size_t tab_width = 8;
-constexpr unsigned offset_digits = 8;         // leaves a dump line within 80 columns
+constexpr unsigned offset_digits = 8;  // leaves a dump line within 80 columns
 constexpr unsigned large_offset_digits = 16;
 
 /// The rows of a text as it fills the text area's width.
@@ -83,8 +83,8 @@ class FileChunks {
     }
 
     std::span<const std::uint8_t> bytes() const { return {buffer_.data(), filled_}; }
-    std::uint64_t offset() const { return offset_; }            // of the piece in the file
-    std::string_view failure() const { return failure_; }       // the message to end with, or nothing
+    std::uint64_t offset() const { return offset_; }       // of the piece in the file
+    std::string_view failure() const { return failure_; }  // the message to end with, or nothing
 
   private:
     const FileHandle& file_;

@@ -9,8 +9,8 @@
 namespace korvane {
 namespace {
 
-constexpr std::array<std::string_view, 17> memory_commands = {"L", "M",    "M!",   "F", "C", ">", "A",   "H", "HA",
-                                                              "T", "SAVE", "LOAD", "R", "W", "V", "MAP", "I"};
+constexpr std::array<std::string_view, 17> memory_commands = {
+    "L", "M", "M!", "F", "C", ">", "A", "H", "HA", "T", "SAVE", "LOAD", "R", "W", "V", "MAP", "I"};
 constexpr std::array<std::string_view, 11> storage_commands = {
     "DISKS", "DISK", "SECTOR", "PARTITIONS", "PARTITION", "VOLUMES", "DIRFS", "CAT", "HEXFILE", "BOOT", "OS"};
 constexpr std::array<std::string_view, 2> general_commands = {"?", "X"};

@@ -31,7 +31,8 @@ Address configuration_table(const uefi::Guid& identifier) {
     if (system.ConfigurationTable == nullptr) return std::nullopt;
     for (std::uint64_t i = 0; i < system.NumberOfTableEntries; ++i) {
         const uefi::ConfigurationTable& entry = system.ConfigurationTable[i];
-        if (entry.VendorGuid == identifier && entry.VendorTable != nullptr) return address_of(entry.VendorTable);
+        if (entry.VendorGuid == identifier && entry.VendorTable != nullptr)
+            return address_of(entry.VendorTable);
     }
     return std::nullopt;
 }

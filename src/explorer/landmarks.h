@@ -19,13 +19,13 @@ struct Landmark {
 /// All landmarks in the order in which they are listed.
 std::span<const Landmark> landmarks();
 
-/// Looks a name up, compared exactly (names are upper case). STRINGTOP is a second name for FREETOP that is not
-/// listed, deliberately. False when there is no such landmark or the machine does not have it; `address` is then
-/// left alone.
+/// Looks a name up, compared exactly (names are upper case). STRINGTOP is a second name for FREETOP that is
+/// not listed, deliberately. False when there is no such landmark or the machine does not have it; `address`
+/// is then left alone.
 bool find_landmark(std::string_view name, std::uint64_t& address);
 
-/// The landmark at or closest below an address; of several at the same address the one listed first. Null when
-/// there is none. `landmark_address` receives its address.
+/// The landmark at or closest below an address; of several at the same address the one listed first. Null
+/// when there is none. `landmark_address` receives its address.
 const Landmark* nearest_landmark(std::uint64_t address, std::uint64_t& landmark_address);
 
 }  // namespace korvane

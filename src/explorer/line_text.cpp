@@ -10,12 +10,14 @@ LineText& LineText::put(char character) {
 }
 
 LineText& LineText::put(std::string_view text) {
-    for (const char character : text) put(character);
+    for (const char character : text)
+        put(character);
     return *this;
 }
 
 LineText& LineText::put_hex(std::uint64_t value, unsigned digits) {
-    for (unsigned digit = digits; digit-- > 0;) put("0123456789ABCDEF"[(value >> (4 * digit)) & 15]);
+    for (unsigned digit = digits; digit-- > 0;)
+        put("0123456789ABCDEF"[(value >> (4 * digit)) & 15]);
     return *this;
 }
 
@@ -23,7 +25,8 @@ LineText& LineText::put_decimal(std::uint64_t value, unsigned width) {
     std::array<char, 20> digits;  // 2^64 - 1 has 20
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value).ptr;
     const std::string_view text(digits.data(), static_cast<std::size_t>(end - digits.data()));
-    for (std::size_t column = text.size(); column < width; ++column) put(' ');
+    for (std::size_t column = text.size(); column < width; ++column)
+        put(' ');
     return put(text);
 }
 

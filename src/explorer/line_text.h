@@ -16,7 +16,8 @@ class LineText {
     LineText& put(char character);
     LineText& put(std::string_view text);
 
-    /// The value in upper-case hexadecimal with leading zeros, `digits` (1 to 16) wide; higher digits are cut.
+    /// The value in upper-case hexadecimal with leading zeros, `digits` (1 to 16) wide; higher digits are
+    /// cut.
     LineText& put_hex(std::uint64_t value, unsigned digits);
 
     /// An address: 16 hexadecimal digits.
@@ -27,8 +28,8 @@ class LineText {
 
     LineText& put_signed(std::int64_t value);
 
-    /// A character of UTF-16 text as the 8-bit console shows it: its low byte, with "." for a zero byte and for
-    /// the carriage return, which would end the line.
+    /// A character of UTF-16 text as the 8-bit console shows it: its low byte, with "." for a zero byte and
+    /// for the carriage return, which would end the line.
     LineText& put_utf16(char16_t unit);
 
     /// Blanks up to a column, counted from 0; at least one blank when the text is there already.

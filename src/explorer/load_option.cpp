@@ -19,7 +19,8 @@ char16_t unit_at(std::span<const std::uint8_t> bytes, std::size_t offset) {
 std::optional<LoadOption> decode_load_option(std::span<const std::uint8_t> bytes) {
     if (bytes.size() < description_field) return std::nullopt;
     std::size_t end = description_field;  // of the description
-    while (bytes.size() - end >= unit_bytes && unit_at(bytes, end) != 0) end += unit_bytes;
+    while (bytes.size() - end >= unit_bytes && unit_at(bytes, end) != 0)
+        end += unit_bytes;
     if (bytes.size() - end < unit_bytes) return std::nullopt;
     const std::size_t path = end + unit_bytes;
     const auto path_length = read_unaligned<std::uint16_t>(bytes.data() + path_length_field);

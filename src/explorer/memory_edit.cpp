@@ -37,9 +37,9 @@ bool next_address(std::uint64_t base, std::uint64_t written, std::uint64_t& addr
     return true;
 }
 
-/// Copies the range so that the result is right when source and destination overlap. Returns true, or false and
-/// the offset of the byte that could not be copied: of the bytes before it when copying upward, of those after
-/// it when copying downward, all have been.
+/// Copies the range so that the result is right when source and destination overlap. Returns true, or false
+/// and the offset of the byte that could not be copied: of the bytes before it when copying upward, of those
+/// after it when copying downward, all have been.
 bool transfer(const MemoryRange& source, std::uint64_t destination, std::uint64_t& stopped_at) {
     const std::uint64_t count = source.count();
     const bool downward = destination > source.start && destination <= source.end;

@@ -18,8 +18,9 @@ constexpr std::uint64_t spare_descriptors = 4;
 constexpr std::uint64_t largest_map = 16 * 1024 * 1024;
 
 constexpr std::array<std::string_view, 15> type_names = {
-    "Reserved",     "LoaderCode", "LoaderData",  "BootCode", "BootData", "RuntimeCode", "RuntimeData", "Conventional",
-    "Unusable",     "ACPIReclaim", "ACPINVS",    "MMIO",     "MMIOPort", "PalCode",     "Persistent"};
+    "Reserved",    "LoaderCode",  "LoaderData",   "BootCode", "BootData",
+    "RuntimeCode", "RuntimeData", "Conventional", "Unusable", "ACPIReclaim",
+    "ACPINVS",     "MMIO",        "MMIOPort",     "PalCode",  "Persistent"};
 
 /// The size of buffer that the map wants, with room to grow; 0 when the firmware does not tell.
 std::uint64_t wanted_buffer_size(std::uint64_t& descriptor_size) {
@@ -66,14 +67,13 @@ MemoryMapView::MemoryMapView(const std::uint8_t* descriptors, std::uint64_t byte
 }
 
 MemoryRegion MemoryMapView::region(std::size_t index) const {
-    const auto descriptor =
-        read_unaligned<uefi::MemoryDescriptor>(descriptors_ + index * descriptor_size_);
+    const auto descriptor = read_unaligned<uefi::MemoryDescriptor>(descriptors_ + index * descriptor_size_);
     MemoryRegion region{descriptor.PhysicalStart, descriptor.PhysicalStart, descriptor.NumberOfPages,
                         static_cast<std::uint32_t>(descriptor.Type), descriptor.Attribute};
     if (region.pages == 0) return region;
     const std::uint64_t pages_to_top = (top_of_memory - region.first) / uefi::page_size;
-    region.last = region.pages > pages_to_top ? top_of_memory
-                                              : region.first + region.pages * uefi::page_size - 1;
+    region.last =
+        region.pages > pages_to_top ? top_of_memory : region.first + region.pages * uefi::page_size - 1;
     return region;
 }
 

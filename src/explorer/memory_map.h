@@ -13,7 +13,7 @@ namespace korvane {
 /// One region of the firmware's memory map.
 struct MemoryRegion {
     std::uint64_t first;  // address of its first byte
-    std::uint64_t last;   // of its last byte; a region that would pass the top of the address space ends there
+    std::uint64_t last;  // of its last byte; a region that would pass the top of the address space ends there
     std::uint64_t pages;  // of 4096 bytes, as reported
     std::uint32_t type;   // EFI_MEMORY_TYPE
     std::uint64_t attributes;
@@ -31,9 +31,9 @@ enum class Access : std::uint8_t {
 };
 bool allows(Access access, std::uint32_t type);
 
-/// A reader of a memory map as the firmware gave it: descriptors of `descriptor_size` bytes, which may be more
-/// than this program knows of. Nothing is assumed about their order, size or overlap; where two overlap, the
-/// first in map order counts.
+/// A reader of a memory map as the firmware gave it: descriptors of `descriptor_size` bytes, which may be
+/// more than this program knows of. Nothing is assumed about their order, size or overlap; where two overlap,
+/// the first in map order counts.
 class MemoryMapView {
   public:
     MemoryMapView() = default;

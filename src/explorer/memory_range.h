@@ -7,8 +7,8 @@ namespace korvane {
 
 inline constexpr std::uint64_t last_address = std::numeric_limits<std::uint64_t>::max();
 
-/// True when `count` bytes at `address` fit below the top of the address space; the byte at its very top counts
-/// as inside.
+/// True when `count` bytes at `address` fit below the top of the address space; the byte at its very top
+/// counts as inside.
 constexpr bool fits_address_space(std::uint64_t address, std::uint64_t count) {
     return count == 0 || count - 1 <= last_address - address;
 }

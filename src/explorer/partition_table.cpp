@@ -89,7 +89,10 @@ LineText format_mbr_entry(std::uint64_t number, const MbrEntry& entry, std::uint
     LineText line;
     line.put("  ").put_decimal(number).put("  MBR type ").put_hex(entry.type, 2);
     // In 64 bits, where neither the last block number nor the product can wrap.
-    line.put("  LBA ").put_decimal(entry.first).put('-').put_decimal(std::uint64_t{entry.first} + entry.count - 1);
+    line.put("  LBA ")
+        .put_decimal(entry.first)
+        .put('-')
+        .put_decimal(std::uint64_t{entry.first} + entry.count - 1);
     line.put("  ").put_decimal(std::uint64_t{block_size} * entry.count >> 20).put(" MiB");
     return line;
 }

@@ -12,7 +12,7 @@
 namespace korvane {
 
 // Sizes and places fixed by the GPT (UEFI 2.10, section 5.3) and the legacy MBR (section 5.2.1).
-inline constexpr std::size_t gpt_header_bytes = 96;   // as many as are read
+inline constexpr std::size_t gpt_header_bytes = 96;  // as many as are read
 inline constexpr std::size_t smallest_gpt_entry = 128;
 inline constexpr std::size_t largest_gpt_entry = 4096;
 inline constexpr std::uint32_t most_gpt_entries = 4096;
@@ -20,7 +20,7 @@ inline constexpr std::size_t mbr_bytes = 512;
 inline constexpr unsigned mbr_entries = 4;
 
 struct GptHeader {
-    uefi::Lba entry_lba;       // first block of the entry table
+    uefi::Lba entry_lba;  // first block of the entry table
     std::uint32_t entries;
     std::uint32_t entry_size;  // bytes
 
@@ -48,7 +48,8 @@ std::optional<GptEntry> decode_gpt_entry(std::span<const std::uint8_t> bytes);
 /// "EFI System" and so on; "GPT" for a type that is not known here.
 std::string_view partition_type_name(const uefi::Guid& type);
 
-/// The line that shows a GPT entry. The size is left out when the last LBA lies below the first or it overflows.
+/// The line that shows a GPT entry. The size is left out when the last LBA lies below the first or it
+/// overflows.
 LineText format_gpt_entry(std::uint64_t number, const GptEntry& entry, std::uint32_t block_size);
 
 bool has_mbr_signature(std::span<const std::uint8_t, mbr_bytes> sector);

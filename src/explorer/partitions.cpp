@@ -70,7 +70,8 @@ void print_gpt(DiskReader& reader, const GptHeader& header, std::uint32_t block_
     list.finish();
 }
 
-void print_mbr(std::span<const std::uint8_t, mbr_bytes> sector, std::uint32_t block_size, PartitionList& list) {
+void print_mbr(std::span<const std::uint8_t, mbr_bytes> sector, std::uint32_t block_size,
+               PartitionList& list) {
     // Shown for inspection even when the signature is wrong, deliberately.
     if (!has_mbr_signature(sector)) list.note("  no valid MBR signature");
     for (unsigned i = 0; i < mbr_entries; ++i) {

@@ -49,8 +49,8 @@ class Listing {
     bool line(std::string_view text);
     bool line(const LineText& text) { return line(text.view()); }
 
-    /// Prints one row of running text, at most as wide as the text area. Unlike line(), a text that fills its row
-    /// is not followed by an empty row.
+    /// Prints one row of running text, at most as wide as the text area. Unlike line(), a text that fills its
+    /// row is not followed by an empty row.
     bool row(std::string_view text);
 
     std::uint32_t columns() const { return columns_; }  // of the text area, at least 1

@@ -49,7 +49,8 @@ LineText region_line(const MemoryRegion& region) {
 void put_vendor(LineText& line) {
     const char16_t* vendor = firmware.system_table->FirmwareVendor;
     if (vendor == nullptr) return;
-    for (std::size_t i = 0; i < longest_vendor_name && vendor[i] != 0; ++i) line.put_utf16(vendor[i]);
+    for (std::size_t i = 0; i < longest_vendor_name && vendor[i] != 0; ++i)
+        line.put_utf16(vendor[i]);
 }
 
 /// A revision of the standard: 2.7 is kept as 2 and 70, 2.3.1 as 2 and 31.
@@ -64,7 +65,8 @@ void put_standard_revision(LineText& line, std::uint32_t revision) {
 void print_landmarks() {
     Listing listing;
     listing.line("[KORVANE LANDMARKS - UEFI]");
-    for (const Landmark& landmark : landmarks()) listing.line(landmark_line(landmark));
+    for (const Landmark& landmark : landmarks())
+        listing.line(landmark_line(landmark));
 }
 
 void print_memory_map() {

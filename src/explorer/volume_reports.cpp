@@ -27,7 +27,8 @@ void put_record_text(LineText& line, std::span<const std::uint8_t> text, std::si
     }
 }
 
-// ---- VOLUMES --------------------------------------------------------------------------------------------------
+// ---- VOLUMES
+// --------------------------------------------------------------------------------------------------
 
 void list_volume_info(Listing& listing, std::uint64_t number, std::span<const std::uint8_t> record) {
     const auto field = [&record]<typename Field>(std::size_t offset, Field) {
@@ -51,8 +52,7 @@ void list_volume_info(Listing& listing, std::uint64_t number, std::span<const st
 /// The volume's information record, or an empty span when the firmware does not tell.
 std::span<const std::uint8_t> read_volume_info(uefi::FileProtocol* root, const PoolBuffer& buffer) {
     std::uint64_t size = buffer.size();
-    if (!buffer ||
-        uefi::is_error(root->GetInfo(root, &uefi::file_system_info_guid, &size, buffer.data()))) {
+    if (!buffer || uefi::is_error(root->GetInfo(root, &uefi::file_system_info_guid, &size, buffer.data()))) {
         return {};
     }
     if (size < uefi::file_system_info_label_offset || size > buffer.size()) return {};
@@ -70,11 +70,14 @@ void list_volume(Listing& listing, const VolumeWalk& volume) {
     list_device_path(listing, volume.handle(), detail_column);
 }
 
-// ---- DIRFS ----------------------------------------------------------------------------------------------------
+// ---- DIRFS
+// ----------------------------------------------------------------------------------------------------
 
 void put_time(LineText& line, const uefi::Time& time) {
     const auto two_digits = [&line](char before, unsigned value) {
-        line.put(before).put(static_cast<char>('0' + value / 10 % 10)).put(static_cast<char>('0' + value % 10));
+        line.put(before)
+            .put(static_cast<char>('0' + value / 10 % 10))
+            .put(static_cast<char>('0' + value % 10));
     };
     line.put_decimal(time.Year, 4);
     two_digits('-', time.Month);
@@ -91,7 +94,8 @@ void put_attributes(LineText& line, std::uint64_t attributes) {
         {uefi::file_system, 's'},
         {uefi::file_archive, 'a'},
     }};
-    for (const auto& [attribute, letter] : letters) line.put((attributes & attribute) != 0 ? letter : '-');
+    for (const auto& [attribute, letter] : letters)
+        line.put((attributes & attribute) != 0 ? letter : '-');
 }
 
 struct DirectoryTotals {

@@ -10,9 +10,9 @@
 
 namespace korvane {
 
-/// Walks the volumes of the machine: the handles with a Simple File System whose volume opens, numbered from 0 in
-/// the firmware's order of handles. Unlike the language's file statements, which see only the interpreter's own
-/// volume, the explorer reaches them all.
+/// Walks the volumes of the machine: the handles with a Simple File System whose volume opens, numbered from
+/// 0 in the firmware's order of handles. Unlike the language's file statements, which see only the
+/// interpreter's own volume, the explorer reaches them all.
 class VolumeWalk {
   public:
     VolumeWalk();
@@ -39,7 +39,8 @@ class VolumeWalk {
 /// The root directory of a volume; empty when there is no such volume.
 FileHandle open_volume(std::uint64_t number);
 
-/// Opens a path (absolute or not, "/" or "\" between its names) on a volume for reading. Empty when that fails.
+/// Opens a path (absolute or not, "/" or "\" between its names) on a volume for reading. Empty when that
+/// fails.
 FileHandle open_on_volume(uefi::FileProtocol* root, std::string_view path);
 
 enum class PathKind : std::uint8_t { file, directory };
