@@ -1,5 +1,5 @@
-// The memory functions that the compiler calls behind the program's back. Blocks of 16 bytes and more go through
-// vector registers; string instructions would be as fast on some processors and slow on others.
+// The memory functions that the compiler calls behind the program's back. Blocks of 16 bytes and more go
+// through vector registers; string instructions would be as fast on some processors and slow on others.
 #ifdef KORVANE_FREESTANDING
 
 #include <cstddef>
@@ -40,14 +40,16 @@ NO_LOOP_IDIOMS void* memcpy(void* destination, const void* source, std::size_t c
         from += vector_size;
         count -= vector_size;
     }
-    while (count-- != 0) *to++ = *from++;
+    while (count-- != 0)
+        *to++ = *from++;
     return destination;
 }
 
 NO_LOOP_IDIOMS void* memmove(void* destination, const void* source, std::size_t count) {
     auto* to = static_cast<std::uint8_t*>(destination);
     auto* from = static_cast<const std::uint8_t*>(source);
-    // Each block is read whole before it is written, so a copy upward in memory is safe for a lower destination.
+    // Each block is read whole before it is written, so a copy upward in memory is safe for a lower
+    // destination.
     if (to <= from || to >= from + count) return memcpy(destination, source, count);
     to += count;
     from += count;
@@ -57,7 +59,8 @@ NO_LOOP_IDIOMS void* memmove(void* destination, const void* source, std::size_t 
         *reinterpret_cast<Vector*>(to) = *reinterpret_cast<const Vector*>(from);
         count -= vector_size;
     }
-    while (count-- != 0) *--to = *--from;
+    while (count-- != 0)
+        *--to = *--from;
     return destination;
 }
 
@@ -70,7 +73,8 @@ NO_LOOP_IDIOMS void* memset(void* destination, int byte, std::size_t count) {
         to += vector_size;
         count -= vector_size;
     }
-    while (count-- != 0) *to++ = static_cast<std::uint8_t>(byte);
+    while (count-- != 0)
+        *to++ = static_cast<std::uint8_t>(byte);
     return destination;
 }
 
@@ -83,6 +87,29 @@ NO_LOOP_IDIOMS int memcmp(const void* left, const void* right, std::size_t count
     return 0;
 }
 
+NO_LOOP_IDIOMS void* memchr(const void* bytes, int value, std::size_t count) {
+    auto* at = static_cast<const std::uint8_t*>(bytes);
+    for (; count != 0; --count, ++at) {
+        if (*at == static_cast<std::uint8_t>(value)) return const_cast<std::uint8_t*>(at);
+    }
+    return nullptr;
+}
+
+NO_LOOP_IDIOMS std::size_t strlen(const char* text) {
+    const char* end = text;
+    while (*end != 0)
+        ++end;
+    return static_cast<std::size_t>(end - text);
+}
+
 }  // extern "C"
+
+// std::string_view calls this when asked for a part beyond its end, which is a mistake of ours; there is
+// nobody to throw to.
+namespace std {
+[[noreturn]] void __throw_out_of_range_fmt(const char*, ...) {
+    __builtin_trap();
+}
+}  // namespace std
 
 #endif
