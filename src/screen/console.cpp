@@ -47,13 +47,17 @@ CellRectangle con_text_area() {
     return area;
 }
 
-void con_put_char(std::uint8_t code) {
-    const CellRectangle area = con_text_area();
+void con_clamp_cursor(const CellRectangle& area) {
     if (console.cursor_column < area.left || console.cursor_column > area.right) {
         console.cursor_column = area.left;
     }
     // Raised first, then lowered: should the area be empty, its bottom wins.
     console.cursor_row = std::min(std::max(console.cursor_row, area.top), area.bottom);
+}
+
+void con_put_char(std::uint8_t code) {
+    const CellRectangle area = con_text_area();
+    con_clamp_cursor(area);
 
     bool wrapped = false;
     if (code == carriage_return) {

@@ -53,6 +53,9 @@ std::uint32_t text_rows();
 // rows. Its top lies below its bottom when the two have no row in common.
 CellRectangle con_text_area();
 
+// Brings a cursor outside the text area into it: to the left edge, and to the nearest row.
+void con_clamp_cursor(const CellRectangle& area);
+
 // Puts one character at the cursor, inside the text area; wraps and scrolls.
 void con_put_char(std::uint8_t code);
 

@@ -43,13 +43,6 @@ std::uint8_t cell_at(std::uint32_t row, std::uint32_t column) {
     return in_grid ? con_read_cell(row, column) : std::uint8_t{' '};
 }
 
-void clamp_cursor(const CellRectangle& area) {
-    if (console.cursor_column < area.left || console.cursor_column > area.right)
-        console.cursor_column = area.left;
-    console.cursor_row = std::max(console.cursor_row, area.top);
-    console.cursor_row = std::min(console.cursor_row, area.bottom);
-}
-
 // Columns of a row up to its last cell that is no blank, counted from the left edge.
 std::uint32_t used_columns(const EditArea& area, std::uint32_t row) {
     std::uint32_t used = area.width;
@@ -284,7 +277,7 @@ void initialize_line_editor() {
 
 std::int32_t edit_screen_line(std::span<std::uint8_t> buffer) {
     const EditArea area = edit_area();
-    clamp_cursor(area.cells);
+    con_clamp_cursor(area.cells);
     console.continuation[console.cursor_row] = 0;
     for (;;) {
         const uefi::InputKey key = read_key_at_cursor();
