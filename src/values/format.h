@@ -11,7 +11,7 @@
 
 namespace korvane {
 
-// A formatted number; the longest, a SINGLE or DOUBLE in exponent form, has 24 characters. Not
+// A formatted number; the longest, a DOUBLE in exponent form, has 23 characters. Not
 // zero-terminated.
 struct NumberText {
     std::array<char, 32> characters;

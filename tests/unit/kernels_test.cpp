@@ -1,5 +1,6 @@
-// The numeric kernels against MPFR. Every random argument's error is measured in units in the last place of the exact
-// result, and the worst one is printed; KORVANE_KERNEL_ARGUMENTS sets how many arguments each function gets.
+// The numeric kernels against MPFR. Every random argument's error is measured in units in the last place of
+// the exact result, and the worst one is printed; KORVANE_NUMERIC_ARGUMENTS sets how many arguments each
+// function gets.
 #include "values/kernels.h"
 
 #include <gtest/gtest.h>
@@ -9,44 +10,18 @@
 #include <cmath>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <limits>
 #include <vector>
+
+#include "random_bits.h"
 
 namespace korvane {
 namespace {
 
 constexpr mpfr_prec_t precision = 96;
 
-long argument_count() {
-    const char* text = std::getenv("KORVANE_KERNEL_ARGUMENTS");
-    return text == nullptr ? 100000 : std::atol(text);
-}
-
-// splitmix64
-class Random {
-  public:
-    explicit Random(std::uint64_t seed) : state_(seed) {}
-    std::uint64_t bits() {
-        state_ += 0x9E3779B97F4A7C15u;
-        std::uint64_t z = state_;
-        z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-        z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-        return z ^ (z >> 31);
-    }
-    double unit() { return static_cast<double>(bits() >> 11) * 0x1p-53; }
-    double between(double low, double high) { return low + (high - low) * unit(); }
-    // Any finite number: every exponent and mantissa equally likely.
-    double any() {
-        while (true) {
-            const double number = std::bit_cast<double>(bits());
-            if (std::isfinite(number)) return number;
-        }
-    }
-
-  private:
-    std::uint64_t state_;
-};
+using test::numeric_arguments;
+using Random = test::RandomBits;
 
 // Moves a number a few representable steps away.
 double nudge(double number, Random& random) {
@@ -74,12 +49,15 @@ class Oracle {
         mpfr_pow(exact_, x_, y_, MPFR_RNDN);
         return error_of(result);
     }
-    bool subnormal() const { return std::fabs(mpfr_get_d(exact_, MPFR_RNDN)) < std::numeric_limits<double>::min(); }
+    bool subnormal() const {
+        return std::fabs(mpfr_get_d(exact_, MPFR_RNDN)) < std::numeric_limits<double>::min();
+    }
 
   private:
     double error_of(double result) {
         const double nearest = mpfr_get_d(exact_, MPFR_RNDN);
-        if (std::isinf(nearest) || std::isinf(result) || std::isnan(result)) return nearest == result ? 0 : HUGE_VAL;
+        if (std::isinf(nearest) || std::isinf(result) || std::isnan(result))
+            return nearest == result ? 0 : HUGE_VAL;
         mpfr_sub_d(difference_, exact_, result, MPFR_RNDN);
         int exponent = 0;
         std::frexp(nearest, &exponent);
@@ -107,7 +85,8 @@ struct Worst {
         std::printf("%-4s worst error %.4f ulp at %.17g", name, normal, normal_at);
         if (subnormal > 0) std::printf("; of subnormal results %.4f ulp at %.17g", subnormal, subnormal_at);
         std::printf("; %ld arguments\n", count);
-        // Less than 0.6 from the exact value is at most 1 from the correctly rounded one, and nearly always equal to it.
+        // Less than 0.6 from the exact value is at most 1 from the correctly rounded one, and nearly always
+        // equal to it.
         EXPECT_LT(normal, 0.6) << name << " at " << normal_at;
         EXPECT_LT(subnormal, 1.0) << name << " at " << subnormal_at;
     }
@@ -115,11 +94,12 @@ struct Worst {
 
 using Draw = double (*)(Random&);
 
-void measure(const char* name, double (*kernel)(double), Oracle::Function function, const std::vector<Draw>& draws) {
+void measure(const char* name, double (*kernel)(double), Oracle::Function function,
+             const std::vector<Draw>& draws) {
     Random random(0x5EED + static_cast<std::uint64_t>(name[0]));
     Oracle oracle;
     Worst worst;
-    const long count = argument_count();
+    const long count = numeric_arguments();
     for (long i = 0; i < count; i++) {
         const double x = draws[static_cast<std::size_t>(i) % draws.size()](random);
         const double error = oracle.error(function, x, kernel(x));
@@ -128,40 +108,62 @@ void measure(const char* name, double (*kernel)(double), Oracle::Function functi
     worst.check(name, count);
 }
 
-double any(Random& random) { return random.any(); }
-double near_zero(Random& random) { return random.between(-1, 1); }
-double some_turns(Random& random) { return random.between(-50, 50); }
-double many_turns(Random& random) { return random.between(-1e6, 1e6); }
+double any(Random& random) {
+    return random.any();
+}
+double near_zero(Random& random) {
+    return random.between(-1, 1);
+}
+double some_turns(Random& random) {
+    return random.between(-50, 50);
+}
+double many_turns(Random& random) {
+    return random.between(-1e6, 1e6);
+}
 double near_quarter_turn(Random& random) {
     return nudge(static_cast<double>(random.bits() % 100000) * 1.5707963267948966, random);
 }
 // Any exponent from 2^-30 to 2^1023, so that large arguments get their share.
-double large(Random& random) { return std::ldexp(random.between(1, 2), static_cast<int>(random.bits() % 1054) - 30); }
+double large(Random& random) {
+    return std::ldexp(random.between(1, 2), static_cast<int>(random.bits() % 1054) - 30);
+}
 
 const std::vector<Draw> angles = {near_zero, some_turns, many_turns, near_quarter_turn, large, any};
 
-TEST(KernelsTest, SineIsNearlyCorrectlyRounded) { measure("SIN", kernel_sin, mpfr_sin, angles); }
-TEST(KernelsTest, CosineIsNearlyCorrectlyRounded) { measure("COS", kernel_cos, mpfr_cos, angles); }
-TEST(KernelsTest, TangentIsNearlyCorrectlyRounded) { measure("TAN", kernel_tan, mpfr_tan, angles); }
+TEST(KernelsTest, SineIsNearlyCorrectlyRounded) {
+    measure("SIN", kernel_sin, mpfr_sin, angles);
+}
+TEST(KernelsTest, CosineIsNearlyCorrectlyRounded) {
+    measure("COS", kernel_cos, mpfr_cos, angles);
+}
+TEST(KernelsTest, TangentIsNearlyCorrectlyRounded) {
+    measure("TAN", kernel_tan, mpfr_tan, angles);
+}
 
 TEST(KernelsTest, ArctangentIsNearlyCorrectlyRounded) {
     measure("ATN", kernel_atan, mpfr_atan,
             {near_zero, some_turns, [](Random& random) { return nudge(1, random); },
-             [](Random& random) { return nudge(static_cast<double>(random.bits() % 300) / 256, random); }, large, any});
+             [](Random& random) { return nudge(static_cast<double>(random.bits() % 300) / 256, random); },
+             large, any});
 }
 
 TEST(KernelsTest, ExponentialIsNearlyCorrectlyRounded) {
     measure("EXP", kernel_exp, mpfr_exp,
             {near_zero, some_turns, [](Random& random) { return random.between(-746, 710); },
-             [](Random& random) { return std::ldexp(random.between(-1, 1), -static_cast<int>(random.bits() % 60)); },
+             [](Random& random) {
+                 return std::ldexp(random.between(-1, 1), -static_cast<int>(random.bits() % 60));
+             },
              [](Random& random) { return random.between(-746, -707); }, any});
 }
 
 TEST(KernelsTest, LogarithmIsNearlyCorrectlyRounded) {
     measure("LOG", kernel_log, mpfr_log,
-            {[](Random& random) { return std::fabs(random.any()); }, [](Random& random) { return random.unit() + 0x1p-60; },
+            {[](Random& random) { return std::fabs(random.any()); },
+             [](Random& random) { return random.unit() + 0x1p-60; },
              [](Random& random) { return random.between(0.9, 1.1); },
-             [](Random& random) { return 1 + std::ldexp(random.between(-1, 1), -static_cast<int>(random.bits() % 52)); },
+             [](Random& random) {
+                 return 1 + std::ldexp(random.between(-1, 1), -static_cast<int>(random.bits() % 52));
+             },
              [](Random& random) { return random.between(1, 1e6); },
              [](Random& random) { return std::ldexp(random.between(0.5, 1), -1023); }});
 }
@@ -179,7 +181,7 @@ TEST(KernelsTest, PowerIsNearlyCorrectlyRounded) {
     Random random(8);
     Oracle oracle;
     Worst worst;
-    const long count = argument_count();
+    const long count = numeric_arguments();
     for (long i = 0; i < count; i++) {
         double base = 0;
         double exponent = 0;
