@@ -31,6 +31,16 @@ struct Arenas {
 };
 extern Arenas arenas;
 
+// Start-up: takes 16 MiB for the program arena. False when the firmware has no such memory.
+bool allocate_program_arena();
+
+// Start-up: takes the largest free conventional region whole as the data arena; when its own address is refused,
+// as many pages anywhere. False when the memory map cannot be read.
+bool allocate_data_arena();
+
+// Sets the moving boundaries to those of an empty data arena and starts a new clear generation.
+void reset_data_arena();
+
 // Free data memory in bytes: FREETOP - FREEBOT, or 0 should they ever have crossed.
 std::uint64_t free_data_bytes();
 

@@ -32,6 +32,13 @@ struct Execution {
 };
 extern Execution execution;
 
+struct ExecutionBuffer {
+    Token direct[max_token_records];  // the direct line being executed
+    std::uint32_t direct_count;
+    Token tokens[max_token_records];  // a program line for which the token cache had no room
+};
+extern ExecutionBuffer execution_buffer;
+
 // The record index at which `cursor` stands in the current token array.
 inline std::uint32_t record_of(const Token* cursor) {
     return static_cast<std::uint32_t>(cursor - execution.tokens);

@@ -5,8 +5,6 @@ namespace {
 
 constexpr std::uint8_t first_keyword_code = KW_MOD;
 
-// Index of the table by word length and first letter would save little: words are looked up once per program
-// line, so a filter on length is enough.
 constexpr auto names_by_code = [] {
     std::array<std::string_view, 256> names{};
     for (const KeywordEntry& entry : keyword_table) names[entry.code] = entry.name;

@@ -12,9 +12,9 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 #include <string_view>
 
+#include "core/execution.h"
 #include "core/token.h"
 
 namespace korvane {
@@ -67,5 +67,9 @@ void prepare_line(std::uint32_t index);
 // Transfers control to the first statement of the line with this number. Raises "Undefined line number" when the
 // number is above 4,294,967,294, negative, or not in the program.
 void jump_to_line(std::int64_t number);
+
+// Transfers control to a position: makes its line current and sets the jumped flag. The direct line is a position
+// like any other.
+void jump_to_position(Position position);
 
 }  // namespace korvane

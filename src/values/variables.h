@@ -5,7 +5,6 @@
 #pragma once
 
 #include <cstdint>
-#include <span>
 
 #include "core/token.h"
 #include "values/value.h"
@@ -54,9 +53,8 @@ struct Reference {
     Type type;
 };
 
-// Start of a fresh life: empties table and default types, takes the arena boundaries back, increments the clear
-// generation, clears the pending error. The common core of CLEAR, RUN, NEW and LOAD. Returns the new FREETOP.
-std::uint8_t* clear_variables();
+// Empties the table at VARTABLE and sets default types and array base back; core/clear.h is the whole operation.
+void clear_variables();
 
 // The type of a variable of this name: by suffix, else by first letter.
 Type type_of_name(const char* name);

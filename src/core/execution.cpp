@@ -1,0 +1,8 @@
+#include "core/execution.h"
+
+namespace korvane {
+
+Execution execution;
+ExecutionBuffer execution_buffer;
+
+}  // namespace korvane

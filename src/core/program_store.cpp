@@ -1,0 +1,217 @@
+#include "core/program_store.h"
+
+#include "core/arenas.h"
+#include "core/errors.h"
+#include "core/execution.h"
+#include "core/messages.h"
+#include "core/tokenizer.h"
+#include "platform/memory.h"
+
+namespace korvane {
+
+ProgramStore program;
+
+namespace {
+
+constexpr std::uint32_t record_head = 8;
+
+constexpr std::uint32_t record_size(std::uint32_t text_length) { return (record_head + text_length + 1 + 3) & ~3U; }
+
+std::uint32_t stored_text_length(const std::uint8_t* record) { return read_unaligned<std::uint32_t>(record + 4); }
+
+void write_record(std::uint8_t* record, std::uint32_t number, std::string_view text) {
+    write_unaligned(record, number);
+    write_unaligned(record + 4, static_cast<std::uint32_t>(text.size()));
+    copy_bytes(record + record_head, text.data(), text.size());
+    // The zero byte and the padding, so that no stale bytes show in a memory dump.
+    const std::uint32_t used = record_head + static_cast<std::uint32_t>(text.size());
+    fill_bytes(record + used, 0, record_size(static_cast<std::uint32_t>(text.size())) - used);
+}
+
+// Moves the record pointers of all lines from `first` on by `distance` bytes.
+void shift_records(std::uint32_t first, std::int64_t distance) {
+    for (std::uint32_t i = first; i < program.count; ++i) program.lines[i].record += distance;
+}
+
+void remove_line(std::uint32_t index) {
+    std::uint8_t* record = program.lines[index].record;
+    const std::uint32_t size = record_size(stored_text_length(record));
+    move_bytes(record, record + size, static_cast<std::size_t>(program.write - (record + size)));
+    program.write -= size;
+    move_bytes(&program.lines[index], &program.lines[index + 1],
+               (program.count - index - 1) * sizeof(LineEntry));
+    --program.count;
+    program.lines[program.count] = LineEntry{};
+    shift_records(index, -static_cast<std::int64_t>(size));
+}
+
+void insert_line(std::uint32_t index, std::uint32_t number, std::string_view text) {
+    const std::uint32_t size = record_size(static_cast<std::uint32_t>(text.size()));
+    std::uint8_t* record = index < program.count ? program.lines[index].record : program.write;
+    move_bytes(record + size, record, static_cast<std::size_t>(program.write - record));
+    shift_records(index, size);
+    program.write += size;
+    write_record(record, number, text);
+    move_bytes(&program.lines[index + 1], &program.lines[index], (program.count - index) * sizeof(LineEntry));
+    program.lines[index] = LineEntry{.number = number, .record = record, .tokens = nullptr, .token_count = 0};
+    ++program.count;
+}
+
+bool holds_line(std::uint32_t index, std::uint32_t number) {
+    return index < program.count && program.lines[index].number == number;
+}
+
+// Room for a record of the size: what is free above the last record, and the space of the record it replaces.
+bool has_room_for(std::uint32_t size, std::uint32_t index, bool replaces) {
+    std::uint64_t available =
+        arenas.CODEEND > program.write ? static_cast<std::uint64_t>(arenas.CODEEND - program.write) : 0;
+    if (replaces) available += record_size(stored_text_length(program.lines[index].record));
+    return size <= available && (replaces || program.count < max_program_lines);
+}
+
+// Copies the scratch tokens behind the last cached ones when the arena has room for them.
+Token* cache_tokens(std::uint32_t count) {
+    if (program.cache_start == nullptr) {
+        const auto write = reinterpret_cast<std::uintptr_t>(program.write);
+        program.cache_start = reinterpret_cast<std::uint8_t*>((write + 7) & ~std::uintptr_t{7});
+        program.cache_end = program.cache_start;
+    }
+    const std::uint64_t size = std::uint64_t{count} * sizeof(Token);
+    if (program.cache_end > arenas.CODEEND ||
+        size > static_cast<std::uint64_t>(arenas.CODEEND - program.cache_end)) {
+        return nullptr;
+    }
+    auto* tokens = reinterpret_cast<Token*>(program.cache_end);
+    program.cache_end += size;
+    copy_bytes(tokens, tokenizer.scratch, size);
+    return tokens;
+}
+
+void make_current(Token* tokens, std::uint32_t count) {
+    execution.tokens = tokens;
+    execution.token_count = count;
+}
+
+}  // namespace
+
+std::string_view line_text(std::uint32_t index) {
+    const std::uint8_t* record = program.lines[index].record;
+    return {reinterpret_cast<const char*>(record + record_head), stored_text_length(record)};
+}
+
+std::uint32_t first_line_from(std::uint64_t number) {
+    std::uint32_t low = 0;
+    std::uint32_t high = program.count;
+    // A program is mostly entered and loaded in ascending order: look at the end first.
+    if (high > 0 && program.lines[high - 1].number < number) return high;
+    while (low < high) {
+        const std::uint32_t middle = (low + high) / 2;
+        if (program.lines[middle].number < number) {
+            low = middle + 1;
+        } else {
+            high = middle;
+        }
+    }
+    return low;
+}
+
+std::uint32_t find_line(std::uint32_t number) {
+    const std::uint32_t index = first_line_from(number);
+    return holds_line(index, number) ? index : direct_line;
+}
+
+void store_line(std::uint32_t number, std::string_view text) {
+    execution.can_continue = false;
+    if (text.size() > max_line_text) {
+        raise(message::line_too_long);
+        return;
+    }
+    const std::uint32_t index = first_line_from(number);
+    const bool replaces = holds_line(index, number);
+    if (text.empty()) {
+        if (replaces) delete_line_at(index);
+        return;
+    }
+    if (!has_room_for(record_size(static_cast<std::uint32_t>(text.size())), index, replaces)) {
+        raise(message::program_too_large);
+        return;
+    }
+    empty_token_cache();
+    if (replaces) remove_line(index);
+    insert_line(index, number, text);
+}
+
+void delete_line_at(std::uint32_t index) {
+    execution.can_continue = false;
+    empty_token_cache();
+    remove_line(index);
+}
+
+void clear_program() {
+    fill_bytes(program.lines, 0, program.count * sizeof(LineEntry));
+    program.count = 0;
+    program.write = arenas.CODEBASE;
+    program.cache_start = nullptr;
+    program.cache_end = nullptr;
+    execution.can_continue = false;
+}
+
+void empty_token_cache() {
+    // Nothing cached means no entry holds a pointer: entering n lines must not walk the index n times.
+    if (program.cache_start == nullptr) return;
+    for (std::uint32_t i = 0; i < program.count; ++i) {
+        program.lines[i].tokens = nullptr;
+        program.lines[i].token_count = 0;
+    }
+    program.cache_start = nullptr;
+    program.cache_end = nullptr;
+}
+
+void prepare_line(std::uint32_t index) {
+    LineEntry& line = program.lines[index];
+    if (line.tokens != nullptr) {
+        make_current(line.tokens, line.token_count);
+        return;
+    }
+    const auto count = static_cast<std::uint32_t>(tokenize(line.record + record_head));
+    if (error_pending()) {
+        errors.line = line.number;
+        return;
+    }
+    Token* tokens = cache_tokens(count);
+    if (tokens == nullptr) {
+        // No room left to keep them: the line runs from a buffer and is tokenized again next time.
+        copy_bytes(execution_buffer.tokens, tokenizer.scratch, count * sizeof(Token));
+        make_current(execution_buffer.tokens, count);
+        return;
+    }
+    line.tokens = tokens;
+    line.token_count = count;
+    make_current(tokens, count);
+}
+
+void jump_to_line(std::int64_t number) {
+    const std::uint32_t index = number < 0 || number > max_line_number
+                                    ? direct_line
+                                    : find_line(static_cast<std::uint32_t>(number));
+    if (index == direct_line) {
+        raise(message::undefined_line_number);
+        return;
+    }
+    jump_to_position({index, 0});
+}
+
+void jump_to_position(Position position) {
+    execution.line = position.line;
+    execution.record = position.record;
+    execution.jumped = true;
+    if (position.line == direct_line) {
+        make_current(execution_buffer.direct, execution_buffer.direct_count);
+        return;
+    }
+    prepare_line(position.line);
+    // A line that cannot be tokenized has no statement to point at but its start.
+    if (error_pending()) execution.statement_start = 0;
+}
+
+}  // namespace korvane
