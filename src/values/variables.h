@@ -67,6 +67,9 @@ VariableEntry* find_variable(const char* name, bool is_array);
 // Appends an entry; raises "Too many variables" and gives null when the table is full.
 VariableEntry* create_variable(const char* name, bool is_array);
 
+// Takes an entry out of the table; later ones move down a place, and cached references become stale.
+void remove_variable(VariableEntry* entry);
+
 // The scalar of the name at the cursor, found or created; skips the name. Null after an error.
 VariableEntry* find_or_create_scalar(Cursor& cursor);
 
@@ -91,9 +94,12 @@ Value load(const Reference& reference);
 // store leaves the place unchanged. A string's bytes are copied into fresh string space.
 void store(const Reference& reference, const Value& value);
 
+// The string half of store(): copies the bytes into string space and writes the descriptor.
+void store_string(std::uint8_t* storage, const Value& value);
+
 void do_dim(Cursor& cursor);
 void do_erase(Cursor& cursor);
 void do_option(Cursor& cursor);
-void do_deftype(Cursor& cursor);
+void do_deftype(Cursor& cursor);  // DEFINT, DEFLNG, DEFI64, DEFSNG, DEFDBL, DEFSTR
 
 }  // namespace korvane

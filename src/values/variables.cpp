@@ -1,0 +1,97 @@
+#include "values/variables.h"
+
+#include "core/arenas.h"
+#include "core/errors.h"
+#include "core/messages.h"
+#include "core/parse.h"
+#include "platform/memory.h"
+
+namespace korvane {
+
+Variables variables;
+
+namespace {
+
+constexpr std::uint8_t array_flag = 1;
+
+// Names are zero-padded, so two of them are equal exactly when all 40 bytes are.
+bool same_name(const char* left, const char* right) {
+    return compare_bytes(left, right, 1) == 0 && compare_bytes(left, right, name_capacity) == 0;
+}
+
+constexpr bool is_letter(char c) { return c >= 'A' && c <= 'Z'; }
+
+}  // namespace
+
+void reset_default_types() {
+    for (Type& type : variables.default_types) type = Type::DOUBLE;
+}
+
+void clear_variables() {
+    variables.table = reinterpret_cast<VariableEntry*>(arenas.VARTABLE);
+    variables.count = 0;
+    variables.array_base = 0;
+    variables.arrays_exist = false;
+    reset_default_types();
+}
+
+Type type_of_name(const char* name) {
+    int length = 0;
+    while (length < name_capacity && name[length] != 0) ++length;
+    switch (length == 0 ? '\0' : name[length - 1]) {
+        case '%': return Type::INTEGER;
+        case '&': return length > 1 && name[length - 2] == '&' ? Type::INT64 : Type::LONG;
+        case '!': return Type::SINGLE;
+        case '#': return Type::DOUBLE;
+        case '$': return Type::STRING;
+        default: return is_letter(name[0]) ? variables.default_types[name[0] - 'A'] : Type::DOUBLE;
+    }
+}
+
+VariableEntry* find_variable(const char* name, bool is_array) {
+    for (std::uint32_t i = 0; i < variables.count; ++i) {
+        VariableEntry& entry = variables.table[i];
+        if (entry.is_array() == is_array && same_name(entry.name, name)) return &entry;
+    }
+    return nullptr;
+}
+
+VariableEntry* create_variable(const char* name, bool is_array) {
+    if (variables.count >= max_variables) {
+        raise(message::too_many_variables);
+        return nullptr;
+    }
+    VariableEntry& entry = variables.table[variables.count++];
+    fill_bytes(&entry, 0, sizeof entry);
+    copy_bytes(entry.name, name, name_capacity);
+    entry.name[name_capacity - 1] = 0;
+    entry.type = type_of_name(entry.name);
+    entry.flags = is_array ? array_flag : 0;
+    return &entry;
+}
+
+void remove_variable(VariableEntry* entry) {
+    VariableEntry* end = variables.table + variables.count;
+    move_bytes(entry, entry + 1, static_cast<std::size_t>(end - (entry + 1)) * sizeof(VariableEntry));
+    --variables.count;
+    ++arenas.generation;
+}
+
+Value load(const Reference& reference) {
+    const std::uint8_t* storage = reference.storage;
+    switch (reference.type) {
+        case Type::INTEGER: return Value::of_integer(read_unaligned<std::int16_t>(storage), Type::INTEGER);
+        case Type::LONG: return Value::of_integer(read_unaligned<std::int32_t>(storage), Type::LONG);
+        case Type::INT64: return Value::of_integer(read_unaligned<std::int64_t>(storage), Type::INT64);
+        case Type::SINGLE: return Value::of_real(read_unaligned<float>(storage), Type::SINGLE);
+        case Type::DOUBLE: return Value::of_real(read_unaligned<double>(storage), Type::DOUBLE);
+        case Type::STRING: {
+            const auto descriptor = read_unaligned<StringDescriptor>(storage);
+            return Value::of_string(descriptor.bytes, descriptor.length);
+        }
+        case Type::NONE: break;
+    }
+    return Value::nothing();
+}
+
+}  // namespace korvane
