@@ -26,10 +26,18 @@ inline constexpr int max_token_records = max_tokens_per_line + 1;
 inline constexpr int name_capacity = 40;                  // bytes of a name with its terminating zero
 inline constexpr int max_identifier_characters = 37;      // before the type suffix
 
+// What an IDENTIFIER was found to be; says what `cached` points at.
+enum Resolution : std::uint8_t {
+    UNRESOLVED = 0,
+    RESOLVED_SCALAR,    // a VariableEntry, while `generation` is current
+    RESOLVED_ARRAY,     // a VariableEntry, while `generation` is current
+    RESOLVED_FUNCTION,  // a BuiltInFunction, for good
+};
+
 struct Token {
     std::uint8_t kind;
     Type value_type;               // of a NUMBER
-    std::uint8_t resolution;       // what an IDENTIFIER was found to be; owned by the evaluator
+    std::uint8_t resolution;       // a Resolution
     std::uint8_t spare;
     std::uint32_t generation;      // clear generation at which `cached` was taken
     union {

@@ -140,8 +140,7 @@ VariableEntry* expect_array(Cursor& cursor) {
         raise(message::expected_array);
         return nullptr;
     }
-    VariableEntry* entry = find_variable(cursor->name, true);
-    ++cursor;
+    VariableEntry* entry = find_array(*cursor++);
     if (entry == nullptr) raise(message::array_not_dimensioned);
     return entry;
 }

@@ -77,6 +77,21 @@ void remove_variable(VariableEntry* entry) {
     ++arenas.generation;
 }
 
+void remember_variable(Token& name, VariableEntry* entry) {
+    name.resolution = entry->is_array() ? RESOLVED_ARRAY : RESOLVED_SCALAR;
+    name.generation = arenas.generation;
+    name.cached = entry;
+}
+
+VariableEntry* find_array(Token& name) {
+    if (name.resolution == RESOLVED_ARRAY && name.generation == arenas.generation) {
+        return static_cast<VariableEntry*>(name.cached);
+    }
+    VariableEntry* entry = find_variable(name.name, true);
+    if (entry != nullptr) remember_variable(name, entry);
+    return entry;
+}
+
 Value load(const Reference& reference) {
     const std::uint8_t* storage = reference.storage;
     switch (reference.type) {

@@ -73,6 +73,12 @@ void remove_variable(VariableEntry* entry);
 // The scalar of the name at the cursor, found or created; skips the name. Null after an error.
 VariableEntry* find_or_create_scalar(Cursor& cursor);
 
+// Remembers in a name token what it resolved to, until the next clear generation.
+void remember_variable(Token& name, VariableEntry* entry);
+
+// The array of a name token, remembered from the last time if that is still good; null when there is none.
+VariableEntry* find_array(Token& name);
+
 // Elements of an array entry, and the bytes of its data area.
 std::uint64_t element_count(const VariableEntry& entry);
 

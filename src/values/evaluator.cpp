@@ -1,0 +1,253 @@
+#include "values/evaluator.h"
+
+#include <algorithm>
+#include <array>
+
+#include "core/arenas.h"
+#include "core/errors.h"
+#include "core/keywords.h"
+#include "core/messages.h"
+#include "core/parse.h"
+#include "platform/memory.h"
+#include "platform/stack.h"
+#include "values/convert.h"
+#include "values/functions.h"
+#include "values/operators.h"
+#include "values/screen_function.h"
+#include "values/user_functions.h"
+#include "values/variables.h"
+
+namespace korvane {
+namespace {
+
+// Binding strengths of the binary operators; 0 for tokens that are none. All are left-associative: a right operand
+// is evaluated one level tighter.
+constexpr int weakest = 1;
+constexpr int relational_strength = 60;
+constexpr auto strengths = [] {
+    std::array<std::uint8_t, 256> table{};
+    table['*'] = table['/'] = 100;
+    table['\\'] = 90;
+    table[KW_MOD] = 80;
+    table['+'] = table['-'] = 70;
+    table['='] = table['<'] = table['>'] = relational_strength;
+    table[KW_AND] = 50;
+    table[KW_OR] = 40;
+    table[KW_XOR] = 30;
+    table[KW_EQV] = 20;
+    table[KW_IMP] = 10;
+    return table;
+}();
+
+Value evaluate_from(Cursor& cursor, int minimum);
+Value evaluate_signed(Cursor& cursor);
+
+// What a name that nothing else explains reads as. It is not created: only assignment and the like do that.
+Value unset_variable(const char* name) {
+    const Type type = type_of_name(name);
+    if (type == Type::STRING) return Value::of_string(nullptr, 0);
+    return is_floating(type) ? Value::of_real(0, type) : Value::of_integer(0, type);
+}
+
+Value load_scalar(const VariableEntry& entry) {
+    return load({const_cast<std::uint8_t*>(entry.storage), entry.type});
+}
+
+Value evaluate_bare_name(Cursor& cursor) {
+    Token& name = *cursor++;
+    if (name.resolution == RESOLVED_SCALAR && name.generation == arenas.generation) {
+        return load_scalar(*static_cast<VariableEntry*>(name.cached));
+    }
+    if (name.resolution == RESOLVED_FUNCTION) return static_cast<const BuiltInFunction*>(name.cached)->bare();
+    if (const BuiltInFunction* function = find_bare_function(name.name)) {
+        name.resolution = RESOLVED_FUNCTION;
+        name.cached = const_cast<BuiltInFunction*>(function);
+        return function->bare();
+    }
+    if (const UserFunction* function = find_user_function(name.name); function != nullptr &&
+                                                                      function->parameter_count == 0) {
+        return call_user_function(*function, nullptr, 0);
+    }
+    VariableEntry* entry = find_variable(name.name, false);
+    if (entry == nullptr) return unset_variable(name.name);
+    remember_variable(name, entry);
+    return load_scalar(*entry);
+}
+
+// Calls a built-in function whose "(" is at the cursor.
+Value call_function(const BuiltInFunction& function, Cursor& cursor) {
+    if (function.call != nullptr) return function.call(cursor);
+    ++cursor;
+    const Value argument = evaluate(cursor);
+    if (error_pending() || !expect(cursor, ')', message::expected_right_parenthesis)) return Value::nothing();
+    return function.unary(argument);
+}
+
+Value evaluate_element(Token& name, Cursor& cursor) {
+    VariableEntry* entry = find_array(name);
+    if (entry == nullptr) return fail(message::array_not_dimensioned);
+    const Type type = entry->type;
+    std::uint8_t* address = element_address(*entry, cursor);
+    return address == nullptr ? Value::nothing() : load({address, type});
+}
+
+// A name in front of "(".
+Value evaluate_call(Cursor& cursor) {
+    Token& name = *cursor++;
+    if (name.resolution == RESOLVED_FUNCTION) {
+        return call_function(*static_cast<const BuiltInFunction*>(name.cached), cursor);
+    }
+    if (is_user_function_name(name.name)) return evaluate_user_function(name, cursor);
+    if (const BuiltInFunction* function = find_called_function(name.name)) {
+        name.resolution = RESOLVED_FUNCTION;
+        name.cached = const_cast<BuiltInFunction*>(function);
+        return call_function(*function, cursor);
+    }
+    return evaluate_element(name, cursor);
+}
+
+Value evaluate_parenthesised(Cursor& cursor) {
+    if (stack_exhausted()) return fail(message::out_of_memory);
+    ++cursor;
+    const Value value = evaluate(cursor);
+    if (!error_pending()) expect(cursor, ')', message::expected_right_parenthesis);
+    return value;
+}
+
+Value evaluate_primary(Cursor& cursor) {
+    switch (cursor->kind) {
+        case NUMBER: {
+            const Token& number = *cursor++;
+            return is_integer(number.value_type) ? Value::of_integer(number.number.integer, number.value_type)
+                                                 : Value::of_real(number.number.real, number.value_type);
+        }
+        case STRING_LITERAL: {
+            const Token& literal = *cursor++;
+            return Value::of_string(literal.string.bytes, literal.string.length);
+        }
+        case '(': return evaluate_parenthesised(cursor);
+        case KW_SCREEN: return screen_function(cursor);
+        case IDENTIFIER: return cursor[1].kind == '(' ? evaluate_call(cursor) : evaluate_bare_name(cursor);
+        default: return fail(message::syntax_error_lower);
+    }
+}
+
+// A primary with its exponents. The operand of "^" is signed and takes a power itself, so "^" associates to the
+// right, unlike the other operators (deliberate).
+Value evaluate_power(Cursor& cursor) {
+    Value value = evaluate_primary(cursor);
+    while (cursor->kind == '^' && !error_pending()) {
+        ++cursor;
+        const Value exponent = evaluate_signed(cursor);
+        if (error_pending()) return exponent;
+        value = power(value, exponent);
+    }
+    return value;
+}
+
+Value evaluate_signed(Cursor& cursor) {
+    bool negative = false;
+    Value value;
+    while (cursor->kind == '+') ++cursor;
+    if (cursor->kind == '-') {
+        ++cursor;
+        negative = true;
+        value = evaluate_signed(cursor);
+    } else {
+        value = evaluate_power(cursor);
+    }
+    return negative && !error_pending() ? negate(value) : value;
+}
+
+// The relational operators, each with the set of outcomes of a comparison for which it is true.
+enum Outcome : std::uint8_t { LESS = 1, EQUAL = 2, GREATER = 4 };
+
+// Reads "=", "<", "<=", "<>", ">" or ">="; "=<", "=>" and "><" are no operators.
+std::uint8_t read_relation(Cursor& cursor) {
+    const std::uint8_t first = (cursor++)->kind;
+    if (first == '=') return EQUAL;
+    if (first == '>') return accept(cursor, '=') ? GREATER | EQUAL : GREATER;
+    if (accept(cursor, '=')) return LESS | EQUAL;
+    return accept(cursor, '>') ? LESS | GREATER : LESS;
+}
+
+Value apply_relation(std::uint8_t relation, const Value& left, const Value& right) {
+    const int order = compare(left, right);
+    const std::uint8_t outcome = order < 0 ? LESS : order > 0 ? GREATER : EQUAL;
+    return Value::of_truth((relation & outcome) != 0);
+}
+
+Value evaluate_not(Cursor& cursor) {
+    ++cursor;
+    const std::int64_t operand = to_integer(evaluate_from(cursor, relational_strength));
+    return Value::of_integer(~operand);
+}
+
+Value evaluate_from(Cursor& cursor, int minimum) {
+    Value left = cursor->kind == KW_NOT ? evaluate_not(cursor) : evaluate_signed(cursor);
+    for (;;) {
+        const std::uint8_t operation = cursor->kind;
+        const int strength = strengths[operation];
+        if (strength < minimum || error_pending()) return left;
+        const bool relational = strength == relational_strength;
+        const std::uint8_t relation = relational ? read_relation(cursor) : 0;
+        if (!relational) ++cursor;
+        const Value right = evaluate_from(cursor, strength + 1);
+        if (error_pending()) return right;
+        if (relational) {
+            left = apply_relation(relation, left, right);
+        } else if (strength > relational_strength) {
+            left = arithmetic(operation, left, right);
+        } else {
+            left = logical(operation, left, right);
+        }
+    }
+}
+
+}  // namespace
+
+Value evaluate(Cursor& cursor) { return evaluate_from(cursor, weakest); }
+
+std::int64_t evaluate_integer(Cursor& cursor) {
+    const Value value = evaluate(cursor);
+    return error_pending() ? 0 : to_integer(value);
+}
+
+double evaluate_double(Cursor& cursor) {
+    const Value value = evaluate(cursor);
+    return error_pending() ? 0 : to_double(value);
+}
+
+bool evaluate_truth(Cursor& cursor) {
+    const Value value = evaluate(cursor);
+    if (error_pending()) return false;
+    if (is_integer(value.type)) return value.integer != 0;
+    if (is_floating(value.type)) return value.real != 0.0;
+    raise(message::type_mismatch);
+    return false;
+}
+
+Value evaluate_string(Cursor& cursor) {
+    const Value value = evaluate(cursor);
+    if (error_pending() || value.type == Type::STRING) return value;
+    raise(message::type_mismatch);
+    return Value::nothing();
+}
+
+std::int64_t evaluate_line_number(Cursor& cursor) {
+    const std::int64_t number = evaluate_integer(cursor);
+    if (!error_pending() && number < 0) raise(message::illegal_function_call);
+    return error_pending() ? 0 : number;
+}
+
+std::uint32_t evaluate_text(Cursor& cursor, char* buffer, std::uint32_t capacity) {
+    buffer[0] = 0;
+    const Value text = evaluate_string(cursor);
+    if (error_pending()) return 0;
+    const std::uint32_t length = std::min(text.length, capacity - 1);
+    copy_bytes(buffer, text.bytes, length);
+    buffer[length] = 0;
+    return length;
+}
+
+}  // namespace korvane

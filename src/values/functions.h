@@ -1,0 +1,51 @@
+// The built-in functions, found by name.
+//
+// The table (function_table.cpp) is one readable list; the functions themselves stand in files by subject. Names
+// without "(" are looked up among the functions without arguments and the system variables, names in front of "("
+// among the functions with arguments; a name may stand in both lists.
+#pragma once
+
+#include <cstdint>
+#include <string_view>
+
+#include "core/token.h"
+#include "values/value.h"
+
+namespace korvane {
+
+// A row of the table: exactly one of the three pointers is set.
+struct BuiltInFunction {
+    std::string_view name;
+    Value (*bare)();                // a function without arguments, or a system variable
+    Value (*unary)(const Value&);   // one expression in parentheses, which the evaluator reads
+    Value (*call)(Cursor&);         // reads its own arguments; the cursor stands on "("
+};
+
+const BuiltInFunction* find_bare_function(std::string_view name);
+const BuiltInFunction* find_called_function(std::string_view name);
+
+// A name that can be read like a variable but not assigned: LOMEM, TXTMAXX and their like.
+bool is_system_variable(std::string_view name);
+
+// Up to `capacity` arguments in parentheses, at least `required` of them. Raises "Expected (", "Expected ,",
+// "Expected )" and what the expressions raise. Returns how many there were; 0 after an error.
+int read_arguments(Cursor& cursor, Value* arguments, int required, int capacity);
+
+// A new string of so many bytes in string space for the caller to fill; Value::nothing() when it does not fit
+// ("Out of string space" is raised, also above 4294967295 bytes).
+struct NewString {
+    std::uint8_t* bytes;
+    Value value;
+};
+NewString new_string(std::uint64_t length);
+
+// A copy of some bytes as a new string.
+Value new_string_of(const void* bytes, std::uint64_t length);
+
+// An integer result in the narrowest integer type that holds it.
+Value narrowest_integer(std::int64_t integer);
+
+// What a function gives after raising an error.
+Value fail(const char* error_message);
+
+}  // namespace korvane

@@ -1,0 +1,198 @@
+#include "values/operators.h"
+
+#include <algorithm>
+
+#include "core/arenas.h"
+#include "core/errors.h"
+#include "core/keywords.h"
+#include "core/messages.h"
+#include "platform/memory.h"
+#include "values/convert.h"
+#include "values/functions.h"
+#include "values/kernels.h"
+
+namespace korvane {
+namespace {
+
+constexpr std::int64_t most_negative = INT64_MIN;
+
+// A floating result in the given type; infinite and NaN results are errors.
+Value floating_result(double number, Type type) {
+    if (type == Type::SINGLE) number = to_single(number);
+    if (!__builtin_isfinite(number)) return fail(message::overflow);
+    return Value::of_real(number, type);
+}
+
+// The wider of the two types; the type codes are ordered by width.
+Type wider(const Value& left, const Value& right) { return std::max(left.type, right.type); }
+
+Value concatenate(const Value& left, const Value& right) {
+    const std::uint64_t length = std::uint64_t{left.length} + right.length;
+    if (length > UINT32_MAX) return fail(message::out_of_string_space);
+    std::uint8_t* bytes = allocate_string(length);
+    if (error_pending()) return Value::nothing();
+    copy_bytes(bytes, left.bytes, left.length);
+    copy_bytes(bytes + left.length, right.bytes, right.length);
+    return Value::of_string(bytes, static_cast<std::uint32_t>(length));
+}
+
+// + - * of two integers, exact in 64 bits whatever the operands' widths. False when the result needs more.
+bool exact_integer(std::uint8_t operation, std::int64_t left, std::int64_t right, std::int64_t& result) {
+    switch (operation) {
+        case '+': return !__builtin_add_overflow(left, right, &result);
+        case '-': return !__builtin_sub_overflow(left, right, &result);
+        default: return !__builtin_mul_overflow(left, right, &result);
+    }
+}
+
+double floating(std::uint8_t operation, double left, double right) {
+    switch (operation) {
+        case '+': return left + right;
+        case '-': return left - right;
+        default: return left * right;
+    }
+}
+
+Value add_subtract_multiply(std::uint8_t operation, const Value& left, const Value& right) {
+    if (is_integer(left.type) && is_integer(right.type)) {
+        std::int64_t result;
+        if (exact_integer(operation, left.integer, right.integer, result)) return Value::of_integer(result);
+        return floating_result(
+            floating(operation, static_cast<double>(left.integer), static_cast<double>(right.integer)),
+            Type::DOUBLE);
+    }
+    return floating_result(floating(operation, to_double(left), to_double(right)), wider(left, right));
+}
+
+Value divide(const Value& left, const Value& right) {
+    const double divisor = to_double(right);
+    if (divisor == 0.0) return fail(message::division_by_zero);
+    return floating_result(to_double(left) / divisor, std::max(wider(left, right), Type::SINGLE));
+}
+
+// \ and MOD. The quotient truncates toward zero; the remainder has the sign of the dividend.
+Value divide_integers(std::uint8_t operation, const Value& left, const Value& right) {
+    const std::int64_t dividend = to_integer(left);
+    if (error_pending()) return Value::nothing();
+    const std::int64_t divisor = to_integer(right);
+    if (error_pending()) return Value::nothing();
+    if (divisor == 0) return fail(message::division_by_zero);
+    if (dividend == most_negative && divisor == -1) return fail(message::overflow);
+    return Value::of_integer(operation == KW_MOD ? dividend % divisor : dividend / divisor);
+}
+
+int sign_of(bool less, bool greater) { return static_cast<int>(greater) - static_cast<int>(less); }
+
+int compare_strings(const Value& left, const Value& right) {
+    const int difference = compare_bytes(left.bytes, right.bytes, std::min(left.length, right.length));
+    if (difference != 0) return difference < 0 ? -1 : 1;
+    return sign_of(left.length < right.length, left.length > right.length);
+}
+
+// Exact comparison of an integer too large to be converted to a double without rounding.
+int compare_exactly(std::int64_t integer, double real) {
+    constexpr double two_to_63 = 9223372036854775808.0;
+    if (real >= two_to_63) return -1;
+    if (real < -two_to_63) return 1;
+    const auto whole = static_cast<std::int64_t>(real);
+    if (integer != whole) return sign_of(integer < whole, integer > whole);
+    const double fraction = real - static_cast<double>(whole);
+    return sign_of(fraction > 0, fraction < 0);
+}
+
+int compare_mixed(std::int64_t integer, double real) {
+    constexpr std::int64_t two_to_53 = 9007199254740992;
+    if (integer > two_to_53 || integer < -two_to_53) return compare_exactly(integer, real);
+    const auto left = static_cast<double>(integer);
+    return sign_of(left < real, left > real);
+}
+
+bool is_nan(const Value& value) { return is_floating(value.type) && __builtin_isnan(value.real); }
+
+int compare_numbers(const Value& left, const Value& right) {
+    if (is_integer(left.type) && is_integer(right.type)) {
+        return sign_of(left.integer < right.integer, left.integer > right.integer);
+    }
+    if (is_nan(left) || is_nan(right)) {
+        raise(message::illegal_function_call);
+        return 0;
+    }
+    if (is_integer(left.type)) return compare_mixed(left.integer, right.real);
+    if (is_integer(right.type)) return -compare_mixed(right.integer, left.real);
+    return sign_of(left.real < right.real, left.real > right.real);
+}
+
+// base to an integral power by repeated squaring over the bits of the exponent's magnitude.
+double integral_power(double base, double exponent) {
+    auto bits = static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent);
+    double product = 1;
+    for (double square = base; bits != 0; bits >>= 1, square *= square) {
+        if (bits & 1) product *= square;
+    }
+    return exponent < 0 ? 1 / product : product;
+}
+
+}  // namespace
+
+Value arithmetic(std::uint8_t operation, const Value& left, const Value& right) {
+    const bool string_left = left.type == Type::STRING;
+    const bool string_right = right.type == Type::STRING;
+    if (string_left || string_right) {
+        if (operation == '+' && string_left && string_right) return concatenate(left, right);
+        return fail(message::type_mismatch);
+    }
+    switch (operation) {
+        case '+':
+        case '-':
+        case '*': return add_subtract_multiply(operation, left, right);
+        case '/': return divide(left, right);
+        default: return divide_integers(operation, left, right);
+    }
+}
+
+Value logical(std::uint8_t operation, const Value& left, const Value& right) {
+    const std::int64_t a = to_integer(left);
+    if (error_pending()) return Value::nothing();
+    const std::int64_t b = to_integer(right);
+    if (error_pending()) return Value::nothing();
+    switch (operation) {
+        case KW_AND: return Value::of_integer(a & b);
+        case KW_OR: return Value::of_integer(a | b);
+        case KW_XOR: return Value::of_integer(a ^ b);
+        case KW_EQV: return Value::of_integer(~(a ^ b));
+        default: return Value::of_integer(~a | b);  // IMP
+    }
+}
+
+Value power(const Value& base_value, const Value& exponent_value) {
+    constexpr double largest_integral_exponent = 65536;
+    const double base = to_double(base_value);
+    const double exponent = to_double(exponent_value);
+    if (error_pending()) return Value::nothing();
+    if (exponent == 0) return Value::of_real(1);
+    if (base == 0) return exponent > 0 ? Value::of_real(0) : fail(message::division_by_zero);
+    const bool small = exponent >= -largest_integral_exponent && exponent <= largest_integral_exponent;
+    if (small && exponent == static_cast<double>(static_cast<std::int64_t>(exponent))) {
+        return floating_result(integral_power(base, exponent), Type::DOUBLE);
+    }
+    if (base < 0) return fail(message::illegal_function_call);
+    return floating_result(kernel_pow(base, exponent), Type::DOUBLE);
+}
+
+Value negate(const Value& operand) {
+    if (operand.type == Type::STRING) return fail(message::type_mismatch);
+    if (is_floating(operand.type)) return Value::of_real(-operand.real, operand.type);
+    if (operand.integer == most_negative) return fail(message::overflow);
+    return Value::of_integer(-operand.integer, operand.type);
+}
+
+int compare(const Value& left, const Value& right) {
+    const bool string_left = left.type == Type::STRING;
+    if (string_left != (right.type == Type::STRING)) {
+        raise(message::type_mismatch);
+        return 0;
+    }
+    return string_left ? compare_strings(left, right) : compare_numbers(left, right);
+}
+
+}  // namespace korvane

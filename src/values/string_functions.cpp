@@ -1,0 +1,229 @@
+#include "values/string_functions.h"
+
+#include <algorithm>
+#include <span>
+#include <string_view>
+
+#include "core/errors.h"
+#include "core/messages.h"
+#include "core/parse.h"
+#include "platform/memory.h"
+#include "values/convert.h"
+#include "values/evaluator.h"
+#include "values/format.h"
+#include "values/functions.h"
+#include "values/mbf.h"
+#include "values/text_number.h"
+
+namespace korvane {
+namespace {
+
+std::string_view view_of(const Value& text) {
+    return {reinterpret_cast<const char*>(text.bytes), text.length};
+}
+
+bool require_string(const Value& value) {
+    if (value.type == Type::STRING) return true;
+    raise(message::type_mismatch);
+    return false;
+}
+
+// An integer argument in a range, or the error.
+bool read_in_range(const Value& value, std::int64_t lowest, std::int64_t highest, std::int64_t& integer) {
+    integer = to_integer(value);
+    if (error_pending()) return false;
+    if (integer >= lowest && integer <= highest) return true;
+    raise(message::illegal_function_call);
+    return false;
+}
+
+bool read_count(const Value& value, std::int64_t& count) { return read_in_range(value, 0, INT64_MAX, count); }
+
+Value map_bytes(const Value& text, std::uint8_t first, std::uint8_t last, int distance) {
+    if (!require_string(text)) return Value::nothing();
+    const NewString mapped = new_string(text.length);
+    if (error_pending()) return Value::nothing();
+    for (std::uint32_t i = 0; i < text.length; ++i) {
+        const std::uint8_t byte = text.bytes[i];
+        const bool in_range = byte >= first && byte <= last;
+        mapped.bytes[i] = static_cast<std::uint8_t>(in_range ? byte + distance : byte);
+    }
+    return mapped.value;
+}
+
+Value repeat(std::uint8_t byte, std::int64_t count) {
+    const NewString text = new_string(static_cast<std::uint64_t>(count));
+    if (!error_pending()) fill_bytes(text.bytes, byte, text.value.length);
+    return text.value;
+}
+
+// The digits of a number read as unsigned, in groups of `bits_per_digit`.
+Value radix_digits(const Value& number, unsigned bits_per_digit) {
+    const auto bits = static_cast<std::uint64_t>(to_integer(number));
+    if (error_pending()) return Value::nothing();
+    char digits[22];
+    char* first = digits + sizeof digits;
+    std::uint64_t rest = bits;
+    do {
+        *--first = "0123456789ABCDEF"[rest & ((1U << bits_per_digit) - 1)];
+        rest >>= bits_per_digit;
+    } while (rest != 0);
+    return new_string_of(first, static_cast<std::uint64_t>(digits + sizeof digits - first));
+}
+
+// The text and count of LEFT$ and RIGHT$.
+bool read_text_and_count(Cursor& cursor, Value& text, std::uint32_t& count) {
+    Value arguments[2];
+    std::int64_t wanted;
+    if (read_arguments(cursor, arguments, 2, 2) == 0 || !require_string(arguments[0]) ||
+        !read_count(arguments[1], wanted)) {
+        return false;
+    }
+    text = arguments[0];
+    count = static_cast<std::uint32_t>(std::min<std::int64_t>(wanted, text.length));
+    return true;
+}
+
+bool require_image(const Value& image, std::uint32_t size) {
+    if (!require_string(image)) return false;
+    if (image.length >= size) return true;
+    raise(message::illegal_function_call);
+    return false;
+}
+
+Value find_text(const Value& text, const Value& wanted, std::int64_t start) {
+    if (!require_string(text) || !require_string(wanted)) return Value::nothing();
+    if (start > text.length) return narrowest_integer(0);
+    if (wanted.length == 0) return narrowest_integer(start);
+    const std::size_t found = view_of(text).find(view_of(wanted), static_cast<std::size_t>(start - 1));
+    return narrowest_integer(found == std::string_view::npos ? 0 : static_cast<std::int64_t>(found) + 1);
+}
+
+}  // namespace
+
+Value function_asc(const Value& text) {
+    if (!require_string(text)) return Value::nothing();
+    return text.length == 0 ? fail(message::illegal_function_call) : narrowest_integer(text.bytes[0]);
+}
+
+Value function_chr(const Value& value) {
+    std::int64_t code;
+    if (!read_in_range(value, 0, 255, code)) return Value::nothing();
+    return repeat(static_cast<std::uint8_t>(code), 1);
+}
+
+Value function_len(const Value& text) {
+    return require_string(text) ? narrowest_integer(text.length) : Value::nothing();
+}
+
+Value function_lcase(const Value& text) { return map_bytes(text, 'A', 'Z', 'a' - 'A'); }
+Value function_ucase(const Value& text) { return map_bytes(text, 'a', 'z', 'A' - 'a'); }
+
+Value function_space(const Value& value) {
+    std::int64_t count;
+    return read_count(value, count) ? repeat(' ', count) : Value::nothing();
+}
+
+Value function_str(const Value& number) {
+    if (number.type == Type::STRING) return fail(message::type_mismatch);
+    const NumberText text = format_number(number);
+    return new_string_of(text.characters.data(), text.size - 1);
+}
+
+Value function_val(const Value& text) {
+    return require_string(text) ? longest_number(view_of(text)) : Value::nothing();
+}
+
+Value function_hex(const Value& number) { return radix_digits(number, 4); }
+Value function_oct(const Value& number) { return radix_digits(number, 3); }
+
+Value function_mki(const Value& number) {
+    const std::int64_t integer = to_integer(number);
+    if (error_pending()) return Value::nothing();
+    const auto narrow = static_cast<std::int16_t>(integer);
+    return narrow == integer ? new_string_of(&narrow, sizeof narrow) : fail(message::overflow);
+}
+
+Value function_mks(const Value& number) {
+    std::uint8_t image[4];
+    const double x = to_double(number);
+    if (error_pending() || !to_mbf_single(x, image)) return Value::nothing();
+    return new_string_of(image, sizeof image);
+}
+
+Value function_mkd(const Value& number) {
+    std::uint8_t image[8];
+    const double x = to_double(number);
+    if (error_pending() || !to_mbf_double(x, image)) return Value::nothing();
+    return new_string_of(image, sizeof image);
+}
+
+Value function_cvi(const Value& image) {
+    if (!require_image(image, 2)) return Value::nothing();
+    return Value::of_integer(read_unaligned<std::int16_t>(image.bytes), Type::INTEGER);
+}
+
+Value function_cvs(const Value& image) {
+    if (!require_image(image, 4)) return Value::nothing();
+    return Value::of_real(from_mbf_single(std::span<const std::uint8_t, 4>(image.bytes, 4)), Type::SINGLE);
+}
+
+Value function_cvd(const Value& image) {
+    if (!require_image(image, 8)) return Value::nothing();
+    return Value::of_real(from_mbf_double(std::span<const std::uint8_t, 8>(image.bytes, 8)));
+}
+
+Value function_left(Cursor& cursor) {
+    Value text;
+    std::uint32_t count;
+    if (!read_text_and_count(cursor, text, count)) return Value::nothing();
+    return new_string_of(text.bytes, count);
+}
+
+Value function_right(Cursor& cursor) {
+    Value text;
+    std::uint32_t count;
+    if (!read_text_and_count(cursor, text, count)) return Value::nothing();
+    return new_string_of(text.bytes + (text.length - count), count);
+}
+
+Value function_mid(Cursor& cursor) {
+    Value arguments[3];
+    std::int64_t start;
+    std::int64_t length = INT64_MAX;
+    const int count = read_arguments(cursor, arguments, 2, 3);
+    if (count == 0 || !require_string(arguments[0]) || !read_in_range(arguments[1], 1, INT64_MAX, start) ||
+        (count == 3 && !read_count(arguments[2], length))) {
+        return Value::nothing();
+    }
+    const Value& text = arguments[0];
+    if (start > text.length) return new_string_of(nullptr, 0);
+    const std::int64_t available = text.length - (start - 1);
+    return new_string_of(text.bytes + (start - 1), static_cast<std::uint64_t>(std::min(length, available)));
+}
+
+Value function_instr(Cursor& cursor) {
+    Value arguments[3];
+    const int count = read_arguments(cursor, arguments, 2, 3);
+    if (count == 0) return Value::nothing();
+    if (count == 2) return find_text(arguments[0], arguments[1], 1);
+    std::int64_t start;
+    if (!read_in_range(arguments[0], 1, INT64_MAX, start)) return Value::nothing();
+    return find_text(arguments[1], arguments[2], start);
+}
+
+Value function_string(Cursor& cursor) {
+    Value arguments[2];
+    std::int64_t count;
+    std::int64_t code;
+    if (read_arguments(cursor, arguments, 2, 2) == 0 || !read_count(arguments[0], count)) return Value::nothing();
+    const Value& character = arguments[1];
+    if (character.type == Type::STRING) {
+        if (character.length == 0) return fail(message::illegal_function_call);
+        return repeat(character.bytes[0], count);
+    }
+    return read_in_range(character, 0, 255, code) ? repeat(static_cast<std::uint8_t>(code), count)
+                                                  : Value::nothing();
+}
+
+}  // namespace korvane

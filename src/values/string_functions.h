@@ -1,0 +1,37 @@
+// Built-in functions of strings. Every new string takes fresh string space ("Out of string space"). Numeric
+// arguments are rounded to integers; out of range they raise "Illegal function call"; a wrong type raises "Type
+// mismatch".
+#pragma once
+
+#include "core/token.h"
+#include "values/value.h"
+
+namespace korvane {
+
+Value function_asc(const Value& text);     // first byte; an empty text is out of range
+Value function_chr(const Value& code);     // 0 to 255
+Value function_len(const Value& text);
+Value function_lcase(const Value& text);   // ASCII letters only
+Value function_ucase(const Value& text);
+Value function_space(const Value& count);
+Value function_str(const Value& number);   // the free form without its trailing blank
+Value function_val(const Value& text);     // longest numeric beginning, 0 when there is none
+Value function_hex(const Value& number);   // 64-bit two's complement, no leading zeros
+Value function_oct(const Value& number);
+
+// Images of numbers as strings, and back: 2-byte integers and Microsoft Binary Format.
+Value function_mki(const Value& number);
+Value function_mks(const Value& number);
+Value function_mkd(const Value& number);
+Value function_cvi(const Value& image);
+Value function_cvs(const Value& image);
+Value function_cvd(const Value& image);
+
+// These read their own arguments; the cursor stands on "(".
+Value function_left(Cursor& cursor);    // (s$, n)
+Value function_right(Cursor& cursor);   // (s$, n)
+Value function_mid(Cursor& cursor);     // (s$, start[, length]), start from 1
+Value function_instr(Cursor& cursor);   // ([start,] string$, search$)
+Value function_string(Cursor& cursor);  // (n, code) or (n, s$)
+
+}  // namespace korvane
