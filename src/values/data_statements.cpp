@@ -1,0 +1,123 @@
+#include "values/data_statements.h"
+
+#include <string_view>
+
+#include "core/errors.h"
+#include "core/execution.h"
+#include "core/messages.h"
+#include "core/parse.h"
+#include "core/program_store.h"
+#include "core/word_scan.h"
+#include "values/evaluator.h"
+#include "values/item_value.h"
+#include "values/variables.h"
+
+namespace korvane {
+
+DataPosition data_position;
+
+namespace {
+
+constexpr bool is_blank(char c) { return c == ' ' || c == '\t'; }
+
+// Moves to the text of the next DATA statement; false when the program has none left.
+bool find_next_data() {
+    if (data_position.line == direct_line) data_position = {.line = 0, .offset = 0, .in_statement = false};
+    for (; data_position.line < program.count; ++data_position.line, data_position.offset = 0) {
+        WordScan scan(line_text(data_position.line), data_position.offset);
+        while (scan.next_word()) {
+            if (scan.word_is("DATA")) {
+                data_position.offset = scan.position();
+                data_position.in_statement = true;
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+void skip_blanks(std::string_view text) {
+    while (data_position.offset < text.size() && is_blank(text[data_position.offset])) ++data_position.offset;
+}
+
+bool at_data_end(std::string_view text) {
+    return data_position.offset >= text.size() || text[data_position.offset] == ':';
+}
+
+// From behind the opening quote to the closing one, or to the end of the line when it is missing.
+std::string_view take_quoted(std::string_view text) {
+    const std::uint32_t start = ++data_position.offset;
+    while (data_position.offset < text.size() && text[data_position.offset] != '"') ++data_position.offset;
+    const std::string_view item = text.substr(start, data_position.offset - start);
+    if (data_position.offset < text.size()) ++data_position.offset;
+    skip_blanks(text);
+    return item;
+}
+
+std::string_view take_unquoted(std::string_view text) {
+    const std::uint32_t start = data_position.offset;
+    while (!at_data_end(text) && text[data_position.offset] != ',') ++data_position.offset;
+    std::string_view item = text.substr(start, data_position.offset - start);
+    while (!item.empty() && is_blank(item.back())) item.remove_suffix(1);
+    return item;
+}
+
+// The next item; false when there is none ("Out of DATA" is raised).
+bool take_item(std::string_view& item) {
+    for (;;) {
+        if (data_position.line < program.count && data_position.in_statement) {
+            const std::string_view text = line_text(data_position.line);
+            skip_blanks(text);
+            if (!at_data_end(text)) {
+                item = text[data_position.offset] == '"' ? take_quoted(text) : take_unquoted(text);
+                if (data_position.offset < text.size() && text[data_position.offset] == ',') {
+                    ++data_position.offset;
+                }
+                return true;
+            }
+            data_position.in_statement = false;
+        }
+        if (!find_next_data()) {
+            raise(message::out_of_data);
+            return false;
+        }
+    }
+}
+
+}  // namespace
+
+void reset_data_position() { data_position = {.line = direct_line, .offset = 0, .in_statement = false}; }
+
+void do_data(Cursor& cursor) {
+    while (cursor->kind != END_OF_LINE && cursor->kind != ':') ++cursor;
+}
+
+void do_read(Cursor& cursor) {
+    ++cursor;
+    do {
+        const Reference target = resolve_reference(cursor);
+        if (error_pending()) return;
+        std::string_view item;
+        if (!take_item(item)) return;
+        if (!store_item(target, item) && !error_pending()) raise(message::type_mismatch);
+    } while (!error_pending() && accept(cursor, ','));
+}
+
+void do_restore(Cursor& cursor) {
+    ++cursor;
+    if (at_statement_end(cursor)) {
+        reset_data_position();
+        return;
+    }
+    const std::int64_t number = evaluate_line_number(cursor);
+    if (error_pending()) return;
+    const std::uint32_t index =
+        number > max_line_number ? direct_line : find_line(static_cast<std::uint32_t>(number));
+    if (index == direct_line) {
+        raise(message::undefined_line_number);
+        return;
+    }
+    data_position = {.line = index, .offset = 0, .in_statement = false};
+}
+
+}  // namespace korvane

@@ -1,0 +1,31 @@
+// DATA, READ and RESTORE: items taken from the raw text of the program's DATA statements, in line order.
+#pragma once
+
+#include <cstdint>
+
+#include "core/token.h"
+
+namespace korvane {
+
+struct DataPosition {
+    std::uint32_t line;    // line index whose DATA is being read, or direct_line: not positioned yet
+    std::uint32_t offset;  // of the next item, in the line's text
+    bool in_statement;     // the offset lies in a DATA text; otherwise the next DATA is looked for from it
+};
+extern DataPosition data_position;
+
+// READ starts again at the program's first DATA; RUN and every change of the program's lines need it.
+void reset_data_position();
+
+// DATA is passed over when it is reached.
+void do_data(Cursor& cursor);
+
+// READ variable[, variable...]. Raises "Out of DATA", "Type mismatch" for an item that is no number, "Overflow";
+// targets read before an error stay assigned.
+void do_read(Cursor& cursor);
+
+// RESTORE [line]. A line that does not exist is "Undefined line number"; reading goes on with the first DATA from
+// it on.
+void do_restore(Cursor& cursor);
+
+}  // namespace korvane

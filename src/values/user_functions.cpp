@@ -1,0 +1,168 @@
+#include "values/user_functions.h"
+
+#include "core/errors.h"
+#include "core/messages.h"
+#include "core/parse.h"
+#include "platform/memory.h"
+#include "platform/stack.h"
+#include "values/evaluator.h"
+#include "values/functions.h"
+#include "values/variables.h"
+
+namespace korvane {
+
+UserFunctions user_functions;
+
+namespace {
+
+// A parameter variable's own value while a call uses it. The raw storage is kept, so that putting a string back
+// takes no string space.
+struct SavedParameter {
+    VariableEntry* entry;
+    bool existed;
+    std::uint8_t storage[sizeof(VariableEntry::storage)];
+};
+
+// Saves or creates the parameter's variable and stores the argument in it.
+bool bind_parameter(const char* name, const Value& argument, SavedParameter& saved) {
+    saved.entry = find_variable(name, false);
+    saved.existed = saved.entry != nullptr;
+    // A parameter that the call creates stays as a variable afterwards (deliberate).
+    if (!saved.existed) saved.entry = create_variable(name, false);
+    if (saved.entry == nullptr) return false;
+    copy_bytes(saved.storage, saved.entry->storage, sizeof saved.storage);
+    store({saved.entry->storage, saved.entry->type}, argument);
+    return !error_pending();
+}
+
+// In reverse, so that of two parameters with one name the older value comes back.
+void restore_parameters(const SavedParameter* saved, std::int32_t count) {
+    while (count-- > 0) {
+        const SavedParameter& parameter = saved[count];
+        if (parameter.existed) {
+            copy_bytes(parameter.entry->storage, parameter.storage, sizeof parameter.storage);
+        }
+    }
+}
+
+// The arguments in parentheses; -1 after an error.
+std::int32_t read_call_arguments(Cursor& cursor, Value* arguments) {
+    std::int32_t count = 0;
+    ++cursor;
+    do {
+        if (count == max_parameters) {
+            raise(message::too_many_args);
+            return -1;
+        }
+        arguments[count++] = evaluate(cursor);
+        if (error_pending()) return -1;
+    } while (accept(cursor, ','));
+    return expect(cursor, ')', message::expected_right_parenthesis) ? count : -1;
+}
+
+UserFunction* find_or_add_function(const char* name) {
+    UserFunction* function = find_user_function(name);
+    if (function != nullptr) return function;
+    if (user_functions.count == max_user_functions) {
+        raise(message::too_many_def_fn);
+        return nullptr;
+    }
+    function = &user_functions.functions[user_functions.count++];
+    fill_bytes(function, 0, sizeof *function);
+    copy_bytes(function->name, name, name_capacity);
+    return function;
+}
+
+// The names in parentheses, up to and including ")".
+bool read_parameters(Cursor& cursor, UserFunction& function) {
+    do {
+        if (cursor->kind != IDENTIFIER) {
+            raise(message::expected_parameter);
+            return false;
+        }
+        if (function.parameter_count == max_parameters) {
+            raise(message::too_many_params);
+            return false;
+        }
+        copy_bytes(function.parameters[function.parameter_count++], cursor->name, name_capacity);
+        ++cursor;
+    } while (accept(cursor, ','));
+    return expect(cursor, ')', message::expected_right_parenthesis);
+}
+
+// Copies the expression's tokens. Text literals move to string space, so that the function outlives the line.
+bool copy_body(Cursor& cursor, UserFunction& function) {
+    for (; !at_statement_end(cursor); ++cursor) {
+        if (function.body_length == max_tokens_per_line) {
+            raise(message::def_fn_too_long);
+            return false;
+        }
+        Token& token = function.body[function.body_length];
+        token = *cursor;
+        if (token.kind == STRING_LITERAL) {
+            token.string.bytes = new_string_of(cursor->string.bytes, cursor->string.length).bytes;
+            if (error_pending()) return false;
+        }
+        ++function.body_length;
+    }
+    function.body[function.body_length] = Token{};
+    return true;
+}
+
+}  // namespace
+
+void forget_user_functions() { user_functions.count = 0; }
+
+UserFunction* find_user_function(const char* name) {
+    if (!is_user_function_name(name)) return nullptr;
+    for (std::uint32_t i = 0; i < user_functions.count; ++i) {
+        UserFunction& function = user_functions.functions[i];
+        if (function.defined && compare_bytes(function.name, name, name_capacity) == 0) return &function;
+    }
+    return nullptr;
+}
+
+Value call_user_function(UserFunction& function, const Value* arguments, std::int32_t count) {
+    if (stack_exhausted()) return fail(message::out_of_memory);
+    SavedParameter saved[max_parameters];
+    // A store that fails leaves its variable as it was, so only the parameters bound before it are put back.
+    std::int32_t bound = 0;
+    while (bound < count && bind_parameter(function.parameters[bound], arguments[bound], saved[bound])) ++bound;
+    Value result = Value::nothing();
+    if (bound == count) {
+        Cursor body = function.body;
+        result = evaluate(body);
+    }
+    restore_parameters(saved, bound);
+    return result;
+}
+
+Value evaluate_user_function(const Token& name, Cursor& cursor) {
+    UserFunction* function = find_user_function(name.name);
+    if (function == nullptr) return fail(message::undefined_user_function);
+    Value arguments[max_parameters];
+    const std::int32_t count = read_call_arguments(cursor, arguments);
+    if (count < 0) return Value::nothing();
+    if (count != function->parameter_count) return fail(message::wrong_number_of_args);
+    return call_user_function(*function, arguments, count);
+}
+
+void do_def(Cursor& cursor) {
+    ++cursor;
+    if (cursor->kind != IDENTIFIER || !is_user_function_name(cursor->name)) {
+        raise(message::expected_fn_name);
+        return;
+    }
+    UserFunction* function = find_or_add_function(cursor->name);
+    if (function == nullptr) return;
+    ++cursor;
+    // Until the definition is complete the name is undefined.
+    function->defined = false;
+    function->parameter_count = 0;
+    function->body_length = 0;
+    if (accept(cursor, '(') && !read_parameters(cursor, *function)) return;
+    if (!expect(cursor, '=', message::expected_equals)) return;
+    function->defined = copy_body(cursor, *function);
+}
+
+}  // namespace korvane

@@ -1,0 +1,50 @@
+// User-defined functions: DEF FN and the calls of FN names.
+//
+// Parameters are ordinary global scalar variables whose values are saved and put back around a call. The result
+// keeps the body's own type; a suffix of the function's name is not applied (deliberate).
+#pragma once
+
+#include <cstdint>
+
+#include "core/token.h"
+#include "values/value.h"
+
+namespace korvane {
+
+inline constexpr std::uint32_t max_user_functions = 64;
+inline constexpr std::int32_t max_parameters = 8;
+
+struct UserFunction {
+    char name[name_capacity];  // with FN and any type suffix
+    std::int32_t parameter_count;
+    char parameters[max_parameters][name_capacity];
+    Token body[max_token_records];  // the defining expression and an end record
+    std::int32_t body_length;       // tokens in it, the end record not counted
+    bool defined;
+};
+
+struct UserFunctions {
+    std::uint32_t count;
+    UserFunction functions[max_user_functions];
+};
+extern UserFunctions user_functions;
+
+// Forgets all definitions; part of the clear operation.
+void forget_user_functions();
+
+// True for names that begin with FN and go on.
+inline bool is_user_function_name(const char* name) { return name[0] == 'F' && name[1] == 'N' && name[2] != 0; }
+
+UserFunction* find_user_function(const char* name);
+
+// A call: the cursor stands on "(" behind the function's name. Raises "Undefined user function", "Too many args",
+// "Wrong number of args", "Expected )", what the stores and the body raise, and "Out of memory" when functions call
+// each other until the machine stack runs low.
+Value evaluate_user_function(const Token& name, Cursor& cursor);
+
+// Calls a function with its arguments already evaluated; `count` is its parameter count.
+Value call_user_function(UserFunction& function, const Value* arguments, std::int32_t count);
+
+void do_def(Cursor& cursor);
+
+}  // namespace korvane
