@@ -53,8 +53,8 @@ void read_string(const std::uint8_t*& text, Token& token, bool quote_may_be_miss
 }
 
 void read_number(const std::uint8_t*& text, Token& token) {
-    const Value value = read_literal(text);
-    if (error_pending()) return;
+    Value value;
+    if (!read_literal(text, value)) return;
     token.kind = NUMBER;
     token.value_type = value.type;
     token.number.integer = value.integer;

@@ -13,7 +13,6 @@ Console console;
 namespace {
 
 constexpr std::uint8_t blank = ' ';
-constexpr std::uint8_t carriage_return = 13;
 
 void clear_grid() {
     console.cursor_row = 0;

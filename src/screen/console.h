@@ -18,6 +18,7 @@ namespace korvane {
 
 inline constexpr std::uint32_t max_text_columns = 256;
 inline constexpr std::uint32_t max_text_rows = 128;
+inline constexpr std::uint8_t carriage_return = 13;  // ends a line on the console
 inline constexpr std::uint32_t white = 0xFFFFFF;
 inline constexpr std::uint32_t black = 0x000000;
 

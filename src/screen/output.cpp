@@ -10,7 +10,6 @@ Output output;
 
 namespace {
 
-constexpr std::uint8_t carriage_return = 13;
 constexpr std::uint32_t file_width = 255;
 
 }  // namespace
