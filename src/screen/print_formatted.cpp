@@ -15,7 +15,6 @@ namespace korvane {
 
 namespace {
 
-constexpr std::uint8_t carriage_return = 13;
 
 bool is_separator(const Token* at) {
     return at->kind == ';' || at->kind == ',';

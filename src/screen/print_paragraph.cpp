@@ -15,7 +15,6 @@ Paragraph paragraph;
 namespace {
 
 constexpr std::int64_t max_paragraph_width = 65535;
-constexpr std::uint8_t carriage_return = 13;
 constexpr std::uint8_t line_feed = 10;
 
 bool is_line_break(std::uint8_t byte) {
