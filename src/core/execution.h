@@ -10,11 +10,6 @@ namespace korvane {
 inline constexpr std::uint32_t direct_line = 0xFFFFFFFF;  // line index of the direct line; also "no line"
 inline constexpr std::uint32_t max_line_number = 4294967294;
 
-struct Position {
-    std::uint32_t line;    // index into the program's line index, or direct_line
-    std::uint32_t record;  // token record within the line
-};
-
 struct Execution {
     std::uint32_t line;             // current line index
     Token* tokens;                  // current token array
@@ -24,6 +19,7 @@ struct Execution {
     bool program_running;           // on only inside RUN and CONT
     bool stop;                      // makes the run loop return
     bool jumped;                    // a transfer of control took place; cleared before each statement
+    bool then_part;                 // inside the THEN part of a true IF: an ELSE ends the line
     bool break_seen;                // Escape ended the run
     std::uint32_t break_line;       // line number at which it did
     bool can_continue;              // CONT may resume at `continue_at`

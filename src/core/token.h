@@ -13,6 +13,12 @@
 
 namespace korvane {
 
+// A place in the program or in the direct line.
+struct Position {
+    std::uint32_t line;    // index into the program's line index, or direct_line
+    std::uint32_t record;  // token record within the line
+};
+
 // What a token is. Punctuation is its own character code; keywords are listed in core/keywords.h.
 enum TokenKind : std::uint8_t {
     END_OF_LINE = 0,
@@ -52,6 +58,10 @@ struct Token {
             const std::uint8_t* bytes;  // first character, inside the line's own text
             std::uint32_t length;
         } string;
+        struct {
+            Position target;  // where a scan from this keyword, or the line number in this literal, leads
+            bool known;
+        } cached_jump;        // of FOR, WHILE and IF; tokens live no longer than the program is unchanged
         char name[name_capacity];  // upper case, with type suffix, zero-padded
         std::uint8_t payload[40];
     };

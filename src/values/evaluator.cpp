@@ -64,7 +64,7 @@ Value evaluate_bare_name(Cursor& cursor) {
         name.cached = const_cast<BuiltInFunction*>(function);
         return function->bare();
     }
-    if (const UserFunction* function = find_user_function(name.name); function != nullptr &&
+    if (UserFunction* function = find_user_function(name.name); function != nullptr &&
                                                                       function->parameter_count == 0) {
         return call_user_function(*function, nullptr, 0);
     }

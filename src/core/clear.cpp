@@ -1,0 +1,19 @@
+#include "core/clear.h"
+
+#include "core/arenas.h"
+#include "core/errors.h"
+#include "files/chain.h"
+#include "values/user_functions.h"
+#include "values/variables.h"
+
+namespace korvane {
+
+void clear_data() {
+    reset_data_arena();
+    clear_variables();
+    forget_user_functions();
+    clear_common_list();
+    errors.pending = false;
+}
+
+}  // namespace korvane

@@ -1,0 +1,66 @@
+#include "core/conditions.h"
+
+#include "core/errors.h"
+#include "core/execution.h"
+#include "core/jumps.h"
+#include "core/keywords.h"
+#include "core/messages.h"
+#include "core/parse.h"
+#include "core/run.h"
+#include "values/evaluator.h"
+
+namespace korvane {
+namespace {
+
+void skip_to_line_end(Cursor& cursor) { cursor = execution.tokens + (execution.token_count - 1); }
+
+// The first ELSE behind the condition, or the end of the line.
+Cursor find_else(Cursor cursor) {
+    while (cursor->kind != KW_ELSE && cursor->kind != END_OF_LINE) ++cursor;
+    return cursor;
+}
+
+void take_then_part(Cursor& cursor) {
+    execution.then_part = true;
+    while (cursor->kind == ':') ++cursor;
+    // The first statement keeps the start of its IF, so RESUME evaluates the condition again; the run loop
+    // executes the others.
+    if (cursor->kind != END_OF_LINE) dispatch_statement(cursor);
+}
+
+void take_else_part(Token& opener, Cursor& cursor) {
+    execution.then_part = false;
+    if (!opener.cached_jump.known) {
+        opener.cached_jump.target = {execution.line, record_of(find_else(cursor))};
+        opener.cached_jump.known = true;
+    }
+    cursor = execution.tokens + opener.cached_jump.target.record;
+    if (!accept(cursor, KW_ELSE)) return;
+    if (cursor->kind == NUMBER) jump_to_literal(*cursor);
+}
+
+}  // namespace
+
+void do_if(Cursor& cursor) {
+    Token& opener = *cursor++;
+    const bool truth = evaluate_truth(cursor);
+    if (error_pending()) return;
+    if (cursor->kind == KW_THEN || cursor->kind == KW_GOTO) ++cursor;
+    if (!truth) {
+        take_else_part(opener, cursor);
+    } else if (cursor->kind == NUMBER) {
+        jump_to_literal(*cursor);
+    } else {
+        take_then_part(cursor);
+    }
+}
+
+void do_else(Cursor& cursor) {
+    if (execution.then_part) {
+        skip_to_line_end(cursor);
+    } else {
+        raise(message::syntax_error);
+    }
+}
+
+}  // namespace korvane
