@@ -14,7 +14,6 @@
 #include "core/run.h"
 #include "core/trace.h"
 #include "core/traps.h"
-#include "explorer/explorer.h"
 #include "files/chain.h"
 #include "files/directory_statements.h"
 #include "files/file_listing.h"
@@ -23,7 +22,6 @@
 #include "files/program_files.h"
 #include "files/random_files.h"
 #include "files/sequential_input.h"
-#include "help/help.h"
 #include "image/create_efi.h"
 #include "screen/bitmaps.h"
 #include "screen/circle.h"
@@ -123,7 +121,6 @@ constexpr Row rows[] = {
     {KW_CONT, do_cont},
     {KW_DELETE, do_delete},
     {KW_EDIT, do_edit},
-    {KW_HELP, do_help},
     // values
     {KW_LET, do_let},
     {KW_SWAP, do_swap},
@@ -190,7 +187,6 @@ constexpr Row rows[] = {
     {KW_BLOAD, do_bload},
     {KW_BSAVE, do_bsave},
     // the machine
-    {KW_KORVANE, do_korvane},
     {KW_CREATEEFI, do_createefi},
 };
 

@@ -53,8 +53,8 @@ void announce_data_arena() {
 }
 
 void print_banner() {
-    print_line("\"The only way to learn a new programming language is by writing programs in it.\"");
-    print_line("    -- Dennis Ritchie");
+    print_line("\"That brain of mine is something more than merely mortal; as time will show.\"");
+    print_line("    Ada Lovelace");
     con_put_char(carriage_return);
     print_line("Korvane BASIC v2.0");
     print_grouped(free_data_bytes());

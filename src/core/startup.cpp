@@ -55,7 +55,7 @@ void clear_firmware_console() {
 }
 
 // Every module's state, so that nothing depends on what the image's memory held before.
-void initialise_state() {
+void initialize_state() {
     execution = Execution{};
     execution.line = direct_line;
     errors = ErrorState{};
@@ -68,8 +68,8 @@ void initialise_state() {
     initialize_keyboard();
     initialize_line_editor();
     gfx_start();
-    clear_text_windows();
-    clear_bitmaps();
+    initialize_text_windows();
+    initialize_bitmaps();
     reset_random();
     clear_breakpoints();
     clear_trace();
@@ -109,10 +109,10 @@ void start(bool autostart) {
 extern "C" korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle image_handle,
                                                           korvane::uefi::SystemTable* system_table) {
     using namespace korvane;
-    initialise_stack();
+    initialize_stack();
     firmware_start(image_handle, system_table);
     disable_watchdog();
-    initialise_state();
+    initialize_state();
     const bool autostart = detect_packed_program();
     start(autostart);
     if (!autostart) {

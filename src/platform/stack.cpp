@@ -17,7 +17,7 @@ constexpr std::uintptr_t usable_bytes = 2 * 1024 * 1024;
 
 }  // namespace
 
-void initialise_stack() {
+void initialize_stack() {
     const auto here = reinterpret_cast<std::uintptr_t>(__builtin_frame_address(0));
     stack.limit = here > usable_bytes ? here - usable_bytes : 0;
 }

@@ -12,7 +12,7 @@ struct Stack {
 extern Stack stack;
 
 // Takes the current depth as the bottom; called once at entry.
-void initialise_stack();
+void initialize_stack();
 
 // True when no further recursion is safe. What is left then is for the firmware calls of the innermost level.
 inline bool stack_exhausted() {

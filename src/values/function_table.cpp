@@ -102,7 +102,6 @@ constexpr std::array called_functions{
     unary("PEEK64", function_peek64),
     unary("TIMER", function_timer),
     call("VARPTR", function_varptr),
-    unary("KORVANEADR", function_korvaneadr),
 };
 
 template <std::size_t Size>

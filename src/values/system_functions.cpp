@@ -9,7 +9,6 @@
 #include "core/event_timers.h"
 #include "core/messages.h"
 #include "core/parse.h"
-#include "explorer/landmarks.h"
 #include "platform/clock.h"
 #include "screen/console.h"
 #include "screen/framebuffer.h"
@@ -62,14 +61,6 @@ Value function_varptr(Cursor& cursor) {
     const Reference place = resolve_reference(cursor);
     if (error_pending() || !expect(cursor, ')', message::expected_right_parenthesis)) return Value::nothing();
     return address_value(place.storage);
-}
-
-Value function_korvaneadr(const Value& name) {
-    if (name.type != Type::STRING) return fail(message::type_mismatch);
-    std::uint64_t address = 0;
-    const std::string_view text(reinterpret_cast<const char*>(name.bytes), name.length);
-    if (!find_landmark(text, address)) return fail(message::unknown_landmark);
-    return Value::of_integer(static_cast<std::int64_t>(address));
 }
 
 Value variable_lomem() { return address_value(arenas.LOMEM); }
