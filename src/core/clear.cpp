@@ -2,7 +2,6 @@
 
 #include "core/arenas.h"
 #include "core/errors.h"
-#include "files/chain.h"
 #include "values/user_functions.h"
 #include "values/variables.h"
 
@@ -12,7 +11,6 @@ void clear_data() {
     reset_data_arena();
     clear_variables();
     forget_user_functions();
-    clear_common_list();
     errors.pending = false;
 }
 

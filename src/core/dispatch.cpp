@@ -1,9 +1,7 @@
 #include "core/dispatch.h"
 
 #include "core/conditions.h"
-#include "core/continue.h"
 #include "core/delete_lines.h"
-#include "core/edit_line.h"
 #include "core/errors.h"
 #include "core/event_timers.h"
 #include "core/jumps.h"
@@ -14,7 +12,6 @@
 #include "core/run.h"
 #include "core/trace.h"
 #include "core/traps.h"
-#include "files/chain.h"
 #include "files/directory_statements.h"
 #include "files/file_listing.h"
 #include "files/memory_image.h"
@@ -28,7 +25,6 @@
 #include "screen/coordinates.h"
 #include "screen/draw_macro.h"
 #include "screen/image_array.h"
-#include "screen/input_statement.h"
 #include "screen/paint.h"
 #include "screen/plot_statements.h"
 #include "screen/print.h"
@@ -61,11 +57,7 @@ void do_identifier(Cursor& cursor) {
 
 // LINE INPUT, or LINE with points.
 void do_line_or_line_input(Cursor& cursor) {
-    if (cursor[1].kind != KW_INPUT) {
-        do_line(cursor);
-    } else {
-        do_line_input(cursor);
-    }
+    do_line(cursor);
 }
 
 // GET and PUT move records of a file, or with a point rectangles of the screen.
@@ -118,9 +110,7 @@ constexpr Row rows[] = {
     {KW_TRON, do_tron},
     {KW_TROFF, do_troff},
     {KW_TRACE, do_trace},
-    {KW_CONT, do_cont},
     {KW_DELETE, do_delete},
-    {KW_EDIT, do_edit},
     // values
     {KW_LET, do_let},
     {KW_SWAP, do_swap},
@@ -147,7 +137,6 @@ constexpr Row rows[] = {
     // screen and keyboard
     {KW_PRINT, do_print},
     {KW_WRITE, do_write},
-    {KW_INPUT, do_input},
     {KW_CLS, do_cls},
     {KW_COLOR, do_color},
     {KW_LOCATE, do_locate},
@@ -182,8 +171,6 @@ constexpr Row rows[] = {
     {KW_LOAD, do_load},
     {KW_SAVE, do_save},
     {KW_MERGE, do_merge},
-    {KW_CHAIN, do_chain},
-    {KW_COMMON, do_common},
     {KW_BLOAD, do_bload},
     {KW_BSAVE, do_bsave},
     // the machine

@@ -6,7 +6,6 @@
 #include "core/breakpoints.h"
 #include "core/clear.h"
 #include "core/command_loop.h"
-#include "core/continue.h"
 #include "core/delete_lines.h"
 #include "core/dispatch.h"
 #include "core/errors.h"
@@ -81,7 +80,7 @@ struct Command {
 constexpr std::array commands{
     Command{KW_RUN, do_run},     Command{KW_AUTO, do_auto},   Command{KW_RENUM, do_renum},
     Command{KW_DELETE, do_delete}, Command{KW_MERGE, do_merge}, Command{KW_LIST, do_list},
-    Command{KW_BREAK, do_break}, Command{KW_CONT, do_cont},   
+    Command{KW_BREAK, do_break},    
     Command{KW_NEW, do_new_command},
 };
 

@@ -14,7 +14,6 @@ namespace korvane {
 
 namespace {
 
-constexpr std::uint8_t carriage_return = 13;
 
 // The destination in front of the list: #n, or @n[,].
 void parse_destination(Cursor& cursor) {

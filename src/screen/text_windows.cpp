@@ -9,7 +9,6 @@ TextWindows text_windows;
 
 namespace {
 
-constexpr std::uint8_t carriage_return = 13;
 
 std::uint32_t window_columns(const TextWindow& window) {
     return window.right - window.left + 1;
