@@ -91,8 +91,8 @@ bool allocate_data_arena() {
     Region region{0, 0};
     if (!find_largest_region(region)) return false;
     uefi::PhysicalAddress address = region.start;
-    if (uefi::is_error(firmware.boot->AllocatePages(uefi::AllocateType::AllocateAddress,
-                                                    uefi::MemoryType::EfiLoaderData, region.pages, &address))) {
+    if (uefi::is_error(firmware.boot->AllocatePages(
+            uefi::AllocateType::AllocateAddress, uefi::MemoryType::EfiLoaderData, region.pages, &address))) {
         address = 0;
         // Deliberately unchecked: without the pages LOMEM stays 0 and there is nowhere else to go.
         firmware.boot->AllocatePages(uefi::AllocateType::AllocateAnyPages, uefi::MemoryType::EfiLoaderData,

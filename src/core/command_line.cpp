@@ -7,20 +7,23 @@
 
 namespace korvane {
 
-CommandLine command_line;
+CommandArguments command_arguments;
 
 namespace {
 
-constexpr bool is_blank(char16_t c) { return c == ' ' || c == '\t'; }
+constexpr bool is_blank(char16_t c) {
+    return c == ' ' || c == '\t';
+}
 
 // Takes the argument at `position`; arguments beyond the table's end are read and dropped.
 void take_argument(std::u16string_view options, std::size_t& position) {
     const bool quoted = options[position] == '"';
     if (quoted) ++position;
-    char* slot = command_line.count < max_command_arguments ? command_line.arguments[command_line.count] : nullptr;
+    char* slot = command_arguments.count < max_command_arguments
+                     ? command_arguments.arguments[command_arguments.count]
+                     : nullptr;
     std::uint32_t length = 0;
-    while (position < options.size() &&
-           (quoted ? options[position] != '"' : !is_blank(options[position]))) {
+    while (position < options.size() && (quoted ? options[position] != '"' : !is_blank(options[position]))) {
         // Only the low byte of a character is kept.
         const char character = static_cast<char>(options[position++]);
         if (slot != nullptr && length < command_argument_capacity - 1) slot[length++] = character;
@@ -28,13 +31,14 @@ void take_argument(std::u16string_view options, std::size_t& position) {
     if (quoted && position < options.size()) ++position;
     if (slot == nullptr) return;
     slot[length] = 0;
-    ++command_line.count;
+    ++command_arguments.count;
 }
 
 // The options as text, up to their first zero character.
 std::u16string_view load_options() {
     const uefi::LoadedImageProtocol* image = loaded_image();
-    if (image == nullptr || image->LoadOptions == nullptr || image->LoadOptionsSize < sizeof(char16_t)) return {};
+    if (image == nullptr || image->LoadOptions == nullptr || image->LoadOptionsSize < sizeof(char16_t))
+        return {};
     std::u16string_view options(static_cast<const char16_t*>(image->LoadOptions),
                                 image->LoadOptionsSize / sizeof(char16_t));
     return options.substr(0, options.find(u'\0'));
@@ -43,7 +47,7 @@ std::u16string_view load_options() {
 }  // namespace
 
 void read_command_line() {
-    fill_bytes(&command_line, 0, sizeof command_line);
+    fill_bytes(&command_arguments, 0, sizeof command_arguments);
     const std::u16string_view options = load_options();
     for (std::size_t position = 0; position < options.size();) {
         if (is_blank(options[position])) {

@@ -24,11 +24,13 @@ void print_ready() {
 
 bool is_program_line() {
     const std::uint8_t* at = command_loop.line;
-    while (*at == ' ') ++at;
+    while (*at == ' ')
+        ++at;
     return *at >= '0' && *at <= '9';
 }
 
-// A prompt follows unless a program line was stored or deleted or the line left the user editing on the screen.
+// A prompt follows unless a program line was stored or deleted or the line left the user editing on the
+// screen.
 bool prompt_due() {
     if (command_loop.skip_prompt) {
         command_loop.skip_prompt = false;
@@ -37,8 +39,8 @@ bool prompt_due() {
     return !is_program_line();
 }
 
-// Prompts with numbers until AUTO ends. The editor returns the whole screen line, so the printed number is part of the
-// text. True when a prompt is due.
+// Prompts with numbers until AUTO ends. The editor returns the whole screen line, so the printed number is
+// part of the text. True when a prompt is due.
 bool read_numbered_lines() {
     while (auto_numbering.active) {
         if (!next_auto_number()) return true;

@@ -12,17 +12,21 @@
 namespace korvane {
 namespace {
 
-void skip_to_line_end(Cursor& cursor) { cursor = execution.tokens + (execution.token_count - 1); }
+void skip_to_line_end(Cursor& cursor) {
+    cursor = execution.tokens + (execution.token_count - 1);
+}
 
 // The first ELSE behind the condition, or the end of the line.
 Cursor find_else(Cursor cursor) {
-    while (cursor->kind != KW_ELSE && cursor->kind != END_OF_LINE) ++cursor;
+    while (cursor->kind != KW_ELSE && cursor->kind != END_OF_LINE)
+        ++cursor;
     return cursor;
 }
 
 void take_then_part(Cursor& cursor) {
     execution.then_part = true;
-    while (cursor->kind == ':') ++cursor;
+    while (cursor->kind == ':')
+        ++cursor;
     // The first statement keeps the start of its IF, so RESUME evaluates the condition again; the run loop
     // executes the others.
     if (cursor->kind != END_OF_LINE) dispatch_statement(cursor);

@@ -1,8 +1,8 @@
 // IF, THEN and ELSE.
 //
-// A true condition goes on with the statements behind THEN; the run loop executes them like any others, and the
-// first ELSE it meets ends the line. A false condition goes on behind the first ELSE of the line, whatever the nesting
-// of IFs (deliberate: an ELSE belongs to whichever IF is false first).
+// A true condition goes on with the statements behind THEN; the run loop executes them like any others, and
+// the first ELSE it meets ends the line. A false condition goes on behind the first ELSE of the line,
+// whatever the nesting of IFs (deliberate: an ELSE belongs to whichever IF is false first).
 #pragma once
 
 #include "core/token.h"

@@ -22,6 +22,8 @@ bool push_gosub(const GosubEntry& entry) {
     return true;
 }
 
-void pop_gosub() { --control_stacks.gosub_count; }
+void pop_gosub() {
+    --control_stacks.gosub_count;
+}
 
 }  // namespace korvane

@@ -18,28 +18,28 @@ inline constexpr std::uint32_t max_while_depth = 64;
 enum class GosubKind : std::uint8_t { GOSUB = 0, TIMER = 1 };
 
 struct GosubEntry {
-    std::uint32_t line;    // return position
+    std::uint32_t line;  // return position
     std::uint32_t record;
     GosubKind kind;
-    std::uint8_t timer;    // event timer that a TIMER entry makes ready again
+    std::uint8_t timer;  // event timer that a TIMER entry makes ready again
 };
 
 struct ForEntry {
-    char name[name_capacity];   // of the control variable
+    char name[name_capacity];  // of the control variable
     Value limit;
     Value step;
-    VariableEntry* variable;    // good while `generation` is current
+    VariableEntry* variable;  // good while `generation` is current
     std::uint32_t generation;
     double step_as_double;
     double limit_as_double;
-    bool limit_is_double;       // limit_as_double compares like the limit itself
+    bool limit_is_double;  // limit_as_double compares like the limit itself
     Type variable_type;
-    std::int32_t step_sign;     // -1, 0 or 1
-    Position loop;              // the record after the FOR statement
+    std::int32_t step_sign;  // -1, 0 or 1
+    Position loop;           // the record after the FOR statement
 };
 
 struct WhileEntry {
-    Position start;             // the WHILE token
+    Position start;  // the WHILE token
 };
 
 struct ControlStacks {

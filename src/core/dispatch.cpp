@@ -12,6 +12,7 @@
 #include "core/run.h"
 #include "core/trace.h"
 #include "core/traps.h"
+#include "explorer/explorer.h"
 #include "files/directory_statements.h"
 #include "files/file_listing.h"
 #include "files/memory_image.h"
@@ -43,9 +44,13 @@ namespace {
 
 void do_nothing(Cursor&) {}
 
-void do_remark(Cursor& cursor) { ++cursor; }
+void do_remark(Cursor& cursor) {
+    ++cursor;
+}
 
-void do_syntax_error(Cursor&) { raise(message::syntax_error); }
+void do_syntax_error(Cursor&) {
+    raise(message::syntax_error);
+}
 
 void do_identifier(Cursor& cursor) {
     if (cursor[1].kind == '(' && is_word(cursor, "TIMER")) {
@@ -61,7 +66,9 @@ void do_line_or_line_input(Cursor& cursor) {
 }
 
 // GET and PUT move records of a file, or with a point rectangles of the screen.
-bool is_graphic(const Token* at) { return at[1].kind == '(' || at[1].kind == KW_STEP; }
+bool is_graphic(const Token* at) {
+    return at[1].kind == '(' || at[1].kind == KW_STEP;
+}
 
 void do_get(Cursor& cursor) {
     if (is_graphic(cursor)) {
@@ -174,6 +181,7 @@ constexpr Row rows[] = {
     {KW_BLOAD, do_bload},
     {KW_BSAVE, do_bsave},
     // the machine
+    {KW_KORVANE, do_korvane},
     {KW_CREATEEFI, do_createefi},
 };
 
@@ -183,7 +191,8 @@ constexpr Row rows[] = {
 constexpr std::array<StatementHandler, 256> statement_handlers = [] {
     std::array<StatementHandler, 256> table{};
     table.fill(do_syntax_error);
-    for (const Row& row : rows) table[row.kind] = row.handler;
+    for (const Row& row : rows)
+        table[row.kind] = row.handler;
     return table;
 }();
 

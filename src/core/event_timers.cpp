@@ -72,7 +72,9 @@ void switch_on(EventTimer& timer) {
 
 }  // namespace
 
-void clear_event_timers() { fill_bytes(&event_timers, 0, sizeof event_timers); }
+void clear_event_timers() {
+    fill_bytes(&event_timers, 0, sizeof event_timers);
+}
 
 void update_active_timers() {
     unsigned active = 0;

@@ -16,13 +16,14 @@ namespace korvane {
 namespace {
 
 Value literal_value(const Token& literal) {
-    return is_integer(literal.value_type)
-               ? Value::of_integer(literal.number.integer, literal.value_type)
-               : Value::of_real(literal.number.real, literal.value_type);
+    return is_integer(literal.value_type) ? Value::of_integer(literal.number.integer, literal.value_type)
+                                          : Value::of_real(literal.number.real, literal.value_type);
 }
 
 // A line number that is an expression of its own: its target is looked up once.
-bool is_lone_literal(const Token* at) { return at->kind == NUMBER && at_statement_end(at + 1); }
+bool is_lone_literal(const Token* at) {
+    return at->kind == NUMBER && at_statement_end(at + 1);
+}
 
 void jump_to_value(const Value& value) {
     const std::int64_t number = to_integer(value);

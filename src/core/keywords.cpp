@@ -7,7 +7,8 @@ constexpr std::uint8_t first_keyword_code = KW_MOD;
 
 constexpr auto names_by_code = [] {
     std::array<std::string_view, 256> names{};
-    for (const KeywordEntry& entry : keyword_table) names[entry.code] = entry.name;
+    for (const KeywordEntry& entry : keyword_table)
+        names[entry.code] = entry.name;
     return names;
 }();
 

@@ -9,8 +9,8 @@
 
 namespace korvane {
 
-// Token codes. The suffix-free spelling of the word with the prefix KW_, because several words are also names of
-// this program's own or of the language.
+// Token codes. The suffix-free spelling of the word with the prefix KW_, because several words are also names
+// of this program's own or of the language.
 enum Keyword : std::uint8_t {
     KW_MOD = 0x10,
     KW_DEFINT = 0x11,

@@ -27,10 +27,13 @@
 namespace korvane {
 namespace {
 
-constexpr bool is_digit(std::uint8_t c) { return c >= '0' && c <= '9'; }
+constexpr bool is_digit(std::uint8_t c) {
+    return c >= '0' && c <= '9';
+}
 
 void skip_blanks(const std::uint8_t*& text) {
-    while (*text == ' ') ++text;
+    while (*text == ' ')
+        ++text;
 }
 
 // The line number at `text`, or false when it is too large.
@@ -56,7 +59,8 @@ void handle_program_line(const std::uint8_t* text) {
 
 void do_run(Cursor& cursor) {
     // Whatever follows on the line is ignored.
-    while (cursor->kind != END_OF_LINE) ++cursor;
+    while (cursor->kind != END_OF_LINE)
+        ++cursor;
     run_program();
 }
 
@@ -78,10 +82,9 @@ struct Command {
 
 // Commands that are recognised only as the first word of a typed line.
 constexpr std::array commands{
-    Command{KW_RUN, do_run},     Command{KW_AUTO, do_auto},   Command{KW_RENUM, do_renum},
-    Command{KW_DELETE, do_delete}, Command{KW_MERGE, do_merge}, Command{KW_LIST, do_list},
-    Command{KW_BREAK, do_break},    
-    Command{KW_NEW, do_new_command},
+    Command{KW_RUN, do_run},       Command{KW_AUTO, do_auto},       Command{KW_RENUM, do_renum},
+    Command{KW_DELETE, do_delete}, Command{KW_MERGE, do_merge},     Command{KW_LIST, do_list},
+    Command{KW_BREAK, do_break},   Command{KW_NEW, do_new_command},
 };
 
 bool is_find_command(const Token* at) {
@@ -144,6 +147,8 @@ void handle_line(const std::uint8_t* line) {
     }
 }
 
-void handle_text(const char* line) { handle_line(reinterpret_cast<const std::uint8_t*>(line)); }
+void handle_text(const char* line) {
+    handle_line(reinterpret_cast<const std::uint8_t*>(line));
+}
 
 }  // namespace korvane

@@ -16,8 +16,8 @@
 namespace korvane {
 namespace {
 
-// Scans forward from `record` of the current line for the token that closes a block, counting nested openers, across
-// line ends but never out of the direct line. Makes the line where it stands current.
+// Scans forward from `record` of the current line for the token that closes a block, counting nested openers,
+// across line ends but never out of the direct line. Makes the line where it stands current.
 bool find_closer(std::uint32_t record, std::uint8_t opener, std::uint8_t closer, Position& found) {
     int depth = 1;
     for (;;) {
@@ -83,8 +83,11 @@ bool limit_fits_double(const Value& limit) {
     return limit.type != Type::INT64 || (limit.integer >= -exact && limit.integer <= exact);
 }
 
-// -1, 0 or 1 by which the loop ends: past the limit in the direction of the step. A zero step counts as upward.
-bool past_limit(std::int32_t step_sign, int order) { return step_sign < 0 ? order < 0 : order > 0; }
+// -1, 0 or 1 by which the loop ends: past the limit in the direction of the step. A zero step counts as
+// upward.
+bool past_limit(std::int32_t step_sign, int order) {
+    return step_sign < 0 ? order < 0 : order > 0;
+}
 
 bool read_for_values(Cursor& cursor, Value& start, Value& limit, Value& step) {
     start = evaluate(cursor);
@@ -119,7 +122,8 @@ ForEntry* find_entry(Cursor& cursor) {
     std::uint32_t count = control_stacks.for_count;
     if (cursor->kind == IDENTIFIER) {
         const char* name = (cursor++)->name;
-        while (count > 0 && compare_bytes(control_stacks.fors[count - 1].name, name, name_capacity) != 0) --count;
+        while (count > 0 && compare_bytes(control_stacks.fors[count - 1].name, name, name_capacity) != 0)
+            --count;
     }
     if (count == 0) return nullptr;
     control_stacks.for_count = count;
@@ -137,8 +141,9 @@ bool find_control_variable(ForEntry& entry) {
 double step_floating(const ForEntry& entry) {
     std::uint8_t* storage = entry.variable->storage;
     const bool single = entry.variable_type == Type::SINGLE;
-    double sum = (single ? static_cast<double>(read_unaligned<float>(storage)) : read_unaligned<double>(storage)) +
-                 entry.step_as_double;
+    double sum =
+        (single ? static_cast<double>(read_unaligned<float>(storage)) : read_unaligned<double>(storage)) +
+        entry.step_as_double;
     if (single) sum = to_single(sum);
     if (!__builtin_isfinite(sum)) {
         raise(message::overflow);

@@ -5,9 +5,9 @@
 
 namespace korvane {
 
-// FOR var = start TO limit [STEP step]. A loop that has nothing to do is passed over to behind its NEXT. Raises
-// "Expected variable", "Expected =", "Expected TO", "Type mismatch", "Out of memory" beyond 64 levels, "Illegal
-// function call" for a NaN step. Re-entering an unfinished FOR stacks another entry (deliberate).
+// FOR var = start TO limit [STEP step]. A loop that has nothing to do is passed over to behind its NEXT.
+// Raises "Expected variable", "Expected =", "Expected TO", "Type mismatch", "Out of memory" beyond 64 levels,
+// "Illegal function call" for a NaN step. Re-entering an unfinished FOR stacks another entry (deliberate).
 void do_for(Cursor& cursor);
 
 // NEXT [var]: one variable at most. Raises "NEXT without FOR" and "Overflow".

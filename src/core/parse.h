@@ -30,7 +30,9 @@ inline bool expect(Cursor& cursor, std::uint8_t kind, const char* error_message)
     return false;
 }
 
-inline bool expect_comma(Cursor& cursor) { return expect(cursor, ',', message::expected_comma); }
+inline bool expect_comma(Cursor& cursor) {
+    return expect(cursor, ',', message::expected_comma);
+}
 
 // An identifier spelled exactly so (upper case), as the words that are no keywords: FULL, WRAP, OFF ...
 inline bool is_word(const Token* at, std::string_view word) {

@@ -15,9 +15,13 @@ namespace {
 
 constexpr std::uint32_t record_head = 8;
 
-constexpr std::uint32_t record_size(std::uint32_t text_length) { return (record_head + text_length + 1 + 3) & ~3U; }
+constexpr std::uint32_t record_size(std::uint32_t text_length) {
+    return (record_head + text_length + 1 + 3) & ~3U;
+}
 
-std::uint32_t stored_text_length(const std::uint8_t* record) { return read_unaligned<std::uint32_t>(record + 4); }
+std::uint32_t stored_text_length(const std::uint8_t* record) {
+    return read_unaligned<std::uint32_t>(record + 4);
+}
 
 void write_record(std::uint8_t* record, std::uint32_t number, std::string_view text) {
     write_unaligned(record, number);
@@ -30,7 +34,8 @@ void write_record(std::uint8_t* record, std::uint32_t number, std::string_view t
 
 // Moves the record pointers of all lines from `first` on by `distance` bytes.
 void shift_records(std::uint32_t first, std::int64_t distance) {
-    for (std::uint32_t i = first; i < program.count; ++i) program.lines[i].record += distance;
+    for (std::uint32_t i = first; i < program.count; ++i)
+        program.lines[i].record += distance;
 }
 
 void remove_line(std::uint32_t index) {
@@ -191,9 +196,8 @@ void prepare_line(std::uint32_t index) {
 }
 
 void jump_to_line(std::int64_t number) {
-    const std::uint32_t index = number < 0 || number > max_line_number
-                                    ? direct_line
-                                    : find_line(static_cast<std::uint32_t>(number));
+    const std::uint32_t index =
+        number < 0 || number > max_line_number ? direct_line : find_line(static_cast<std::uint32_t>(number));
     if (index == direct_line) {
         raise(message::undefined_line_number);
         return;

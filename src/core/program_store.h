@@ -1,5 +1,5 @@
-// The program store: the stored lines as text, in ascending order of their numbers, with a sorted index and a cache
-// of each line's token array.
+// The program store: the stored lines as text, in ascending order of their numbers, with a sorted index and a
+// cache of each line's token array.
 //
 // Line records are packed from CODEBASE upward:
 //   offset 0   u32  line number
@@ -7,8 +7,9 @@
 //   offset 8   n    the text as typed, after its number and the blanks behind the number
 //   offset 8+n 1    zero byte
 //   ...             padding to a multiple of 4
-// The token cache follows the last record, rounded up to a multiple of 8, and grows toward CODEEND. String tokens
-// point into the line text, so every change of the program empties the whole cache; it fills again as lines run.
+// The token cache follows the last record, rounded up to a multiple of 8, and grows toward CODEEND. String
+// tokens point into the line text, so every change of the program empties the whole cache; it fills again as
+// lines run.
 #pragma once
 
 #include <cstdint>
@@ -30,9 +31,9 @@ struct LineEntry {
 };
 
 struct ProgramStore {
-    std::uint32_t count;         // stored lines
-    std::uint8_t* write;         // first byte after the last record
-    std::uint8_t* cache_start;   // token cache, or null until the first line is cached after a change
+    std::uint32_t count;        // stored lines
+    std::uint8_t* write;        // first byte after the last record
+    std::uint8_t* cache_start;  // token cache, or null until the first line is cached after a change
     std::uint8_t* cache_end;
     LineEntry lines[max_program_lines];
 };
@@ -41,8 +42,8 @@ extern ProgramStore program;
 // The text of the line at `index`, without its number.
 std::string_view line_text(std::uint32_t index);
 
-// Inserts, replaces or, with an empty text, deletes a line. Raises "Line too long" or "Program too large"; a failed
-// store leaves the program as it was. Clears can-continue.
+// Inserts, replaces or, with an empty text, deletes a line. Raises "Line too long" or "Program too large"; a
+// failed store leaves the program as it was. Clears can-continue.
 void store_line(std::uint32_t number, std::string_view text);
 
 // Removes the line at `index` and empties the token cache.
@@ -64,12 +65,12 @@ void empty_token_cache();
 // error is raised with its line set to this line's number.
 void prepare_line(std::uint32_t index);
 
-// Transfers control to the first statement of the line with this number. Raises "Undefined line number" when the
-// number is above 4,294,967,294, negative, or not in the program.
+// Transfers control to the first statement of the line with this number. Raises "Undefined line number" when
+// the number is above 4,294,967,294, negative, or not in the program.
 void jump_to_line(std::int64_t number);
 
-// Transfers control to a position: makes its line current and sets the jumped flag. The direct line is a position
-// like any other.
+// Transfers control to a position: makes its line current and sets the jumped flag. The direct line is a
+// position like any other.
 void jump_to_position(Position position);
 
 }  // namespace korvane

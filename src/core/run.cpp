@@ -40,8 +40,8 @@ bool begin_line() {
     return false;
 }
 
-// The keyboard is asked every 256 statements, because asking the firmware is slow. Not inside a THEN part: a break
-// there could not be continued, since the ELSE behind it would have lost its IF.
+// The keyboard is asked every 256 statements, because asking the firmware is slow. Not inside a THEN part: a
+// break there could not be continued, since the ELSE behind it would have lost its IF.
 bool break_key_seen(std::uint64_t& next_poll) {
     if (execution.statement_count < next_poll || execution.then_part) return false;
     next_poll = (execution.statement_count / statements_per_poll + 1) * statements_per_poll;
@@ -50,7 +50,8 @@ bool break_key_seen(std::uint64_t& next_poll) {
 
 // Sends a trappable error to its handler; false when it ends the run.
 bool trap_error() {
-    if (traps.error_target == 0 || handler_active(TrapKind::ERROR) || !execution.program_running) return false;
+    if (traps.error_target == 0 || handler_active(TrapKind::ERROR) || !execution.program_running)
+        return false;
     // The message has been shown already and stays shown (deliberate).
     print_in_line(errors.line);
     errors.pending = false;
@@ -59,11 +60,12 @@ bool trap_error() {
     return !error_pending();
 }
 
-// Executes the statements of the current line from `cursor` on. True when the run goes on: a jump was made, or the
-// end of the line reached (execution.jumped tells them apart).
+// Executes the statements of the current line from `cursor` on. True when the run goes on: a jump was made,
+// or the end of the line reached (execution.jumped tells them apart).
 bool run_line(Cursor cursor, std::uint64_t& next_poll) {
     for (;;) {
-        while (cursor->kind == ':') ++cursor;
+        while (cursor->kind == ':')
+            ++cursor;
         if (cursor->kind == END_OF_LINE) return true;
         if (event_timers.active != 0 && !execution.then_part) {
             if (poll_event_timers(record_of(cursor))) return true;

@@ -8,29 +8,30 @@
 
 namespace korvane {
 
-// Executes from the current position (execution.line, execution.record) until the program ends, the stop flag is set
-// or an error stays pending.
+// Executes from the current position (execution.line, execution.record) until the program ends, the stop flag
+// is set or an error stays pending.
 void run_loop();
 
-// Everything that belongs to one run and not to the program or its variables: control stacks, DATA position, event
-// timers, traps, error state, can-continue and break marks. RUN and CHAIN need it.
+// Everything that belongs to one run and not to the program or its variables: control stacks, DATA position,
+// event timers, traps, error state, can-continue and break marks. RUN and CHAIN need it.
 void reset_run_state();
 
-// RUN: clears variables and run state, closes files, switches text window, viewport and logical coordinates off, and
-// runs the program from its first line. Prints " in N" or "Break in N" when it ends so.
+// RUN: clears variables and run state, closes files, switches text window, viewport and logical coordinates
+// off, and runs the program from its first line. Prints " in N" or "Break in N" when it ends so.
 void run_program();
 
-// CHAIN: goes on with the first statement of the line at `index`. Within a running program this is a jump. Typed at
-// the keyboard it turns the direct line into a run: the program runs from there and ends like RUN does.
+// CHAIN: goes on with the first statement of the line at `index`. Within a running program this is a jump.
+// Typed at the keyboard it turns the direct line into a run: the program runs from there and ends like RUN
+// does.
 void chain_to_line(std::uint32_t index);
 
-// Runs from the current position with the program-running flag on, and reports how the run ended: " in N" behind a
-// pending error. CONT uses it.
+// Runs from the current position with the program-running flag on, and reports how the run ended: " in N"
+// behind a pending error. CONT uses it.
 void run_from_here();
 
-// The user's break at the statement that begins at `record` of the current line: jumps to the ON BREAK handler
-// when there is one that is not active, else ends the run, with CONT resuming at that statement. A statement that
-// waits for keys calls it with execution.statement_start.
+// The user's break at the statement that begins at `record` of the current line: jumps to the ON BREAK
+// handler when there is one that is not active, else ends the run, with CONT resuming at that statement. A
+// statement that waits for keys calls it with execution.statement_start.
 void break_execution(std::uint32_t record);
 
 // Executes one statement at the cursor.

@@ -35,7 +35,8 @@ void print_wide(std::string_view text) {
 
 std::array<char, 16> hexadecimal(std::uint64_t number) {
     std::array<char, 16> digits;
-    for (std::size_t i = digits.size(); i-- > 0; number >>= 4) digits[i] = "0123456789ABCDEF"[number & 15];
+    for (std::size_t i = digits.size(); i-- > 0; number >>= 4)
+        digits[i] = "0123456789ABCDEF"[number & 15];
     return digits;
 }
 

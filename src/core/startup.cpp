@@ -14,6 +14,7 @@
 #include "core/run.h"
 #include "core/start_banner.h"
 #include "core/trace.h"
+#include "explorer/explorer.h"
 #include "files/file_table.h"
 #include "files/volume.h"
 #include "image/packed_program.h"
@@ -34,11 +35,12 @@
 namespace korvane {
 namespace {
 
-// Without a screen or memory there is nothing to run; the firmware keeps the machine (deliberate: the application
-// does not return, so that the message stays on the screen).
+// Without a screen or memory there is nothing to run; the firmware keeps the machine (deliberate: the
+// application does not return, so that the message stays on the screen).
 [[noreturn]] void stop_for_good(const char16_t* reason) {
     print_on_firmware_console(reason);
-    for (;;) asm volatile("pause");
+    for (;;)
+        asm volatile("pause");
 }
 
 void disable_watchdog() {
@@ -70,6 +72,7 @@ void initialize_state() {
     gfx_start();
     initialize_text_windows();
     initialize_bitmaps();
+    initialise_explorer();
     reset_random();
     clear_breakpoints();
     clear_trace();
@@ -81,7 +84,9 @@ void take_memory() {
     if (!allocate_data_arena()) stop_for_good(u"GetMemoryMap failed!\r\n");
 }
 
-bool startup_program_exists() { return static_cast<bool>(OpenFileByName("STARTUP.BAS", OpenMode::read)); }
+bool startup_program_exists() {
+    return static_cast<bool>(OpenFileByName("STARTUP.BAS", OpenMode::read));
+}
 
 void run_startup_program() {
     if (!startup_program_exists()) return;

@@ -1,10 +1,10 @@
 // Token records: the unit of a tokenized line.
 //
-// A line of program text is cut once into an array of 64-byte records ending with an END_OF_LINE record; every
-// statement handler and the evaluator walk these records, one record a step. The arrays live in the token cache
-// of the program arena and can be looked at with PEEK, so kind, value type and payload stay as the tokenizer wrote
-// them; the spare bytes, the unused part of a payload and the lookup cache carry what the interpreter has learned
-// about the token (see the members).
+// A line of program text is cut once into an array of 64-byte records ending with an END_OF_LINE record;
+// every statement handler and the evaluator walk these records, one record a step. The arrays live in the
+// token cache of the program arena and can be looked at with PEEK, so kind, value type and payload stay as
+// the tokenizer wrote them; the spare bytes, the unused part of a payload and the lookup cache carry what the
+// interpreter has learned about the token (see the members).
 #pragma once
 
 #include <cstdint>
@@ -27,10 +27,10 @@ enum TokenKind : std::uint8_t {
     IDENTIFIER = 3,
 };
 
-inline constexpr int max_tokens_per_line = 127;           // the end record not counted
+inline constexpr int max_tokens_per_line = 127;  // the end record not counted
 inline constexpr int max_token_records = max_tokens_per_line + 1;
-inline constexpr int name_capacity = 40;                  // bytes of a name with its terminating zero
-inline constexpr int max_identifier_characters = 37;      // before the type suffix
+inline constexpr int name_capacity = 40;              // bytes of a name with its terminating zero
+inline constexpr int max_identifier_characters = 37;  // before the type suffix
 
 // What an IDENTIFIER was found to be; says what `cached` points at.
 enum Resolution : std::uint8_t {
@@ -42,17 +42,17 @@ enum Resolution : std::uint8_t {
 
 struct Token {
     std::uint8_t kind;
-    Type value_type;               // of a NUMBER
-    std::uint8_t resolution;       // a Resolution
+    Type value_type;          // of a NUMBER
+    std::uint8_t resolution;  // a Resolution
     std::uint8_t spare;
-    std::uint32_t generation;      // clear generation at which `cached` was taken
+    std::uint32_t generation;  // clear generation at which `cached` was taken
     union {
         struct {
             union {
                 std::int64_t integer;
                 double real;
             };
-            double as_double;      // a NUMBER's value as a double, whatever its type
+            double as_double;  // a NUMBER's value as a double, whatever its type
         } number;
         struct {
             const std::uint8_t* bytes;  // first character, inside the line's own text
@@ -61,7 +61,7 @@ struct Token {
         struct {
             Position target;  // where a scan from this keyword, or the line number in this literal, leads
             bool known;
-        } cached_jump;        // of FOR, WHILE and IF; tokens live no longer than the program is unchanged
+        } cached_jump;  // of FOR, WHILE and IF; tokens live no longer than the program is unchanged
         char name[name_capacity];  // upper case, with type suffix, zero-padded
         std::uint8_t payload[40];
     };

@@ -12,10 +12,18 @@ Tokenizer tokenizer;
 
 namespace {
 
-constexpr bool is_blank(std::uint8_t c) { return c == ' ' || c == '\t'; }
-constexpr bool is_digit(std::uint8_t c) { return c >= '0' && c <= '9'; }
-constexpr bool is_letter(std::uint8_t c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); }
-constexpr char fold(std::uint8_t c) { return static_cast<char>(c >= 'a' && c <= 'z' ? c - ('a' - 'A') : c); }
+constexpr bool is_blank(std::uint8_t c) {
+    return c == ' ' || c == '\t';
+}
+constexpr bool is_digit(std::uint8_t c) {
+    return c >= '0' && c <= '9';
+}
+constexpr bool is_letter(std::uint8_t c) {
+    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+}
+constexpr char fold(std::uint8_t c) {
+    return static_cast<char>(c >= 'a' && c <= 'z' ? c - ('a' - 'A') : c);
+}
 
 constexpr bool is_punctuation(std::uint8_t c) {
     for (const char mark : std::string_view("#()*+,-./:;<=>@\\^")) {
@@ -34,16 +42,20 @@ constexpr bool begins_number(const std::uint8_t* text) {
 }
 
 void skip_blanks(const std::uint8_t*& text) {
-    while (is_blank(*text)) ++text;
+    while (is_blank(*text))
+        ++text;
 }
 
-void clear(Token& token) { fill_bytes(&token, 0, sizeof token); }
+void clear(Token& token) {
+    fill_bytes(&token, 0, sizeof token);
+}
 
 // `text` stands behind the opening quote.
 void read_string(const std::uint8_t*& text, Token& token, bool quote_may_be_missing) {
     token.kind = STRING_LITERAL;
     token.string.bytes = text;
-    while (*text != 0 && *text != '"') ++text;
+    while (*text != 0 && *text != '"')
+        ++text;
     token.string.length = static_cast<std::uint32_t>(text - token.string.bytes);
     if (*text == '"') {
         ++text;

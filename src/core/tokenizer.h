@@ -11,9 +11,10 @@ struct Tokenizer {
 extern Tokenizer tokenizer;
 
 // Tokenizes a zero-terminated line (without its line number) into tokenizer.scratch and returns the number of
-// records, the end record included. String tokens point into `text`, which must stay where it is for as long as
-// the tokens are used. On a fault the error is raised, the end record follows the tokens made so far and their count
-// is returned. Raises "Unterminated string", "Syntax Error", "Too many tokens" and the literal reader's errors.
+// records, the end record included. String tokens point into `text`, which must stay where it is for as long
+// as the tokens are used. On a fault the error is raised, the end record follows the tokens made so far and
+// their count is returned. Raises "Unterminated string", "Syntax Error", "Too many tokens" and the literal
+// reader's errors.
 int tokenize(const std::uint8_t* text);
 
 }  // namespace korvane

@@ -32,7 +32,9 @@ void resume_next(Position at) {
 
 }  // namespace
 
-void clear_traps() { traps = Traps{}; }
+void clear_traps() {
+    traps = Traps{};
+}
 
 bool handler_active(TrapKind kind) {
     for (std::uint32_t i = 0; i < traps.count; ++i) {

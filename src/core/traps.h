@@ -34,8 +34,8 @@ bool handler_active(TrapKind kind);
 // Raises "Too many nested handlers" and gives false when 8 frames are stacked.
 bool push_trap_frame(TrapKind kind, Position at);
 
-// ERROR n: raises "User-defined error" for 1 to 255 whatever n means otherwise (deliberate), and ERR gives n. Other
-// numbers are "Illegal function call".
+// ERROR n: raises "User-defined error" for 1 to 255 whatever n means otherwise (deliberate), and ERR gives n.
+// Other numbers are "Illegal function call".
 void do_error(Cursor& cursor);
 
 // RESUME [NEXT | 0 | line] leaves a handler. Raises "RESUME without error". Message and code stay for ERR.

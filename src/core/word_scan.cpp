@@ -3,9 +3,15 @@
 namespace korvane {
 namespace {
 
-constexpr char fold(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c; }
-constexpr bool is_letter(char c) { return fold(c) >= 'A' && fold(c) <= 'Z'; }
-constexpr bool is_digit(char c) { return c >= '0' && c <= '9'; }
+constexpr char fold(char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
+}
+constexpr bool is_letter(char c) {
+    return fold(c) >= 'A' && fold(c) <= 'Z';
+}
+constexpr bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
 
 }  // namespace
 
@@ -18,7 +24,8 @@ bool WordScan::next_word() {
         if (c == '\'') break;
         if (!is_letter(c)) continue;
         word_start_ = position_;
-        while (position_ < text_.size() && (is_letter(text_[position_]) || is_digit(text_[position_]))) ++position_;
+        while (position_ < text_.size() && (is_letter(text_[position_]) || is_digit(text_[position_])))
+            ++position_;
         if (!word_is("REM")) return true;
         break;
     }

@@ -8,7 +8,8 @@ namespace korvane {
 
 class WordScan {
   public:
-    WordScan(std::string_view text, std::uint32_t start) : text_(text), position_(start), word_start_(start) {}
+    WordScan(std::string_view text, std::uint32_t start)
+        : text_(text), position_(start), word_start_(start) {}
 
     // Moves behind the next word (a letter, then letters and digits); false at the end of the line.
     bool next_word();

@@ -16,7 +16,9 @@ extern Clock tsc_clock;
 void calibrate_clock();
 
 // The counter itself; it counts from the processor's reset.
-inline std::uint64_t read_time_stamp() { return __builtin_ia32_rdtsc(); }
+inline std::uint64_t read_time_stamp() {
+    return __builtin_ia32_rdtsc();
+}
 
 // Seconds since the processor's reset; the seconds of the day when the counter has no rate.
 double clock_seconds();

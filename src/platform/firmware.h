@@ -8,9 +8,9 @@
 namespace korvane {
 
 struct Firmware {
-    uefi::Handle image_handle;         // of the running image
+    uefi::Handle image_handle;  // of the running image
     uefi::SystemTable* system_table;
-    uefi::BootServices* boot;          // taken from the system table at entry
+    uefi::BootServices* boot;  // taken from the system table at entry
     uefi::RuntimeServices* runtime;
 };
 extern Firmware firmware;
@@ -27,8 +27,8 @@ void* find_interface(const uefi::Guid& protocol);
 // The Loaded Image protocol of the running image, or null.
 uefi::LoadedImageProtocol* loaded_image();
 
-// Prints on the firmware's own text console; used only until the framebuffer console is up. A failure has nobody
-// to be told to and is ignored.
+// Prints on the firmware's own text console; used only until the framebuffer console is up. A failure has
+// nobody to be told to and is ignored.
 void print_on_firmware_console(const char16_t* text);
 
 // A pool buffer that is given back when its owner goes out of scope.

@@ -7,8 +7,8 @@ Stack stack;
 namespace {
 
 #ifdef KORVANE_FREESTANDING
-// Of the 128 KiB that the UEFI standard promises, 80 KiB are for us; the rest is for what ran before us and for
-// the firmware's own calls beneath us.
+// Of the 128 KiB that the UEFI standard promises, 80 KiB are for us; the rest is for what ran before us and
+// for the firmware's own calls beneath us.
 constexpr std::uintptr_t usable_bytes = 80 * 1024;
 #else
 // A native build may carry a sanitizer, whose stack frames are many times larger.

@@ -1,5 +1,5 @@
-// The machine stack: firmware promises no more than 128 KiB and catches no overflow, so whatever recurses asks
-// first.
+// The machine stack: firmware promises no more than 128 KiB and catches no overflow, so whatever recurses
+// asks first.
 #pragma once
 
 #include <cstdint>

@@ -12,7 +12,9 @@
 namespace korvane {
 namespace {
 
-constexpr std::uint64_t block_head_size(std::uint64_t dimensions) { return 8 + 8 * dimensions; }
+constexpr std::uint64_t block_head_size(std::uint64_t dimensions) {
+    return 8 + 8 * dimensions;
+}
 
 // Elements along one dimension. Bounds are at least the base, so only the largest INT64 can wrap: to 0.
 std::uint64_t extent(std::int64_t bound) {
@@ -43,7 +45,8 @@ bool read_bounds(Cursor& cursor, Bounds& bounds) {
     return expect(cursor, ')', message::expected_right_parenthesis);
 }
 
-// Takes the block of an array from the data arena; null when it does not fit or its size does not fit in 64 bits.
+// Takes the block of an array from the data arena; null when it does not fit or its size does not fit in 64
+// bits.
 ArrayBlock* allocate_block(const Bounds& bounds, Type type) {
     std::uint64_t elements = 1;
     std::uint64_t data = 0;
@@ -102,7 +105,8 @@ bool any_array_left() {
 
 std::uint64_t element_count(const VariableEntry& entry) {
     std::uint64_t elements = 1;
-    for (std::uint64_t i = 0; i < entry.array->dimensions; ++i) elements *= extent(entry.array->bounds[i]);
+    for (std::uint64_t i = 0; i < entry.array->dimensions; ++i)
+        elements *= extent(entry.array->bounds[i]);
     return elements;
 }
 

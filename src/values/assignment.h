@@ -7,8 +7,9 @@
 namespace korvane {
 
 // LET target = expression. A scalar target is created before "=" is looked for and before the expression is
-// evaluated, so a failing assignment can leave a new variable holding 0. Raises "Expected variable", "Expected =",
-// "Illegal function call" for a system variable, "Array not dimensioned" and what the expression and the store raise.
+// evaluated, so a failing assignment can leave a new variable holding 0. Raises "Expected variable",
+// "Expected =", "Illegal function call" for a system variable, "Array not dimensioned" and what the
+// expression and the store raise.
 void do_let(Cursor& cursor);
 
 // The same without the word LET: the cursor stands on the target.

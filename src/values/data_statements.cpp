@@ -18,7 +18,9 @@ DataPosition data_position;
 
 namespace {
 
-constexpr bool is_blank(char c) { return c == ' ' || c == '\t'; }
+constexpr bool is_blank(char c) {
+    return c == ' ' || c == '\t';
+}
 
 // Moves to the text of the next DATA statement; false when the program has none left.
 bool find_next_data() {
@@ -37,7 +39,8 @@ bool find_next_data() {
 }
 
 void skip_blanks(std::string_view text) {
-    while (data_position.offset < text.size() && is_blank(text[data_position.offset])) ++data_position.offset;
+    while (data_position.offset < text.size() && is_blank(text[data_position.offset]))
+        ++data_position.offset;
 }
 
 bool at_data_end(std::string_view text) {
@@ -47,7 +50,8 @@ bool at_data_end(std::string_view text) {
 // From behind the opening quote to the closing one, or to the end of the line when it is missing.
 std::string_view take_quoted(std::string_view text) {
     const std::uint32_t start = ++data_position.offset;
-    while (data_position.offset < text.size() && text[data_position.offset] != '"') ++data_position.offset;
+    while (data_position.offset < text.size() && text[data_position.offset] != '"')
+        ++data_position.offset;
     const std::string_view item = text.substr(start, data_position.offset - start);
     if (data_position.offset < text.size()) ++data_position.offset;
     skip_blanks(text);
@@ -56,9 +60,11 @@ std::string_view take_quoted(std::string_view text) {
 
 std::string_view take_unquoted(std::string_view text) {
     const std::uint32_t start = data_position.offset;
-    while (!at_data_end(text) && text[data_position.offset] != ',') ++data_position.offset;
+    while (!at_data_end(text) && text[data_position.offset] != ',')
+        ++data_position.offset;
     std::string_view item = text.substr(start, data_position.offset - start);
-    while (!item.empty() && is_blank(item.back())) item.remove_suffix(1);
+    while (!item.empty() && is_blank(item.back()))
+        item.remove_suffix(1);
     return item;
 }
 
@@ -86,10 +92,13 @@ bool take_item(std::string_view& item) {
 
 }  // namespace
 
-void reset_data_position() { data_position = {.line = direct_line, .offset = 0, .in_statement = false}; }
+void reset_data_position() {
+    data_position = {.line = direct_line, .offset = 0, .in_statement = false};
+}
 
 void do_data(Cursor& cursor) {
-    while (cursor->kind != END_OF_LINE && cursor->kind != ':') ++cursor;
+    while (cursor->kind != END_OF_LINE && cursor->kind != ':')
+        ++cursor;
 }
 
 void do_read(Cursor& cursor) {

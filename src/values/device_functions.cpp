@@ -28,12 +28,20 @@ Value function_inkey() {
     return new_string_of(&character, 1);
 }
 
-Value function_csrlin() { return narrowest_integer(std::int64_t{console.cursor_row} + 1); }
-Value function_pos(const Value&) { return narrowest_integer(std::int64_t{out_column()} + 1); }
+Value function_csrlin() {
+    return narrowest_integer(std::int64_t{console.cursor_row} + 1);
+}
+Value function_pos(const Value&) {
+    return narrowest_integer(std::int64_t{out_column()} + 1);
+}
 
 // Items of a print list: they act when they are evaluated and print as nothing.
-Value function_tab(const Value& column) { return send_blanks(column, print_tab); }
-Value function_spc(const Value& count) { return send_blanks(count, print_spaces); }
+Value function_tab(const Value& column) {
+    return send_blanks(column, print_tab);
+}
+Value function_spc(const Value& count) {
+    return send_blanks(count, print_spaces);
+}
 
 Value function_point(Cursor& cursor) {
     Value arguments[2];

@@ -20,8 +20,8 @@
 namespace korvane {
 namespace {
 
-// Binding strengths of the binary operators; 0 for tokens that are none. All are left-associative: a right operand
-// is evaluated one level tighter.
+// Binding strengths of the binary operators; 0 for tokens that are none. All are left-associative: a right
+// operand is evaluated one level tighter.
 constexpr int weakest = 1;
 constexpr int relational_strength = 60;
 constexpr auto strengths = [] {
@@ -64,8 +64,8 @@ Value evaluate_bare_name(Cursor& cursor) {
         name.cached = const_cast<BuiltInFunction*>(function);
         return function->bare();
     }
-    if (UserFunction* function = find_user_function(name.name); function != nullptr &&
-                                                                      function->parameter_count == 0) {
+    if (UserFunction* function = find_user_function(name.name);
+        function != nullptr && function->parameter_count == 0) {
         return call_user_function(*function, nullptr, 0);
     }
     VariableEntry* entry = find_variable(name.name, false);
@@ -125,15 +125,19 @@ Value evaluate_primary(Cursor& cursor) {
             const Token& literal = *cursor++;
             return Value::of_string(literal.string.bytes, literal.string.length);
         }
-        case '(': return evaluate_parenthesised(cursor);
-        case KW_SCREEN: return screen_function(cursor);
-        case IDENTIFIER: return cursor[1].kind == '(' ? evaluate_call(cursor) : evaluate_bare_name(cursor);
-        default: return fail(message::syntax_error_lower);
+        case '(':
+            return evaluate_parenthesised(cursor);
+        case KW_SCREEN:
+            return screen_function(cursor);
+        case IDENTIFIER:
+            return cursor[1].kind == '(' ? evaluate_call(cursor) : evaluate_bare_name(cursor);
+        default:
+            return fail(message::syntax_error_lower);
     }
 }
 
-// A primary with its exponents. The operand of "^" is signed and takes a power itself, so "^" associates to the
-// right, unlike the other operators (deliberate).
+// A primary with its exponents. The operand of "^" is signed and takes a power itself, so "^" associates to
+// the right, unlike the other operators (deliberate).
 Value evaluate_power(Cursor& cursor) {
     Value value = evaluate_primary(cursor);
     while (cursor->kind == '^' && !error_pending()) {
@@ -148,7 +152,8 @@ Value evaluate_power(Cursor& cursor) {
 Value evaluate_signed(Cursor& cursor) {
     bool negative = false;
     Value value;
-    while (cursor->kind == '+') ++cursor;
+    while (cursor->kind == '+')
+        ++cursor;
     if (cursor->kind == '-') {
         ++cursor;
         negative = true;
@@ -206,7 +211,9 @@ Value evaluate_from(Cursor& cursor, int minimum) {
 
 }  // namespace
 
-Value evaluate(Cursor& cursor) { return evaluate_from(cursor, weakest); }
+Value evaluate(Cursor& cursor) {
+    return evaluate_from(cursor, weakest);
+}
 
 std::int64_t evaluate_integer(Cursor& cursor) {
     const Value value = evaluate(cursor);

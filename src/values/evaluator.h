@@ -1,7 +1,9 @@
-// The expression evaluator: a precedence-climbing parser that works directly on token records, without a tree.
+// The expression evaluator: a precedence-climbing parser that works directly on token records, without a
+// tree.
 //
-// Every function advances the cursor past what it read and leaves it on the first token that is no part of the
-// expression. On failure an error is pending and the result is meaningless; callers look at error_pending().
+// Every function advances the cursor past what it read and leaves it on the first token that is no part of
+// the expression. On failure an error is pending and the result is meaningless; callers look at
+// error_pending().
 #pragma once
 
 #include <cstdint>
@@ -11,11 +13,12 @@
 
 namespace korvane {
 
-// One full expression. Raises "Syntax error" where an operand is missing, "Expected )", "Type mismatch", "Overflow",
-// "Division by zero", "Illegal function call", "Array not dimensioned" and what functions raise.
+// One full expression. Raises "Syntax error" where an operand is missing, "Expected )", "Type mismatch",
+// "Overflow", "Division by zero", "Illegal function call", "Array not dimensioned" and what functions raise.
 Value evaluate(Cursor& cursor);
 
-// An expression converted to a 64-bit integer, floats rounded half away from zero. A string is "Type mismatch".
+// An expression converted to a 64-bit integer, floats rounded half away from zero. A string is "Type
+// mismatch".
 std::int64_t evaluate_integer(Cursor& cursor);
 
 // An expression converted to a double. A string is "Type mismatch".
@@ -31,8 +34,8 @@ Value evaluate_string(Cursor& cursor);
 // "Illegal function call". The user of the number checks its upper bound.
 std::int64_t evaluate_line_number(Cursor& cursor);
 
-// A string expression copied, zero-terminated, into `buffer`: at most capacity - 1 bytes. A non-string is "Type
-// mismatch". Returns the number of bytes copied (0 on error); an empty text raises nothing here.
+// A string expression copied, zero-terminated, into `buffer`: at most capacity - 1 bytes. A non-string is
+// "Type mismatch". Returns the number of bytes copied (0 on error); an empty text raises nothing here.
 std::uint32_t evaluate_text(Cursor& cursor, char* buffer, std::uint32_t capacity);
 
 // Three-way comparison: -1, 0 or 1. A string with a number is "Type mismatch", a NaN "Illegal function call".

@@ -37,11 +37,10 @@ constexpr std::array bare_functions{
 
 // Names without "(" that assignment refuses.
 constexpr std::array system_variables{
-    bare("LOMEM", variable_lomem),       bare("HIMEM", variable_himem),
-    bare("FREEBOT", variable_freebot),   bare("FREETOP", variable_freetop),
-    bare("GRAMAXX", variable_gramaxx),   bare("GRAMAXY", variable_gramaxy),
-    bare("GRAPITCH", variable_grapitch), bare("SCRNADR", variable_scrnadr),
-    bare("TXTMAXX", variable_txtmaxx),   bare("TXTMAXY", variable_txtmaxy),
+    bare("LOMEM", variable_lomem),       bare("HIMEM", variable_himem),     bare("FREEBOT", variable_freebot),
+    bare("FREETOP", variable_freetop),   bare("GRAMAXX", variable_gramaxx), bare("GRAMAXY", variable_gramaxy),
+    bare("GRAPITCH", variable_grapitch), bare("SCRNADR", variable_scrnadr), bare("TXTMAXX", variable_txtmaxx),
+    bare("TXTMAXY", variable_txtmaxy),
 };
 
 // Names in front of "(".
@@ -102,6 +101,7 @@ constexpr std::array called_functions{
     unary("PEEK64", function_peek64),
     unary("TIMER", function_timer),
     call("VARPTR", function_varptr),
+    unary("KORVANEADR", function_korvaneadr),
 };
 
 template <std::size_t Size>
@@ -119,8 +119,12 @@ const BuiltInFunction* find_bare_function(std::string_view name) {
     return function != nullptr ? function : find(system_variables, name);
 }
 
-const BuiltInFunction* find_called_function(std::string_view name) { return find(called_functions, name); }
+const BuiltInFunction* find_called_function(std::string_view name) {
+    return find(called_functions, name);
+}
 
-bool is_system_variable(std::string_view name) { return find(system_variables, name) != nullptr; }
+bool is_system_variable(std::string_view name) {
+    return find(system_variables, name) != nullptr;
+}
 
 }  // namespace korvane

@@ -1,8 +1,8 @@
 // The built-in functions, found by name.
 //
-// The table (function_table.cpp) is one readable list; the functions themselves stand in files by subject. Names
-// without "(" are looked up among the functions without arguments and the system variables, names in front of "("
-// among the functions with arguments; a name may stand in both lists.
+// The table (function_table.cpp) is one readable list; the functions themselves stand in files by subject.
+// Names without "(" are looked up among the functions without arguments and the system variables, names in
+// front of "(" among the functions with arguments; a name may stand in both lists.
 #pragma once
 
 #include <cstdint>
@@ -16,9 +16,9 @@ namespace korvane {
 // A row of the table: exactly one of the three pointers is set.
 struct BuiltInFunction {
     std::string_view name;
-    Value (*bare)();                // a function without arguments, or a system variable
-    Value (*unary)(const Value&);   // one expression in parentheses, which the evaluator reads
-    Value (*call)(Cursor&);         // reads its own arguments; the cursor stands on "("
+    Value (*bare)();               // a function without arguments, or a system variable
+    Value (*unary)(const Value&);  // one expression in parentheses, which the evaluator reads
+    Value (*call)(Cursor&);        // reads its own arguments; the cursor stands on "("
 };
 
 const BuiltInFunction* find_bare_function(std::string_view name);

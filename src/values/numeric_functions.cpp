@@ -52,8 +52,12 @@ Value function_abs(const Value& number) {
     return negative ? negate(number) : number;
 }
 
-Value function_int(const Value& number) { return apply_keeping_type(floor, number); }
-Value function_fix(const Value& number) { return apply_keeping_type(truncate, number); }
+Value function_int(const Value& number) {
+    return apply_keeping_type(floor, number);
+}
+Value function_fix(const Value& number) {
+    return apply_keeping_type(truncate, number);
+}
 
 Value function_sgn(const Value& number) {
     if (number.type == Type::STRING) return fail(message::type_mismatch);
@@ -62,11 +66,21 @@ Value function_sgn(const Value& number) {
     return Value::of_integer(sign, Type::INTEGER);
 }
 
-Value function_sin(const Value& angle) { return apply(kernel_sin, angle); }
-Value function_cos(const Value& angle) { return apply(kernel_cos, angle); }
-Value function_tan(const Value& angle) { return apply(kernel_tan, angle); }
-Value function_atn(const Value& tangent) { return apply(kernel_atan, tangent); }
-Value function_exp(const Value& x) { return apply(kernel_exp, x); }
+Value function_sin(const Value& angle) {
+    return apply(kernel_sin, angle);
+}
+Value function_cos(const Value& angle) {
+    return apply(kernel_cos, angle);
+}
+Value function_tan(const Value& angle) {
+    return apply(kernel_tan, angle);
+}
+Value function_atn(const Value& tangent) {
+    return apply(kernel_atan, tangent);
+}
+Value function_exp(const Value& x) {
+    return apply(kernel_exp, x);
+}
 
 Value function_log(const Value& argument) {
     const double x = to_double(argument);
@@ -80,7 +94,9 @@ Value function_sqr(const Value& argument) {
     return x < 0 ? fail(message::illegal_function_call) : finite(kernel_sqrt(x));
 }
 
-Value function_cint(const Value& number) { return Value::of_integer(to_integer(number)); }
+Value function_cint(const Value& number) {
+    return Value::of_integer(to_integer(number));
+}
 
 Value function_csng(const Value& number) {
     const double single = to_single(to_double(number));
@@ -88,9 +104,15 @@ Value function_csng(const Value& number) {
     return __builtin_isfinite(single) ? Value::of_real(single, Type::SINGLE) : fail(message::overflow);
 }
 
-Value function_cdbl(const Value& number) { return Value::of_real(to_double(number)); }
+Value function_cdbl(const Value& number) {
+    return Value::of_real(to_double(number));
+}
 
-Value function_rnd_bare() { return next_random(); }
-Value function_rnd(const Value& number) { return random_for(number); }
+Value function_rnd_bare() {
+    return next_random();
+}
+Value function_rnd(const Value& number) {
+    return random_for(number);
+}
 
 }  // namespace korvane

@@ -24,7 +24,9 @@ Value floating_result(double number, Type type) {
 }
 
 // The wider of the two types; the type codes are ordered by width.
-Type wider(const Value& left, const Value& right) { return std::max(left.type, right.type); }
+Type wider(const Value& left, const Value& right) {
+    return std::max(left.type, right.type);
+}
 
 Value concatenate(const Value& left, const Value& right) {
     const std::uint64_t length = std::uint64_t{left.length} + right.length;
@@ -39,17 +41,23 @@ Value concatenate(const Value& left, const Value& right) {
 // + - * of two integers, exact in 64 bits whatever the operands' widths. False when the result needs more.
 bool exact_integer(std::uint8_t operation, std::int64_t left, std::int64_t right, std::int64_t& result) {
     switch (operation) {
-        case '+': return !__builtin_add_overflow(left, right, &result);
-        case '-': return !__builtin_sub_overflow(left, right, &result);
-        default: return !__builtin_mul_overflow(left, right, &result);
+        case '+':
+            return !__builtin_add_overflow(left, right, &result);
+        case '-':
+            return !__builtin_sub_overflow(left, right, &result);
+        default:
+            return !__builtin_mul_overflow(left, right, &result);
     }
 }
 
 double floating(std::uint8_t operation, double left, double right) {
     switch (operation) {
-        case '+': return left + right;
-        case '-': return left - right;
-        default: return left * right;
+        case '+':
+            return left + right;
+        case '-':
+            return left - right;
+        default:
+            return left * right;
     }
 }
 
@@ -81,12 +89,14 @@ Value divide_integers(std::uint8_t operation, const Value& left, const Value& ri
     return Value::of_integer(operation == KW_MOD ? dividend % divisor : dividend / divisor);
 }
 
-int sign_of(bool less, bool greater) { return static_cast<int>(greater) - static_cast<int>(less); }
+int sign_of(bool less, bool greater) {
+    return static_cast<int>(greater) - static_cast<int>(less);
+}
 
 int compare_strings(const Value& left, const Value& right) {
     const int difference = compare_bytes(left.bytes, right.bytes, std::min(left.length, right.length));
     if (difference != 0) return difference < 0 ? -1 : 1;
-    return sign_of(left.length < right.length, left.length > right.length);
+    return sign_of(left.length<right.length, left.length> right.length);
 }
 
 // Exact comparison of an integer too large to be converted to a double without rounding.
@@ -95,7 +105,7 @@ int compare_exactly(std::int64_t integer, double real) {
     if (real >= two_to_63) return -1;
     if (real < -two_to_63) return 1;
     const auto whole = static_cast<std::int64_t>(real);
-    if (integer != whole) return sign_of(integer < whole, integer > whole);
+    if (integer != whole) return sign_of(integer<whole, integer> whole);
     const double fraction = real - static_cast<double>(whole);
     return sign_of(fraction > 0, fraction < 0);
 }
@@ -104,14 +114,16 @@ int compare_mixed(std::int64_t integer, double real) {
     constexpr std::int64_t two_to_53 = 9007199254740992;
     if (integer > two_to_53 || integer < -two_to_53) return compare_exactly(integer, real);
     const auto left = static_cast<double>(integer);
-    return sign_of(left < real, left > real);
+    return sign_of(left<real, left> real);
 }
 
-bool is_nan(const Value& value) { return is_floating(value.type) && __builtin_isnan(value.real); }
+bool is_nan(const Value& value) {
+    return is_floating(value.type) && __builtin_isnan(value.real);
+}
 
 int compare_numbers(const Value& left, const Value& right) {
     if (is_integer(left.type) && is_integer(right.type)) {
-        return sign_of(left.integer < right.integer, left.integer > right.integer);
+        return sign_of(left.integer<right.integer, left.integer> right.integer);
     }
     if (is_nan(left) || is_nan(right)) {
         raise(message::illegal_function_call);
@@ -119,7 +131,7 @@ int compare_numbers(const Value& left, const Value& right) {
     }
     if (is_integer(left.type)) return compare_mixed(left.integer, right.real);
     if (is_integer(right.type)) return -compare_mixed(right.integer, left.real);
-    return sign_of(left.real < right.real, left.real > right.real);
+    return sign_of(left.real<right.real, left.real> right.real);
 }
 
 // base to an integral power by repeated squaring over the bits of the exponent's magnitude.
@@ -144,9 +156,12 @@ Value arithmetic(std::uint8_t operation, const Value& left, const Value& right) 
     switch (operation) {
         case '+':
         case '-':
-        case '*': return add_subtract_multiply(operation, left, right);
-        case '/': return divide(left, right);
-        default: return divide_integers(operation, left, right);
+        case '*':
+            return add_subtract_multiply(operation, left, right);
+        case '/':
+            return divide(left, right);
+        default:
+            return divide_integers(operation, left, right);
     }
 }
 
@@ -156,11 +171,16 @@ Value logical(std::uint8_t operation, const Value& left, const Value& right) {
     const std::int64_t b = to_integer(right);
     if (error_pending()) return Value::nothing();
     switch (operation) {
-        case KW_AND: return Value::of_integer(a & b);
-        case KW_OR: return Value::of_integer(a | b);
-        case KW_XOR: return Value::of_integer(a ^ b);
-        case KW_EQV: return Value::of_integer(~(a ^ b));
-        default: return Value::of_integer(~a | b);  // IMP
+        case KW_AND:
+            return Value::of_integer(a & b);
+        case KW_OR:
+            return Value::of_integer(a | b);
+        case KW_XOR:
+            return Value::of_integer(a ^ b);
+        case KW_EQV:
+            return Value::of_integer(~(a ^ b));
+        default:
+            return Value::of_integer(~a | b);  // IMP
     }
 }
 

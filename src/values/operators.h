@@ -14,8 +14,8 @@ Value arithmetic(std::uint8_t operation, const Value& left, const Value& right);
 // AND, OR, XOR, EQV and IMP (their keyword codes) on all 64 bits. A string is "Type mismatch".
 Value logical(std::uint8_t operation, const Value& left, const Value& right);
 
-// base ^ exponent, always a DOUBLE. Raises "Type mismatch", "Division by zero", "Illegal function call" (a negative
-// base with a broken exponent) and "Overflow".
+// base ^ exponent, always a DOUBLE. Raises "Type mismatch", "Division by zero", "Illegal function call" (a
+// negative base with a broken exponent) and "Overflow".
 Value power(const Value& base, const Value& exponent);
 
 // Unary minus. Raises "Overflow" for the most negative INT64 and "Type mismatch" for a string.

@@ -23,14 +23,26 @@ void store_narrow_integer(std::uint8_t* storage, const Value& value) {
 
 void store_number(const Reference& reference, const Value& value) {
     switch (reference.type) {
-        case Type::INTEGER: store_narrow_integer<std::int16_t>(reference.storage, value); break;
-        case Type::LONG: store_narrow_integer<std::int32_t>(reference.storage, value); break;
-        case Type::INT64: store_narrow_integer<std::int64_t>(reference.storage, value); break;
-        // Deliberately without an overflow test: a value outside the range becomes an infinity in the variable.
-        case Type::SINGLE: write_unaligned(reference.storage, static_cast<float>(to_double(value))); break;
-        case Type::DOUBLE: write_unaligned(reference.storage, to_double(value)); break;
+        case Type::INTEGER:
+            store_narrow_integer<std::int16_t>(reference.storage, value);
+            break;
+        case Type::LONG:
+            store_narrow_integer<std::int32_t>(reference.storage, value);
+            break;
+        case Type::INT64:
+            store_narrow_integer<std::int64_t>(reference.storage, value);
+            break;
+        // Deliberately without an overflow test: a value outside the range becomes an infinity in the
+        // variable.
+        case Type::SINGLE:
+            write_unaligned(reference.storage, static_cast<float>(to_double(value)));
+            break;
+        case Type::DOUBLE:
+            write_unaligned(reference.storage, to_double(value));
+            break;
         case Type::STRING:
-        case Type::NONE: break;
+        case Type::NONE:
+            break;
     }
 }
 

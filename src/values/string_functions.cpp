@@ -37,7 +37,9 @@ bool read_in_range(const Value& value, std::int64_t lowest, std::int64_t highest
     return false;
 }
 
-bool read_count(const Value& value, std::int64_t& count) { return read_in_range(value, 0, INT64_MAX, count); }
+bool read_count(const Value& value, std::int64_t& count) {
+    return read_in_range(value, 0, INT64_MAX, count);
+}
 
 Value map_bytes(const Value& text, std::uint8_t first, std::uint8_t last, int distance) {
     if (!require_string(text)) return Value::nothing();
@@ -116,8 +118,12 @@ Value function_len(const Value& text) {
     return require_string(text) ? narrowest_integer(text.length) : Value::nothing();
 }
 
-Value function_lcase(const Value& text) { return map_bytes(text, 'A', 'Z', 'a' - 'A'); }
-Value function_ucase(const Value& text) { return map_bytes(text, 'a', 'z', 'A' - 'a'); }
+Value function_lcase(const Value& text) {
+    return map_bytes(text, 'A', 'Z', 'a' - 'A');
+}
+Value function_ucase(const Value& text) {
+    return map_bytes(text, 'a', 'z', 'A' - 'a');
+}
 
 Value function_space(const Value& value) {
     std::int64_t count;
@@ -134,8 +140,12 @@ Value function_val(const Value& text) {
     return require_string(text) ? longest_number(view_of(text)) : Value::nothing();
 }
 
-Value function_hex(const Value& number) { return radix_digits(number, 4); }
-Value function_oct(const Value& number) { return radix_digits(number, 3); }
+Value function_hex(const Value& number) {
+    return radix_digits(number, 4);
+}
+Value function_oct(const Value& number) {
+    return radix_digits(number, 3);
+}
 
 Value function_mki(const Value& number) {
     const std::int64_t integer = to_integer(number);
@@ -216,7 +226,8 @@ Value function_string(Cursor& cursor) {
     Value arguments[2];
     std::int64_t count;
     std::int64_t code;
-    if (read_arguments(cursor, arguments, 2, 2) == 0 || !read_count(arguments[0], count)) return Value::nothing();
+    if (read_arguments(cursor, arguments, 2, 2) == 0 || !read_count(arguments[0], count))
+        return Value::nothing();
     const Value& character = arguments[1];
     if (character.type == Type::STRING) {
         if (character.length == 0) return fail(message::illegal_function_call);

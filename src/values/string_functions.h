@@ -1,6 +1,6 @@
 // Built-in functions of strings. Every new string takes fresh string space ("Out of string space"). Numeric
-// arguments are rounded to integers; out of range they raise "Illegal function call"; a wrong type raises "Type
-// mismatch".
+// arguments are rounded to integers; out of range they raise "Illegal function call"; a wrong type raises
+// "Type mismatch".
 #pragma once
 
 #include "core/token.h"
@@ -8,15 +8,15 @@
 
 namespace korvane {
 
-Value function_asc(const Value& text);     // first byte; an empty text is out of range
-Value function_chr(const Value& code);     // 0 to 255
+Value function_asc(const Value& text);  // first byte; an empty text is out of range
+Value function_chr(const Value& code);  // 0 to 255
 Value function_len(const Value& text);
-Value function_lcase(const Value& text);   // ASCII letters only
+Value function_lcase(const Value& text);  // ASCII letters only
 Value function_ucase(const Value& text);
 Value function_space(const Value& count);
-Value function_str(const Value& number);   // the free form without its trailing blank
-Value function_val(const Value& text);     // longest numeric beginning, 0 when there is none
-Value function_hex(const Value& number);   // 64-bit two's complement, no leading zeros
+Value function_str(const Value& number);  // the free form without its trailing blank
+Value function_val(const Value& text);    // longest numeric beginning, 0 when there is none
+Value function_hex(const Value& number);  // 64-bit two's complement, no leading zeros
 Value function_oct(const Value& number);
 
 // Images of numbers as strings, and back: 2-byte integers and Microsoft Binary Format.

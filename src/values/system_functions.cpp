@@ -9,6 +9,7 @@
 #include "core/event_timers.h"
 #include "core/messages.h"
 #include "core/parse.h"
+#include "explorer/landmarks.h"
 #include "platform/clock.h"
 #include "screen/console.h"
 #include "screen/framebuffer.h"
@@ -40,7 +41,9 @@ void put_digits(std::array<char, Size>& text, std::size_t start, std::size_t cou
 
 }  // namespace
 
-Value function_peek(const Value& address) { return peek(address, 1, Type::INTEGER); }
+Value function_peek(const Value& address) {
+    return peek(address, 1, Type::INTEGER);
+}
 
 Value function_peek16(const Value& address) {
     const Value value = peek(address, 2, Type::INT64);
@@ -52,9 +55,13 @@ Value function_peek32(const Value& address) {
     return narrowest_integer(value.integer);
 }
 
-Value function_peek64(const Value& address) { return peek(address, 8, Type::INT64); }
+Value function_peek64(const Value& address) {
+    return peek(address, 8, Type::INT64);
+}
 
-Value function_fre(const Value&) { return Value::of_integer(static_cast<std::int64_t>(free_data_bytes())); }
+Value function_fre(const Value&) {
+    return Value::of_integer(static_cast<std::int64_t>(free_data_bytes()));
+}
 
 Value function_varptr(Cursor& cursor) {
     ++cursor;
@@ -63,18 +70,48 @@ Value function_varptr(Cursor& cursor) {
     return address_value(place.storage);
 }
 
-Value variable_lomem() { return address_value(arenas.LOMEM); }
-Value variable_himem() { return address_value(arenas.HIMEM); }
-Value variable_freebot() { return address_value(arenas.FREEBOT); }
-Value variable_freetop() { return address_value(arenas.FREETOP); }
-Value variable_gramaxx() { return narrowest_integer(screen.width); }
-Value variable_gramaxy() { return narrowest_integer(screen.height); }
-Value variable_grapitch() { return narrowest_integer(screen.pitch); }
-Value variable_scrnadr() { return address_value(screen.framebuffer); }
-Value variable_txtmaxx() { return narrowest_integer(text_columns()); }
-Value variable_txtmaxy() { return narrowest_integer(text_rows()); }
+Value function_korvaneadr(const Value& name) {
+    if (name.type != Type::STRING) return fail(message::type_mismatch);
+    std::uint64_t address = 0;
+    const std::string_view text(reinterpret_cast<const char*>(name.bytes), name.length);
+    if (!find_landmark(text, address)) return fail(message::unknown_landmark);
+    return Value::of_integer(static_cast<std::int64_t>(address));
+}
 
-Value function_timer_bare() { return Value::of_real(clock_seconds()); }
+Value variable_lomem() {
+    return address_value(arenas.LOMEM);
+}
+Value variable_himem() {
+    return address_value(arenas.HIMEM);
+}
+Value variable_freebot() {
+    return address_value(arenas.FREEBOT);
+}
+Value variable_freetop() {
+    return address_value(arenas.FREETOP);
+}
+Value variable_gramaxx() {
+    return narrowest_integer(screen.width);
+}
+Value variable_gramaxy() {
+    return narrowest_integer(screen.height);
+}
+Value variable_grapitch() {
+    return narrowest_integer(screen.pitch);
+}
+Value variable_scrnadr() {
+    return address_value(screen.framebuffer);
+}
+Value variable_txtmaxx() {
+    return narrowest_integer(text_columns());
+}
+Value variable_txtmaxy() {
+    return narrowest_integer(text_rows());
+}
+
+Value function_timer_bare() {
+    return Value::of_real(clock_seconds());
+}
 
 Value function_timer(const Value& number) {
     const std::int64_t timer = to_integer(number);
@@ -101,31 +138,37 @@ Value function_date() {
     return new_string_of(text.data(), text.size());
 }
 
-Value function_err() { return narrowest_integer(error_code()); }
-Value function_erl() { return narrowest_integer(errors.line); }
+Value function_err() {
+    return narrowest_integer(error_code());
+}
+Value function_erl() {
+    return narrowest_integer(errors.line);
+}
 
-Value function_commandlineargc() { return narrowest_integer(command_line.count); }
+Value function_commandlineargc() {
+    return narrowest_integer(command_arguments.count);
+}
 
 Value function_commandlinearg(const Value& number) {
     const std::int64_t index = to_integer(number);
     if (error_pending()) return Value::nothing();
     if (index < 0) return fail(message::illegal_function_call);
-    if (index >= command_line.count) return new_string_of(nullptr, 0);
-    const std::string_view argument(command_line.arguments[index]);
+    if (index >= command_arguments.count) return new_string_of(nullptr, 0);
+    const std::string_view argument(command_arguments.arguments[index]);
     return new_string_of(argument.data(), argument.size());
 }
 
 Value function_commandlinearg_bare() {
     std::uint64_t length = 0;
-    for (std::uint32_t i = 0; i < command_line.count; ++i) {
-        length += std::string_view(command_line.arguments[i]).size() + (i > 0);
+    for (std::uint32_t i = 0; i < command_arguments.count; ++i) {
+        length += std::string_view(command_arguments.arguments[i]).size() + (i > 0);
     }
     const NewString joined = new_string(length);
     if (error_pending()) return Value::nothing();
     std::uint8_t* at = joined.bytes;
-    for (std::uint32_t i = 0; i < command_line.count; ++i) {
+    for (std::uint32_t i = 0; i < command_arguments.count; ++i) {
         if (i > 0) *at++ = ' ';
-        for (const char character : std::string_view(command_line.arguments[i])) {
+        for (const char character : std::string_view(command_arguments.arguments[i])) {
             *at++ = static_cast<std::uint8_t>(character);
         }
     }

@@ -11,8 +11,9 @@ Value function_peek(const Value& address);
 Value function_peek16(const Value& address);
 Value function_peek32(const Value& address);
 Value function_peek64(const Value& address);
-Value function_fre(const Value& ignored);    // free bytes of the data arena as an INT64
-Value function_varptr(Cursor& cursor);       // a new scalar is created (deliberate)
+Value function_fre(const Value& ignored);      // free bytes of the data arena as an INT64
+Value function_varptr(Cursor& cursor);         // a new scalar is created (deliberate)
+Value function_korvaneadr(const Value& name);  // "Unknown landmark"
 
 // System variables. Addresses are INT64.
 Value variable_lomem();

@@ -15,8 +15,8 @@ UserFunctions user_functions;
 
 namespace {
 
-// A parameter variable's own value while a call uses it. The raw storage is kept, so that putting a string back
-// takes no string space.
+// A parameter variable's own value while a call uses it. The raw storage is kept, so that putting a string
+// back takes no string space.
 struct SavedParameter {
     VariableEntry* entry;
     bool existed;
@@ -111,7 +111,9 @@ bool copy_body(Cursor& cursor, UserFunction& function) {
 
 }  // namespace
 
-void forget_user_functions() { user_functions.count = 0; }
+void forget_user_functions() {
+    user_functions.count = 0;
+}
 
 UserFunction* find_user_function(const char* name) {
     if (!is_user_function_name(name)) return nullptr;
@@ -127,7 +129,8 @@ Value call_user_function(UserFunction& function, const Value* arguments, std::in
     SavedParameter saved[max_parameters];
     // A store that fails leaves its variable as it was, so only the parameters bound before it are put back.
     std::int32_t bound = 0;
-    while (bound < count && bind_parameter(function.parameters[bound], arguments[bound], saved[bound])) ++bound;
+    while (bound < count && bind_parameter(function.parameters[bound], arguments[bound], saved[bound]))
+        ++bound;
     Value result = Value::nothing();
     if (bound == count) {
         Cursor body = function.body;

@@ -1,7 +1,7 @@
 // User-defined functions: DEF FN and the calls of FN names.
 //
-// Parameters are ordinary global scalar variables whose values are saved and put back around a call. The result
-// keeps the body's own type; a suffix of the function's name is not applied (deliberate).
+// Parameters are ordinary global scalar variables whose values are saved and put back around a call. The
+// result keeps the body's own type; a suffix of the function's name is not applied (deliberate).
 #pragma once
 
 #include <cstdint>
@@ -33,13 +33,15 @@ extern UserFunctions user_functions;
 void forget_user_functions();
 
 // True for names that begin with FN and go on.
-inline bool is_user_function_name(const char* name) { return name[0] == 'F' && name[1] == 'N' && name[2] != 0; }
+inline bool is_user_function_name(const char* name) {
+    return name[0] == 'F' && name[1] == 'N' && name[2] != 0;
+}
 
 UserFunction* find_user_function(const char* name);
 
-// A call: the cursor stands on "(" behind the function's name. Raises "Undefined user function", "Too many args",
-// "Wrong number of args", "Expected )", what the stores and the body raise, and "Out of memory" when functions call
-// each other until the machine stack runs low.
+// A call: the cursor stands on "(" behind the function's name. Raises "Undefined user function", "Too many
+// args", "Wrong number of args", "Expected )", what the stores and the body raise, and "Out of memory" when
+// functions call each other until the machine stack runs low.
 Value evaluate_user_function(const Token& name, Cursor& cursor);
 
 // Calls a function with its arguments already evaluated; `count` is its parameter count.

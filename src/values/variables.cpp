@@ -19,12 +19,15 @@ bool same_name(const char* left, const char* right) {
     return compare_bytes(left, right, 1) == 0 && compare_bytes(left, right, name_capacity) == 0;
 }
 
-constexpr bool is_letter(char c) { return c >= 'A' && c <= 'Z'; }
+constexpr bool is_letter(char c) {
+    return c >= 'A' && c <= 'Z';
+}
 
 }  // namespace
 
 void reset_default_types() {
-    for (Type& type : variables.default_types) type = Type::DOUBLE;
+    for (Type& type : variables.default_types)
+        type = Type::DOUBLE;
 }
 
 void clear_variables() {
@@ -37,14 +40,21 @@ void clear_variables() {
 
 Type type_of_name(const char* name) {
     int length = 0;
-    while (length < name_capacity && name[length] != 0) ++length;
+    while (length < name_capacity && name[length] != 0)
+        ++length;
     switch (length == 0 ? '\0' : name[length - 1]) {
-        case '%': return Type::INTEGER;
-        case '&': return length > 1 && name[length - 2] == '&' ? Type::INT64 : Type::LONG;
-        case '!': return Type::SINGLE;
-        case '#': return Type::DOUBLE;
-        case '$': return Type::STRING;
-        default: return is_letter(name[0]) ? variables.default_types[name[0] - 'A'] : Type::DOUBLE;
+        case '%':
+            return Type::INTEGER;
+        case '&':
+            return length > 1 && name[length - 2] == '&' ? Type::INT64 : Type::LONG;
+        case '!':
+            return Type::SINGLE;
+        case '#':
+            return Type::DOUBLE;
+        case '$':
+            return Type::STRING;
+        default:
+            return is_letter(name[0]) ? variables.default_types[name[0] - 'A'] : Type::DOUBLE;
     }
 }
 
@@ -95,16 +105,22 @@ VariableEntry* find_array(Token& name) {
 Value load(const Reference& reference) {
     const std::uint8_t* storage = reference.storage;
     switch (reference.type) {
-        case Type::INTEGER: return Value::of_integer(read_unaligned<std::int16_t>(storage), Type::INTEGER);
-        case Type::LONG: return Value::of_integer(read_unaligned<std::int32_t>(storage), Type::LONG);
-        case Type::INT64: return Value::of_integer(read_unaligned<std::int64_t>(storage), Type::INT64);
-        case Type::SINGLE: return Value::of_real(read_unaligned<float>(storage), Type::SINGLE);
-        case Type::DOUBLE: return Value::of_real(read_unaligned<double>(storage), Type::DOUBLE);
+        case Type::INTEGER:
+            return Value::of_integer(read_unaligned<std::int16_t>(storage), Type::INTEGER);
+        case Type::LONG:
+            return Value::of_integer(read_unaligned<std::int32_t>(storage), Type::LONG);
+        case Type::INT64:
+            return Value::of_integer(read_unaligned<std::int64_t>(storage), Type::INT64);
+        case Type::SINGLE:
+            return Value::of_real(read_unaligned<float>(storage), Type::SINGLE);
+        case Type::DOUBLE:
+            return Value::of_real(read_unaligned<double>(storage), Type::DOUBLE);
         case Type::STRING: {
             const auto descriptor = read_unaligned<StringDescriptor>(storage);
             return Value::of_string(descriptor.bytes, descriptor.length);
         }
-        case Type::NONE: break;
+        case Type::NONE:
+            break;
     }
     return Value::nothing();
 }

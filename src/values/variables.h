@@ -1,7 +1,7 @@
 // Variables and arrays: one table of at most 4096 entries, searched by name in creation order.
 //
-// Scalars and arrays are separate name spaces. Reading never creates an entry; assignment, INPUT, READ, FOR and the
-// like do. Only ERASE and CHAIN remove entries.
+// Scalars and arrays are separate name spaces. Reading never creates an entry; assignment, INPUT, READ, FOR
+// and the like do. Only ERASE and CHAIN remove entries.
 #pragma once
 
 #include <cstdint>
@@ -29,7 +29,8 @@ struct VariableEntry {
 static_assert(sizeof(VariableEntry) == 64);
 static_assert(__builtin_offsetof(VariableEntry, storage) == 48);
 
-// An array block in the data arena: this head, `dimensions` upper bounds, then the elements in row-major order.
+// An array block in the data arena: this head, `dimensions` upper bounds, then the elements in row-major
+// order.
 struct ArrayBlock {
     std::uint64_t dimensions;  // 1 to 4
     std::int64_t bounds[];     // upper bound of each dimension, in the order written in DIM
@@ -39,11 +40,11 @@ struct ArrayBlock {
 static_assert(sizeof(ArrayBlock) == 8);
 
 struct Variables {
-    VariableEntry* table;      // VARTABLE
+    VariableEntry* table;  // VARTABLE
     std::uint32_t count;
-    std::int64_t array_base;   // 0 or 1
+    std::int64_t array_base;  // 0 or 1
     bool arrays_exist;
-    Type default_types[26];    // of unsuffixed names, by first letter
+    Type default_types[26];  // of unsuffixed names, by first letter
 };
 extern Variables variables;
 
@@ -53,7 +54,8 @@ struct Reference {
     Type type;
 };
 
-// Empties the table at VARTABLE and sets default types and array base back; core/clear.h is the whole operation.
+// Empties the table at VARTABLE and sets default types and array base back; core/clear.h is the whole
+// operation.
 void clear_variables();
 
 // The type of a variable of this name: by suffix, else by first letter.
@@ -96,8 +98,8 @@ Reference resolve_reference(Cursor& cursor);
 // The datum at a place. A STRING refers to the variable's own bytes.
 Value load(const Reference& reference);
 
-// Stores with conversion to the place's type. Raises "Overflow", "Type mismatch", "Out of string space"; a failed
-// store leaves the place unchanged. A string's bytes are copied into fresh string space.
+// Stores with conversion to the place's type. Raises "Overflow", "Type mismatch", "Out of string space"; a
+// failed store leaves the place unchanged. A string's bytes are copied into fresh string space.
 void store(const Reference& reference, const Value& value);
 
 // The string half of store(): copies the bytes into string space and writes the descriptor.
