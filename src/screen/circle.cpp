@@ -63,7 +63,7 @@ std::int64_t octant_x(std::int64_t radius, std::int64_t y) {
     const Wide limit = Wide{radius} * radius - Wide{y} * y;
     std::int64_t low = 0;
     for (std::int64_t high = radius; low < high;) {
-        const std::int64_t middle = low + (high - low + 1) / 2;
+        const std::int64_t middle = high - (high - low) / 2;  // rounded up
         if (Wide{middle} * (middle - 1) < limit) {
             low = middle;
         } else {

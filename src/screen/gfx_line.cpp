@@ -49,7 +49,7 @@ struct Slope {
     std::uint64_t minor_after(std::uint64_t k) const {
         std::uint64_t low = 0;
         for (std::uint64_t high = minor; low < high;) {
-            const std::uint64_t middle = low + (high - low + 1) / 2;
+            const std::uint64_t middle = high - (high - low) / 2;  // rounded up; cannot wrap
             if (reaches(k, middle)) {
                 low = middle;
             } else {

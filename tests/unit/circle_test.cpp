@@ -50,17 +50,17 @@ void expect_reference_circle(DrawingScreen& memory, Point centre, std::int64_t r
     ASSERT_TRUE(memory.buffers_are_equal());
 }
 
-// Worked out by hand: r = 4 visits (4,0) (4,1) (3,2); then (2,3) ends the octant.
-TEST(GfxCircle, RadiusFourHasTheseTwentyPixels) {
+// Worked out by hand: r = 4 visits (4,0) (4,1) (3,2) (3,3), then x < y.
+TEST(GfxCircle, RadiusFourHasTheseTwentyFourPixels) {
     constexpr std::string_view picture =
         "...###..."
-        "..#...#.."
+        ".##...##."
         ".#.....#."
         "#.......#"
         "#.......#"
         "#.......#"
         ".#.....#."
-        "..#...#.."
+        ".##...##."
         "...###...";
     DrawingScreen memory(9, 9, 9);
     gfx_circle({4, 4}, 4, ink);
