@@ -1,0 +1,198 @@
+"""The interpreter in a terminal, and at the end of a pipe."""
+
+import os
+import signal
+import subprocess
+import time
+
+import pytest
+from conftest import IMAGE, ROOT
+from pseudo_terminal import PseudoTerminal
+
+TERMINAL = ROOT / "build" / "host" / "host" / "korvane-terminal"
+
+
+def command(volume, *arguments):
+    return [str(TERMINAL), "--image", str(IMAGE), "--volume", str(volume), *map(str, arguments)]
+
+
+def piped(lines, volume, *arguments):
+    """The screen's rows after these lines; the session must end well."""
+    result = subprocess.run(
+        command(volume, *arguments), input=lines.encode(), capture_output=True, timeout=30, check=False
+    )
+    assert result.returncode == 0, result.stderr.decode()
+    return result.stdout.decode().splitlines()
+
+
+@pytest.fixture
+def terminal(tmp_path):
+    with PseudoTerminal(command(tmp_path)) as terminal:
+        terminal.wait_for_row("Ready.")
+        yield terminal
+
+
+def session_process(terminal):
+    """The child of the guarding process: the one in which the interpreter runs."""
+    children = f"/proc/{terminal.process}/task/{terminal.process}/children"
+    with open(children, encoding="ascii") as file:
+        return int(file.read().split()[0])
+
+
+# ---- Standard input is no terminal ------------------------------------------------------------------------------
+
+
+def test_piped_line_prints_its_answer(tmp_path):
+    rows = piped("PRINT 2^10\n", tmp_path)
+    at = rows.index("PRINT 2^10")
+    assert rows[at + 1 :] == [" 1024", "Ready."]
+
+
+def test_empty_input_shows_banner_and_prompt(tmp_path):
+    rows = piped("", tmp_path)
+    assert "Korvane BASIC v2.0" in rows
+    assert rows[-1] == "Ready."
+
+
+def test_last_line_needs_no_line_end(tmp_path):
+    assert piped("PRINT 1+1", tmp_path)[-2:] == [" 2", "Ready."]
+
+
+def test_lines_of_other_systems_are_single_lines(tmp_path):
+    assert piped("PRINT 1\r\nPRINT 2\r\n", tmp_path)[-6:] == ["PRINT 1", " 1", "Ready.", "PRINT 2", " 2", "Ready."]
+
+
+def test_piped_lines_answer_input_statements(tmp_path):
+    rows = piped('10 INPUT A$\n20 PRINT "<";A$;">"\nRUN\nhello\n', tmp_path)
+    assert rows[-4:] == ["RUN", "? hello", "<hello>", "Ready."]
+
+
+def test_lines_wait_until_a_running_program_ends(tmp_path):
+    rows = piped("10 FOR I=1 TO 200000:NEXT\nRUN\nPRINT I\n", tmp_path)
+    assert rows[-5:] == ["RUN", "Ready.", "PRINT I", " 200001", "Ready."]
+
+
+def test_program_is_on_the_volume_and_started(tmp_path):
+    program = tmp_path / "hello.bas"
+    program.write_text('10 PRINT "HELLO"\n', encoding="ascii")
+    rows = piped("", tmp_path, program)
+    assert rows[-2:] == ["HELLO", "Ready."]
+    rows = piped("FILES\n", tmp_path, program)
+    assert any("hello.bas" in row.lower() for row in rows[rows.index("FILES") :])
+
+
+def test_characters_keep_their_look(tmp_path):
+    assert piped('PRINT "é░π"\n', tmp_path)[-3:] == ['PRINT "é░π"', "é░π", "Ready."]
+
+
+def test_missing_program_is_one_clear_line(tmp_path):
+    result = subprocess.run(
+        command(tmp_path, tmp_path / "none.bas"), stdin=subprocess.DEVNULL, capture_output=True, check=False
+    )
+    assert result.returncode == 1
+    assert result.stderr.decode() == f"korvane-terminal: there is no program {tmp_path / 'none.bas'}\n"
+
+
+# ---- A terminal -------------------------------------------------------------------------------------------------
+
+
+def test_screen_has_the_terminals_size(terminal):
+    terminal.send("PRINT STRING$(80,42)\r")
+    terminal.wait_for_row("*" * 80)
+
+
+def test_typed_line_is_answered(terminal):
+    terminal.send("PRINT 6*7\r")
+    terminal.wait_for_row(" 42")
+
+
+def test_cursor_keys_repair_a_line(terminal):
+    terminal.send("PRIMT 5")
+    terminal.send("\x1b[D" * 4 + "N" + "\r")
+    terminal.wait_for_row(" 5")
+
+
+def test_home_insert_delete_and_end(terminal):
+    # Overtyped in insert mode at the start, a character deleted, one added at the end.
+    terminal.send("XRINT 1")
+    terminal.send("\x1b[H\x1b[3~\x1b[2~P\x1b[F2\r")
+    terminal.wait_for_row(" 12")
+
+
+def test_escape_breaks_a_program(terminal):
+    terminal.send("10 GOTO 10\rRUN\r")
+    terminal.wait_for_row("RUN")
+    time.sleep(0.3)
+    terminal.send("\x1b")
+    terminal.wait_for_row("Break in 10")
+
+
+def test_pasted_program_arrives_whole(terminal):
+    lines = ["10 FOR I=1 TO 30000", "20 NEXT", "RUN", "30 PRINT 7*7", "RUN"]
+    terminal.send("\x1b[200~" + "\r\n".join(lines) + "\r\n\x1b[201~")
+    terminal.wait_for_row(" 49")
+    assert all(line in terminal.screen() for line in lines)
+
+
+def test_program_draws_while_it_runs(terminal):
+    terminal.send('10 PRINT "NOW"\r20 GOTO 20\rRUN\r')
+    terminal.wait_for_row("NOW")
+
+
+def test_colours_are_shown(terminal):
+    terminal.send("COLOR 255,128,0,0,0,64\r")
+    terminal.wait_for(lambda: terminal.screen().count("Ready.") == 2)
+    terminal.wait_for(lambda: ("255;128;0", "0;0;64") in terminal.colours.values())
+
+
+def test_graphics_are_half_blocks(terminal):
+    terminal.send("LINE (400,100)-(403,103),&HFF0000,BF\r")
+    # Row 6 begins at pixel 96: a box of 4x4 pixels in the upper half of cell 50 is a quarter of that half.
+    terminal.wait_for(lambda: terminal.cells[6][50] == "▀")
+    assert terminal.colours[6, 50] == ("63;0;0", "0;0;0")
+
+
+def test_larger_window_is_drawn_anew(terminal):
+    terminal.set_size(100, 30)
+    terminal.wait_for_row("Ready.")
+
+
+def test_smaller_window_keeps_the_prompt_in_view(terminal):
+    terminal.set_size(40, 6)
+    terminal.send("PRINT 3\r")
+    terminal.wait_for_row(" 3")
+
+
+def test_ctrl_c_leaves_and_restores_the_terminal(terminal):
+    terminal.send("\x03")
+    assert terminal.wait_for_end() == 0
+    assert terminal.is_restored()
+
+
+def test_ctrl_c_leaves_a_program_that_runs(terminal):
+    terminal.send("10 GOTO 10\rRUN\r")
+    terminal.wait_for_row("RUN")
+    terminal.send("\x03")
+    assert terminal.wait_for_end() == 0
+    assert terminal.is_restored()
+
+
+@pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT])
+def test_ending_signals_restore_the_terminal(terminal, number):
+    os.kill(terminal.process, number)
+    assert terminal.wait_for_end() == 128 + number
+    assert terminal.is_restored()
+
+
+@pytest.mark.parametrize("number", [signal.SIGKILL, signal.SIGSEGV])
+def test_end_of_the_session_restores_the_terminal(terminal, number):
+    os.kill(session_process(terminal), number)
+    assert terminal.wait_for_end() != 0
+    assert terminal.is_restored()
+
+
+def test_fault_of_a_program_is_reported_on_the_restored_terminal(terminal):
+    terminal.send("POKE 16,1\r")
+    assert terminal.wait_for_end() == 1
+    assert terminal.is_restored()
+    assert b"0x10" in terminal.received[terminal.received.rfind(b"\x1b[?1049l") :]
