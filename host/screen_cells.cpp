@@ -1,10 +1,12 @@
 #include "screen_cells.h"
 
 #include <array>
+#include <bit>
 #include <unordered_map>
+#include <utility>
 
-#include "screen/font.h"
 #include "code_page.h"
+#include "screen/font.h"
 
 namespace korvane::host {
 namespace {
@@ -58,6 +60,22 @@ std::uint32_t mean_colour(const std::uint32_t* first, std::uint32_t pitch) {
 
 constexpr std::uint32_t colour_mask = 0xFFFFFF;
 
+/// A cell of at most two colours, with the shape of its ink.
+Cell two_colour_cell(const Shape& shape, std::uint32_t ink, std::uint32_t paper) {
+    if (ink == paper) return {U' ', ink, paper, true};
+    // The top left pixel is paper in nearly every glyph; where it is ink, the shape is found inside out.
+    const Shape inside_out = {~shape[0], ~shape[1]};
+    if (const auto found = codes_by_shape.find(shape); found != codes_by_shape.end())
+        return {code_to_unicode(found->second), ink, paper, true};
+    if (const auto found = codes_by_shape.find(inside_out); found != codes_by_shape.end())
+        return {code_to_unicode(found->second), paper, ink, true};
+    // A drawing: the rarer colour is what was drawn, and must be seen however thin its lines are.
+    const bool is_inside_out = std::popcount(shape[0]) + std::popcount(shape[1]) > 64;
+    const Shape& drawing = is_inside_out ? inside_out : shape;
+    if (is_inside_out) std::swap(ink, paper);
+    return {upper_half_block, drawing[0] != 0 ? ink : paper, drawing[1] != 0 ? ink : paper, false};
+}
+
 }  // namespace
 
 Cell read_cell(const Pixels& pixels, std::uint32_t row, std::uint32_t column) {
@@ -77,14 +95,7 @@ Cell read_cell(const Pixels& pixels, std::uint32_t row, std::uint32_t column) {
             shape[y / 8] = shape[y / 8] << 1 | static_cast<std::uint64_t>(pixel != paper);
         }
     }
-    if (ink == paper) return {U' ', ink, paper, true};
-    // The top left pixel is paper in nearly every glyph; where it is ink, the shape is found inside out.
-    if (const auto found = codes_by_shape.find(shape); found != codes_by_shape.end())
-        return {code_to_unicode(found->second), ink, paper, true};
-    if (const auto found = codes_by_shape.find({~shape[0], ~shape[1]}); found != codes_by_shape.end())
-        return {code_to_unicode(found->second), paper, ink, true};
-    return {upper_half_block, mean_colour(first, pixels.pitch),
-            mean_colour(first + std::size_t{8} * pixels.pitch, pixels.pitch), false};
+    return two_colour_cell(shape, ink, paper);
 }
 
 std::vector<std::string> read_rows(const Pixels& pixels) {

@@ -16,8 +16,8 @@ struct Pixels {
 };
 
 /// One cell, ready to be shown on a terminal. A glyph has its character in `ink` on `paper`. A cell that is
-/// no glyph has the upper half block: `ink` is the mean colour of its upper 8x8 pixels and `paper` of its
-/// lower.
+/// no glyph has the upper half block: `ink` is the colour of its upper 8x8 pixels and `paper` of its lower.
+/// In a drawing of two colours that is the rarer one wherever it occurs; else it is the mean.
 struct Cell {
     char32_t character;
     std::uint32_t ink;

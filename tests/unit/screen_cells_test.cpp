@@ -78,13 +78,14 @@ TEST(ScreenCells, PixelsThatAreNoGlyphBecomeHalfBlocksInMeanColours) {
     EXPECT_EQ(read_cell(canvas.pixels(), 0, 0), (Cell{U'▀', 0x600000, 0x0000FF, false}));
 }
 
-TEST(ScreenCells, TwoColoursInNoGlyphsShapeAreAPictureToo) {
-    Canvas canvas(1, 1);
+TEST(ScreenCells, ThinLineInTwoColoursIsSeenInFullColour) {
+    Canvas canvas(2, 1);
     canvas.set(3, 3, white);
-    const Cell cell = read_cell(canvas.pixels(), 0, 0);
-    EXPECT_FALSE(cell.is_glyph);
-    EXPECT_EQ(cell.ink, 0x030303U);  // one of 64 pixels is 255: 3.98, cut
-    EXPECT_EQ(cell.paper, black);
+    EXPECT_EQ(read_cell(canvas.pixels(), 0, 0), (Cell{U'▀', white, black, false}));
+    for (std::uint32_t y = 0; y < 16; ++y)
+        for (std::uint32_t x = 8; x < 16; ++x)
+            canvas.set(x, y, x == 10 && y == 12 ? black : blue);
+    EXPECT_EQ(read_cell(canvas.pixels(), 0, 1), (Cell{U'▀', blue, black, false}));
 }
 
 TEST(ScreenCells, RowsAreTrimmedTextInUtf8) {
