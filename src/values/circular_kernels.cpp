@@ -34,6 +34,16 @@ double cosine_tail(double h) {
     return z * (-0.5 + z * (1.0 / 24 + z * (-1.0 / 720 + z * (1.0 / 40320 + z * (-1.0 / 3628800)))));
 }
 
+// A magnitude of at most 2^50 in table steps, rounded to an integral number.
+double nearest_step(double magnitude) {
+    constexpr double round_to_integral = 0x1.8p52;  // adding it leaves no bits for a fraction
+    return (magnitude * table_steps + round_to_integral) - round_to_integral;
+}
+
+std::size_t row_of(double step) {
+    return static_cast<std::size_t>(static_cast<std::int64_t>(step)) - first_row;
+}
+
 // The table row nearest to a magnitude of at least table_start, and the distance from it.
 struct Neighbour {
     const SineRow& row;
@@ -42,11 +52,10 @@ struct Neighbour {
 };
 
 Neighbour find_row(double magnitude, double low) {
-    const auto index = static_cast<std::size_t>(static_cast<std::int64_t>(magnitude * table_steps + 0.5));
-    const double distance =
-        (magnitude - static_cast<double>(static_cast<std::int64_t>(index)) / table_steps) + low;
+    const double step = nearest_step(magnitude);
+    const double distance = (magnitude - step / table_steps) + low;
     const double z = distance * distance;
-    return {sine_rows[index - first_row], distance + distance * z * (-1.0 / 6 + z * (1.0 / 120)),
+    return {sine_rows[row_of(step)], distance + distance * z * (-1.0 / 6 + z * (1.0 / 120)),
             z * (-0.5 + z * (1.0 / 24 - z * (1.0 / 720)))};
 }
 
@@ -108,11 +117,11 @@ double small_arctangent(double t) {
 // Arctangent of a number from 0 to 1, given as high + low, as an unevaluated sum.
 DoubleDouble arctangent_of(DoubleDouble x) {
     if (x.high < table_start) return {x.high, arctangent_tail(x.high) + x.low};
-    const auto index = static_cast<std::size_t>(static_cast<std::int64_t>(x.high * table_steps + 0.5));
-    const double node = static_cast<double>(static_cast<std::int64_t>(index)) / table_steps;
+    const double step = nearest_step(x.high);
+    const double node = step / table_steps;
     // atan x = atan c + atan((x - c) / (1 + x c))
     const double t = ((x.high - node) + x.low) / (1 + x.high * node);
-    const PairRow& row = arctangent_rows[index - first_row];
+    const PairRow& row = arctangent_rows[row_of(step)];
     return {row.high, small_arctangent(t) + row.low};
 }
 
