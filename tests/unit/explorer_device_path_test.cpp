@@ -1,0 +1,192 @@
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "explorer/device_path_text.h"
+#include "explorer/load_option.h"
+
+namespace korvane {
+namespace {
+
+using Bytes = std::vector<std::uint8_t>;
+
+Bytes operator+(Bytes left, const Bytes& right) {
+    for (const std::uint8_t byte : right)
+        left.push_back(byte);
+    return left;
+}
+
+Bytes node(std::uint8_t type, std::uint8_t sub_type, const Bytes& body) {
+    const auto length = body.size() + 4;
+    return Bytes{type, sub_type, static_cast<std::uint8_t>(length), static_cast<std::uint8_t>(length >> 8)} +
+           body;
+}
+
+Bytes utf16(std::string_view text, bool terminated = true) {
+    Bytes bytes;
+    for (const char character : text)
+        bytes = bytes + Bytes{static_cast<std::uint8_t>(character), 0};
+    return terminated ? bytes + Bytes{0, 0} : bytes;
+}
+
+const Bytes end_node = {0x7F, 0xFF, 4, 0};
+
+std::string text_of(std::uint8_t type, std::uint8_t sub_type, const Bytes& body) {
+    const DevicePathElement element{type, sub_type, body};
+    return std::string(device_path_node_text(element).view());
+}
+
+// Bodies laid out by hand from UEFI 2.10, section 10.3.
+TEST(DevicePathText, HardwareAndAcpiNodes) {
+    EXPECT_EQ(text_of(1, 1, {0x02, 0x1F}), "Pci(0x1F,0x2)");
+    EXPECT_EQ(text_of(2, 1, {0xD0, 0x41, 0x03, 0x0A, 0, 0, 0, 0}), "PciRoot(0x0)");
+    EXPECT_EQ(text_of(2, 1, {0xD0, 0x41, 0x08, 0x0A, 1, 0, 0, 0}), "PcieRoot(0x1)");
+    EXPECT_EQ(text_of(2, 1, {0xD0, 0x41, 0x01, 0x05, 2, 0, 0, 0}), "Acpi(PNP0501,0x2)");
+    EXPECT_EQ(text_of(1, 3, {11, 0, 0, 0, 0, 0, 0x82, 0, 0, 0, 0, 0, 0xFF, 0xFF, 0x82, 0, 0, 0, 0, 0}),
+              "MemoryMapped(0xB,0x820000,0x82FFFF)");
+    EXPECT_EQ(text_of(1, 5, {3, 0, 0, 0}), "Ctrl(0x3)");
+}
+
+TEST(DevicePathText, VendorNodesShowIdentifierAndData) {
+    const Bytes guid = {0x33, 0x22, 0x11, 0x00, 0x55, 0x44, 0x77, 0x66, 8, 9, 10, 11, 12, 13, 14, 15};
+    EXPECT_EQ(text_of(1, 4, guid), "VenHw(00112233-4455-6677-0809-0A0B0C0D0E0F)");
+    EXPECT_EQ(text_of(3, 10, guid + Bytes{0xAB, 0xCD}), "VenMsg(00112233-4455-6677-0809-0A0B0C0D0E0F,ABCD)");
+    EXPECT_EQ(text_of(4, 7, guid), "Fv(00112233-4455-6677-0809-0A0B0C0D0E0F)");
+    EXPECT_EQ(text_of(4, 6, guid), "FvFile(00112233-4455-6677-0809-0A0B0C0D0E0F)");
+    const std::string cut = text_of(4, 3, guid + Bytes(33, 0x5A));
+    EXPECT_EQ(cut.substr(cut.size() - 8), "5A5A...)");
+}
+
+TEST(DevicePathText, MessagingNodes) {
+    EXPECT_EQ(text_of(3, 1, {1, 0, 0, 0}), "Ata(Secondary,Master,0x0)");
+    EXPECT_EQ(text_of(3, 2, {5, 0, 0, 0}), "Scsi(0x5,0x0)");
+    EXPECT_EQ(text_of(3, 5, {3, 1}), "USB(0x3,0x1)");
+    EXPECT_EQ(text_of(3, 18, {1, 0, 0xFF, 0xFF, 0, 0}), "Sata(0x1,0xFFFF,0x0)");
+    EXPECT_EQ(text_of(3, 23, {1, 0, 0, 0, 8, 7, 6, 5, 4, 3, 2, 1}), "NVMe(0x1,01-02-03-04-05-06-07-08)");
+    EXPECT_EQ(text_of(3, 11, Bytes{0x52, 0x54, 0, 0x12, 0x34, 0x56} + Bytes(26, 0) + Bytes{1}),
+              "MAC(525400123456,0x1)");
+    EXPECT_EQ(text_of(3, 12, Bytes{10, 0, 0, 2, 192, 168, 1, 254, 0, 0, 0, 0, 17, 0, 0} + Bytes(8, 0)),
+              "IPv4(192.168.1.254,UDP,DHCP,10.0.0.2)");
+    EXPECT_EQ(text_of(3, 24, {'h', 't', 't', 'p'}), "Uri(http)");
+    EXPECT_EQ(text_of(3, 24, {}), "Uri()");
+}
+
+TEST(DevicePathText, MediaNodes) {
+    const Bytes range = {0, 8, 0, 0, 0, 0, 0, 0, 0, 0x10, 0, 0, 0, 0, 0, 0};
+    const Bytes guid = {0x33, 0x22, 0x11, 0x00, 0x55, 0x44, 0x77, 0x66, 8, 9, 10, 11, 12, 13, 14, 15};
+    EXPECT_EQ(text_of(4, 1, Bytes{1, 0, 0, 0} + range + guid + Bytes{2, 2}),
+              "HD(1,GPT,00112233-4455-6677-0809-0A0B0C0D0E0F,0x800,0x1000)");
+    EXPECT_EQ(text_of(4, 1, Bytes{2, 0, 0, 0} + range + guid + Bytes{1, 1}),
+              "HD(2,MBR,0x112233,0x800,0x1000)");
+    EXPECT_EQ(text_of(4, 2, Bytes{0, 0, 0, 0} + range), "CDROM(0x0,0x800,0x1000)");
+    EXPECT_EQ(text_of(4, 4, utf16("\\EFI\\BOOT\\BOOTX64.EFI")), "\\EFI\\BOOT\\BOOTX64.EFI");
+    EXPECT_EQ(text_of(4, 4, utf16("a", false) + Bytes{'b'}), "a");
+    EXPECT_EQ(text_of(5, 1, Bytes{2, 0, 0, 0, 'D', 0}), "BBS(HD,D)");
+}
+
+TEST(DevicePathText, UnknownAndTooShortNodesAreShownAsTheyAre) {
+    EXPECT_EQ(text_of(3, 200, {1, 2}), "Path(3,200,0102)");
+    EXPECT_EQ(text_of(9, 9, {}), "Path(9,9)");
+    EXPECT_EQ(text_of(1, 1, {2}), "Path(1,1,02)");
+    EXPECT_EQ(text_of(4, 1, Bytes(37, 0)).substr(0, 14), "Path(4,1,00000");
+    EXPECT_EQ(text_of(3, 11, Bytes(32, 0)).substr(0, 10), "Path(3,11,");
+}
+
+TEST(DevicePathText, NodesOfAnyBytesAreShown) {
+    for (unsigned type = 0; type < 256; ++type) {
+        for (unsigned sub_type = 0; sub_type < 40; ++sub_type) {
+            for (const std::size_t length : {0u, 1u, 2u, 7u, 15u, 33u, 64u, 600u}) {
+                EXPECT_LE(text_of(static_cast<std::uint8_t>(type), static_cast<std::uint8_t>(sub_type),
+                                  Bytes(length, 0xFF))
+                              .size(),
+                          LineText::capacity);
+            }
+        }
+    }
+}
+
+std::size_t nodes_in(const Bytes& path) {
+    DevicePathReader reader(path);
+    std::size_t count = 0;
+    while (reader.next())
+        ++count;
+    return count;
+}
+
+TEST(DevicePathReader, EndsAtTheEndNode) {
+    EXPECT_EQ(nodes_in(node(1, 1, {0, 0}) + node(3, 5, {0, 0}) + end_node + node(1, 1, {0, 0})), 2u);
+    EXPECT_EQ(nodes_in(end_node), 0u);
+    EXPECT_EQ(nodes_in({}), 0u);
+}
+
+TEST(DevicePathReader, EndOfAnInstanceIsNotTheEnd) {
+    EXPECT_EQ(nodes_in(node(1, 1, {0, 0}) + Bytes{0x7F, 0x01, 4, 0} + node(3, 5, {0, 0}) + end_node), 3u);
+}
+
+TEST(DevicePathReader, EndsAtImpossibleLengths) {
+    EXPECT_EQ(nodes_in({1, 1, 0, 0}), 0u);
+    EXPECT_EQ(nodes_in({1, 1, 3, 0, 0, 0}), 0u);
+    EXPECT_EQ(nodes_in({1, 1, 7, 0, 0, 0}), 0u);
+    EXPECT_EQ(nodes_in({1, 1, 0xFF, 0xFF, 0, 0}), 0u);
+    EXPECT_EQ(nodes_in({1, 1, 4}), 0u);
+    EXPECT_EQ(nodes_in({1, 1, 6, 0, 0, 0}), 1u);
+}
+
+// ---- Load options
+// ---------------------------------------------------------------------------------------------
+
+Bytes load_option(std::uint8_t attributes, std::uint16_t path_length, const Bytes& rest) {
+    return Bytes{attributes,
+                 0,
+                 0,
+                 0,
+                 static_cast<std::uint8_t>(path_length),
+                 static_cast<std::uint8_t>(path_length >> 8)} +
+           rest;
+}
+
+std::string description_of(const Bytes& bytes) {
+    const auto option = decode_load_option(bytes);
+    if (!option) return "(damaged)";
+    LineText line;
+    put_description(line, *option);
+    return std::string(line.view());
+}
+
+TEST(LoadOption, PartsAreTakenApart) {
+    const Bytes bytes = load_option(9, 4, utf16("debian") + end_node + Bytes{1, 2, 3});
+    const auto option = decode_load_option(bytes);
+    ASSERT_TRUE(option);
+    EXPECT_TRUE(option->is_active());
+    EXPECT_TRUE(option->is_hidden());
+    EXPECT_FALSE(option->is_application());
+    EXPECT_EQ(option->device_path.size(), 4u);
+    EXPECT_EQ(option->device_path[0], 0x7F);
+    EXPECT_EQ(description_of(bytes), "debian");
+}
+
+TEST(LoadOption, CategoryTellsApplications) {
+    Bytes bytes = load_option(1, 0, utf16("UiApp"));
+    bytes[1] = 1;
+    EXPECT_TRUE(decode_load_option(bytes)->is_application());
+    bytes[1] = 2;
+    EXPECT_FALSE(decode_load_option(bytes)->is_application());
+}
+
+TEST(LoadOption, EmptyDescriptionAndPathAreAllowed) {
+    EXPECT_EQ(description_of(load_option(0, 0, {0, 0})), "");
+}
+
+TEST(LoadOption, PartsBeyondTheBytesAreDamage) {
+    EXPECT_EQ(description_of({}), "(damaged)");
+    EXPECT_EQ(description_of({1, 0, 0, 0, 0}), "(damaged)");
+    EXPECT_EQ(description_of(load_option(1, 0, {})), "(damaged)");
+    EXPECT_EQ(description_of(load_option(1, 0, utf16("abc", false))), "(damaged)");
+    EXPECT_EQ(description_of(load_option(1, 0, utf16("abc", false) + Bytes{0})), "(damaged)");
+    EXPECT_EQ(description_of(load_option(1, 1, utf16("abc"))), "(damaged)");
+    EXPECT_EQ(description_of(load_option(1, 0xFFFF, utf16("abc") + end_node)), "(damaged)");
+}
+
+}  // namespace
+}  // namespace korvane
