@@ -4,8 +4,10 @@
 
 #include "core/arenas.h"
 #include "core/errors.h"
+#include "core/execution.h"
 #include "core/messages.h"
 #include "core/parse.h"
+#include "core/run.h"
 #include "files/file_table.h"
 #include "files/sequential_input.h"
 #include "platform/memory.h"
@@ -64,6 +66,12 @@ std::uint32_t read_from_keyboard(std::uint8_t* to, std::uint32_t count) {
     return done;
 }
 
+// Consumes the pending break request and does what it asks for at this statement.
+void break_from_keyboard() {
+    key_break_check();
+    break_execution(execution.statement_start);
+}
+
 // The arguments of INPUT$: `file` stays null without a file number. False after an error.
 bool read_input_arguments(Cursor& cursor, std::int64_t& count, OpenFile*& file) {
     if (!expect(cursor, '(', message::expected_left_parenthesis)) return false;
@@ -119,7 +127,9 @@ Value function_input_string(Cursor& cursor) {
     std::uint8_t* bytes = allocate_string(length);
     if (error_pending()) return Value::nothing();
     if (file == nullptr) {
-        length = read_from_keyboard(bytes, length);
+        const std::uint32_t wanted = length;
+        length = read_from_keyboard(bytes, wanted);
+        if (length < wanted) break_from_keyboard();
     } else {
         read_from_file(*file, bytes, length);
     }

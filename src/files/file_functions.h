@@ -18,8 +18,8 @@ Value function_loc(Cursor& cursor);
 Value function_lof(Cursor& cursor);
 
 // INPUT$(count[, [#]n]): exactly `count` bytes of a file, or that many keys without echo. Escape ends the
-// wait for keys with what was typed; the run loop then sees the break. Raises "Illegal function call", "Bad
-// file mode" and "Input past end". All four raise "Bad file number" and "Type mismatch".
+// wait for keys: the run is broken at this statement, and the result is what was typed. Raises "Illegal
+// function call", "Bad file mode" and "Input past end". All four raise "Bad file number" and "Type mismatch".
 Value function_input_string(Cursor& cursor);
 
 }  // namespace korvane

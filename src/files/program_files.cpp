@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "core/clear.h"
 #include "core/errors.h"
 #include "core/execution.h"
 #include "core/messages.h"
@@ -10,7 +11,6 @@
 #include "files/file_table.h"
 #include "files/program_text.h"
 #include "files/volume.h"
-#include "values/variables.h"
 
 namespace korvane {
 
@@ -24,7 +24,7 @@ void do_load(Cursor& cursor) {
         return;
     }
     close_all_files();
-    clear_variables();
+    clear_data();
     clear_program();
     read_program_text(std::move(file));
     if (error_pending()) return;

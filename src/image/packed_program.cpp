@@ -6,6 +6,7 @@
 #include "core/execution.h"
 #include "core/program_store.h"
 #include "files/volume.h"
+#include "image/certificate_table.h"
 #include "image/image_blocks.h"
 #include "platform/memory.h"
 
@@ -16,27 +17,40 @@ PackedProgram packed_program;
 namespace {
 
 constexpr std::uint64_t trailer_magic_size = 16;
+constexpr std::uint64_t certificate_alignment = 8;  // of a signature in the file
 
 bool has_magic(const std::uint8_t* bytes, std::string_view magic) {
     return compare_bytes(bytes, magic.data(), magic.size()) == 0;
 }
 
-// Reads and checks the trailer of an image file.
-bool find_packed_program(PackedProgram& found) {
-    const FileHandle image = open_own_image();
-    std::uint64_t size = 0;
-    if (!image.find_size(size) || size < packed_trailer_size) return false;
-
+// Reads the trailer that ends at `end` and checks it.
+bool read_trailer(const FileHandle& image, std::uint64_t end, PackedProgram& found) {
     std::uint8_t trailer[packed_trailer_size];
-    if (!image.set_position(size - packed_trailer_size)) return false;
+    if (end < packed_trailer_size || !image.set_position(end - packed_trailer_size)) return false;
     if (!ImageReader(image).read(trailer, packed_trailer_size)) return false;
     if (!has_magic(trailer, packed_trailer_magic)) return false;
 
     const auto length = read_unaligned<std::uint64_t>(trailer + trailer_magic_size);
-    const std::uint64_t room = size - packed_trailer_size;
+    const std::uint64_t room = end - packed_trailer_size;
     if (length < packed_header_size || length > room) return false;
     found = {.present = true, .start = room - length, .length = length};
     return true;
+}
+
+// Looks for the trailer at the end of the image file. When a standalone image has been signed, the signature
+// follows the trailer, behind up to seven bytes that align it.
+bool find_packed_program(PackedProgram& found) {
+    const FileHandle image = open_own_image();
+    std::uint64_t size = 0;
+    if (!image.find_size(size) || size < packed_trailer_size) return false;
+    if (read_trailer(image, size, found)) return true;
+
+    const std::uint64_t end = find_certificate_table(image, size);
+    if (end == size) return false;
+    for (std::uint64_t padding = 0; padding < certificate_alignment; ++padding) {
+        if (end > padding && read_trailer(image, end - padding, found)) return true;
+    }
+    return false;
 }
 
 // Reads one line record and stores the line. `remaining` counts the packed bytes still to come.
