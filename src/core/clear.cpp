@@ -2,6 +2,7 @@
 
 #include "core/arenas.h"
 #include "core/errors.h"
+#include "files/chain.h"
 #include "values/user_functions.h"
 #include "values/variables.h"
 
@@ -11,6 +12,7 @@ void clear_data() {
     reset_data_arena();
     clear_variables();
     forget_user_functions();
+    clear_common_list();
     errors.pending = false;
 }
 

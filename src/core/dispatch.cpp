@@ -13,6 +13,7 @@
 #include "core/trace.h"
 #include "core/traps.h"
 #include "explorer/explorer.h"
+#include "files/chain.h"
 #include "files/directory_statements.h"
 #include "files/file_listing.h"
 #include "files/memory_image.h"
@@ -178,6 +179,8 @@ constexpr Row rows[] = {
     {KW_LOAD, do_load},
     {KW_SAVE, do_save},
     {KW_MERGE, do_merge},
+    {KW_CHAIN, do_chain},
+    {KW_COMMON, do_common},
     {KW_BLOAD, do_bload},
     {KW_BSAVE, do_bsave},
     // the machine

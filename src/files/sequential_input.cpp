@@ -8,7 +8,7 @@
 #include "core/messages.h"
 #include "core/parse.h"
 #include "platform/memory.h"
-#include "values/field_value.h"
+#include "values/item_value.h"
 #include "values/variables.h"
 
 namespace korvane {
@@ -129,7 +129,7 @@ void input_variable(OpenFile& file, Cursor& cursor) {
     CollectedText text;
     read_item(file, place.type, text);
     if (error_pending()) return;
-    if (store_field(place, text.view()) == NumberReading::not_a_number) raise(message::type_mismatch);
+    if (!store_item(place, text.view())) raise(message::type_mismatch);
 }
 
 // "#n," of both statements.
@@ -191,7 +191,7 @@ void do_line_input_file(Cursor& cursor) {
     CollectedText text;
     collect_until(*file, is_line_end, text);
     if (error_pending()) return;
-    store_field(place, text.view());
+    store_item(place, text.view());
     take_line_end(*file);
 }
 
