@@ -1,7 +1,9 @@
 #include "core/dispatch.h"
 
 #include "core/conditions.h"
+#include "core/continue.h"
 #include "core/delete_lines.h"
+#include "core/edit_line.h"
 #include "core/errors.h"
 #include "core/event_timers.h"
 #include "core/jumps.h"
@@ -27,6 +29,7 @@
 #include "screen/coordinates.h"
 #include "screen/draw_macro.h"
 #include "screen/image_array.h"
+#include "screen/input_statement.h"
 #include "screen/paint.h"
 #include "screen/plot_statements.h"
 #include "screen/print.h"
@@ -63,7 +66,11 @@ void do_identifier(Cursor& cursor) {
 
 // LINE INPUT, or LINE with points.
 void do_line_or_line_input(Cursor& cursor) {
-    do_line(cursor);
+    if (cursor[1].kind == KW_INPUT) {
+        do_line_input(cursor);
+    } else {
+        do_line(cursor);
+    }
 }
 
 // GET and PUT move records of a file, or with a point rectangles of the screen.
@@ -118,7 +125,9 @@ constexpr Row rows[] = {
     {KW_TRON, do_tron},
     {KW_TROFF, do_troff},
     {KW_TRACE, do_trace},
+    {KW_CONT, do_cont},
     {KW_DELETE, do_delete},
+    {KW_EDIT, do_edit},
     // values
     {KW_LET, do_let},
     {KW_SWAP, do_swap},
@@ -145,6 +154,7 @@ constexpr Row rows[] = {
     // screen and keyboard
     {KW_PRINT, do_print},
     {KW_WRITE, do_write},
+    {KW_INPUT, do_input},
     {KW_CLS, do_cls},
     {KW_COLOR, do_color},
     {KW_LOCATE, do_locate},
