@@ -70,7 +70,9 @@ Folder::Folder(const std::filesystem::path& folder)
 
 Descriptor Folder::open_beneath(const std::string& path, int flags, unsigned mode) const {
     open_how how{};
-    how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC | O_NONBLOCK);
+    // A pipe in the folder must not block; the kernel refuses the flag for a mere path.
+    const int no_waiting = (flags & O_PATH) != 0 ? 0 : O_NONBLOCK;
+    how.flags = static_cast<std::uint64_t>(flags | O_CLOEXEC | no_waiting);
     how.mode = mode;
     how.resolve = RESOLVE_BENEATH | RESOLVE_NO_SYMLINKS | RESOLVE_NO_MAGICLINKS;
     return Descriptor(static_cast<int>(syscall(SYS_openat2, root_.number(), path.c_str(), &how, sizeof how)));
