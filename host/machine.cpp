@@ -1,10 +1,12 @@
 #include "machine.h"
 
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <string_view>
 #include <utility>
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -40,6 +42,35 @@ std::uint64_t monotonic_microseconds() {
     return static_cast<std::uint64_t>(now.tv_sec) * 1'000'000 +
            static_cast<std::uint64_t>(now.tv_nsec) / 1000;
 }
+
+// Calls a handler after some time, and then every few milliseconds, while it exists.
+class TimeLimit {
+  public:
+    TimeLimit(std::chrono::milliseconds limit, void (*handler)(int, siginfo_t*, void*))
+        : active_(limit.count() > 0) {
+        if (!active_) return;
+        struct sigaction action {};
+        action.sa_sigaction = handler;
+        action.sa_flags = SA_SIGINFO | SA_ONSTACK | SA_NODEFER | SA_RESTART;
+        sigaction(SIGALRM, &action, nullptr);
+        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(limit);
+        const std::chrono::microseconds rest = limit - seconds;
+        itimerval timer{};
+        timer.it_value = {seconds.count(), rest.count()};
+        timer.it_interval = {0, 5000};
+        setitimer(ITIMER_REAL, &timer, nullptr);
+    }
+    ~TimeLimit() {
+        if (!active_) return;
+        const itimerval off{};
+        setitimer(ITIMER_REAL, &off, nullptr);
+    }
+    TimeLimit(const TimeLimit&) = delete;
+    TimeLimit& operator=(const TimeLimit&) = delete;
+
+  private:
+    bool active_;
+};
 
 const char* signal_name(int number) {
     switch (number) {
@@ -111,6 +142,26 @@ void Machine::install_signal_handlers() {
         sigaction(number, &action, nullptr);
 }
 
+// The image is left where it stands, which is only safe in its own code: the services may hold locks of the C
+// library. In services, the next tick tries again.
+void Machine::on_time_limit(int, siginfo_t*, void* context) {
+    if (running == nullptr || !running->started_) return;
+    const auto& at = *static_cast<const ucontext_t*>(context);
+    const auto place = static_cast<std::uint64_t>(at.uc_mcontext.gregs[REG_RIP]);
+    if (running->source_.linked_code == nullptr && running->image_->memory.contains(place)) {
+        running->stop_ = Stop::timed_out;
+        running->started_ = false;
+        setcontext(&running->host_context_);
+    }
+    constexpr int most_ticks = 100;
+    if (++running->ticks_past_limit_ < most_ticks) return;
+    constexpr std::string_view message = "hosted firmware: the time limit has passed\n";
+    if (write(STDERR_FILENO, message.data(), message.size()) < 0) {
+        // Nobody is left to be told.
+    }
+    _exit(70);
+}
+
 void Machine::on_signal(int number, siginfo_t* information, void* context) {
     const auto& at = *static_cast<const ucontext_t*>(context);
     if (running == nullptr || !running->started_) {
@@ -161,7 +212,9 @@ void Machine::switch_to_host(Stop stop) {
     after_switch(image_fiber_, &host_stack_, &host_stack_size_);
 }
 
-Stop Machine::run() {
+Stop Machine::run(std::chrono::milliseconds limit) {
+    const TimeLimit time_limit(limit, on_time_limit);
+    ticks_past_limit_ = 0;
     const auto stack = firmware_.stack().bytes();
     if (!started_) {
         started_ = true;
@@ -178,6 +231,7 @@ Stop Machine::run() {
 }
 
 void Machine::key_wanted(KeyWant want) {
+    waits_in_event_ = want == KeyWant::block;
     if (want == KeyWant::poll) {
         if (poll_interval_ == 0) return;
         const std::uint64_t now = monotonic_microseconds();

@@ -11,6 +11,7 @@
 #include <signal.h>
 #include <ucontext.h>
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -38,6 +39,7 @@ struct ImageSource {
 enum class Stop {
     waits_for_key,  // nothing happens before a key is pressed
     polls_key,      // it asked for a key in passing; only when Machine::stop_at_polls asks for it
+    timed_out,      // the time limit of run() has passed; the machine cannot go on
     returned,       // the application ended; see Machine::status
     fault,          // it broke the processor's rules; see Machine::fault_report
 };
@@ -52,8 +54,12 @@ class Machine {
 
     Firmware& firmware() { return firmware_; }
 
-    /// Starts the application, or lets it go on, until something that `Stop` names.
-    Stop run();
+    /// Starts the application, or lets it go on, until something that `Stop` names. A limit of 0 is none;
+    /// with linked code, which cannot be interrupted safely, an exceeded limit ends the program.
+    Stop run(std::chrono::milliseconds limit = {});
+
+    /// True when the application waits in WaitForEvent, false when it asks again and again.
+    bool waits_in_event() const { return waits_in_event_; }
 
     /// Makes run() also stop at polls, at most once in this many microseconds; 0 never.
     void stop_at_polls(std::uint64_t microseconds) { poll_interval_ = microseconds; }
@@ -69,6 +75,7 @@ class Machine {
 
   private:
     static void on_signal(int number, siginfo_t* information, void* context);
+    static void on_time_limit(int number, siginfo_t* information, void* context);
     static void start_on_own_stack();
 
     void key_wanted(KeyWant want);
@@ -82,6 +89,8 @@ class Machine {
     EntryPoint entry_point_ = nullptr;
 
     bool started_ = false;
+    bool waits_in_event_ = false;
+    int ticks_past_limit_ = 0;
     ucontext_t host_context_{};
     ucontext_t image_context_{};
     void* host_fiber_ = nullptr;  // AddressSanitizer's notes about the two stacks

@@ -64,12 +64,13 @@ std::optional<uefi::Status> find_status(std::string_view name) {
 
 void ServiceFaults::arm(std::vector<ServiceFault> faults) {
     faults_ = std::move(faults);
-    uses_.fill(0);
+    uses_when_armed_ = uses_;
     strikes_ = 0;
 }
 
 std::optional<uefi::Status> ServiceFaults::strike(Service service) {
-    const std::uint64_t use = ++uses_[static_cast<std::size_t>(service)];
+    const auto index = static_cast<std::size_t>(service);
+    const std::uint64_t use = ++uses_[index] - uses_when_armed_[index];
     for (const ServiceFault& fault : faults_) {
         if (fault.service != service || use < fault.first || use - fault.first >= fault.uses) continue;
         ++strikes_;

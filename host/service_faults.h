@@ -73,7 +73,7 @@ class ServiceFaults {
     /// Called once for each use of a service, before it does anything: the status to fail with, or nothing.
     std::optional<uefi::Status> strike(Service service);
 
-    /// Uses of a service since the last arming.
+    /// All uses of a service so far.
     std::uint64_t uses(Service service) const { return uses_[static_cast<std::size_t>(service)]; }
 
     /// Failures delivered since the last arming.
@@ -82,6 +82,7 @@ class ServiceFaults {
   private:
     std::vector<ServiceFault> faults_;
     std::array<std::uint64_t, service_count> uses_{};
+    std::array<std::uint64_t, service_count> uses_when_armed_{};
     std::uint64_t strikes_ = 0;
 };
 
