@@ -76,6 +76,7 @@ int TerminalSession::run() {
                 if (keyboard.empty()) held_.press_line(keyboard);
                 if (keyboard.empty()) wait_for_input();
                 break;
+            case Stop::timed_out:  // never, without a limit
             case Stop::returned:
                 return EXIT_SUCCESS;
             case Stop::fault:
