@@ -10,9 +10,13 @@ namespace korvane {
 namespace {
 
 constexpr double infinity = __builtin_huge_val();
-constexpr double largest_exponent =
-    709.782712893384;                       // the largest binary64 number whose exponential is finite
-constexpr double lowest_exponent = -745.2;  // below, the exponential rounds to zero
+// EXP's range is part of the language and lies a little inside that of binary64.
+constexpr double largest_exponent = 709.78;
+constexpr double lowest_exponent = -745;
+
+// Beyond these the exponential of any number is an infinity or zero, to the last bit.
+constexpr double certain_overflow = 710;
+constexpr double certain_underflow = -746;
 
 // 2^exponent for exponents of normal numbers.
 double power_of_two(std::int64_t exponent) {
@@ -26,8 +30,8 @@ double scale(double number, std::int64_t exponent) {
     return number * power_of_two(exponent);
 }
 
-// e^(x.high + x.low), x.high between the two limits: 2^(steps/128) from the table times e^rest of a rest of
-// at most (ln 2)/256.
+// e^(x.high + x.low), x.high between the certain limits: 2^(steps/128) from the table times e^rest of a rest
+// of at most (ln 2)/256.
 double exponential(DoubleDouble x) {
     constexpr double round_to_integral = 0x1.8p52;  // adding it leaves no bits for a fraction
     const double steps = (x.high * exponential_steps_per_unit + round_to_integral) - round_to_integral;
@@ -101,8 +105,8 @@ double kernel_pow(double base, double exponent) {
     if (log.high == 0 || exponent == 0) return 1;
     const double product = log.high * exponent;
     if (product != product) return product;
-    if (product > largest_exponent + 1) return infinity;
-    if (product < lowest_exponent - 1) return 0;
+    if (product > certain_overflow) return infinity;
+    if (product < certain_underflow) return 0;
     // The exponent is below 2^63 here: the logarithm of a number other than 1 is at least 2^-53.
     const DoubleDouble x = two_product(log.high, exponent);
     return exponential({x.high, x.low + log.low * exponent});

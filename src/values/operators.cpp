@@ -9,7 +9,7 @@
 #include "platform/memory.h"
 #include "values/convert.h"
 #include "values/functions.h"
-#include "values/kernels.h"
+#include "values/power.h"
 
 namespace korvane {
 namespace {
@@ -134,16 +134,6 @@ int compare_numbers(const Value& left, const Value& right) {
     return sign_of(left.real<right.real, left.real> right.real);
 }
 
-// base to an integral power by repeated squaring over the bits of the exponent's magnitude.
-double integral_power(double base, double exponent) {
-    auto bits = static_cast<std::uint32_t>(exponent < 0 ? -exponent : exponent);
-    double product = 1;
-    for (double square = base; bits != 0; bits >>= 1, square *= square) {
-        if (bits & 1) product *= square;
-    }
-    return exponent < 0 ? 1 / product : product;
-}
-
 }  // namespace
 
 Value arithmetic(std::uint8_t operation, const Value& left, const Value& right) {
@@ -185,18 +175,10 @@ Value logical(std::uint8_t operation, const Value& left, const Value& right) {
 }
 
 Value power(const Value& base_value, const Value& exponent_value) {
-    constexpr double largest_integral_exponent = 65536;
     const double base = to_double(base_value);
     const double exponent = to_double(exponent_value);
     if (error_pending()) return Value::nothing();
-    if (exponent == 0) return Value::of_real(1);
-    if (base == 0) return exponent > 0 ? Value::of_real(0) : fail(message::division_by_zero);
-    const bool small = exponent >= -largest_integral_exponent && exponent <= largest_integral_exponent;
-    if (small && exponent == static_cast<double>(static_cast<std::int64_t>(exponent))) {
-        return floating_result(integral_power(base, exponent), Type::DOUBLE);
-    }
-    if (base < 0) return fail(message::illegal_function_call);
-    return floating_result(kernel_pow(base, exponent), Type::DOUBLE);
+    return Value::of_real(power(base, exponent));
 }
 
 Value negate(const Value& operand) {
