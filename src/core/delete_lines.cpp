@@ -30,8 +30,7 @@ void delete_line_range(const LineRange& range) {
         raise(message::illegal_function_call);
         return;
     }
-    for (std::uint32_t index = end; index > first; --index)
-        delete_line_at(index - 1);
+    delete_lines(first, end);
 }
 
 }  // namespace korvane

@@ -11,7 +11,7 @@ namespace korvane {
 // holds no line.
 void do_delete(Cursor& cursor);
 
-// Removes the lines with a number in the range, the highest first. Raises "Illegal function call" when there
+// Removes the lines with a number in the range. Raises "Illegal function call" when there
 // is none.
 void delete_line_range(const LineRange& range);
 

@@ -13,12 +13,6 @@ ProgramStore program;
 
 namespace {
 
-constexpr std::uint32_t record_head = 8;
-
-constexpr std::uint32_t record_size(std::uint32_t text_length) {
-    return (record_head + text_length + 1 + 3) & ~3U;
-}
-
 std::uint32_t stored_text_length(const std::uint8_t* record) {
     return read_unaligned<std::uint32_t>(record + 4);
 }
@@ -26,10 +20,10 @@ std::uint32_t stored_text_length(const std::uint8_t* record) {
 void write_record(std::uint8_t* record, std::uint32_t number, std::string_view text) {
     write_unaligned(record, number);
     write_unaligned(record + 4, static_cast<std::uint32_t>(text.size()));
-    copy_bytes(record + record_head, text.data(), text.size());
+    copy_bytes(record + line_record_head, text.data(), text.size());
     // The zero byte and the padding, so that no stale bytes show in a memory dump.
-    const std::uint32_t used = record_head + static_cast<std::uint32_t>(text.size());
-    fill_bytes(record + used, 0, record_size(static_cast<std::uint32_t>(text.size())) - used);
+    const std::uint32_t used = line_record_head + static_cast<std::uint32_t>(text.size());
+    fill_bytes(record + used, 0, line_record_size(static_cast<std::uint32_t>(text.size())) - used);
 }
 
 // Moves the record pointers of all lines from `first` on by `distance` bytes.
@@ -38,20 +32,22 @@ void shift_records(std::uint32_t first, std::int64_t distance) {
         program.lines[i].record += distance;
 }
 
-void remove_line(std::uint32_t index) {
-    std::uint8_t* record = program.lines[index].record;
-    const std::uint32_t size = record_size(stored_text_length(record));
-    move_bytes(record, record + size, static_cast<std::size_t>(program.write - (record + size)));
+// Takes out the lines from index `first` up to, not including, `end`.
+void remove_lines(std::uint32_t first, std::uint32_t end) {
+    std::uint8_t* start = program.lines[first].record;
+    std::uint8_t* rest = end < program.count ? program.lines[end].record : program.write;
+    const std::int64_t size = rest - start;
+    move_bytes(start, rest, static_cast<std::size_t>(program.write - rest));
     program.write -= size;
-    move_bytes(&program.lines[index], &program.lines[index + 1],
-               (program.count - index - 1) * sizeof(LineEntry));
-    --program.count;
-    program.lines[program.count] = LineEntry{};
-    shift_records(index, -static_cast<std::int64_t>(size));
+    move_bytes(&program.lines[first], &program.lines[end], (program.count - end) * sizeof(LineEntry));
+    const std::uint32_t count = program.count - (end - first);
+    fill_bytes(&program.lines[count], 0, (end - first) * sizeof(LineEntry));
+    program.count = count;
+    shift_records(first, -size);
 }
 
 void insert_line(std::uint32_t index, std::uint32_t number, std::string_view text) {
-    const std::uint32_t size = record_size(static_cast<std::uint32_t>(text.size()));
+    const std::uint32_t size = line_record_size(static_cast<std::uint32_t>(text.size()));
     std::uint8_t* record = index < program.count ? program.lines[index].record : program.write;
     move_bytes(record + size, record, static_cast<std::size_t>(program.write - record));
     shift_records(index, size);
@@ -70,7 +66,7 @@ bool holds_line(std::uint32_t index, std::uint32_t number) {
 bool has_room_for(std::uint32_t size, std::uint32_t index, bool replaces) {
     std::uint64_t available =
         arenas.CODEEND > program.write ? static_cast<std::uint64_t>(arenas.CODEEND - program.write) : 0;
-    if (replaces) available += record_size(stored_text_length(program.lines[index].record));
+    if (replaces) available += line_record_size(stored_text_length(program.lines[index].record));
     return size <= available && (replaces || program.count < max_program_lines);
 }
 
@@ -101,7 +97,7 @@ void make_current(Token* tokens, std::uint32_t count) {
 
 std::string_view line_text(std::uint32_t index) {
     const std::uint8_t* record = program.lines[index].record;
-    return {reinterpret_cast<const char*>(record + record_head), stored_text_length(record)};
+    return {reinterpret_cast<const char*>(record + line_record_head), stored_text_length(record)};
 }
 
 std::uint32_t first_line_from(std::uint64_t number) {
@@ -134,22 +130,22 @@ void store_line(std::uint32_t number, std::string_view text) {
     const std::uint32_t index = first_line_from(number);
     const bool replaces = holds_line(index, number);
     if (text.empty()) {
-        if (replaces) delete_line_at(index);
+        if (replaces) delete_lines(index, index + 1);
         return;
     }
-    if (!has_room_for(record_size(static_cast<std::uint32_t>(text.size())), index, replaces)) {
+    if (!has_room_for(line_record_size(static_cast<std::uint32_t>(text.size())), index, replaces)) {
         raise(message::program_too_large);
         return;
     }
     empty_token_cache();
-    if (replaces) remove_line(index);
+    if (replaces) remove_lines(index, index + 1);
     insert_line(index, number, text);
 }
 
-void delete_line_at(std::uint32_t index) {
+void delete_lines(std::uint32_t first, std::uint32_t end) {
     execution.can_continue = false;
     empty_token_cache();
-    remove_line(index);
+    remove_lines(first, end);
 }
 
 void clear_program() {
@@ -178,7 +174,7 @@ void prepare_line(std::uint32_t index) {
         make_current(line.tokens, line.token_count);
         return;
     }
-    const auto count = static_cast<std::uint32_t>(tokenize(line.record + record_head));
+    const auto count = static_cast<std::uint32_t>(tokenize(line.record + line_record_head));
     if (error_pending()) {
         errors.line = line.number;
         return;

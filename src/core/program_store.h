@@ -23,6 +23,13 @@ namespace korvane {
 inline constexpr std::uint32_t max_program_lines = 65536;
 inline constexpr std::uint32_t max_line_text = 244;
 
+inline constexpr std::uint32_t line_record_head = 8;
+
+// What a line with a text of this length takes in the program arena.
+constexpr std::uint32_t line_record_size(std::uint32_t text_length) {
+    return (line_record_head + text_length + 1 + 3) & ~3U;
+}
+
 struct LineEntry {
     std::uint32_t number;
     std::uint8_t* record;       // line record in the program arena
@@ -46,8 +53,9 @@ std::string_view line_text(std::uint32_t index);
 // failed store leaves the program as it was. Clears can-continue.
 void store_line(std::uint32_t number, std::string_view text);
 
-// Removes the line at `index` and empties the token cache.
-void delete_line_at(std::uint32_t index);
+// Removes the lines from index `first` up to, not including, `end` and empties the token cache. Clears
+// can-continue.
+void delete_lines(std::uint32_t first, std::uint32_t end);
 
 // The index of the line with exactly this number, or direct_line when there is none.
 std::uint32_t find_line(std::uint32_t number);

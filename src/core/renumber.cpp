@@ -46,11 +46,6 @@ std::optional<Request> read_request(Cursor& cursor) {
     return request;
 }
 
-// What a line with a text of this length takes in the program arena.
-constexpr std::uint64_t record_size(std::uint64_t text_length) {
-    return (8 + text_length + 1 + 3) & ~std::uint64_t{3};
-}
-
 // Whether the new numbers of the lines from `first` on keep the order of all lines and are line numbers.
 bool numbers_fit(const Request& request, std::uint32_t first) {
     if (request.increment < 1 || request.new_number > max_line_number) return false;
@@ -108,7 +103,7 @@ bool rewrite_texts(const WorkSpace& space) {
         }
         written += length;
         space.text_ends[index] = written;
-        program_size += record_size(length);
+        program_size += line_record_size(length);
     }
     if (program_size <= program_arena_size) return true;
     raise(message::program_too_large);
