@@ -6,6 +6,15 @@
 file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cpp)
 
 add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
+# Whatever does not run in a program's inner loops is compiled for size: the image is copied into every program
+# that is made standalone, and firmware reads it slowly.
+set(KORVANE_HOT_SOURCES ${KORVANE_SOURCES})
+list(FILTER KORVANE_HOT_SOURCES INCLUDE REGEX
+     "/src/(platform)/|/src/values/(arrays|assignment|convert|evaluator|function_|numeric|operators|power|.*kernels|angle|random|store|string_f|variables|format|decimal|big_natural|memory_access|user_f)|/src/core/(arenas|clear|conditions|control_stacks|dispatch|execution|jumps|loops|run)|/src/screen/(bitmaps|circle|colour|console|coordinates|draw_macro|framebuffer|gfx_line|graphics|image_array|output|paint|plot|print)")
+set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES})
+list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES})
+set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS -Os)
+
 target_include_directories(korvane.efi PRIVATE ${CMAKE_SOURCE_DIR}/src)
 target_link_libraries(korvane.efi PRIVATE korvane_warnings)
 target_compile_definitions(korvane.efi PRIVATE _WIN64 KORVANE_FREESTANDING)
@@ -31,9 +40,7 @@ target_link_options(
           -Wl,--subsystem,10
           -Wl,-e,_ModuleEntryPoint
           -Wl,--dynamicbase
-          -Wl,--no-insert-timestamp
-          # While the interpreter is being put together, missing pieces are reported but do not stop the build.
-          -Wl,--noinhibit-exec)
+          -Wl,--no-insert-timestamp)
 
 add_custom_command(
   TARGET korvane.efi
