@@ -102,9 +102,13 @@ void locate_in_window(Cursor& cursor) {
     window->cursor_column = column;
 }
 
+bool is_value_left_out(const Token* at) {
+    return at->kind == ',' || at_statement_end(at);
+}
+
 // A value of a list in which any may be left out.
 std::optional<std::int64_t> parse_optional_value(Cursor& cursor) {
-    if (cursor->kind == ',' || at_statement_end(cursor)) return std::nullopt;
+    if (is_value_left_out(cursor)) return std::nullopt;
     return evaluate_integer(cursor);
 }
 
@@ -196,9 +200,10 @@ void do_locate(Cursor& cursor) {
     const std::optional<std::int64_t> row_number = parse_optional_value(cursor);
     std::optional<std::int64_t> column_number;
     if (!error_pending() && accept(cursor, ',')) column_number = parse_optional_value(cursor);
-    // Classic BASIC sets the shape of the cursor with further values; here they have no meaning.
-    while (!error_pending() && accept(cursor, ','))
-        parse_optional_value(cursor);
+    // Classic BASIC sets the shape of the cursor with further values; here they are evaluated, no more.
+    while (!error_pending() && accept(cursor, ',')) {
+        if (!is_value_left_out(cursor)) evaluate(cursor);
+    }
     if (error_pending()) return;
 
     const CellRectangle area = con_text_area();
