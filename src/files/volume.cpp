@@ -171,7 +171,7 @@ void initialise_volume() {
 uefi::FileProtocol* GetVolumeRoot() {
     if (volume.root != nullptr) return volume.root;
     const uefi::LoadedImageProtocol* image = loaded_image();
-    if (image == nullptr) return nullptr;
+    if (image == nullptr || image->DeviceHandle == nullptr) return nullptr;
     auto* file_system = static_cast<uefi::SimpleFileSystemProtocol*>(
         find_interface(image->DeviceHandle, uefi::simple_file_system_guid));
     if (file_system == nullptr) return nullptr;

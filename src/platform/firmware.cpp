@@ -12,6 +12,8 @@ void firmware_start(uefi::Handle image_handle, uefi::SystemTable* system_table) 
 }
 
 void* find_interface(uefi::Handle handle, const uefi::Guid& protocol) {
+    // An image that came from no device has none to be asked.
+    if (handle == nullptr) return nullptr;
     void* found = nullptr;
     return uefi::is_error(firmware.boot->HandleProtocol(handle, &protocol, &found)) ? nullptr : found;
 }

@@ -401,6 +401,7 @@ void Player::restart(const Step& step) {
 
 void Player::use_own_copy_of_volume(const std::string& name) {
     const std::filesystem::path copy = scratch_ / name;
+    std::filesystem::create_directories(copy);
     std::filesystem::copy(volume_folder(scratch_, 0), volume_folder(copy, 0),
                           std::filesystem::copy_options::recursive);
     machine_->firmware().volumes().front()->replace_folder(volume_folder(copy, 0));
