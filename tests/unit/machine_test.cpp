@@ -1,0 +1,180 @@
+#include "machine.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "image_loader.h"
+
+namespace korvane::host {
+namespace {
+
+// Applications for the machine, linked into this program.
+
+uefi::Status EFIAPI returns(uefi::Handle, uefi::SystemTable*) {
+    return 42;
+}
+
+uefi::Status EFIAPI exits(uefi::Handle image, uefi::SystemTable* system) {
+    system->BootServices->Exit(image, 43, 0, nullptr);
+    return 0;
+}
+
+// Spins for a key, waits for a second one, and returns the sum of their codes.
+uefi::Status EFIAPI adds_keys(uefi::Handle, uefi::SystemTable* system) {
+    uefi::InputKey key{};
+    while (uefi::is_error(system->ConIn->ReadKeyStroke(system->ConIn, &key))) {
+    }
+    const uefi::Status first = key.UnicodeChar;
+    std::uint64_t index = 0;
+    system->BootServices->WaitForEvent(1, &system->ConIn->WaitForKey, &index);
+    system->ConIn->ReadKeyStroke(system->ConIn, &key);
+    return first + key.UnicodeChar;
+}
+
+TEST(MachineTest, RunsUntilTheApplicationReturns) {
+    Machine machine(Config{}, {"", returns});
+    EXPECT_EQ(machine.run(), Stop::returned);
+    EXPECT_EQ(machine.status(), 42U);
+}
+
+TEST(MachineTest, ExitEndsTheApplication) {
+    Machine machine(Config{}, {"", exits});
+    EXPECT_EQ(machine.run(), Stop::returned);
+    EXPECT_EQ(machine.status(), 43U);
+}
+
+TEST(MachineTest, StopsWhereverAKeyIsWaitedFor) {
+    Machine machine(Config{}, {"", adds_keys});
+    ASSERT_EQ(machine.run(), Stop::waits_for_key);
+    EXPECT_FALSE(machine.waits_in_event());
+    machine.firmware().keyboard().press({0, 100});
+    ASSERT_EQ(machine.run(), Stop::waits_for_key);
+    EXPECT_TRUE(machine.waits_in_event());
+    machine.firmware().keyboard().press({0, 23});
+    EXPECT_EQ(machine.run(), Stop::returned);
+    EXPECT_EQ(machine.status(), 123U);
+}
+
+// A PE32+ image of one section, whose code is "mov eax, [address]; ret" with an absolute address that the
+// relocations must correct.
+class ImageFile {
+  public:
+    static constexpr std::uint32_t image_size = 0x3000;
+
+    ImageFile() : bytes_(0x600) {
+        put<std::uint16_t>(0, 0x5A4D);
+        put<std::uint32_t>(0x3C, 0x40);
+        put<std::uint32_t>(0x40, 0x4550);
+        put<std::uint16_t>(0x44, 0x8664);
+        put<std::uint16_t>(0x46, 2);  // sections
+        put<std::uint16_t>(0x54, 240);
+        put<std::uint16_t>(0x58, 0x20B);
+        put<std::uint32_t>(0x58 + 16, 0x1000);       // entry point
+        put<std::uint64_t>(0x58 + 24, 0x140000000);  // preferred base
+        put<std::uint32_t>(0x58 + 56, image_size);
+        put<std::uint32_t>(0x58 + 60, 0x200);  // headers
+        put<std::uint16_t>(0x58 + 68, 10);     // UEFI application
+        put<std::uint32_t>(0x58 + 108, 16);    // directories
+        put<std::uint32_t>(0x58 + 152, 0x2000);
+        put<std::uint32_t>(0x58 + 156, 12);
+        section(0, 0x1000, 0x200, 0x60000020);
+        section(1, 0x2000, 0x400, 0x42000040);
+        // movabs eax, [0x140001010]; ret
+        const std::uint8_t code[] = {0xA1, 0x10, 0x10, 0x00, 0x40, 0x01, 0x00, 0x00, 0x00, 0xC3};
+        std::memcpy(&bytes_[0x200], code, sizeof code);
+        put<std::uint32_t>(0x210, 77);
+        put<std::uint32_t>(0x400, 0x1000);
+        put<std::uint32_t>(0x404, 12);
+        put<std::uint16_t>(0x408, 0xA001);
+    }
+
+    template <typename Number>
+    void put(std::size_t offset, Number value) {
+        std::memcpy(&bytes_[offset], &value, sizeof value);
+    }
+    std::vector<std::uint8_t>& bytes() { return bytes_; }
+
+  private:
+    void section(std::size_t number, std::uint32_t address, std::uint32_t offset, std::uint32_t flags) {
+        const std::size_t at = 0x148 + number * 40;
+        put<std::uint32_t>(at + 8, 0x200);
+        put<std::uint32_t>(at + 12, address);
+        put<std::uint32_t>(at + 16, 0x200);
+        put<std::uint32_t>(at + 20, offset);
+        put<std::uint32_t>(at + 36, flags);
+    }
+
+    std::vector<std::uint8_t> bytes_;
+};
+
+std::string problem_of(const ImageFile& file) {
+    ImageFile copy = file;
+    std::string problem;
+    return load_image(copy.bytes(), image_base, problem) ? "" : problem;
+}
+
+TEST(ImageLoaderTest, PlacesSectionsAndRelocatesThem) {
+    ImageFile file;
+    std::string problem;
+    const auto image = load_image(file.bytes(), image_base, problem);
+    ASSERT_TRUE(image.has_value()) << problem;
+    EXPECT_EQ(image->entry_point, image_base + 0x1000);
+    EXPECT_EQ(image->memory.size(), ImageFile::image_size);
+    const auto code = reinterpret_cast<int(EFIAPI*)()>(image->entry_point);
+    EXPECT_EQ(code(), 77);
+}
+
+TEST(ImageLoaderTest, RefusesWhatIsNoApplication) {
+    ImageFile file;
+    EXPECT_EQ(problem_of(file), "");
+    file.put<std::uint16_t>(0x44, 0x14C);
+    EXPECT_EQ(problem_of(file), "not for x86-64");
+    file = ImageFile();
+    file.put<std::uint16_t>(0x58 + 68, 3);
+    EXPECT_EQ(problem_of(file), "not a UEFI application");
+    file = ImageFile();
+    file.put<std::uint32_t>(0x3C, 0xFFFFFFF0);
+    EXPECT_EQ(problem_of(file), "no PE signature");
+    file = ImageFile();
+    file.put<std::uint32_t>(0x58 + 16, ImageFile::image_size);
+    EXPECT_EQ(problem_of(file), "entry point outside the image");
+    file = ImageFile();
+    file.put<std::uint32_t>(0x58 + 56, 0xFFFFFFFF);
+    EXPECT_EQ(problem_of(file), "unreasonable image size");
+    std::string problem;
+    EXPECT_FALSE(load_image({}, image_base, problem).has_value());
+}
+
+TEST(ImageLoaderTest, RefusesSectionsAndRelocationsOutsideTheImage) {
+    ImageFile file;
+    file.put<std::uint32_t>(0x148 + 12, 0xFFFFF000);
+    EXPECT_EQ(problem_of(file), "a section lies outside the file or the image");
+    file = ImageFile();
+    file.put<std::uint32_t>(0x148 + 20, 0xFFFFFFFF);
+    EXPECT_EQ(problem_of(file), "a section lies outside the file or the image");
+    file = ImageFile();
+    file.put<std::uint32_t>(0x400, 0xFFFFFFFF);
+    EXPECT_EQ(problem_of(file), "the relocations are damaged");
+    file = ImageFile();
+    file.put<std::uint32_t>(0x404, 6);
+    EXPECT_EQ(problem_of(file), "the relocations are damaged");
+    file = ImageFile();
+    file.put<std::uint32_t>(0x58 + 152, 0x2FFF);
+    EXPECT_EQ(problem_of(file), "the relocations are damaged");
+}
+
+TEST(ImageLoaderTest, EveryCutOffFileIsRefusedOrLoaded) {
+    ImageFile file;
+    const std::vector<std::uint8_t> whole = file.bytes();
+    for (std::size_t size = 0; size < whole.size(); size += 7) {
+        std::string problem;
+        const auto image = load_image(std::span(whole).first(size), image_base, problem);
+        EXPECT_TRUE(image.has_value() || !problem.empty()) << size;
+    }
+}
+
+}  // namespace
+}  // namespace korvane::host
