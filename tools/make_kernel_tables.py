@@ -3,9 +3,11 @@
 
 Everything is computed with Python's integers as fixed-point numbers of `bits` fraction bits, by Taylor series
 and integer square roots, so the tables need no trust in any mathematical library. Run from the repository's
-root; the output is committed, and running the script again must not change it.
+root; the output is committed. With --check nothing is written, and the committed tables must be what the script
+computes.
 """
 
+import sys
 from fractions import Fraction
 from math import isqrt
 
@@ -222,10 +224,15 @@ def main() -> None:
         "}  // namespace korvane",
         "",
     ]
-    with open("src/values/kernel_tables.h", "w", encoding="ascii") as file:
-        file.write("\n".join(header))
-    with open("src/values/kernel_tables.cpp", "w", encoding="ascii") as file:
-        file.write("\n".join(source))
+    files = {"src/values/kernel_tables.h": header, "src/values/kernel_tables.cpp": source}
+    for name, lines in files.items():
+        if "--check" in sys.argv:
+            with open(name, encoding="ascii") as file:
+                if file.read() != "\n".join(lines):
+                    sys.exit(f"{name} is not what tools/make_kernel_tables.py computes")
+        else:
+            with open(name, "w", encoding="ascii") as file:
+                file.write("\n".join(lines))
 
 
 main()

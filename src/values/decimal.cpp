@@ -4,6 +4,7 @@
 #include <array>
 #include <bit>
 
+#include "core/characters.h"
 #include "values/big_natural.h"
 
 namespace korvane {
@@ -22,10 +23,6 @@ constexpr std::array<double, 23> powers_of_ten = {1e0,  1e1,  1e2,  1e3,  1e4,  
 // zero.
 constexpr std::int64_t highest_magnitude = 309;
 constexpr std::int64_t lowest_magnitude = -323;
-
-bool is_digit(char character) {
-    return character >= '0' && character <= '9';
-}
 
 std::size_t skip_digits(std::string_view text, std::size_t position) {
     while (position < text.size() && is_digit(text[position]))
@@ -206,7 +203,7 @@ DecimalShape scan_decimal(std::string_view text) {
     if (shape.digits == 0) return {};
     shape.length = position;
     if (position == text.size()) return shape;
-    const char letter = static_cast<char>(text[position] & ~0x20);
+    const char letter = fold_to_upper(text[position]);
     if (letter != 'E' && letter != 'D') return shape;
     position++;
     if (position < text.size() && (text[position] == '+' || text[position] == '-')) position++;

@@ -11,7 +11,6 @@ namespace {
 constexpr int single_digits = 7;
 constexpr int double_digits = 15;
 constexpr double two_to_63 = 9223372036854775808.0;
-constexpr double largest_double = 1.7976931348623157e308;
 
 // Appends characters to a buffer that the caller made large enough.
 class Writer {
@@ -165,7 +164,7 @@ NumberText format_unsigned(std::uint64_t number) {
 
 std::size_t format_magnitude(double magnitude, int digits, char exponent_letter, std::span<char> text) {
     if (magnitude != magnitude) return copy_word("NAN", text);
-    if (magnitude > largest_double) return copy_word("INF", text);
+    if (__builtin_isinf(magnitude)) return copy_word("INF", text);
     if (magnitude == 0) return copy_word("0", text);
 
     std::array<char, integral_size> block;

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "core/characters.h"
 #include "core/errors.h"
 #include "core/messages.h"
 #include "values/convert.h"
@@ -13,7 +14,6 @@ namespace {
 
 constexpr std::int64_t integer_limit = 32768;
 constexpr std::int64_t long_limit = 2147483648;
-constexpr double largest_double = 1.7976931348623157e308;
 
 // A type suffix and its length; NONE and 0 where there is none.
 struct Suffix {
@@ -67,7 +67,7 @@ bool read_integer(std::string_view number, const DecimalShape& shape, Type type,
 
 bool read_floating(std::string_view number, Type type, Value& value) {
     const double real = type == Type::SINGLE ? decimal_to_single(number) : decimal_to_double(number);
-    if (real > largest_double) return fail(message::overflow);
+    if (__builtin_isinf(real)) return fail(message::overflow);
     value = Value::of_real(real, type);
     return true;
 }
@@ -83,7 +83,7 @@ bool read_without_suffix(std::string_view number, const DecimalShape& shape, Val
         return read_floating(number, Type::DOUBLE, value);
     }
     const double single = decimal_to_single(number);
-    if (single > largest_double || (single == 0 && decimal_to_double(number) != 0)) {
+    if (__builtin_isinf(single) || (single == 0 && decimal_to_double(number) != 0)) {
         return read_floating(number, Type::DOUBLE, value);
     }
     value = Value::of_real(single, Type::SINGLE);
@@ -92,13 +92,13 @@ bool read_without_suffix(std::string_view number, const DecimalShape& shape, Val
 
 // The part of a zero-terminated text that can belong to a decimal number.
 std::string_view decimal_extent(const std::uint8_t* text) {
+    const auto* start = reinterpret_cast<const char*>(text);
     std::size_t length = 0;
     while (true) {
-        const std::uint8_t character = text[length];
-        const std::uint8_t upper = character & 0xDF;
-        const bool belongs = (character >= '0' && character <= '9') || character == '.' || character == '+' ||
-                             character == '-' || upper == 'E' || upper == 'D';
-        if (!belongs) return {reinterpret_cast<const char*>(text), length};
+        const char character = fold_to_upper(start[length]);
+        const bool sign = character == '+' || character == '-';
+        const bool letter = character == 'E' || character == 'D';
+        if (!is_digit(character) && character != '.' && !sign && !letter) return {start, length};
         length++;
     }
 }

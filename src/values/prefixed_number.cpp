@@ -1,17 +1,19 @@
 #include "values/prefixed_number.h"
 
+#include "core/characters.h"
+
 namespace korvane {
 
 std::uint32_t digit_value(char character) {
     if (character >= '0' && character <= '9') return static_cast<std::uint32_t>(character - '0');
-    const char upper = static_cast<char>(character & ~0x20);
+    const char upper = fold_to_upper(character);
     if (upper >= 'A' && upper <= 'F') return static_cast<std::uint32_t>(upper - 'A' + 10);
     return 255;
 }
 
 PrefixedNumber scan_prefixed(std::string_view text) {
     if (text.size() < 3 || text[0] != '&') return {};
-    const char letter = static_cast<char>(text[1] & ~0x20);
+    const char letter = fold_to_upper(text[1]);
     if (letter != 'H' && letter != 'O') return {};
     const std::uint32_t bits_per_digit = letter == 'H' ? 4 : 3;
 

@@ -1,5 +1,6 @@
 #include "values/text_number.h"
 
+#include "core/characters.h"
 #include "core/errors.h"
 #include "core/messages.h"
 #include "values/decimal.h"
@@ -9,14 +10,6 @@ namespace korvane {
 namespace {
 
 constexpr std::uint64_t int64_magnitude = std::uint64_t{1} << 63;
-constexpr double largest_double = 1.7976931348623157e308;
-
-bool is_blank(char character) {
-    return character == ' ' || character == '\t';
-}
-bool is_digit(char character) {
-    return character >= '0' && character <= '9';
-}
 
 void skip_blanks(std::string_view& text) {
     while (!text.empty() && is_blank(text.front()))
@@ -93,7 +86,7 @@ NumberReading text_to_double(std::string_view text, double& number) {
         if (single || (!text.empty() && text.back() == '#')) text.remove_suffix(1);
         if (text.empty() || scan_decimal(text).length != text.size()) return NumberReading::not_a_number;
         magnitude = single ? decimal_to_single(text) : decimal_to_double(text);
-        if (magnitude > largest_double) return overflow();
+        if (__builtin_isinf(magnitude)) return overflow();
     }
     number = negative && magnitude != 0 ? -magnitude : magnitude;
     return NumberReading::number;
@@ -113,7 +106,7 @@ Value longest_number(std::string_view text) {
     }
     const DecimalShape shape = scan_decimal(text);
     const double magnitude = shape.length == 0 ? 0 : decimal_to_double(text.substr(0, shape.length));
-    if (magnitude > largest_double) {
+    if (__builtin_isinf(magnitude)) {
         raise(message::overflow);
         return Value::nothing();
     }
