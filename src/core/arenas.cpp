@@ -105,6 +105,7 @@ bool allocate_data_arena() {
 
 void reset_data_arena() {
     ++arenas.generation;
+    ++arenas.clears;
     arenas.VARTABLE = arenas.LOMEM;
     arenas.FREEBOT = arenas.LOMEM + variable_table_size;
     arenas.FREETOP = arenas.HIMEM;
