@@ -1,8 +1,8 @@
-10 ' Clock face: the hands follow the machine's clock until a key is pressed
+10 ' Clock face: the hands follow the machine's clock each second until a key is pressed
 20 SCREEN 640, 480
 30 COLOR 15, 0: CLS
 40 CX = 320: CY = 230: R = 200: PI = 4 * ATN(1)
-50 FOR K = 0 TO 5: CIRCLE (CX, CY), R + K, 7: NEXT K
+50 CIRCLE (CX, CY), R, 7: CIRCLE (CX, CY), R + 5, 7
 60 PAINT (CX, CY - R - 3), 7, 7
 70 FOR M = 0 TO 59
 80   A = M * PI / 30: I = R - 8
@@ -13,13 +13,13 @@
 130   A = H * PI / 6: N$ = MID$(STR$(H), 2)
 140   LOCATE INT((CY - 160 * COS(A)) / 16) + 1, INT((CX + 160 * SIN(A)) / 8) + 1 - LEN(N$) \ 2: PRINT N$;
 150 NEXT H
-160 T$ = ""
-170 WHILE K$ = ""
-180   IF TIME$ <> T$ THEN GOSUB 230
-190   K$ = INKEY$
-200 WEND
-210 CLS: END
-220 ' The old hands are drawn in black, then the new ones
+160 GOSUB 220
+170 ON TIMER(0) GOSUB 220: TIMER(0) = 1000: TIMER(0) ON
+180 WHILE INKEY$ = "": WEND
+190 TIMER(0) OFF
+200 CLS: END
+210 ' The old hands are drawn in black, then the new ones
+220 IF TIME$ = T$ THEN RETURN
 230 IF T$ <> "" THEN B = 1: GOSUB 270
 240 T$ = TIME$: B = 0: GOSUB 270
 250 LOCATE 29, 37: COLOR 7: PRINT T$;: COLOR 15
@@ -28,7 +28,7 @@
 280 A = (H + M / 60) * PI / 6: L = 90: W = 7: C = 15: GOSUB 330
 290 A = (M + S / 60) * PI / 30: L = 140: W = 5: C = 15: GOSUB 330
 300 A = S * PI / 30: L = 150: W = 0: C = 12: GOSUB 330
-310 CIRCLE (CX, CY), 9, 7: PAINT (CX, CY), 7, 7
+310 CIRCLE (CX, CY), 9, 8: PAINT (CX, CY), 8: CIRCLE (CX, CY), 9, 7: PAINT (CX, CY), 7
 320 RETURN
 330 IF B THEN C = 0
 340 X = CX + L * SIN(A): Y = CY - L * COS(A)

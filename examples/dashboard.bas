@@ -18,12 +18,12 @@
 180 NEXT K
 190 PRINT @2, JUSTIFY "Each window scrolls by itself and keeps its own cursor and colours. Text sent to one never disturbs the others, the prompt or the chart below."
 200 PRINT @2
-210 FOR K = 1 TO 12: PRINT @2, "event"; K; "logged": NEXT K
+210 FOR K = 1 TO 6: PRINT @2, "event"; K; "logged": NEXT K
 220 PRINT @3, "ALARMS"
 230 PRINT @3, " 07:12  Tank 3 above its limit"
 240 PRINT @3, " 07:40  Pump 2 restarted";
 250 ' The chart: bars in logical coordinates
-260 VIEW (8, 352)-(631, 463), &H101830, 7
+260 VIEW (8, 350)-(631, 460), &H101830, 7
 270 WINDOW (0, 0)-(24, 100)
 280 FOR H = 0 TO 23
 290   V = 50 + 35 * SIN(H / 24 * 8 * ATN(1) - 1.5) + 10 * SIN(H * 2)
