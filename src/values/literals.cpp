@@ -126,7 +126,7 @@ bool read_prefixed(const std::uint8_t*& text, Value& value) {
     text += number.length;
     const Suffix suffix = scan_suffix(text);
     if (!is_integer(suffix.type)) {
-        value = narrowest_integer(number.bits);
+        value = narrowest_of_bits(number.bits);
         return true;
     }
     text += suffix.length;

@@ -29,7 +29,7 @@ PrefixedNumber scan_prefixed(std::string_view text) {
     return number;
 }
 
-Value narrowest_integer(std::uint64_t bits) {
+Value narrowest_of_bits(std::uint64_t bits) {
     const auto integer = static_cast<std::int64_t>(bits);
     if (bits < 32768) return Value::of_integer(integer, Type::INTEGER);
     if (bits < 2147483648) return Value::of_integer(integer, Type::LONG);

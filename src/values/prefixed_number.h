@@ -23,6 +23,6 @@ PrefixedNumber scan_prefixed(std::string_view text);
 std::uint32_t digit_value(char character);
 
 // A number as the narrowest of INTEGER, LONG and INT64 that holds it; from 2^63 on the INT64 with these bits.
-Value narrowest_integer(std::uint64_t bits);
+Value narrowest_of_bits(std::uint64_t bits);
 
 }  // namespace korvane

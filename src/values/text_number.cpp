@@ -100,7 +100,7 @@ Value longest_number(std::string_view text) {
             raise(message::overflow);
             return Value::nothing();
         }
-        Value value = narrowest_integer(prefixed.bits);
+        Value value = narrowest_of_bits(prefixed.bits);
         if (negative) value.integer = negate(prefixed.bits);
         return value;
     }
