@@ -54,7 +54,8 @@ uefi::Status BlockDevice::check(std::uint32_t media_id, uefi::Lba lba, std::uint
     if (media_.BlockSize == 0) return uefi::device_error;
     if (size % media_.BlockSize != 0) return uefi::bad_buffer_size;
     const std::uint64_t blocks = size / media_.BlockSize;
-    if (lba > media_.LastBlock || blocks > media_.LastBlock - lba + 1) return uefi::invalid_parameter;
+    if (blocks != 0 && (lba > media_.LastBlock || blocks - 1 > media_.LastBlock - lba))
+        return uefi::invalid_parameter;
     if (buffer == nullptr && size != 0) return uefi::invalid_parameter;
     const std::uint64_t align = std::max(media_.IoAlign, 1U);
     if (reinterpret_cast<std::uint64_t>(buffer) % align != 0) return uefi::invalid_parameter;
