@@ -1,5 +1,6 @@
 """Reads the text of a console screen back from its pixels, by the very font the image is built with."""
 
+import collections
 import gzip
 
 import pcf_font
@@ -49,6 +50,17 @@ class Screen:
             raise ValueError("the picture is cut short")
         if Screen.glyphs is None:
             Screen.glyphs = glyph_texts()
+        self.background = self.commonest_corner()
+
+    def commonest_corner(self):
+        """The colour that most cells have at their upper left, where nearly every glyph shows its background."""
+        stride = 3 * self.width
+        corners = collections.Counter(
+            self.pixels[start : start + 3]
+            for line in range(0, self.height, CELL_HEIGHT)
+            for start in range(line * stride, (line + 1) * stride, 3 * CELL_WIDTH)
+        )
+        return corners.most_common(1)[0][0]
 
     def pixel(self, x, y):
         """The colour at (x, y) as 0xRRGGBB."""
@@ -62,21 +74,21 @@ class Screen:
         cell = b"".join(
             self.pixels[start + y * stride : start + y * stride + 3 * CELL_WIDTH] for y in range(CELL_HEIGHT)
         )
-        text = Screen.cell_cache.get(cell)
+        key = (cell, self.background)
+        text = Screen.cell_cache.get(key)
         if text is None:
-            text = Screen.cell_cache[cell] = self.recognise(cell)
+            text = Screen.cell_cache[key] = self.recognise(cell)
         return text
 
-    @staticmethod
-    def recognise(cell):
+    def recognise(self, cell):
         pixels = [cell[i : i + 3] for i in range(0, len(cell), 3)]
         colours = sorted(set(pixels), key=pixels.count, reverse=True)
         if len(colours) > 2:
             return UNKNOWN
         if len(colours) == 1:
-            return " " if colours[0] == b"\0\0\0" else "█"
-        # A black colour is taken as the background, else the one that covers more of the cell.
-        backgrounds = sorted(colours, key=lambda colour: colour != b"\0\0\0")
+            return " " if colours[0] == self.background else "█"
+        # The screen's background is the cell's too, else the colour that covers more of the cell.
+        backgrounds = sorted(colours, key=lambda colour: colour != self.background)
         for background in backgrounds:
             bits = "".join("0" if pixel == background else "1" for pixel in pixels)
             text = Screen.glyphs.get(int(bits, 2).to_bytes(CELL_HEIGHT, "big"))
