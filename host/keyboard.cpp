@@ -47,6 +47,7 @@ __attribute__((no_sanitize("address"))) bool Keyboard::is_spinning(const std::ui
 __attribute__((no_sanitize("address"))) void Keyboard::learn_spin_place(std::uint64_t code_base,
                                                                         std::uint64_t code_size) {
     spin_return_addresses_.clear();
+    if (last_frame_ == nullptr) return;  // an image that stopped before it looked for a key
     for (std::size_t word = 0; word < watched_words; ++word)
         if (last_frame_[word] - code_base < code_size) spin_return_addresses_[word] = last_frame_[word];
     spin_frame_ = spin_return_addresses_.size() >= 2 ? last_frame_ : nullptr;
