@@ -123,12 +123,17 @@ double many_turns(Random& random) {
 double near_quarter_turn(Random& random) {
     return nudge(static_cast<double>(random.bits() % 100000) * 1.5707963267948966, random);
 }
+// Where one row of a table ends and the next begins.
+double between_rows(Random& random) {
+    return nudge((static_cast<double>(random.bits() % 300) + 0.5) / 128, random);
+}
 // Any exponent from 2^-30 to 2^1023, so that large arguments get their share.
 double large(Random& random) {
     return std::ldexp(random.between(1, 2), static_cast<int>(random.bits() % 1054) - 30);
 }
 
-const std::vector<Draw> angles = {near_zero, some_turns, many_turns, near_quarter_turn, large, any};
+const std::vector<Draw> angles = {near_zero,    some_turns, many_turns, near_quarter_turn,
+                                  between_rows, large,      any};
 
 TEST(KernelsTest, SineIsNearlyCorrectlyRounded) {
     measure("SIN", kernel_sin, mpfr_sin, angles);
@@ -142,14 +147,14 @@ TEST(KernelsTest, TangentIsNearlyCorrectlyRounded) {
 
 TEST(KernelsTest, ArctangentIsNearlyCorrectlyRounded) {
     measure("ATN", kernel_atan, mpfr_atan,
-            {near_zero, some_turns, [](Random& random) { return nudge(1, random); },
-             [](Random& random) { return nudge(static_cast<double>(random.bits() % 300) / 256, random); },
-             large, any});
+            {near_zero, some_turns, between_rows, [](Random& random) { return 1 / between_rows(random); },
+             [](Random& random) { return nudge(1, random); }, large, any});
 }
 
 TEST(KernelsTest, ExponentialIsNearlyCorrectlyRounded) {
     measure("EXP", kernel_exp, mpfr_exp,
             {near_zero, some_turns, [](Random& random) { return random.between(-745, 709.78); },
+             [](Random& random) { return between_rows(random) * 0.6931471805599453; },
              [](Random& random) {
                  return std::ldexp(random.between(-1, 1), -static_cast<int>(random.bits() % 60));
              },
@@ -165,6 +170,7 @@ TEST(KernelsTest, LogarithmIsNearlyCorrectlyRounded) {
                  return 1 + std::ldexp(random.between(-1, 1), -static_cast<int>(random.bits() % 52));
              },
              [](Random& random) { return random.between(1, 1e6); },
+             [](Random& random) { return between_rows(random) + 1; },
              [](Random& random) { return std::ldexp(random.between(0.5, 1), -1023); }});
 }
 
