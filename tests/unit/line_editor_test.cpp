@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <random>
 #include <string>
 
 #include "memory_screen.h"
@@ -57,6 +58,16 @@ class LineEditorTest : public testing::Test {
     void put_cursor(std::uint32_t row, std::uint32_t column) const {
         console.cursor_row = row;
         console.cursor_column = column;
+    }
+
+    // The ninth pixel row of a cell as a font row.
+    std::uint8_t cell_bits(std::uint32_t row, std::uint32_t column) const {
+        std::uint8_t bits = 0;
+        for (std::uint32_t x = 0; x < glyph_width; ++x) {
+            const bool lit = memory.front(column * glyph_width + x, row * glyph_height + 8) == white;
+            bits = static_cast<std::uint8_t>(bits << 1 | (lit ? 1 : 0));
+        }
+        return bits;
     }
 
     MemoryScreen memory;
@@ -392,6 +403,57 @@ TEST_F(LineEditorTest, AnEmptyTextAreaIsSurvived) {
     edit();
     EXPECT_EQ(console.cursor_row, 0u);
     EXPECT_TRUE(memory.guard_is_intact());
+}
+
+// Whatever is typed, in whatever text area: the cursor stays inside it, nothing outside it changes, and the
+// pixels show what the grid holds.
+TEST_F(LineEditorTest, RandomKeysStayInsideTheTextArea) {
+    constexpr std::array<std::uint16_t, 9> scan_codes{1, 2, 3, 4, 5, 6, 7, 8, 12};
+    std::mt19937 random(20261120);
+    const auto below = [&random](std::uint32_t bound) {
+        return static_cast<std::uint32_t>(random() % bound);
+    };
+    for (int round = 0; round < 300; ++round) {
+        con_reset();
+        con_put_string("a line above, and what it says\rbelow");
+        console.text_window_active = true;
+        const std::uint32_t left = below(10);
+        const std::uint32_t top = below(4);
+        console.text_window = {
+            .left = left, .right = left + below(10 - left), .top = top, .bottom = top + below(4 - top)};
+        const CellRectangle area = console.text_window;
+        const Console before = console;
+        for (int i = 0; i < 200; ++i) {
+            switch (below(4)) {
+                case 0:
+                    keys.scan_key(scan_codes[below(scan_codes.size())]);
+                    break;
+                case 1:
+                    keys.backspace();
+                    break;
+                default:
+                    keys.character_key(static_cast<char16_t>(' ' + below(96)));
+            }
+        }
+        keys.enter();
+        EXPECT_LE(edit(1 + below(256)).size(), 255u);
+        EXPECT_EQ(keys.left(), 0u);
+        EXPECT_GE(console.cursor_row, area.top);
+        EXPECT_LE(console.cursor_row, area.bottom);
+        EXPECT_EQ(console.cursor_column, area.left);
+        for (std::uint32_t row = 0; row < text_rows(); ++row) {
+            for (std::uint32_t column = 0; column < text_columns(); ++column) {
+                const bool inside =
+                    row >= area.top && row <= area.bottom && column >= area.left && column <= area.right;
+                const std::uint8_t was = inside ? console.grid[row][column] : before.grid[row][column];
+                EXPECT_EQ(console.grid[row][column], was);
+                EXPECT_EQ(cell_bits(row, column), font_glyphs[console.grid[row][column]][8]);
+            }
+        }
+        EXPECT_TRUE(memory.guard_is_intact());
+        EXPECT_TRUE(memory.buffers_agree());
+        if (HasFailure()) FAIL() << "in round " << round;
+    }
 }
 
 TEST_F(LineEditorTest, TheCursorIsAFullBlockThatLeavesNoTrace) {

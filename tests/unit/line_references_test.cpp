@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <random>
 #include <string>
 #include <string_view>
 
@@ -110,6 +112,28 @@ TEST(LineReferences, TheLengthLimitIs244) {
     EXPECT_EQ(length, 244U);
     EXPECT_EQ(rewrite_line_references(fits + "A", hundredfold, nullptr, buffer, length),
               Rewriting::text_too_long);
+}
+
+// With every line keeping its number any text comes out as it went in.
+TEST(LineReferences, NothingIsLostFromRandomText) {
+    constexpr std::array<std::string_view, 16> pieces{
+        "GOTO", "GOSUB", "THEN", "ELSE", "ERL", "RESUME", "REM",  "\"",
+        "'",    " ",     ",",    "10",   "<>",  "=",      "1.5E", "x%",
+    };
+    std::mt19937 random(20261120);
+    for (int round = 0; round < 20000; ++round) {
+        std::string text;
+        const auto count = random() % 30;
+        for (std::uint32_t i = 0; i < count; ++i)
+            text += pieces[random() % pieces.size()];
+        if (random() % 4 == 0) text += static_cast<char>(random());
+        text.resize(std::min<std::size_t>(text.size(), 244));
+        std::array<std::uint8_t, 244> buffer;
+        std::uint32_t length = 0;
+        const auto same = [](std::uint32_t line, const void*) { return line; };
+        ASSERT_EQ(rewrite_line_references(text, same, nullptr, buffer, length), Rewriting::done);
+        ASSERT_EQ(std::string_view(reinterpret_cast<const char*>(buffer.data()), length), text);
+    }
 }
 
 TEST(LineReferences, TheBufferIsNotOverrun) {
