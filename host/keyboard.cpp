@@ -6,9 +6,10 @@ namespace korvane::host {
 
 namespace {
 
-// An image that spins asks again within this many ticks of the time-stamp counter; one that polls between
-// statements does hundreds of statements in between.
-constexpr std::uint64_t quick_poll_ticks = 4000;
+// An image that spins asks again within this many ticks of the time-stamp counter: the line editor, and a
+// program that does nothing but look for a key, whose looks alternate with those for the break key. One that
+// only polls between statements does hundreds of statements in between.
+constexpr std::uint64_t quick_poll_ticks = 2000;
 
 // So many quick polls in a row are waiting, not a program that looks at the keyboard a few times.
 constexpr std::uint64_t polls_of_a_spin = 20000;
@@ -38,7 +39,7 @@ __attribute__((no_sanitize("address"))) bool Keyboard::is_spinning(const std::ui
             same_place = same_place && frame[word] == value;
         if (same_place) return true;
     }
-    const bool quick = __builtin_ia32_rdtsc() - last_poll_ticks_ < quick_poll_ticks && frame == last_frame_;
+    const bool quick = __builtin_ia32_rdtsc() - last_poll_ticks_ < quick_poll_ticks;
     quick_polls_ = quick ? quick_polls_ + 1 : 0;
     last_frame_ = frame;
     return quick_polls_ >= polls_of_a_spin;

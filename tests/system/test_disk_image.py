@@ -4,6 +4,7 @@ import subprocess
 
 import pytest
 from conftest import BOOT_TIMEOUT, ROOT
+from disk_image import PARTITION_START, DiskImage
 from qemu_machine import Machine
 
 
@@ -21,8 +22,6 @@ def test_partition_table_is_sound(disk_image):
 
 
 def test_file_system_is_fat32_and_sound(disk_image):
-    from disk_image import PARTITION_START, DiskImage
-
     DiskImage(disk_image).check()
     with open(disk_image, "rb") as file:
         file.seek(PARTITION_START)

@@ -72,6 +72,18 @@ def test_lines_wait_until_a_running_program_ends(tmp_path):
     assert rows[-5:] == ["RUN", "Ready.", "PRINT I", " 200001", "Ready."]
 
 
+KEY_LOOP = '10 A$=INKEY$:IF A$="" THEN 10\n20 PRINT "GOT ";A$\n'
+
+
+def test_program_that_only_looks_for_a_key_gets_it(tmp_path):
+    # The line's Enter is a key of its own, left for the prompt.
+    assert piped(KEY_LOOP + "RUN\nq\n", tmp_path)[-5:] == ["RUN", "GOT q", "Ready.", "", "Ready."]
+
+
+def test_session_ends_when_a_program_looks_for_a_key_in_vain(tmp_path):
+    assert piped(KEY_LOOP + "RUN\n", tmp_path)[-1] == "RUN"
+
+
 def test_program_is_on_the_volume_and_started(tmp_path):
     program = tmp_path / "hello.bas"
     program.write_text('10 PRINT "HELLO"\n', encoding="ascii")
