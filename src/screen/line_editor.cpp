@@ -35,7 +35,8 @@ struct LogicalLine {
 
 EditArea edit_area() {
     const CellRectangle cells = con_text_area();
-    return {cells, cells.right < cells.left ? 1 : cells.right - cells.left + 1};
+    const std::uint32_t last_column = cells.right < cells.left ? 0 : cells.right - cells.left;
+    return {cells, std::min(last_column, max_text_columns - 1) + 1};
 }
 
 std::uint8_t cell_at(std::uint32_t row, std::uint32_t column) {
