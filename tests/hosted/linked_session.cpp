@@ -1,0 +1,66 @@
+#include "linked_session.h"
+
+#include <cstdlib>
+#include <fstream>
+
+// The interpreter's entry point.
+extern "C" korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle image_handle,
+                                                          korvane::uefi::SystemTable* system_table);
+
+namespace korvane::test {
+
+namespace {
+
+std::filesystem::path make_folder() {
+    std::string name = (std::filesystem::temp_directory_path() / "korvane-session-XXXXXX").string();
+    if (mkdtemp(name.data()) == nullptr) std::abort();
+    return name;
+}
+
+}  // namespace
+
+host::Config LinkedSession::make_config(std::uint32_t width, std::uint32_t height,
+                                        const std::filesystem::path& folder) {
+    host::Config config;
+    config.width = width;
+    config.height = height;
+    config.volumes = {{.folder = folder}};
+    return config;
+}
+
+LinkedSession::LinkedSession(std::uint32_t width, std::uint32_t height)
+    : folder_(make_folder()),
+      machine_(make_config(width, height, folder_), {.path = {}, .linked_code = _ModuleEntryPoint}) {
+    broke_down_ = machine_.run() != host::Stop::waits_for_key;
+    machine_.learn_waiting_place();
+}
+
+LinkedSession::~LinkedSession() {
+    std::filesystem::remove_all(folder_);
+}
+
+bool LinkedSession::type(std::string_view line) {
+    if (broke_down_) return false;
+    host::Keyboard& keyboard = machine_.firmware().keyboard();
+    for (const char character : line) {
+        keyboard.press({.ScanCode = 0, .UnicodeChar = static_cast<unsigned char>(character)});
+    }
+    keyboard.press({.ScanCode = 0, .UnicodeChar = u'\r'});
+    broke_down_ = machine_.run() != host::Stop::waits_for_key;
+    return !broke_down_;
+}
+
+void LinkedSession::write_file(const std::string& name, std::string_view content) const {
+    std::ofstream file(folder_ / name, std::ios::binary);
+    file.write(content.data(), static_cast<std::streamsize>(content.size()));
+}
+
+std::string LinkedSession::problem() const {
+    std::string text = broke_down_ ? "broke down: " + machine_.fault_report() : "";
+    for (const std::string& complaint : const_cast<host::Machine&>(machine_).firmware().complaints()) {
+        text += complaint + '\n';
+    }
+    return text;
+}
+
+}  // namespace korvane::test
