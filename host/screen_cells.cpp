@@ -43,6 +43,8 @@ std::unordered_map<Shape, std::uint8_t, ShapeHash> make_shape_table() {
 
 const std::unordered_map<Shape, std::uint8_t, ShapeHash> codes_by_shape = make_shape_table();
 
+constexpr std::uint32_t colour_mask = 0xFFFFFF;
+
 std::uint32_t mean_colour(const std::uint32_t* first, std::uint32_t pitch) {
     std::uint32_t red = 0;
     std::uint32_t green = 0;
@@ -58,7 +60,20 @@ std::uint32_t mean_colour(const std::uint32_t* first, std::uint32_t pitch) {
     return red / 64 << 16 | green / 64 << 8 | blue / 64;
 }
 
-constexpr std::uint32_t colour_mask = 0xFFFFFF;
+/// The colour to show for 8x8 pixels that begin at `first`: what is drawn on the paper if that is of one
+/// colour, so that thin lines are seen, else the mean.
+std::uint32_t half_colour(const std::uint32_t* first, std::uint32_t pitch, std::uint32_t paper) {
+    std::uint32_t ink = paper;
+    for (std::uint32_t y = 0; y < 8; ++y) {
+        for (std::uint32_t x = 0; x < 8; ++x) {
+            const std::uint32_t pixel = first[std::size_t{y} * pitch + x] & colour_mask;
+            if (pixel == paper || pixel == ink) continue;
+            if (ink != paper) return mean_colour(first, pitch);
+            ink = pixel;
+        }
+    }
+    return ink;
+}
 
 /// A cell of at most two colours, with the shape of its ink.
 Cell two_colour_cell(const Shape& shape, std::uint32_t ink, std::uint32_t paper) {
@@ -89,8 +104,8 @@ Cell read_cell(const Pixels& pixels, std::uint32_t row, std::uint32_t column) {
             const std::uint32_t pixel = first[std::size_t{y} * pixels.pitch + x] & colour_mask;
             if (pixel != paper && ink == paper) ink = pixel;
             if (pixel != paper && pixel != ink) {
-                return {upper_half_block, mean_colour(first, pixels.pitch),
-                        mean_colour(first + std::size_t{8} * pixels.pitch, pixels.pitch), false};
+                return {upper_half_block, half_colour(first, pixels.pitch, paper),
+                        half_colour(first + std::size_t{8} * pixels.pitch, pixels.pitch, paper), false};
             }
             shape[y / 8] = shape[y / 8] << 1 | static_cast<std::uint64_t>(pixel != paper);
         }

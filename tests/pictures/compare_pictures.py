@@ -7,14 +7,16 @@ A picture that differs, or is missing, fails the test; the screen that was seen 
 build tree as NAME.png. --update stores what is seen as the new picture: look at it before it is committed.
 """
 import pathlib
-import struct
 import subprocess
 import sys
 import tempfile
-import zlib
 
-PICTURES = pathlib.Path(__file__).resolve().parents[2] / "docs" / "pictures"
-SIGNATURE = b"\x89PNG\r\n\x1a\n"
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / "tools"))
+
+from png import read_png, write_png  # noqa: E402
+
+PICTURES = ROOT / "docs" / "pictures"
 
 
 def read_ppm(path):
@@ -25,38 +27,6 @@ def read_ppm(path):
     width, height = map(int, size.split())
     assert len(pixels) == width * height * 3
     return width, height, pixels
-
-
-def chunk(kind, data):
-    return struct.pack(">I", len(data)) + kind + data + struct.pack(">I", zlib.crc32(kind + data))
-
-
-def write_png(path, width, height, pixels):
-    rows = b"".join(b"\0" + pixels[y * width * 3 : (y + 1) * width * 3] for y in range(height))
-    head = struct.pack(">IIBBBBB", width, height, 8, 2, 0, 0, 0)
-    path.write_bytes(
-        SIGNATURE + chunk(b"IHDR", head) + chunk(b"IDAT", zlib.compress(rows, 9)) + chunk(b"IEND", b"")
-    )
-
-
-def read_png(path):
-    """What write_png wrote: 8 bits RGB, rows without a filter."""
-    data = path.read_bytes()
-    assert data.startswith(SIGNATURE)
-    at, compressed = len(SIGNATURE), b""
-    while at < len(data):
-        (length,) = struct.unpack_from(">I", data, at)
-        kind, body = data[at + 4 : at + 8], data[at + 8 : at + 8 + length]
-        if kind == b"IHDR":
-            width, height, *form = struct.unpack(">IIBBBBB", body)
-            assert form == [8, 2, 0, 0, 0]
-        if kind == b"IDAT":
-            compressed += body
-        at += 12 + length
-    rows = zlib.decompress(compressed)
-    stride = width * 3 + 1
-    assert len(rows) == stride * height and not any(rows[::stride])
-    return width, height, b"".join(rows[y * stride + 1 : (y + 1) * stride] for y in range(height))
 
 
 def take(take_picture, image, program):

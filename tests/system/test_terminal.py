@@ -7,6 +7,7 @@ import time
 
 import pytest
 from conftest import IMAGE, ROOT
+from png import read_png
 from pseudo_terminal import PseudoTerminal
 
 TERMINAL = ROOT / "build" / "host" / "host" / "korvane-terminal"
@@ -162,6 +163,16 @@ def test_graphics_are_half_blocks(terminal):
     # Row 6 begins at pixel 96: the box lies in the upper half of cell 50.
     terminal.wait_for(lambda: terminal.cells[6][50] == "▀")
     assert terminal.colours[6, 50] == ("255;0;0", "0;0;0")
+
+
+def test_picture_of_the_terminal_shows_its_colours(terminal, tmp_path):
+    terminal.send("LINE (400,160)-(639,191),&HFF8000,BF\r")
+    terminal.wait_for(lambda: (terminal.colours.get((10, 50)) or [None])[1] == "255;128;0")
+    terminal.screenshot(tmp_path / "terminal.png")
+    width, height, pixels = read_png(tmp_path / "terminal.png")
+    assert (width, height) == (640, 400)
+    at = 3 * (165 * width + 405)
+    assert pixels[at : at + 3] == bytes([255, 128, 0])
 
 
 def test_larger_window_is_drawn_anew(terminal):

@@ -74,8 +74,10 @@ TEST(ScreenCells, PixelsThatAreNoGlyphBecomeHalfBlocksInMeanColours) {
     for (std::uint32_t y = 0; y < 16; ++y)
         for (std::uint32_t x = 0; x < 8; ++x)
             canvas.set(x, y, y < 8 ? (x < 4 ? 0x400000U : 0x800000U) : 0x0000FFU);
-    // Upper half: the mean of 0x40 and 0x80 red; lower half: blue.
-    EXPECT_EQ(read_cell(canvas.pixels(), 0, 0), (Cell{U'▀', 0x600000, 0x0000FF, false}));
+    canvas.set(0, 0, 0x000010);
+    // Upper half: 31 pixels of 0x40 red, 32 of 0x80 and one of 0x10 blue, whose means are cut; lower half:
+    // blue.
+    EXPECT_EQ(read_cell(canvas.pixels(), 0, 0), (Cell{U'▀', 0x5F0000, 0x0000FF, false}));
 }
 
 TEST(ScreenCells, ThinLineInTwoColoursIsSeenInFullColour) {
@@ -86,6 +88,13 @@ TEST(ScreenCells, ThinLineInTwoColoursIsSeenInFullColour) {
         for (std::uint32_t x = 8; x < 16; ++x)
             canvas.set(x, y, x == 10 && y == 12 ? black : blue);
     EXPECT_EQ(read_cell(canvas.pixels(), 0, 1), (Cell{U'▀', blue, black, false}));
+}
+
+TEST(ScreenCells, LinesOfTwoColoursAreSeenInTheirHalves) {
+    Canvas canvas(1, 1);
+    canvas.set(3, 3, white);
+    canvas.set(3, 12, blue);
+    EXPECT_EQ(read_cell(canvas.pixels(), 0, 0), (Cell{U'▀', white, blue, false}));
 }
 
 TEST(ScreenCells, RowsAreTrimmedTextInUtf8) {

@@ -10,6 +10,12 @@ import struct
 import termios
 import time
 
+import png
+import screen_text
+
+DEFAULT_INK = "170;170;170"
+DEFAULT_PAPER = "0;0;0"
+
 
 class PseudoTerminal:
     """Runs a command on a terminal of its own and understands the control sequences that it sends."""
@@ -111,6 +117,7 @@ class PseudoTerminal:
         if final == "H":
             self.row, self.column = (int(number) - 1 for number in parameters.split(";"))
         elif final == "J":
+            self.colours = {}
             self.cells = [[" "] * self.columns for _ in range(self.rows)]
         elif final == "m" and parameters.startswith("38;2;"):
             self.ink = parameters[5:]
@@ -118,6 +125,23 @@ class PseudoTerminal:
             self.paper = parameters[5:]
         elif final in "hl" and parameters.startswith("?"):
             (self.modes.add if final == "h" else self.modes.discard)(parameters[1:])
+
+    def screenshot(self, path):
+        """Saves a PNG picture of the terminal, drawn with the console font."""
+        glyphs = {text: glyph for glyph, text in screen_text.glyph_texts().items()}
+        picture = bytearray()
+        for row in range(self.rows):
+            for line in range(screen_text.CELL_HEIGHT):
+                for column in range(self.columns):
+                    glyph = glyphs.get(self.cells[row][column], glyphs["?"])
+                    ink, paper = self.colours.get((row, column), (None, None))
+                    bits = glyph[line]
+                    for bit in range(7, -1, -1):
+                        colour = (ink or DEFAULT_INK) if bits >> bit & 1 else (paper or DEFAULT_PAPER)
+                        picture += bytes(map(int, colour.split(";")))
+        png.write_png(
+            path, self.columns * screen_text.CELL_WIDTH, self.rows * screen_text.CELL_HEIGHT, bytes(picture)
+        )
 
     def is_restored(self):
         """Whether the terminal is as the program found it: settings, screen, cursor, paste mode."""
