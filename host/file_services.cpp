@@ -158,12 +158,14 @@ uefi::Status EFIAPI FileServices::open(uefi::FileProtocol* self, uefi::FileProto
     return open_existing(volume, place.path, mode, attributes, opened);
 }
 
+// A failing close closes too: there is nothing else that a caller could do.
 uefi::Status EFIAPI FileServices::close(uefi::FileProtocol* self) {
     OpenFile* file = nullptr;
-    if (auto status = begin(self, Service::FileClose, file); status != uefi::success) return status;
+    const uefi::Status status = begin(self, Service::FileClose, file);
+    if (file == nullptr || file->closed) return status;
     file->closed = true;
     file->descriptor = {};
-    return uefi::success;
+    return status;
 }
 
 // The handle is gone whatever becomes of the file (UEFI 2.10, section 13.5).

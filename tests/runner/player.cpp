@@ -112,7 +112,7 @@ void Player::start() {
     machine_->firmware().faults().arm(test_.start_faults);
     resume();
     machine_->firmware().faults().arm({});
-    machine_->learn_waiting_place();
+    if (is_waiting()) machine_->learn_waiting_place();
 }
 
 void Player::play_steps(std::size_t first) {
@@ -235,21 +235,33 @@ void Player::type(const Step& step) {
     if (!is_waiting() && !step.has_rows) return;
     const ScreenText after = screen();
     show(step, after);
-    const bool scrolled = before.used_rows() > after.used_rows() && after.used_rows() < below;
+    const bool scrolled = !shows_at(after, *place, step.source);
     compare(step, output_rows(after, below, scrolled), true);
 }
 
 void Player::press(const Step& step) {
     begin_step();
     const ScreenText before = screen();
-    const CellPosition place = before.cursor.value_or(end_of_text(before));
+    CellPosition place = before.cursor.value_or(end_of_text(before));
     for (const uefi::InputKey& key : step.keys)
         machine_->firmware().keyboard().press(key);
     resume();
     if (!is_waiting() && !step.has_rows) return;
     const ScreenText after = screen();
     show(step, after);
+    // The keys may have changed rows above.
+    if (const auto changed = first_difference(before, after)) place.row = std::min(place.row, changed->row);
     if (step.has_rows) compare(step, output_rows(after, place.row, false), true);
+}
+
+// True when the typed text stands on the screen where it was typed, as far as it fits its first row.
+bool Player::shows_at(const ScreenText& screen, const CellPosition& place, const std::string& typed) {
+    const bool is_ascii = std::all_of(typed.begin(), typed.end(),
+                                      [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
+    if (!is_ascii) return true;
+    if (place.row >= screen.rows.size() || place.column >= screen.columns) return false;
+    const std::string first_row = without_trailing_blanks(typed.substr(0, screen.columns - place.column));
+    return screen.rows[place.row].find(first_row) != std::string::npos;
 }
 
 CellPosition Player::end_of_text(const ScreenText& screen) {
@@ -277,7 +289,7 @@ std::vector<std::string> Player::output_rows(const ScreenText& after, std::size_
     if (after.cursor) {
         end = after.cursor->row;
         if (!after.rows[end].empty()) ++end;
-        scrolled = end < first;
+        scrolled = scrolled || end < first;
     }
     if (scrolled) first = 0;
     if (first >= end) return {};
@@ -412,16 +424,25 @@ void Player::use_own_copy_of_volume(const std::string& name) {
 // to fail. Whatever the step then shows, the steps after it must come out as written.
 void Player::fail_each(std::size_t index) {
     if (index + 1 >= test_.steps.size()) fail("no step follows");
-    for (const host::Service service : test_.steps[index].services) {
-        for (std::uint64_t use = 1;; ++use) {
-            const ForkedResult result =
-                run_forked([&] { return play_with_failure(index + 1, service, use); });
+    fail_uses_of(test_.steps[index].services, [&](host::Service service, std::uint64_t use) {
+        return play_with_failure(index + 1, service, use);
+    });
+}
+
+void Player::fail_uses_of(const std::vector<host::Service>& services,
+                          const std::function<ForkedResult(host::Service, std::uint64_t)>& play) {
+    constexpr std::uint64_t most_uses = 2000;
+    for (const host::Service service : services) {
+        bool goes_on = true;
+        for (std::uint64_t use = 1; goes_on; ++use) {
+            ForkedResult result = run_forked([&] { return play(service, use); });
+            if (result.report.empty() && use == most_uses) result.report = "there is no end of uses\n";
             if (!result.report.empty()) {
                 report_ = result.report + "    (with use " + std::to_string(use) + " of " +
                           std::string(host::service_name(service)) + " failing)\n";
                 throw Failure{};
             }
-            if (!result.goes_on) break;
+            goes_on = result.goes_on;
         }
     }
 }
@@ -448,17 +469,8 @@ ForkedResult Player::play_with_failure(std::size_t index, host::Service service,
 // The same for the start of the machine, which must then either reach its prompt, where the steps come out as
 // written, or halt with a message on the firmware's console.
 void Player::fail_each_start() {
-    for (const host::Service service : test_.start_fail_each) {
-        for (std::uint64_t use = 1;; ++use) {
-            const ForkedResult result = run_forked([&] { return start_with_failure(service, use); });
-            if (!result.report.empty()) {
-                report_ = result.report + "    (with use " + std::to_string(use) + " of " +
-                          std::string(host::service_name(service)) + " failing)\n";
-                throw Failure{};
-            }
-            if (!result.goes_on) break;
-        }
-    }
+    fail_uses_of(test_.start_fail_each,
+                 [&](host::Service service, std::uint64_t use) { return start_with_failure(service, use); });
 }
 
 ForkedResult Player::start_with_failure(host::Service service, std::uint64_t use) {

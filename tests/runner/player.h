@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -48,6 +49,7 @@ class Player {
     void begin_step();
     void type(const Step& step);
     void press(const Step& step);
+    static bool shows_at(const ScreenText& screen, const CellPosition& place, const std::string& typed);
     static CellPosition end_of_text(const ScreenText& screen);
     static std::optional<CellPosition> first_difference(const ScreenText& before, const ScreenText& after);
     static std::vector<std::string> output_rows(const ScreenText& after, std::size_t first, bool scrolled);
@@ -63,6 +65,8 @@ class Player {
     void restart(const Step& step);
     void use_own_copy_of_volume(const std::string& name);
     void fail_each(std::size_t index);
+    void fail_uses_of(const std::vector<host::Service>& services,
+                      const std::function<ForkedResult(host::Service, std::uint64_t)>& play);
     ForkedResult play_with_failure(std::size_t index, host::Service service, std::uint64_t use);
     void fail_each_start();
     ForkedResult start_with_failure(host::Service service, std::uint64_t use);
