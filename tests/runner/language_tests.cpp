@@ -29,7 +29,7 @@ struct Options {
     std::filesystem::path image = "build/korvane.efi";
     bool linked = false;
     std::string filter;
-    unsigned jobs = 2;
+    unsigned jobs = 4;
     PlayOptions play;
     std::vector<std::filesystem::path> inputs;
 };
@@ -41,7 +41,7 @@ struct Options {
         "  --linked        test the interpreter that is linked into this program\n"
         "  --filter TEXT   only cases whose \"file: title\" contains TEXT\n"
         "  --show          print the screen after every step\n"
-        "  --jobs N        processes to use (2)\n"
+        "  --jobs N        processes to use (4)\n"
         "  --patience MS   how long one step may take (10000)\n",
         stderr);
     std::exit(2);

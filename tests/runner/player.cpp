@@ -12,6 +12,7 @@
 #include "machine_builder.h"
 #include "screen_cells.h"
 #include "text_syntax.h"
+#include "unicode.h"
 
 namespace korvane::transcript {
 
@@ -19,8 +20,8 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// An application that does nothing for so long after it had nothing more to do is considered halted.
-constexpr milliseconds halt_time{400};
+// An application that is busy for so long, in processor time, where it should halt is considered halted.
+constexpr milliseconds halt_time{300};
 
 // The prompt that closes the output of a direct command; transcripts leave it out.
 const std::string prompt = "Ready.";
@@ -219,13 +220,16 @@ void Player::type(const Step& step) {
     host::Keyboard& keyboard = machine_->firmware().keyboard();
     const ScreenText before = screen();
     std::size_t next_key = 0;
-    // Without a visible cursor, the first key shows where the line is.
+    // Without a visible cursor, the first key that shows on the screen tells where the line is.
     std::optional<CellPosition> place = before.cursor;
-    if (!place && !step.keys.empty()) {
+    while (!place && next_key < step.keys.size()) {
         keyboard.press(step.keys[next_key++]);
         resume();
         place = first_difference(before, screen());
+        const auto unseen = static_cast<std::uint32_t>(next_key - 1);
+        if (place) place->column -= std::min(place->column, unseen);
     }
+    const bool is_placed = place.has_value();
     if (!place) place = end_of_text(before);
     for (; next_key < step.keys.size(); ++next_key)
         keyboard.press(step.keys[next_key]);
@@ -235,7 +239,7 @@ void Player::type(const Step& step) {
     if (!is_waiting() && !step.has_rows) return;
     const ScreenText after = screen();
     show(step, after);
-    const bool scrolled = !shows_at(after, *place, step.source);
+    const bool scrolled = is_placed && !shows_at(after, *place, step.source);
     compare(step, output_rows(after, below, scrolled), true);
 }
 
@@ -254,14 +258,21 @@ void Player::press(const Step& step) {
     if (step.has_rows) compare(step, output_rows(after, place.row, false), true);
 }
 
-// True when the typed text stands on the screen where it was typed, as far as it fits its first row.
+// True when at least half of the typed text's first row stands on the screen where it was typed: drawings may
+// have covered some of it.
 bool Player::shows_at(const ScreenText& screen, const CellPosition& place, const std::string& typed) {
-    const bool is_ascii = std::all_of(typed.begin(), typed.end(),
-                                      [](char byte) { return static_cast<unsigned char>(byte) < 0x80; });
-    if (!is_ascii) return true;
     if (place.row >= screen.rows.size() || place.column >= screen.columns) return false;
-    const std::string first_row = without_trailing_blanks(typed.substr(0, screen.columns - place.column));
-    return screen.rows[place.row].find(first_row) != std::string::npos;
+    const auto codes = [](const std::string& text) { return host::to_utf16(text).value_or(u""); };
+    const std::u16string wanted = codes(typed).substr(0, screen.columns - place.column);
+    const std::u16string row = codes(screen.rows[place.row]);
+    std::size_t marks = 0;
+    std::size_t same = 0;
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        if (wanted[i] == u' ') continue;
+        ++marks;
+        if (place.column + i < row.size() && row[place.column + i] == wanted[i]) ++same;
+    }
+    return same * 2 >= marks;
 }
 
 CellPosition Player::end_of_text(const ScreenText& screen) {
@@ -274,10 +285,13 @@ std::optional<CellPosition> Player::first_difference(const ScreenText& before, c
         const std::string& old_text = before.rows[row];
         const std::string& new_text = after.rows[row];
         if (old_text == new_text) continue;
+        // The blanks that end the old row were there before.
         const auto differs =
             std::mismatch(old_text.begin(), old_text.end(), new_text.begin(), new_text.end());
+        const auto column =
+            std::find_if(differs.second, new_text.end(), [](char byte) { return byte != ' '; });
         return CellPosition{static_cast<std::uint32_t>(row),
-                            static_cast<std::uint32_t>(differs.first - old_text.begin())};
+                            static_cast<std::uint32_t>(column - new_text.begin())};
     }
     return std::nullopt;
 }
