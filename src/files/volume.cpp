@@ -1,7 +1,6 @@
 #include "files/volume.h"
 
 #include <algorithm>
-#include <span>
 
 #include "core/errors.h"
 #include "core/messages.h"
@@ -27,9 +26,7 @@ constexpr std::uint64_t greatest_info_size = 65536;
 
 constexpr std::uint64_t attribute_offset = __builtin_offsetof(uefi::FileInfo, Attribute);
 
-constexpr std::uint32_t max_new_name = 254;    // characters, when renaming
-constexpr std::uint32_t max_image_path = 511;  // characters of the running image's path
-constexpr int max_device_path_nodes = 1024;    // a path without an end node is given up here
+constexpr std::uint32_t max_new_name = 254;  // characters, when renaming
 
 char16_t to_firmware_unit(char byte) {
     // Names outside ASCII are widened with their sign, which no file system gives a meaning: deliberate.
@@ -66,37 +63,6 @@ FileHandle open_at_end(const FirmwareName& name) {
     FileHandle file = open_below(base_directory(), name.text, create_read_write);
     if (!file.set_position(uefi::end_of_file_position)) file.close();
     return file;
-}
-
-// Appends a File Path node's text to `path`. False when a character is wider than 8 bits or the path gets too
-// long.
-bool append_path_text(std::span<const std::uint8_t> text, char16_t* path, std::uint32_t& length) {
-    for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
-        const auto unit = read_unaligned<char16_t>(text.data() + i);
-        if (unit == 0) break;
-        if (unit > 0xFF || length == max_image_path) return false;
-        path[length++] = unit;
-    }
-    return true;
-}
-
-// The path of the running image, zero-terminated, from its device path. False when there is none.
-bool find_image_path(const uefi::DevicePathNode* node, char16_t (&path)[max_image_path + 1]) {
-    std::uint32_t length = 0;
-    for (int count = 0; node != nullptr && count < max_device_path_nodes; ++count) {
-        if (node->Type == uefi::device_path_end) break;
-        const auto node_length = read_unaligned<std::uint16_t>(node->Length.data());
-        if (node_length < sizeof(uefi::DevicePathNode)) break;
-        const auto* bytes = reinterpret_cast<const std::uint8_t*>(node);
-        if (node->Type == uefi::device_path_media && node->SubType == uefi::device_path_media_file_path) {
-            const std::span text(bytes + sizeof(uefi::DevicePathNode),
-                                 node_length - sizeof(uefi::DevicePathNode));
-            if (!append_path_text(text, path, length)) return false;
-        }
-        node = reinterpret_cast<const uefi::DevicePathNode*>(bytes + node_length);
-    }
-    path[length] = 0;
-    return length != 0;
 }
 
 }  // namespace
@@ -276,13 +242,6 @@ bool FileName::add_default_extension(std::string_view extension) {
     length += static_cast<std::uint32_t>(extension.size());
     text[length] = 0;
     return true;
-}
-
-FileHandle open_own_image() {
-    const uefi::LoadedImageProtocol* image = loaded_image();
-    char16_t path[max_image_path + 1];
-    if (image == nullptr || !find_image_path(image->FilePath, path)) return FileHandle();
-    return open_below(GetVolumeRoot(), path, uefi::file_mode_read);
 }
 
 }  // namespace korvane

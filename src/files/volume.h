@@ -142,8 +142,4 @@ struct FileName {
 };
 FileName read_file_name(Cursor& cursor);
 
-// The file from which the firmware loaded the running image, opened for reading from the volume root whatever
-// the current directory is. Empty when the device path does not name a file of at most 511 8-bit characters.
-FileHandle open_own_image();
-
 }  // namespace korvane

@@ -6,6 +6,7 @@
 #include "core/execution.h"
 #include "core/messages.h"
 #include "core/program_store.h"
+#include "files/own_image.h"
 #include "files/volume.h"
 #include "image/image_blocks.h"
 #include "image/packed_program.h"
@@ -59,6 +60,8 @@ const char* create_image(const FileName& name) {
     if (!image.find_size(size) || static_cast<std::int64_t>(size) <= 0 || !image.set_position(0)) {
         return message::disk_i_o_error;
     }
+    // Creating the output would empty the image that is still to be copied, and leave neither.
+    if (names_own_image(name.view())) return message::bad_file_name;
     FileHandle output = OpenFileByName(name.view(), OpenMode::create);
     if (!output) return message::bad_file_name;
 

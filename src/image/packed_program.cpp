@@ -5,6 +5,7 @@
 #include "core/errors.h"
 #include "core/execution.h"
 #include "core/program_store.h"
+#include "files/own_image.h"
 #include "files/volume.h"
 #include "image/certificate_table.h"
 #include "image/image_blocks.h"

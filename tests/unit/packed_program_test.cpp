@@ -11,6 +11,7 @@
 #include "core/errors.h"
 #include "core/program_store.h"
 #include "explorer_session.h"
+#include "files/own_image.h"
 
 namespace korvane {
 namespace {
@@ -348,6 +349,21 @@ TEST_F(ImagePathTest, PathsEndAt511Characters) {
     EXPECT_TRUE(opens_with(node(4, 4, longest) + end_node));
     EXPECT_FALSE(opens_with(node(4, 4, u"\\" + longest) + end_node));
     EXPECT_FALSE(opens_with(node(4, 4, longest) + node(4, 4, u"X") + end_node));
+}
+
+TEST_F(ImagePathTest, TheRunningImageIsKnownByName) {
+    EXPECT_TRUE(names_own_image("APP.EFI"));
+    EXPECT_TRUE(names_own_image("\\app.efi"));
+    EXPECT_TRUE(names_own_image("//App.efi"));
+    EXPECT_FALSE(names_own_image("APP.EF"));
+    EXPECT_FALSE(names_own_image("APP.EFI2"));
+    EXPECT_FALSE(names_own_image("SUB\\APP.EFI"));
+    EXPECT_FALSE(names_own_image(""));
+    std::filesystem::create_directory(folder_.path() / "SUB");
+    set_current_directory(OpenFileByName("SUB", OpenMode::read));
+    EXPECT_FALSE(names_own_image("APP.EFI"));
+    EXPECT_TRUE(names_own_image("/APP.EFI"));
+    set_current_directory(FileHandle());
 }
 
 }  // namespace
