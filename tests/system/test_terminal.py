@@ -167,7 +167,7 @@ def test_graphics_are_half_blocks(terminal):
 
 def test_picture_of_the_terminal_shows_its_colours(terminal, tmp_path):
     terminal.send("LINE (400,160)-(639,191),&HFF8000,BF\r")
-    terminal.wait_for(lambda: (terminal.colours.get((10, 50)) or [None])[1] == "255;128;0")
+    terminal.wait_for(lambda: (terminal.colours.get((10, 50)) or (None, None))[1] == "255;128;0")
     terminal.screenshot(tmp_path / "terminal.png")
     width, height, pixels = read_png(tmp_path / "terminal.png")
     assert (width, height) == (640, 400)
