@@ -1,12 +1,14 @@
 #!/usr/bin/env python3
 """Boots the interpreter in a virtual PC (QEMU with OVMF).
 
-usage: qemu.py KORVANE.EFI [--disk DISK.img] [--type FILE] [--screenshot PICTURE.png] [--text] [FILE...]
+usage: qemu.py KORVANE.EFI [--disk DISK.img] [--type FILE] [--screenshot PICTURE.png] [--text] [--kvm]
+               [FILE...]
 
 Without --type, --screenshot and --text the machine opens in a window, or without a display as a VNC server on
 this host's loopback address, and runs until it is closed. With them it boots, types FILE's lines, saves the
 picture, prints the screen's text, and ends. The other files go onto the boot disk; --disk keeps that disk for
-next time.
+next time. The processor is emulated; --kvm uses the host's, which is faster but does not work inside every virtual
+machine.
 """
 
 import argparse
@@ -29,22 +31,18 @@ def prepare_disk(path, image, files):
     disk.install(image, files)
 
 
-def accelerator():
-    return "kvm" if os.access("/dev/kvm", os.R_OK | os.W_OK) else "tcg"
-
-
 def has_display():
     return bool(os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"))
 
 
-def show(disk):
+def show(disk, accelerator):
     """Runs the machine for a person."""
     if has_display():
-        with Machine(disk, display="gtk", accelerator=accelerator()) as machine:
+        with Machine(disk, display="gtk", accelerator=accelerator) as machine:
             machine.process.wait()
         return
     # Port 5900, or the next free one.
-    with Machine(disk, arguments=["-vnc", "127.0.0.1:0,to=99"], accelerator=accelerator()) as machine:
+    with Machine(disk, arguments=["-vnc", "127.0.0.1:0,to=99"], accelerator=accelerator) as machine:
         server = machine.command("query-vnc")
         print(f"The screen is at VNC address {server['host']}:{server['service']}; connect with, for example,")
         print(f"    vncviewer {server['host']}::{server['service']}")
@@ -64,7 +62,7 @@ def wait_until_settled(machine):
 
 
 def run_script(disk, options):
-    with Machine(disk, accelerator=accelerator()) as machine:
+    with Machine(disk, accelerator=options.accelerator) as machine:
         machine.wait_for(lambda screen: "Ready." in screen.rows(), what="the prompt")
         if options.type:
             with open(options.type, encoding="ascii") as file:
@@ -78,13 +76,14 @@ def run_script(disk, options):
 
 
 def main():
-    parser = argparse.ArgumentParser(usage=__doc__.split("usage: ")[1].split("\n")[0])
+    parser = argparse.ArgumentParser(usage=__doc__.split("usage: ")[1].split("\n\n")[0])
     parser.add_argument("image")
     parser.add_argument("files", nargs="*")
     parser.add_argument("--disk")
     parser.add_argument("--type")
     parser.add_argument("--screenshot")
     parser.add_argument("--text", action="store_true")
+    parser.add_argument("--kvm", dest="accelerator", action="store_const", const="kvm", default="tcg")
     options = parser.parse_args()
     # Ended from outside, the machine is switched off all the same.
     for number in (signal.SIGTERM, signal.SIGHUP):
@@ -96,7 +95,7 @@ def main():
             if options.type or options.screenshot or options.text:
                 run_script(disk, options)
             else:
-                show(disk)
+                show(disk, options.accelerator)
     except KeyboardInterrupt:
         pass
     except (OSError, ValueError, DiskImageError, MachineError, subprocess.SubprocessError) as error:
