@@ -13,7 +13,7 @@ namespace korvane {
 namespace {
 
 void skip_to_line_end(Cursor& cursor) {
-    cursor = execution.tokens + (execution.token_count - 1);
+    while (cursor->kind != END_OF_LINE) ++cursor;
 }
 
 // The first ELSE behind the condition, or the end of the line.
@@ -34,11 +34,11 @@ void take_then_part(Cursor& cursor) {
 
 void take_else_part(Token& opener, Cursor& cursor) {
     execution.then_part = false;
-    if (!opener.cached_jump.known) {
-        opener.cached_jump.target = {execution.line, record_of(find_else(cursor))};
-        opener.cached_jump.known = true;
+    if (!opener.jump_known) {
+        opener.step.jump = {execution.line, record_of(find_else(cursor))};
+        opener.jump_known = true;
     }
-    cursor = execution.tokens + opener.cached_jump.target.record;
+    cursor = execution.tokens + opener.step.jump.record;
     if (!accept(cursor, KW_ELSE)) return;
     if (cursor->kind == NUMBER) jump_to_literal(*cursor);
 }

@@ -36,7 +36,6 @@ void do_cont(Cursor& cursor) {
     // What follows CONT in the direct line goes on.
     execution.line = caller.line;
     execution.tokens = caller.tokens;
-    execution.token_count = caller.token_count;
     execution.record = caller.record;
     execution.statement_start = caller.statement_start;
     execution.then_part = caller.then_part;

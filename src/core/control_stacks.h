@@ -35,7 +35,11 @@ struct ForEntry {
     bool limit_is_double;  // limit_as_double compares like the limit itself
     Type variable_type;
     std::int32_t step_sign;  // -1, 0 or 1
+    bool whole;              // variable, limit and step are integers
     Position loop;           // the record after the FOR statement
+    Token* loop_tokens;      // its line's tokens and its first statement, good while `loop_epoch` is the token
+    Token* loop_token;       // cache's own
+    std::uint32_t loop_epoch;
 };
 
 struct WhileEntry {

@@ -13,7 +13,6 @@ inline constexpr std::uint32_t max_line_number = 4294967294;
 struct Execution {
     std::uint32_t line;             // current line index
     Token* tokens;                  // current token array
-    std::uint32_t token_count;      // its records, the end record included
     std::uint32_t record;           // where a jump wants execution to go on, in the current line
     std::uint32_t statement_start;  // record at which the statement being executed began
     bool program_running;           // on only inside RUN and CONT

@@ -85,14 +85,14 @@ void do_on_list(Cursor& cursor) {
 
 void jump_to_literal(Token& literal) {
     // The record lives no longer than the program is unchanged, so the line index stays good.
-    if (literal.cached != nullptr) {
-        jump_to_position({static_cast<std::uint32_t>(literal.cached_extra), 0});
+    if (literal.number.target == nullptr) {
+        jump_to_value(literal_value(literal));
+        if (error_pending()) return;
+        literal.number.target = execution.tokens;
+        literal.number.target_line = execution.line;
         return;
     }
-    jump_to_value(literal_value(literal));
-    if (error_pending()) return;
-    literal.cached = &literal;
-    literal.cached_extra = execution.line;
+    jump_to_position({literal.number.target_line, 0});
 }
 
 void do_goto(Cursor& cursor) {

@@ -104,7 +104,6 @@ void make_direct_line_current(std::uint32_t record) {
     execution.program_running = false;
     execution.line = direct_line;
     execution.tokens = execution_buffer.direct;
-    execution.token_count = execution_buffer.direct_count;
     execution.record = record;
     execution.statement_start = record;
     execution.stop = false;

@@ -21,8 +21,7 @@ namespace {
 bool find_closer(std::uint32_t record, std::uint8_t opener, std::uint8_t closer, Position& found) {
     int depth = 1;
     for (;;) {
-        for (; record < execution.token_count; ++record) {
-            const std::uint8_t kind = execution.tokens[record].kind;
+        for (std::uint8_t kind; (kind = execution.tokens[record].kind) != END_OF_LINE; ++record) {
             if (kind == opener) ++depth;
             if (kind == closer && --depth == 0) {
                 found = {execution.line, record};
@@ -38,8 +37,8 @@ bool find_closer(std::uint32_t record, std::uint8_t opener, std::uint8_t closer,
 
 // The same through the opening token's memory. Without a closer the run ends, without a message (deliberate).
 bool find_closer(Token& opener, std::uint8_t closer, Position& found) {
-    if (opener.cached_jump.known) {
-        found = opener.cached_jump.target;
+    if (opener.jump_known) {
+        found = opener.step.jump;
         return true;
     }
     const std::uint32_t start_line = execution.line;
@@ -49,8 +48,8 @@ bool find_closer(Token& opener, std::uint8_t closer, Position& found) {
     }
     // A line that runs from the execution buffer has lost its tokens when the scan left it.
     if (start_line == direct_line || program.lines[start_line].tokens != nullptr) {
-        opener.cached_jump.target = found;
-        opener.cached_jump.known = true;
+        opener.step.jump = found;
+        opener.jump_known = true;
     }
     return true;
 }
@@ -100,21 +99,6 @@ bool read_for_values(Cursor& cursor, Value& start, Value& limit, Value& step) {
     if (is_numeric(start.type) && is_numeric(limit.type) && is_numeric(step.type)) return true;
     raise(message::type_mismatch);
     return false;
-}
-
-ForEntry make_entry(const Token& name, VariableEntry* variable, const Value& limit, const Value& step) {
-    ForEntry entry{};
-    copy_bytes(entry.name, name.name, name_capacity);
-    entry.limit = limit;
-    entry.step = step;
-    entry.variable = variable;
-    entry.generation = arenas.generation;
-    entry.step_as_double = to_double(step);
-    entry.limit_as_double = to_double(limit);
-    entry.limit_is_double = limit_fits_double(limit);
-    entry.variable_type = variable->type;
-    entry.step_sign = sign_of(step);
-    return entry;
 }
 
 // The entry of the named variable, or the top one; entries above it are given up. Null when there is none.
@@ -174,6 +158,31 @@ int advance(const ForEntry& entry) {
 
 }  // namespace
 
+void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, const Value& limit,
+                    const Value& step) {
+    copy_bytes(entry.name, name, name_capacity);
+    entry.limit = limit;
+    entry.step = step;
+    entry.variable = &variable;
+    entry.generation = arenas.generation;
+    entry.step_as_double = to_double(step);
+    entry.limit_as_double = to_double(limit);
+    entry.limit_is_double = limit_fits_double(limit);
+    entry.variable_type = variable.type;
+    entry.step_sign = sign_of(step);
+    entry.whole = is_integer(variable.type) && is_integer(limit.type) && is_integer(step.type);
+}
+
+void remember_loop(ForEntry& entry, Token* body) {
+    constexpr std::uint32_t no_epoch = 0;
+    entry.loop = {execution.line, record_of(body)};
+    entry.loop_tokens = execution.tokens;
+    entry.loop_token = body;
+    while (entry.loop_token->kind == ':') ++entry.loop_token;
+    const bool cached = execution.line < program.count && program.lines[execution.line].tokens == execution.tokens;
+    entry.loop_epoch = cached ? program.cache_epoch : no_epoch;
+}
+
 void do_for(Cursor& cursor) {
     Token& opener = *cursor++;
     if (cursor->kind != IDENTIFIER) {
@@ -201,8 +210,8 @@ void do_for(Cursor& cursor) {
         return;
     }
     ForEntry& entry = control_stacks.fors[control_stacks.for_count];
-    entry = make_entry(*name, variable, limit, step);
-    entry.loop = {execution.line, record_of(cursor)};
+    fill_for_entry(entry, name->name, *variable, limit, step);
+    remember_loop(entry, cursor);
     const int order = compare(load(place), limit);
     if (error_pending()) return;
     if (past_limit(entry.step_sign, order)) {

@@ -5,10 +5,17 @@
 
 namespace korvane {
 
+struct ForEntry;
+struct VariableEntry;
+
 // FOR var = start TO limit [STEP step]. A loop that has nothing to do is passed over to behind its NEXT.
 // Raises "Expected variable", "Expected =", "Expected TO", "Type mismatch", "Out of memory" beyond 64 levels,
 // "Illegal function call" for a NaN step. Re-entering an unfinished FOR stacks another entry (deliberate).
 void do_for(Cursor& cursor);
+
+// Fills the entry of a loop from its evaluated parts; where its body begins is remembered separately.
+void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, const Value& limit, const Value& step);
+void remember_loop(ForEntry& entry, Token* body);
 
 // NEXT [var]: one variable at most. Raises "NEXT without FOR" and "Overflow".
 void do_next(Cursor& cursor);

@@ -88,11 +88,6 @@ Token* cache_tokens(std::uint32_t count) {
     return tokens;
 }
 
-void make_current(Token* tokens, std::uint32_t count) {
-    execution.tokens = tokens;
-    execution.token_count = count;
-}
-
 }  // namespace
 
 std::string_view line_text(std::uint32_t index) {
@@ -154,6 +149,7 @@ void clear_program() {
     program.write = arenas.CODEBASE;
     program.cache_start = nullptr;
     program.cache_end = nullptr;
+    ++program.cache_epoch;
     execution.can_continue = false;
 }
 
@@ -166,29 +162,31 @@ void empty_token_cache() {
     }
     program.cache_start = nullptr;
     program.cache_end = nullptr;
+    ++program.cache_epoch;
 }
 
-void prepare_line(std::uint32_t index) {
+std::uint32_t prepare_line(std::uint32_t index) {
     LineEntry& line = program.lines[index];
     if (line.tokens != nullptr) {
-        make_current(line.tokens, line.token_count);
-        return;
+        execution.tokens = line.tokens;
+        return line.token_count;
     }
     const auto count = static_cast<std::uint32_t>(tokenize(line.record + line_record_head));
     if (error_pending()) {
         errors.line = line.number;
-        return;
+        return 0;
     }
     Token* tokens = cache_tokens(count);
     if (tokens == nullptr) {
         // No room left to keep them: the line runs from a buffer and is tokenized again next time.
         copy_bytes(execution_buffer.tokens, tokenizer.scratch, count * sizeof(Token));
-        make_current(execution_buffer.tokens, count);
-        return;
+        execution.tokens = execution_buffer.tokens;
+        return count;
     }
     line.tokens = tokens;
     line.token_count = count;
-    make_current(tokens, count);
+    execution.tokens = tokens;
+    return count;
 }
 
 void jump_to_line(std::int64_t number) {
@@ -202,14 +200,22 @@ void jump_to_line(std::int64_t number) {
 }
 
 void jump_to_position(Position position) {
+    // A position may be older than the program: stacks survive an edit.
+    const bool direct = position.line == direct_line;
+    if (!direct && position.line >= program.count) {
+        raise(message::undefined_line_number);
+        return;
+    }
     execution.line = position.line;
     execution.record = position.record;
     execution.jumped = true;
-    if (position.line == direct_line) {
-        make_current(execution_buffer.direct, execution_buffer.direct_count);
-        return;
+    std::uint32_t count = execution_buffer.direct_count;
+    if (direct) {
+        execution.tokens = execution_buffer.direct;
+    } else {
+        count = prepare_line(position.line);
     }
-    prepare_line(position.line);
+    if (!error_pending() && position.record >= count) raise(message::undefined_line_number);
     // A line that cannot be tokenized has no statement to point at but its start.
     if (error_pending()) execution.statement_start = 0;
 }

@@ -9,6 +9,7 @@
 #include "core/program_store.h"
 #include "core/trace.h"
 #include "core/traps.h"
+#include "fast/run_fast.h"
 #include "files/file_table.h"
 #include "screen/console.h"
 #include "screen/graphics.h"
@@ -60,6 +61,19 @@ bool trap_error() {
     return !error_pending();
 }
 
+// Executes the statement at the cursor, or, where that is possible, as many as may follow one another until the
+// keyboard is to be asked.
+void execute(Cursor& cursor, std::uint64_t next_poll) {
+    const bool cached = execution.line < program.count && program.lines[execution.line].tokens == execution.tokens;
+    if (cached && fast::may_run()) {
+        const bool poll_is_late = execution.statement_count >= next_poll;
+        cursor = fast::run(cursor, poll_is_late ? 1 : next_poll - execution.statement_count);
+        return;
+    }
+    execution.statement_start = record_of(cursor);
+    dispatch_statement(cursor);
+}
+
 // Executes the statements of the current line from `cursor` on. True when the run goes on: a jump was made,
 // or the end of the line reached (execution.jumped tells them apart).
 bool run_line(Cursor cursor, std::uint64_t& next_poll) {
@@ -75,8 +89,7 @@ bool run_line(Cursor cursor, std::uint64_t& next_poll) {
             break_execution(record_of(cursor));
             return true;
         }
-        execution.statement_start = record_of(cursor);
-        dispatch_statement(cursor);
+        execute(cursor, next_poll);
         if (error_pending()) {
             errors.line = current_line_number();
             return trap_error();

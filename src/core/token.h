@@ -40,38 +40,78 @@ enum Resolution : std::uint8_t {
     RESOLVED_FUNCTION,  // a BuiltInFunction, for good
 };
 
+struct Token;
+
+// An integer result of a specialised evaluation; when `failed` is not 0 it is none, and the general evaluator has to
+// say why.
+struct Whole {
+    std::int64_t value;
+    std::uint64_t failed;
+};
+
+// A specialised piece of evaluation, kept in the unused bytes of an operator, a bracket, "=" or a keyword;
+// fast/step.h explains it.
+struct Step {
+    union {
+        double (*real)(double accumulator, Token* at);
+        float (*single)(float accumulator, Token* at);
+        Whole (*whole)(std::int64_t accumulator, Token* at);
+        Value (*text)(Token* at);
+        Position jump;  // of a keyword: where a scan from it leads
+    };
+    const void* operand;       // leaf of the right operand
+    Token* inner;              // first step of the right operand
+    Token* next;               // next step of the chain; of a statement: the statement that follows
+    const void* left_operand;  // the same for the left operand, where the accumulator does not carry it
+    Token* left_inner;
+};
+static_assert(sizeof(Step) == 48);
+
 struct Token {
     std::uint8_t kind;
-    Type value_type;          // of a NUMBER
-    std::uint8_t resolution;  // a Resolution
-    std::uint8_t spare;
-    std::uint32_t generation;  // clear generation at which `cached` was taken
+    Type value_type;  // of a NUMBER
+    union {
+        std::uint8_t resolution;  // of an IDENTIFIER: a Resolution
+        std::uint8_t left_kind;   // of an operator: what its left operand is
+        bool jump_known;          // of FOR, WHILE and IF: step.jump is set
+    };
+    std::uint8_t right_kind;   // of the right or only operand of `step`
+    std::uint32_t generation;  // clear generation at which `cached` or `execute` was taken
     union {
         struct {
             union {
-                std::int64_t integer;
-                double real;
+                struct {
+                    union {
+                        std::int64_t integer;
+                        double real;
+                    };
+                    double as_double;  // a NUMBER's value as a double, whatever its type
+                    Token* target;     // first token of the line with this number, once jumped to
+                    std::uint32_t target_line;
+                } number;
+                struct {
+                    const std::uint8_t* bytes;  // first character, inside the line's own text
+                    std::uint32_t length;
+                } string;
+                char name[name_capacity];  // upper case, with type suffix, zero-padded
+                std::uint8_t payload[40];
             };
-            double as_double;  // a NUMBER's value as a double, whatever its type
-        } number;
-        struct {
-            const std::uint8_t* bytes;  // first character, inside the line's own text
-            std::uint32_t length;
-        } string;
-        struct {
-            Position target;  // where a scan from this keyword, or the line number in this literal, leads
-            bool known;
-        } cached_jump;  // of FOR, WHILE and IF; tokens live no longer than the program is unchanged
-        char name[name_capacity];  // upper case, with type suffix, zero-padded
-        std::uint8_t payload[40];
+            // Lookup cache. The tokenizer clears it; a reference in it is trusted only while `generation` is
+            // current.
+            void* cached;
+        };
+        Step step;
     };
-    // Lookup cache. The tokenizer clears it; a reference in it is trusted only while `generation` is current.
-    void* cached;
-    std::uint64_t cached_extra;
+    // Of a statement's first token: how to execute the statement; gives the token of the statement to go on with.
+    Token* (*execute)(Token* at);
 };
 static_assert(sizeof(Token) == 64);
 static_assert(__builtin_offsetof(Token, payload) == 8);
 static_assert(__builtin_offsetof(Token, cached) == 48);
+static_assert(__builtin_offsetof(Token, step) == 8);
+
+// What `execute` holds until the statement has been met: specialises it if that can be done, and executes it.
+Token* execute_first(Token* at);
 
 // A position in a token array. Handlers and evaluator advance it past what they read.
 using Cursor = Token*;

@@ -48,6 +48,7 @@ void skip_blanks(const std::uint8_t*& text) {
 
 void clear(Token& token) {
     fill_bytes(&token, 0, sizeof token);
+    token.execute = execute_first;
 }
 
 // `text` stands behind the opening quote.

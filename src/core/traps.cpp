@@ -17,7 +17,7 @@ namespace {
 void resume_next(Position at) {
     jump_to_position(at);
     if (error_pending()) return;
-    for (std::uint32_t record = at.record; record < execution.token_count; ++record) {
+    for (std::uint32_t record = at.record; execution.tokens[record].kind != END_OF_LINE; ++record) {
         if (execution.tokens[record].kind == ':') {
             execution.record = record + 1;
             return;

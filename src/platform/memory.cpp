@@ -8,6 +8,7 @@
 namespace {
 
 typedef long long Vector __attribute__((vector_size(16), aligned(1), may_alias));
+typedef std::uint64_t Word __attribute__((aligned(1), may_alias));
 constexpr std::size_t vector_size = sizeof(Vector);
 constexpr std::size_t block_size = 4 * vector_size;
 
@@ -81,6 +82,12 @@ NO_LOOP_IDIOMS void* memset(void* destination, int byte, std::size_t count) {
 NO_LOOP_IDIOMS int memcmp(const void* left, const void* right, std::size_t count) {
     auto* a = static_cast<const std::uint8_t*>(left);
     auto* b = static_cast<const std::uint8_t*>(right);
+    for (; count >= sizeof(Word); count -= sizeof(Word), a += sizeof(Word), b += sizeof(Word)) {
+        const Word x = *reinterpret_cast<const Word*>(a);
+        const Word y = *reinterpret_cast<const Word*>(b);
+        // The first difference in memory is the most significant one with the bytes in reverse.
+        if (x != y) return __builtin_bswap64(x) < __builtin_bswap64(y) ? -1 : 1;
+    }
     for (; count != 0; --count, ++a, ++b) {
         if (*a != *b) return *a < *b ? -1 : 1;
     }

@@ -1,7 +1,6 @@
 #include "values/evaluator.h"
 
 #include <algorithm>
-#include <array>
 
 #include "core/arenas.h"
 #include "core/errors.h"
@@ -12,6 +11,7 @@
 #include "platform/stack.h"
 #include "values/convert.h"
 #include "values/functions.h"
+#include "values/operator_strength.h"
 #include "values/operators.h"
 #include "values/screen_function.h"
 #include "values/user_functions.h"
@@ -19,25 +19,6 @@
 
 namespace korvane {
 namespace {
-
-// Binding strengths of the binary operators; 0 for tokens that are none. All are left-associative: a right
-// operand is evaluated one level tighter.
-constexpr int weakest = 1;
-constexpr int relational_strength = 60;
-constexpr auto strengths = [] {
-    std::array<std::uint8_t, 256> table{};
-    table['*'] = table['/'] = 100;
-    table['\\'] = 90;
-    table[KW_MOD] = 80;
-    table['+'] = table['-'] = 70;
-    table['='] = table['<'] = table['>'] = relational_strength;
-    table[KW_AND] = 50;
-    table[KW_OR] = 40;
-    table[KW_XOR] = 30;
-    table[KW_EQV] = 20;
-    table[KW_IMP] = 10;
-    return table;
-}();
 
 Value evaluate_from(Cursor& cursor, int minimum);
 Value evaluate_signed(Cursor& cursor);
@@ -192,7 +173,7 @@ Value evaluate_from(Cursor& cursor, int minimum) {
     Value left = cursor->kind == KW_NOT ? evaluate_not(cursor) : evaluate_signed(cursor);
     for (;;) {
         const std::uint8_t operation = cursor->kind;
-        const int strength = strengths[operation];
+        const int strength = operator_strengths[operation];
         if (strength < minimum || error_pending()) return left;
         const bool relational = strength == relational_strength;
         const std::uint8_t relation = relational ? read_relation(cursor) : 0;
@@ -212,7 +193,7 @@ Value evaluate_from(Cursor& cursor, int minimum) {
 }  // namespace
 
 Value evaluate(Cursor& cursor) {
-    return evaluate_from(cursor, weakest);
+    return evaluate_from(cursor, weakest_strength);
 }
 
 std::int64_t evaluate_integer(Cursor& cursor) {

@@ -7,23 +7,10 @@
 #include "values/kernels.h"
 #include "values/operators.h"
 #include "values/random.h"
+#include "values/rounding.h"
 
 namespace korvane {
 namespace {
-
-// From here on every double is a whole number.
-constexpr double all_whole = 4503599627370496.0;  // 2^52
-
-double truncate(double x) {
-    if (!(x > -all_whole && x < all_whole)) return x;
-    const auto whole = static_cast<double>(static_cast<std::int64_t>(x));
-    return __builtin_copysign(whole, x);
-}
-
-double floor(double x) {
-    const double whole = truncate(x);
-    return whole > x ? whole - 1 : whole;
-}
 
 // A kernel's result, or the error that explains why it is no number.
 Value finite(double result) {
@@ -53,10 +40,10 @@ Value function_abs(const Value& number) {
 }
 
 Value function_int(const Value& number) {
-    return apply_keeping_type(floor, number);
+    return apply_keeping_type(rounded_down, number);
 }
 Value function_fix(const Value& number) {
-    return apply_keeping_type(truncate, number);
+    return apply_keeping_type(truncated, number);
 }
 
 Value function_sgn(const Value& number) {

@@ -11,11 +11,6 @@ namespace {
 
 constexpr double squaring_limit = 65536;
 
-double fail(const char* error_message) {
-    raise(error_message);
-    return 0;
-}
-
 // base^exponent as a product of squares, for the bits of the exponent from the lowest up.
 double repeated_squaring(double base, std::int32_t exponent) {
     std::int32_t rest = exponent < 0 ? -exponent : exponent;
@@ -28,24 +23,30 @@ double repeated_squaring(double base, std::int32_t exponent) {
     return exponent < 0 ? 1 / product : product;
 }
 
-// The cases in which neither operand is zero.
-double general_power(double base, double exponent) {
-    if (__builtin_fabs(exponent) <= squaring_limit) {
-        const auto integral = static_cast<std::int32_t>(exponent);
-        if (integral == exponent) return repeated_squaring(base, integral);
-    }
-    if (base < 0) return fail(message::illegal_function_call);
-    return kernel_pow(base, exponent);
+bool is_squaring_exponent(double exponent) {
+    return __builtin_fabs(exponent) <= squaring_limit && static_cast<std::int32_t>(exponent) == exponent;
 }
 
 }  // namespace
 
-double power(double base, double exponent) {
+double power_or_nan(double base, double exponent) {
     if (exponent == 0) return 1;
-    if (base == 0) return exponent < 0 ? fail(message::division_by_zero) : 0;
-    const double result = general_power(base, exponent);
+    if (base == 0) return exponent < 0 ? __builtin_nan("") : 0;
+    if (is_squaring_exponent(exponent)) return repeated_squaring(base, static_cast<std::int32_t>(exponent));
+    return base < 0 ? __builtin_nan("") : kernel_pow(base, exponent);
+}
+
+double power(double base, double exponent) {
+    const double result = power_or_nan(base, exponent);
     if (__builtin_isfinite(result)) return result;
-    return fail(message::overflow);
+    if (base == 0) {
+        raise(message::division_by_zero);
+    } else if (base < 0 && !is_squaring_exponent(exponent)) {
+        raise(message::illegal_function_call);
+    } else {
+        raise(message::overflow);
+    }
+    return 0;
 }
 
 }  // namespace korvane

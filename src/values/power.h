@@ -10,4 +10,7 @@ namespace korvane {
 // with an error.
 double power(double base, double exponent);
 
+// The same without raising anything: where power() raises an error this gives an infinity or a NaN.
+double power_or_nan(double base, double exponent);
+
 }  // namespace korvane

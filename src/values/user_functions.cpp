@@ -1,5 +1,6 @@
 #include "values/user_functions.h"
 
+#include "core/arenas.h"
 #include "core/errors.h"
 #include "core/messages.h"
 #include "core/parse.h"
@@ -159,6 +160,8 @@ void do_def(Cursor& cursor) {
     UserFunction* function = find_or_add_function(cursor->name);
     if (function == nullptr) return;
     ++cursor;
+    // What was learned about calls of the old definition is no longer true.
+    ++arenas.generation;
     // Until the definition is complete the name is undefined.
     function->defined = false;
     function->parameter_count = 0;

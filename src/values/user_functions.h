@@ -11,6 +11,8 @@
 
 namespace korvane {
 
+struct VariableEntry;
+
 inline constexpr std::uint32_t max_user_functions = 64;
 inline constexpr std::int32_t max_parameters = 8;
 
@@ -21,6 +23,10 @@ struct UserFunction {
     Token body[max_token_records];  // the defining expression and an end record
     std::int32_t body_length;       // tokens in it, the end record not counted
     bool defined;
+    // Of specialised calls: the body as the right side of a token of its own, and the parameters' variables.
+    Token head;
+    VariableEntry* entries[max_parameters];
+    bool being_specialised;  // guards against a body that calls its own function
 };
 
 struct UserFunctions {

@@ -1,0 +1,212 @@
+// Specialised assignments. "=" holds the expression as its right side, the place in left_operand and the following
+// statement in next.
+#include "core/keywords.h"
+#include "core/parse.h"
+#include "fast/element_steps.h"
+#include "fast/expression.h"
+#include "fast/sides.h"
+#include "fast/statement.h"
+#include "platform/memory.h"
+#include "values/functions.h"
+#include "values/user_functions.h"
+#include "values/variables.h"
+
+namespace korvane::fast {
+namespace {
+
+// Writes the value of the right side of `equals` to a place of the type; false when the general handler has to do it.
+template <Type type>
+inline bool assign(std::uint8_t* place, const Token* equals) {
+    if constexpr (type == Type::DOUBLE) {
+        const double value = right_real(equals);
+        if (!is_finite(value)) return false;
+        __builtin_memcpy(place, &value, sizeof value);
+    } else if constexpr (type == Type::SINGLE) {
+        const double value = right_real(equals);
+        if (!is_finite(value)) return false;
+        const auto narrow = static_cast<float>(value);
+        __builtin_memcpy(place, &narrow, sizeof narrow);
+    } else {
+        const Whole value = right_whole(equals);
+        if (value.failed != 0) return false;
+        if constexpr (type == Type::INTEGER) {
+            const auto narrow = static_cast<std::int16_t>(value.value);
+            if (narrow != value.value) return false;
+            __builtin_memcpy(place, &narrow, sizeof narrow);
+        } else if constexpr (type == Type::LONG) {
+            const auto narrow = static_cast<std::int32_t>(value.value);
+            if (narrow != value.value) return false;
+            __builtin_memcpy(place, &narrow, sizeof narrow);
+        } else {
+            __builtin_memcpy(place, &value.value, sizeof value.value);
+        }
+    }
+    return true;
+}
+
+template <>
+inline bool assign<Type::STRING>(std::uint8_t* place, const Token* equals) {
+    const Value text = right_text(equals);
+    if (text.type == Type::NONE || text.length > free_data_bytes()) return false;
+    std::uint8_t* bytes = arenas.FREETOP - text.length;
+    arenas.FREETOP = bytes;
+    copy_bytes(bytes, text.bytes, text.length);
+    write_unaligned(place, StringDescriptor{.length = text.length, .zero = 0, .bytes = bytes});
+    return true;
+}
+
+// A statement that may have taken string space starts again with what it found.
+template <bool allocates>
+inline Token* start_again(Token* at, std::uint8_t* string_top) {
+    if constexpr (allocates) arenas.FREETOP = string_top;
+    return execute_general(at);
+}
+
+inline std::uint8_t* place_of(const Token* equals) {
+    return static_cast<std::uint8_t*>(const_cast<void*>(equals->step.left_operand));
+}
+
+template <Type type, bool allocates>
+Token* let_scalar(Token* at) {
+    if (!is_current(at)) return execute_first(at);
+    Token* equals = at + 1;
+    std::uint8_t* string_top = arenas.FREETOP;
+    if (!assign<type>(place_of(equals), equals)) return start_again<allocates>(at, string_top);
+    return equals->step.next;
+}
+
+// The frequent shapes of a DOUBLE target: a DOUBLE copied, and a chain of doubles with or without a leaf in front.
+Token* let_copy(Token* at) {
+    if (!is_current(at)) return execute_first(at);
+    Token* equals = at + 1;
+    const double value = read<double>(equals->step.operand);
+    __builtin_memcpy(place_of(equals), &value, sizeof value);
+    return equals->step.next;
+}
+
+template <Leaf leaf>
+Token* let_chain(Token* at) {
+    if (!is_current(at)) return execute_first(at);
+    Token* equals = at + 1;
+    Token* inner = equals->step.inner;
+    const double value = inner->step.real(real_leaf<leaf>(equals->step.operand), inner);
+    if (!is_finite(value)) return execute_general(at);
+    __builtin_memcpy(place_of(equals), &value, sizeof value);
+    return equals->step.next;
+}
+
+template <Leaf leaf>
+Token* let_single_chain(Token* at) {
+    if (!is_current(at)) return execute_first(at);
+    Token* equals = at + 1;
+    Token* inner = equals->step.inner;
+    const float value = inner->step.single(static_cast<float>(real_leaf<leaf>(equals->step.operand)), inner);
+    if (!is_finite(value)) return execute_general(at);
+    __builtin_memcpy(place_of(equals), &value, sizeof value);
+    return equals->step.next;
+}
+
+// The bracket of an element that is assigned to begins no chain; its next leads to "=".
+template <Type type, bool allocates>
+Token* let_element(Token* at) {
+    if (!is_current(at)) return execute_first(at);
+    Token* equals = at[1].step.next;
+    std::uint8_t* string_top = arenas.FREETOP;
+    std::uint8_t* place = element_address(at + 1, type);
+    if (place == nullptr || !assign<type>(place, equals)) return start_again<allocates>(at, string_top);
+    return equals->step.next;
+}
+
+template <Type type>
+Execute scalar_form(bool allocates) {
+    return allocates ? let_scalar<type, true> : let_scalar<type, false>;
+}
+template <Type type>
+Execute element_form(bool allocates) {
+    return allocates ? let_element<type, true> : let_element<type, false>;
+}
+
+Execute choose_scalar(Type type, bool allocates) {
+    switch (type) {
+        case Type::INTEGER: return scalar_form<Type::INTEGER>(allocates);
+        case Type::LONG: return scalar_form<Type::LONG>(allocates);
+        case Type::INT64: return scalar_form<Type::INT64>(allocates);
+        case Type::SINGLE: return scalar_form<Type::SINGLE>(allocates);
+        case Type::DOUBLE: return scalar_form<Type::DOUBLE>(allocates);
+        default: return scalar_form<Type::STRING>(allocates);
+    }
+}
+
+Execute choose_element(Type type, bool allocates) {
+    switch (type) {
+        case Type::INTEGER: return element_form<Type::INTEGER>(allocates);
+        case Type::LONG: return element_form<Type::LONG>(allocates);
+        case Type::INT64: return element_form<Type::INT64>(allocates);
+        case Type::SINGLE: return element_form<Type::SINGLE>(allocates);
+        case Type::DOUBLE: return element_form<Type::DOUBLE>(allocates);
+        default: return element_form<Type::STRING>(allocates);
+    }
+}
+
+Execute choose_shape(Type type, const Specialised& value) {
+    const std::uint8_t kind = value.side.kind;
+    if (!value.allocates && type == Type::DOUBLE) {
+        if (kind == F64) return let_copy;
+        if (kind == side_kind(F64, true, Domain::REAL)) return let_chain<F64>;
+        if (kind == side_kind(COMPUTED, true, Domain::REAL)) return let_chain<COMPUTED>;
+    }
+    if (!value.allocates && type == Type::SINGLE) {
+        if (kind == side_kind(F32, true, Domain::SINGLE)) return let_single_chain<F32>;
+        if (kind == side_kind(COMPUTED, true, Domain::SINGLE)) return let_single_chain<COMPUTED>;
+    }
+    return choose_scalar(type, value.allocates);
+}
+
+Domain wanted_for(Type type) {
+    return is_floating(type) ? Domain::REAL : domain_of(type);
+}
+
+// The expression behind "=": it must be of the target's kind and end the statement.
+bool specialise_value(Token* equals, Type type, Specialised& value) {
+    if (equals->kind != '=' || !specialise(equals + 1, wanted_for(type), value)) return false;
+    if ((value.side.type == Type::STRING) != (type == Type::STRING)) return false;
+    hold(equals, value.side);
+    equals->step.next = following(value.end);
+    return true;
+}
+
+bool specialise_scalar(Token* at) {
+    if (is_system_variable(at->name)) return false;
+    const VariableEntry* entry = find_variable(at->name, false);
+    Specialised value;
+    if (entry == nullptr || !specialise_value(at + 1, entry->type, value)) return false;
+    at[1].step.left_operand = entry->storage;
+    at->execute = choose_shape(entry->type, value);
+    return true;
+}
+
+bool specialise_array_element(Token* at) {
+    Specialised element;
+    Specialised value;
+    if (!specialise_element(at, element) || !specialise_value(element.end, element.side.type, value)) return false;
+    at[1].step.next = element.end;
+    at->execute = choose_element(element.side.type, element.allocates || value.allocates);
+    return true;
+}
+
+Token* let_with_word(Token* at) { return is_current(at) ? at[1].execute(at + 1) : execute_first(at); }
+
+}  // namespace
+
+bool specialise_assignment(Token* at) {
+    if (at->kind == KW_LET) {
+        if (at[1].kind != IDENTIFIER || !specialise_assignment(at + 1)) return false;
+        at[1].generation = arenas.generation;
+        at->execute = let_with_word;
+        return true;
+    }
+    if (at[1].kind != '(') return specialise_scalar(at);
+    return !is_word(at, "MID$") && !is_word(at, "TIMER") && specialise_array_element(at);
+}
+
+}  // namespace korvane::fast

@@ -1,0 +1,40 @@
+// Turning an expression into a Side: parsing it once more, with the types of its variables known.
+#pragma once
+
+#include <cstdint>
+
+#include "fast/step.h"
+
+namespace korvane::fast {
+
+struct Side {
+    std::uint8_t kind;
+    const void* operand;
+    Token* inner;
+    Token* last;  // last step of the chain, to which more can be appended
+    Type type;    // static type of the value: what the general evaluator would give
+};
+
+// An expression that has been looked at.
+struct Specialised {
+    Side side;
+    Token* end;       // the token behind the expression
+    bool allocates;   // evaluating it takes string space
+};
+
+// Specialises the expression at `start`. With `wanted` REAL a number is prepared to be taken as a double, otherwise it
+// stays in the domain of its own type. False when some part of it has no specialised form, among them names that no
+// variable exists for yet; nothing is lost then but time.
+bool specialise(Token* start, Domain wanted, Specialised& result);
+
+// The same for an array element to be assigned to, whose name is at `name`: binds its bracket and gives the token
+// behind it.
+bool specialise_element(Token* name, Specialised& result);
+
+// Makes the expression the right side of `host`, the token in front of it.
+void hold(Token* host, const Side& side);
+
+// The domain of a numeric type or of STRING.
+Domain domain_of(Type type);
+
+}  // namespace korvane::fast

@@ -1,0 +1,78 @@
+// Evaluating a Side: a leaf, a leaf with a chain behind it, or a chain with a beginning of its own.
+#pragma once
+
+#include <cstdint>
+
+#include "fast/step.h"
+
+namespace korvane::fast {
+
+template <typename Datum>
+inline Datum read(const void* address) {
+    Datum datum;
+    __builtin_memcpy(&datum, address, sizeof datum);
+    return datum;
+}
+
+// Hands the accumulator to the next step of the chain, if there is one.
+inline double go_on(double accumulator, Token* at) {
+    Token* next = at->step.next;
+    return next == nullptr ? accumulator : next->step.real(accumulator, next);
+}
+inline float go_on_single(float accumulator, Token* at) {
+    Token* next = at->step.next;
+    return next == nullptr ? accumulator : next->step.single(accumulator, next);
+}
+inline Whole go_on_whole(std::int64_t accumulator, Token* at) {
+    Token* next = at->step.next;
+    return next == nullptr ? Whole{accumulator, 0} : next->step.whole(accumulator, next);
+}
+
+// A leaf as a double, a float or an integer. Integers convert exactly or, beyond 2^53, rounded to nearest.
+template <Leaf leaf>
+inline double real_leaf(const void* operand) {
+    if constexpr (leaf == F64) return read<double>(operand);
+    if constexpr (leaf == F32) return read<float>(operand);
+    if constexpr (leaf == I16) return read<std::int16_t>(operand);
+    if constexpr (leaf == I32) return read<std::int32_t>(operand);
+    if constexpr (leaf == I64) return static_cast<double>(read<std::int64_t>(operand));
+    return 0;
+}
+template <Leaf leaf>
+inline std::int64_t whole_leaf(const void* operand) {
+    if constexpr (leaf == I16) return read<std::int16_t>(operand);
+    if constexpr (leaf == I32) return read<std::int32_t>(operand);
+    if constexpr (leaf == I64) return read<std::int64_t>(operand);
+    return 0;
+}
+
+// A Side of any kind in the domain that is wanted. Not inlined: the frequent kinds have steps of their own.
+double real_side(std::uint8_t kind, const void* operand, Token* inner);  // a NaN when it failed
+Whole whole_side(std::uint8_t kind, const void* operand, Token* inner);  // floats are rounded, halves away from 0
+Value text_side(std::uint8_t kind, const void* operand, Token* inner);   // type NONE when it failed
+
+inline double right_real(const Token* at) { return real_side(at->right_kind, at->step.operand, at->step.inner); }
+inline Whole right_whole(const Token* at) { return whole_side(at->right_kind, at->step.operand, at->step.inner); }
+inline Value right_text(const Token* at) { return text_side(at->right_kind, at->step.operand, at->step.inner); }
+inline double left_real(const Token* at) {
+    return real_side(at->left_kind, at->step.left_operand, at->step.left_inner);
+}
+inline Whole left_whole(const Token* at) {
+    return whole_side(at->left_kind, at->step.left_operand, at->step.left_inner);
+}
+inline Value left_text(const Token* at) {
+    return text_side(at->left_kind, at->step.left_operand, at->step.left_inner);
+}
+
+// A double rounded to an integer, halves away from zero; failed outside the INT64 range.
+inline Whole round_whole(double x) {
+    constexpr double limit = 9223372036854775808.0;
+    if (!(x >= -limit && x < limit)) return {0, 1};
+    const auto truncated = static_cast<std::int64_t>(x);
+    const double fraction = x - static_cast<double>(truncated);
+    if (__builtin_expect(fraction == 0, true)) return {truncated, 0};
+    // A broken part means that |x| is below 2^53, so the step cannot leave the range.
+    return {truncated + (fraction >= 0.5) - (fraction <= -0.5), 0};
+}
+
+}  // namespace korvane::fast
