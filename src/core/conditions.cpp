@@ -13,7 +13,8 @@ namespace korvane {
 namespace {
 
 void skip_to_line_end(Cursor& cursor) {
-    while (cursor->kind != END_OF_LINE) ++cursor;
+    while (cursor->kind != END_OF_LINE)
+        ++cursor;
 }
 
 // The first ELSE behind the condition, or the end of the line.

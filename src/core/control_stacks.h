@@ -37,8 +37,8 @@ struct ForEntry {
     std::int32_t step_sign;  // -1, 0 or 1
     bool whole;              // variable, limit and step are integers
     Position loop;           // the record after the FOR statement
-    Token* loop_tokens;      // its line's tokens and its first statement, good while `loop_epoch` is the token
-    Token* loop_token;       // cache's own
+    Token* loop_tokens;  // its line's tokens and its first statement, good while `loop_epoch` is the token
+    Token* loop_token;   // cache's own
     std::uint32_t loop_epoch;
 };
 

@@ -178,8 +178,10 @@ void remember_loop(ForEntry& entry, Token* body) {
     entry.loop = {execution.line, record_of(body)};
     entry.loop_tokens = execution.tokens;
     entry.loop_token = body;
-    while (entry.loop_token->kind == ':') ++entry.loop_token;
-    const bool cached = execution.line < program.count && program.lines[execution.line].tokens == execution.tokens;
+    while (entry.loop_token->kind == ':')
+        ++entry.loop_token;
+    const bool cached =
+        execution.line < program.count && program.lines[execution.line].tokens == execution.tokens;
     entry.loop_epoch = cached ? program.cache_epoch : no_epoch;
 }
 

@@ -14,7 +14,8 @@ struct VariableEntry;
 void do_for(Cursor& cursor);
 
 // Fills the entry of a loop from its evaluated parts; where its body begins is remembered separately.
-void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, const Value& limit, const Value& step);
+void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, const Value& limit,
+                    const Value& step);
 void remember_loop(ForEntry& entry, Token* body);
 
 // NEXT [var]: one variable at most. Raises "NEXT without FOR" and "Overflow".

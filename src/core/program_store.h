@@ -42,7 +42,8 @@ struct ProgramStore {
     std::uint8_t* write;        // first byte after the last record
     std::uint8_t* cache_start;  // token cache, or null until the first line is cached after a change
     std::uint8_t* cache_end;
-    std::uint32_t cache_epoch;   // counts the times that the cache was emptied; pointers into it are good for one
+    std::uint32_t
+        cache_epoch;  // counts the times that the cache was emptied; pointers into it are good for one
     LineEntry lines[max_program_lines];
 };
 extern ProgramStore program;
@@ -70,8 +71,8 @@ void clear_program();
 // Drops every cached token array.
 void empty_token_cache();
 
-// Makes the token array of the line current (execution.tokens), from the cache or by tokenizing, and returns its number
-// of records. A tokenizing error is raised with its line set to this line's number.
+// Makes the token array of the line current (execution.tokens), from the cache or by tokenizing, and returns
+// its number of records. A tokenizing error is raised with its line set to this line's number.
 std::uint32_t prepare_line(std::uint32_t index);
 
 // Transfers control to the first statement of the line with this number. Raises "Undefined line number" when

@@ -61,10 +61,11 @@ bool trap_error() {
     return !error_pending();
 }
 
-// Executes the statement at the cursor, or, where that is possible, as many as may follow one another until the
-// keyboard is to be asked.
+// Executes the statement at the cursor, or, where that is possible, as many as may follow one another until
+// the keyboard is to be asked.
 void execute(Cursor& cursor, std::uint64_t next_poll) {
-    const bool cached = execution.line < program.count && program.lines[execution.line].tokens == execution.tokens;
+    const bool cached =
+        execution.line < program.count && program.lines[execution.line].tokens == execution.tokens;
     if (cached && fast::may_run()) {
         const bool poll_is_late = execution.statement_count >= next_poll;
         cursor = fast::run(cursor, poll_is_late ? 1 : next_poll - execution.statement_count);

@@ -42,8 +42,8 @@ enum Resolution : std::uint8_t {
 
 struct Token;
 
-// An integer result of a specialised evaluation; when `failed` is not 0 it is none, and the general evaluator has to
-// say why.
+// An integer result of a specialised evaluation; when `failed` is not 0 it is none, and the general evaluator
+// has to say why.
 struct Whole {
     std::int64_t value;
     std::uint64_t failed;
@@ -102,7 +102,8 @@ struct Token {
         };
         Step step;
     };
-    // Of a statement's first token: how to execute the statement; gives the token of the statement to go on with.
+    // Of a statement's first token: how to execute the statement; gives the token of the statement to go on
+    // with.
     Token* (*execute)(Token* at);
 };
 static_assert(sizeof(Token) == 64);

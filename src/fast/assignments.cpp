@@ -1,5 +1,5 @@
-// Specialised assignments. "=" holds the expression as its right side, the place in left_operand and the following
-// statement in next.
+// Specialised assignments. "=" holds the expression as its right side, the place in left_operand and the
+// following statement in next.
 #include "core/keywords.h"
 #include "core/parse.h"
 #include "fast/element_steps.h"
@@ -14,7 +14,8 @@
 namespace korvane::fast {
 namespace {
 
-// Writes the value of the right side of `equals` to a place of the type; false when the general handler has to do it.
+// Writes the value of the right side of `equals` to a place of the type; false when the general handler has
+// to do it.
 template <Type type>
 inline bool assign(std::uint8_t* place, const Token* equals) {
     if constexpr (type == Type::DOUBLE) {
@@ -75,7 +76,8 @@ Token* let_scalar(Token* at) {
     return equals->step.next;
 }
 
-// The frequent shapes of a DOUBLE target: a DOUBLE copied, and a chain of doubles with or without a leaf in front.
+// The frequent shapes of a DOUBLE target: a DOUBLE copied, and a chain of doubles with or without a leaf in
+// front.
 Token* let_copy(Token* at) {
     if (!is_current(at)) return execute_first(at);
     Token* equals = at + 1;
@@ -128,23 +130,35 @@ Execute element_form(bool allocates) {
 
 Execute choose_scalar(Type type, bool allocates) {
     switch (type) {
-        case Type::INTEGER: return scalar_form<Type::INTEGER>(allocates);
-        case Type::LONG: return scalar_form<Type::LONG>(allocates);
-        case Type::INT64: return scalar_form<Type::INT64>(allocates);
-        case Type::SINGLE: return scalar_form<Type::SINGLE>(allocates);
-        case Type::DOUBLE: return scalar_form<Type::DOUBLE>(allocates);
-        default: return scalar_form<Type::STRING>(allocates);
+        case Type::INTEGER:
+            return scalar_form<Type::INTEGER>(allocates);
+        case Type::LONG:
+            return scalar_form<Type::LONG>(allocates);
+        case Type::INT64:
+            return scalar_form<Type::INT64>(allocates);
+        case Type::SINGLE:
+            return scalar_form<Type::SINGLE>(allocates);
+        case Type::DOUBLE:
+            return scalar_form<Type::DOUBLE>(allocates);
+        default:
+            return scalar_form<Type::STRING>(allocates);
     }
 }
 
 Execute choose_element(Type type, bool allocates) {
     switch (type) {
-        case Type::INTEGER: return element_form<Type::INTEGER>(allocates);
-        case Type::LONG: return element_form<Type::LONG>(allocates);
-        case Type::INT64: return element_form<Type::INT64>(allocates);
-        case Type::SINGLE: return element_form<Type::SINGLE>(allocates);
-        case Type::DOUBLE: return element_form<Type::DOUBLE>(allocates);
-        default: return element_form<Type::STRING>(allocates);
+        case Type::INTEGER:
+            return element_form<Type::INTEGER>(allocates);
+        case Type::LONG:
+            return element_form<Type::LONG>(allocates);
+        case Type::INT64:
+            return element_form<Type::INT64>(allocates);
+        case Type::SINGLE:
+            return element_form<Type::SINGLE>(allocates);
+        case Type::DOUBLE:
+            return element_form<Type::DOUBLE>(allocates);
+        default:
+            return element_form<Type::STRING>(allocates);
     }
 }
 
@@ -188,20 +202,23 @@ bool specialise_scalar(Token* at) {
 bool specialise_array_element(Token* at) {
     Specialised element;
     Specialised value;
-    if (!specialise_element(at, element) || !specialise_value(element.end, element.side.type, value)) return false;
+    if (!specialise_element(at, element) || !specialise_value(element.end, element.side.type, value))
+        return false;
     at[1].step.next = element.end;
     at->execute = choose_element(element.side.type, element.allocates || value.allocates);
     return true;
 }
 
-Token* let_with_word(Token* at) { return is_current(at) ? at[1].execute(at + 1) : execute_first(at); }
+Token* let_with_word(Token* at) {
+    return is_current(at) ? at[1].execute(at + 1) : execute_first(at);
+}
 
 }  // namespace
 
 bool specialise_assignment(Token* at) {
     if (at->kind == KW_LET) {
         if (at[1].kind != IDENTIFIER || !specialise_assignment(at + 1)) return false;
-        at[1].generation = arenas.generation;
+        enter_generation(at + 1);
         at->execute = let_with_word;
         return true;
     }

@@ -1,5 +1,5 @@
-// Specialised IF, GOTO, GOSUB and RETURN. IF holds its condition as its right side; next is where a true one leads,
-// left_inner where a false one does. A line number literal keeps the first token of its line.
+// Specialised IF, GOTO, GOSUB and RETURN. IF holds its condition as its right side; next is where a true one
+// leads, left_inner where a false one does. A line number literal keeps the first token of its line.
 #include "core/control_stacks.h"
 #include "core/keywords.h"
 #include "core/parse.h"
@@ -13,7 +13,9 @@ namespace {
 
 // Finds the line of a literal; false when it does not exist or does not stay in the token cache.
 bool resolve_line(Token* literal) {
-    if (!is_integer(literal->value_type) && literal->number.as_double != static_cast<double>(static_cast<std::int64_t>(literal->number.as_double))) {
+    if (!is_integer(literal->value_type) &&
+        literal->number.as_double !=
+            static_cast<double>(static_cast<std::int64_t>(literal->number.as_double))) {
         return false;
     }
     const double number = literal->number.as_double;
@@ -47,7 +49,8 @@ Truth real_condition(const Token* at) {
 template <bool computed>
 inline Truth condition(const Token* at) {
     if constexpr (computed) return truth_of(at->step.inner->step.whole(0, at->step.inner));
-    if (at->right_kind >> domain_shift == static_cast<std::uint8_t>(Domain::WHOLE)) return truth_of(right_whole(at));
+    if (at->right_kind >> domain_shift == static_cast<std::uint8_t>(Domain::WHOLE))
+        return truth_of(right_whole(at));
     return real_condition(at);
 }
 
@@ -69,9 +72,12 @@ Token* if_then_line(Token* at) {
     if (!is_current(at)) return execute_first(at);
     std::uint8_t* string_top = arenas.FREETOP;
     switch (condition<computed>(at)) {
-        case Truth::TRUE: return go_to_line(at->step.next);
-        case Truth::FALSE: return take_else(at);
-        default: return start_again<allocates>(at, string_top);
+        case Truth::TRUE:
+            return go_to_line(at->step.next);
+        case Truth::FALSE:
+            return take_else(at);
+        default:
+            return start_again<allocates>(at, string_top);
     }
 }
 
@@ -86,8 +92,10 @@ Token* if_then_statements(Token* at) {
             if (state.kept_token != at) state.kept_start = record_of(at);
             state.kept_token = at->step.next;
             return at->step.next;
-        case Truth::FALSE: return take_else(at);
-        default: return start_again<allocates>(at, string_top);
+        case Truth::FALSE:
+            return take_else(at);
+        default:
+            return start_again<allocates>(at, string_top);
     }
 }
 
@@ -104,7 +112,8 @@ Execute choose_if(bool computed, bool allocates) {
 
 // The first ELSE of the line, or its end.
 Token* find_else(Token* at) {
-    while (at->kind != KW_ELSE && at->kind != END_OF_LINE) ++at;
+    while (at->kind != KW_ELSE && at->kind != END_OF_LINE)
+        ++at;
     return at;
 }
 
@@ -117,7 +126,9 @@ bool resolve_else(Token* at, Token* behind_condition) {
     return target->kind != NUMBER || (target[-1].kind == KW_ELSE && resolve_line(target));
 }
 
-Token* goto_line(Token* at) { return go_to_line(at + 1); }
+Token* goto_line(Token* at) {
+    return go_to_line(at + 1);
+}
 
 Token* gosub_line(Token* at) {
     if (control_stacks.gosub_count == max_gosub_depth) return execute_general(at);
@@ -138,7 +149,9 @@ Token* return_to_line(Token* at) {
     return go_to(entry.line, tokens, following(tokens + entry.record));
 }
 
-bool is_lone_literal(const Token* at) { return at->kind == NUMBER && at_statement_end(at + 1); }
+bool is_lone_literal(const Token* at) {
+    return at->kind == NUMBER && at_statement_end(at + 1);
+}
 
 }  // namespace
 

@@ -1,5 +1,5 @@
-// Steps of the relational operators. They compare in the domain of their operands and begin a chain of the whole
-// domain with -1 or 0.
+// Steps of the relational operators. They compare in the domain of their operands and begin a chain of the
+// whole domain with -1 or 0.
 #include <algorithm>
 
 #include "fast/sides.h"
@@ -22,7 +22,9 @@ inline bool holds(Number left, Number right) {
     return left != right;
 }
 
-inline Whole truth(bool is_true, Token* at) { return go_on_whole(is_true ? -1 : 0, at); }
+inline Whole truth(bool is_true, Token* at) {
+    return go_on_whole(is_true ? -1 : 0, at);
+}
 
 // What is no number fails: the general evaluator says whether it is an error.
 template <int relation>
@@ -52,7 +54,8 @@ Whole compare_wholes(std::int64_t, Token* at) {
 
 template <int relation, Leaf left, Leaf right>
 Whole compare_whole_leaves(std::int64_t, Token* at) {
-    return truth(holds<relation>(whole_leaf<left>(at->step.left_operand), whole_leaf<right>(at->step.operand)), at);
+    return truth(
+        holds<relation>(whole_leaf<left>(at->step.left_operand), whole_leaf<right>(at->step.operand)), at);
 }
 
 int compare_texts(const Value& left, const Value& right) {
@@ -79,10 +82,14 @@ using WholeStep = Whole (*)(std::int64_t, Token*);
 template <int relation, Leaf left>
 WholeStep whole_leaves(std::uint8_t right_kind) {
     switch (right_kind) {
-        case side_kind(I16, false, Domain::WHOLE): return compare_whole_leaves<relation, left, I16>;
-        case side_kind(I32, false, Domain::WHOLE): return compare_whole_leaves<relation, left, I32>;
-        case side_kind(I64, false, Domain::WHOLE): return compare_whole_leaves<relation, left, I64>;
-        default: return compare_wholes<relation>;
+        case side_kind(I16, false, Domain::WHOLE):
+            return compare_whole_leaves<relation, left, I16>;
+        case side_kind(I32, false, Domain::WHOLE):
+            return compare_whole_leaves<relation, left, I32>;
+        case side_kind(I64, false, Domain::WHOLE):
+            return compare_whole_leaves<relation, left, I64>;
+        default:
+            return compare_wholes<relation>;
     }
 }
 
@@ -91,13 +98,17 @@ WholeStep choose(const Token* at, Domain domain) {
     if (domain == Domain::TEXT) return compare_text_sides<relation>;
     if (domain != Domain::WHOLE) {
         return at->left_kind == F64 && at->right_kind == F64 ? compare_real_leaves<relation>
-                                                              : compare_reals<relation>;
+                                                             : compare_reals<relation>;
     }
     switch (at->left_kind) {
-        case side_kind(I16, false, Domain::WHOLE): return whole_leaves<relation, I16>(at->right_kind);
-        case side_kind(I32, false, Domain::WHOLE): return whole_leaves<relation, I32>(at->right_kind);
-        case side_kind(I64, false, Domain::WHOLE): return whole_leaves<relation, I64>(at->right_kind);
-        default: return compare_wholes<relation>;
+        case side_kind(I16, false, Domain::WHOLE):
+            return whole_leaves<relation, I16>(at->right_kind);
+        case side_kind(I32, false, Domain::WHOLE):
+            return whole_leaves<relation, I32>(at->right_kind);
+        case side_kind(I64, false, Domain::WHOLE):
+            return whole_leaves<relation, I64>(at->right_kind);
+        default:
+            return compare_wholes<relation>;
     }
 }
 
@@ -112,12 +123,24 @@ int relation_at(const Token* at) {
 
 void set_comparison_step(Token* at, Domain domain) {
     switch (relation_at(at)) {
-        case LESS: at->step.whole = choose<LESS>(at, domain); break;
-        case EQUAL: at->step.whole = choose<EQUAL>(at, domain); break;
-        case GREATER: at->step.whole = choose<GREATER>(at, domain); break;
-        case LESS | EQUAL: at->step.whole = choose<LESS | EQUAL>(at, domain); break;
-        case GREATER | EQUAL: at->step.whole = choose<GREATER | EQUAL>(at, domain); break;
-        default: at->step.whole = choose<LESS | GREATER>(at, domain); break;
+        case LESS:
+            at->step.whole = choose<LESS>(at, domain);
+            break;
+        case EQUAL:
+            at->step.whole = choose<EQUAL>(at, domain);
+            break;
+        case GREATER:
+            at->step.whole = choose<GREATER>(at, domain);
+            break;
+        case LESS | EQUAL:
+            at->step.whole = choose<LESS | EQUAL>(at, domain);
+            break;
+        case GREATER | EQUAL:
+            at->step.whole = choose<GREATER | EQUAL>(at, domain);
+            break;
+        default:
+            at->step.whole = choose<LESS | GREATER>(at, domain);
+            break;
     }
 }
 

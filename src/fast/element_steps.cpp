@@ -6,8 +6,8 @@
 namespace korvane::fast {
 namespace {
 
-// Where the bracket and the commas of an element keep what they need: the subscript is the token's right side;
-// left_operand is the array block, left_inner the next comma, null at the last subscript.
+// Where the bracket and the commas of an element keep what they need: the subscript is the token's right
+// side; left_operand is the array block, left_inner the next comma, null at the last subscript.
 const ArrayBlock* block_of(const Token* bracket) {
     return static_cast<const ArrayBlock*>(bracket->step.left_operand);
 }
@@ -31,7 +31,8 @@ inline std::uint8_t* address_in(const ArrayBlock* block, std::uint64_t dimension
 // One subscript.
 inline bool vector_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& offset) {
     const Whole subscript = subscript_at(bracket);
-    if (subscript.failed != 0 || subscript.value < variables.array_base || subscript.value > block->bounds[0]) {
+    if (subscript.failed != 0 || subscript.value < variables.array_base ||
+        subscript.value > block->bounds[0]) {
         return false;
     }
     offset = offset_of(subscript.value);
@@ -44,7 +45,8 @@ bool general_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t
     const std::int64_t* bound = block->bounds;
     for (const Token* mark = bracket; mark != nullptr; mark = mark->step.left_inner, ++bound) {
         const Whole subscript = subscript_at(mark);
-        if (subscript.failed != 0 || subscript.value < variables.array_base || subscript.value > *bound) return false;
+        if (subscript.failed != 0 || subscript.value < variables.array_base || subscript.value > *bound)
+            return false;
         offset = offset * (offset_of(*bound) + 1) + offset_of(subscript.value);
     }
     return true;
@@ -88,19 +90,35 @@ Value text_element(Token* at) {
 
 void set_real_element_step(Token* bracket, Type type) {
     switch (type) {
-        case Type::INTEGER: bracket->step.real = real_element<I16, 2>; break;
-        case Type::LONG: bracket->step.real = real_element<I32, 4>; break;
-        case Type::INT64: bracket->step.real = real_element<I64, 8>; break;
-        case Type::SINGLE: bracket->step.real = real_element<F32, 4>; break;
-        default: bracket->step.real = real_element<F64, 8>; break;
+        case Type::INTEGER:
+            bracket->step.real = real_element<I16, 2>;
+            break;
+        case Type::LONG:
+            bracket->step.real = real_element<I32, 4>;
+            break;
+        case Type::INT64:
+            bracket->step.real = real_element<I64, 8>;
+            break;
+        case Type::SINGLE:
+            bracket->step.real = real_element<F32, 4>;
+            break;
+        default:
+            bracket->step.real = real_element<F64, 8>;
+            break;
     }
 }
 
 void set_whole_element_step(Token* bracket, Type type) {
     switch (type) {
-        case Type::INTEGER: bracket->step.whole = whole_element<I16, 2>; break;
-        case Type::LONG: bracket->step.whole = whole_element<I32, 4>; break;
-        default: bracket->step.whole = whole_element<I64, 8>; break;
+        case Type::INTEGER:
+            bracket->step.whole = whole_element<I16, 2>;
+            break;
+        case Type::LONG:
+            bracket->step.whole = whole_element<I32, 4>;
+            break;
+        default:
+            bracket->step.whole = whole_element<I64, 8>;
+            break;
     }
 }
 
@@ -108,19 +126,31 @@ void set_whole_element_step(Token* bracket, Type type) {
 
 std::uint8_t* element_address(Token* at, Type type) {
     switch (storage_size(type)) {
-        case 2: return find_element<2>(at);
-        case 4: return find_element<4>(at);
-        case 8: return find_element<8>(at);
-        default: return find_element<16>(at);
+        case 2:
+            return find_element<2>(at);
+        case 4:
+            return find_element<4>(at);
+        case 8:
+            return find_element<8>(at);
+        default:
+            return find_element<16>(at);
     }
 }
 
 void set_element_step(Token* bracket, Type type, Domain domain) {
     switch (domain) {
-        case Domain::REAL: set_real_element_step(bracket, type); break;
-        case Domain::SINGLE: bracket->step.single = single_element; break;
-        case Domain::WHOLE: set_whole_element_step(bracket, type); break;
-        case Domain::TEXT: bracket->step.text = text_element; break;
+        case Domain::REAL:
+            set_real_element_step(bracket, type);
+            break;
+        case Domain::SINGLE:
+            bracket->step.single = single_element;
+            break;
+        case Domain::WHOLE:
+            set_whole_element_step(bracket, type);
+            break;
+        case Domain::TEXT:
+            bracket->step.text = text_element;
+            break;
     }
 }
 

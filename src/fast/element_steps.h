@@ -1,5 +1,6 @@
-// Array elements. The bracket of an element and its commas hold a subscript each as their right side, and the next comma
-// in left_inner (null at the last subscript); the bracket also holds the array block in left_operand.
+// Array elements. The bracket of an element and its commas hold a subscript each as their right side, and the
+// next comma in left_inner (null at the last subscript); the bracket also holds the array block in
+// left_operand.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +9,12 @@
 
 namespace korvane::fast {
 
-// The address of the element of an array of the type whose "(" is `bracket`; null when a subscript is out of range.
+// The address of the element of an array of the type whose "(" is `bracket`; null when a subscript is out of
+// range.
 std::uint8_t* element_address(Token* bracket, Type type);
 
-// The step that begins a chain with the element's value, in the domain of its type (a SINGLE or integer element may
-// also begin a real chain).
+// The step that begins a chain with the element's value, in the domain of its type (a SINGLE or integer
+// element may also begin a real chain).
 void set_element_step(Token* bracket, Type type, Domain domain);
 
 }  // namespace korvane::fast

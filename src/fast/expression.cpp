@@ -1,5 +1,6 @@
-// The parser of this file follows the grammar of values/evaluator.cpp but evaluates nothing: it notes the parts of the
-// expression as nodes with their static types, then emits steps for them, operands before operators.
+// The parser of this file follows the grammar of values/evaluator.cpp but evaluates nothing: it notes the
+// parts of the expression as nodes with their static types, then emits steps for them, operands before
+// operators.
 #include "fast/expression.h"
 
 #include <array>
@@ -22,18 +23,29 @@
 namespace korvane::fast {
 namespace {
 
-enum class Form : std::uint8_t { VARIABLE, LITERAL, BINARY, RELATION, SIGN, NOT, ELEMENT, CALL, TEXT_CALL, USER };
+enum class Form : std::uint8_t {
+    VARIABLE,
+    LITERAL,
+    BINARY,
+    RELATION,
+    SIGN,
+    NOT,
+    ELEMENT,
+    CALL,
+    TEXT_CALL,
+    USER
+};
 
 struct Node {
     Form form;
     Type type;
-    Token* token;          // the operator, the bracket or the literal
-    const void* operand;   // a variable's storage
+    Token* token;           // the operator, the bracket or the literal
+    const void* operand;    // a variable's storage
     std::string_view name;  // of a called function
     UserFunction* function;
-    std::int16_t left;     // nodes of the operands; the only operand of a sign is the right one
+    std::int16_t left;  // nodes of the operands; the only operand of a sign is the right one
     std::int16_t right;
-    double bound;          // of an integer: its magnitude is at most this
+    double bound;  // of an integer: its magnitude is at most this
 };
 
 constexpr std::int16_t none = -1;
@@ -42,8 +54,8 @@ constexpr double exact_integers = 9007199254740992.0;  // doubles hold every int
 
 }  // namespace
 
-// The nodes of the expression being looked at, and how many. Expressions inside brackets are finished before the
-// outer ones go on, so one pool serves them all; a line's tokens bound how many there can be.
+// The nodes of the expression being looked at, and how many. Expressions inside brackets are finished before
+// the outer ones go on, so one pool serves them all; a line's tokens bound how many there can be.
 struct NodePool {
     std::array<Node, 4 * max_token_records> nodes;
     std::int16_t count;
@@ -62,7 +74,9 @@ std::int16_t add(const Node& node) {
     return pool.count++;
 }
 
-const Node& node_at(std::int16_t index) { return pool.nodes[static_cast<std::size_t>(index)]; }
+const Node& node_at(std::int16_t index) {
+    return pool.nodes[static_cast<std::size_t>(index)];
+}
 
 double bound_of(Type type) {
     if (type == Type::INTEGER) return 32768;
@@ -70,22 +84,36 @@ double bound_of(Type type) {
     return unbounded;
 }
 
-// ---- Parsing ----------------------------------------------------------------------------------------------------
+// ---- Parsing
+// ----------------------------------------------------------------------------------------------------
 
 std::int16_t parse_variable(Token*& at) {
     Token* name = at++;
     if (find_bare_function(name->name) != nullptr || is_user_function_name(name->name)) return none;
     const VariableEntry* entry = find_variable(name->name, false);
     if (entry == nullptr) return none;
-    return add({.form = Form::VARIABLE, .type = entry->type, .token = name, .operand = entry->storage, .name = {},
-                .function = nullptr, .left = none, .right = none, .bound = bound_of(entry->type)});
+    return add({.form = Form::VARIABLE,
+                .type = entry->type,
+                .token = name,
+                .operand = entry->storage,
+                .name = {},
+                .function = nullptr,
+                .left = none,
+                .right = none,
+                .bound = bound_of(entry->type)});
 }
 
 std::int16_t parse_literal(Token*& at) {
     Token* literal = at++;
     const bool text = literal->kind == STRING_LITERAL;
-    return add({.form = Form::LITERAL, .type = text ? Type::STRING : literal->value_type, .token = literal,
-                .operand = nullptr, .name = {}, .function = nullptr, .left = none, .right = none,
+    return add({.form = Form::LITERAL,
+                .type = text ? Type::STRING : literal->value_type,
+                .token = literal,
+                .operand = nullptr,
+                .name = {},
+                .function = nullptr,
+                .left = none,
+                .right = none,
                 .bound = text ? 0 : __builtin_fabs(literal->number.as_double)});
 }
 
@@ -100,7 +128,8 @@ bool parse_held(Token* mark, Token*& at, Type& type) {
     return true;
 }
 
-// The arguments from "(" to ")", each held by the mark in front of it. `accept` judges the type of the n-th one.
+// The arguments from "(" to ")", each held by the mark in front of it. `accept` judges the type of the n-th
+// one.
 template <typename Accept>
 bool parse_arguments(Token* bracket, Token*& at, int& count, Accept accept) {
     Token* mark = bracket;
@@ -134,8 +163,15 @@ std::int16_t parse_element(Token*& at) {
     Token* name = at;
     Type type;
     if (!bind_element(name, at, type)) return none;
-    return add({.form = Form::ELEMENT, .type = type, .token = name + 1, .operand = nullptr, .name = {},
-                .function = nullptr, .left = none, .right = none, .bound = bound_of(type)});
+    return add({.form = Form::ELEMENT,
+                .type = type,
+                .token = name + 1,
+                .operand = nullptr,
+                .name = {},
+                .function = nullptr,
+                .left = none,
+                .right = none,
+                .bound = bound_of(type)});
 }
 
 // The definition's body, held by the function's head, and the parameters' variables.
@@ -166,15 +202,23 @@ std::int16_t parse_user_call(Token*& at) {
         count != function->parameter_count) {
         return none;
     }
-    return add({.form = Form::USER, .type = body_type(*function), .token = name + 1, .operand = nullptr, .name = {},
-                .function = function, .left = none, .right = none, .bound = unbounded});
+    return add({.form = Form::USER,
+                .type = body_type(*function),
+                .token = name + 1,
+                .operand = nullptr,
+                .name = {},
+                .function = function,
+                .left = none,
+                .right = none,
+                .bound = unbounded});
 }
 
 std::int16_t parse_built_in_call(Token*& at) {
     Token* name = at;
     Token* bracket = name + 1;
     const std::string_view arguments = text_function_arguments(name->name);
-    const std::size_t required = arguments.find('?') == std::string_view::npos ? arguments.size() : arguments.find('?');
+    const std::size_t required =
+        arguments.find('?') == std::string_view::npos ? arguments.size() : arguments.find('?');
     Type argument = Type::NONE;
     int count;
     const auto accept = [&](int n, Type type) {
@@ -185,8 +229,15 @@ std::int16_t parse_built_in_call(Token*& at) {
         return position < arguments.size() && (arguments[position] == 't') == (type == Type::STRING);
     };
     if (!parse_arguments(bracket, at, count, accept)) return none;
-    Node node{.form = Form::CALL, .type = Type::STRING, .token = bracket, .operand = nullptr, .name = name->name,
-              .function = nullptr, .left = none, .right = none, .bound = unbounded};
+    Node node{.form = Form::CALL,
+              .type = Type::STRING,
+              .token = bracket,
+              .operand = nullptr,
+              .name = name->name,
+              .function = nullptr,
+              .left = none,
+              .right = none,
+              .bound = unbounded};
     if (!arguments.empty()) {
         if (static_cast<std::size_t>(count) < required) return none;
         node.form = Form::TEXT_CALL;
@@ -206,23 +257,35 @@ std::int16_t parse_name(Token*& at) {
 std::int16_t parse_primary(Token*& at) {
     switch (at->kind) {
         case NUMBER:
-        case STRING_LITERAL: return parse_literal(at);
-        case IDENTIFIER: return parse_name(at);
+        case STRING_LITERAL:
+            return parse_literal(at);
+        case IDENTIFIER:
+            return parse_name(at);
         case '(': {
             const std::int16_t inner = parse_from(++at, 1);
             return inner == none || (at++)->kind != ')' ? none : inner;
         }
-        default: return none;
+        default:
+            return none;
     }
 }
 
-std::int16_t add_operator(Form form, Type type, Token* token, std::int16_t left, std::int16_t right, double bound) {
-    return add({.form = form, .type = type, .token = token, .operand = nullptr, .name = {}, .function = nullptr,
-                .left = left, .right = right, .bound = bound});
+std::int16_t add_operator(Form form, Type type, Token* token, std::int16_t left, std::int16_t right,
+                          double bound) {
+    return add({.form = form,
+                .type = type,
+                .token = token,
+                .operand = nullptr,
+                .name = {},
+                .function = nullptr,
+                .left = left,
+                .right = right,
+                .bound = bound});
 }
 
 std::int16_t parse_signed(Token*& at) {
-    while (at->kind == '+') ++at;
+    while (at->kind == '+')
+        ++at;
     if (at->kind == '-') {
         Token* sign = at++;
         const std::int16_t operand = parse_signed(at);
@@ -239,7 +302,8 @@ std::int16_t parse_signed(Token*& at) {
     return left;
 }
 
-// The static type of an arithmetic or logical operator's result; NONE where the general evaluator has an error to raise.
+// The static type of an arithmetic or logical operator's result; NONE where the general evaluator has an
+// error to raise.
 Type result_type(std::uint8_t operation, Type left, Type right) {
     if (left == Type::STRING && right == Type::STRING) return operation == '+' ? Type::STRING : Type::NONE;
     if (left == Type::STRING || right == Type::STRING) return Type::NONE;
@@ -247,18 +311,24 @@ Type result_type(std::uint8_t operation, Type left, Type right) {
     switch (operation) {
         case '+':
         case '-':
-        case '*': return is_integer(wider) ? Type::INT64 : wider;
-        case '/': return wider > Type::SINGLE ? wider : Type::SINGLE;
-        default: return Type::INT64;
+        case '*':
+            return is_integer(wider) ? Type::INT64 : wider;
+        case '/':
+            return wider > Type::SINGLE ? wider : Type::SINGLE;
+        default:
+            return Type::INT64;
     }
 }
 
 double result_bound(std::uint8_t operation, double left, double right) {
     switch (operation) {
         case '+':
-        case '-': return left + right;
-        case '*': return left * right;
-        default: return unbounded;
+        case '-':
+            return left + right;
+        case '*':
+            return left * right;
+        default:
+            return unbounded;
     }
 }
 
@@ -281,7 +351,8 @@ std::int16_t parse_binary(Token*& at, std::int16_t left) {
     const Type type = result_type(operation->kind, a.type, b.type);
     if (type == Type::NONE) return none;
     if (type == Type::STRING) pool.allocates = true;
-    return add_operator(Form::BINARY, type, operation, left, right, result_bound(operation->kind, a.bound, b.bound));
+    return add_operator(Form::BINARY, type, operation, left, right,
+                        result_bound(operation->kind, a.bound, b.bound));
 }
 
 std::int16_t parse_from(Token*& at, int minimum) {
@@ -301,16 +372,23 @@ std::int16_t parse_from(Token*& at, int minimum) {
     return left;
 }
 
-// ---- Emitting ---------------------------------------------------------------------------------------------------
+// ---- Emitting
+// ---------------------------------------------------------------------------------------------------
 
 Leaf leaf_of(Type type) {
     switch (type) {
-        case Type::INTEGER: return I16;
-        case Type::LONG: return I32;
-        case Type::INT64: return I64;
-        case Type::SINGLE: return F32;
-        case Type::STRING: return TEXT_VARIABLE;
-        default: return F64;
+        case Type::INTEGER:
+            return I16;
+        case Type::LONG:
+            return I32;
+        case Type::INT64:
+            return I64;
+        case Type::SINGLE:
+            return F32;
+        case Type::STRING:
+            return TEXT_VARIABLE;
+        default:
+            return F64;
     }
 }
 
@@ -324,8 +402,8 @@ void emit_leaf(const Node& node, Domain wanted, Side& side) {
             side.operand = node.token;
         } else {
             leaf = whole ? I64 : F64;
-            side.operand = whole ? static_cast<const void*>(&node.token->number.integer)
-                                 : &node.token->number.as_double;
+            side.operand =
+                whole ? static_cast<const void*>(&node.token->number.integer) : &node.token->number.as_double;
         }
     }
     side.kind = side_kind(leaf, false, whole ? Domain::WHOLE : Domain::REAL);
@@ -333,7 +411,11 @@ void emit_leaf(const Node& node, Domain wanted, Side& side) {
 
 Side chain_of(Token* step, Domain domain, Type type) {
     step->step.next = nullptr;
-    return {.kind = side_kind(COMPUTED, true, domain), .operand = nullptr, .inner = step, .last = step, .type = type};
+    return {.kind = side_kind(COMPUTED, true, domain),
+            .operand = nullptr,
+            .inner = step,
+            .last = step,
+            .type = type};
 }
 
 // Whether an accumulator of the domain can start from the side, and go on from its last step.
@@ -342,11 +424,15 @@ bool carries(const Side& side, Domain domain) {
     const auto side_domain = static_cast<Domain>(side.kind >> domain_shift);
     if ((side.kind & has_chain) != 0) return side_domain == domain;
     switch (domain) {
-        case Domain::REAL: return leaf <= I64;
+        case Domain::REAL:
+            return leaf <= I64;
         // A float holds these exactly; a LONG or INT64 it may not.
-        case Domain::SINGLE: return leaf == F32 || leaf == F64 || leaf == I16;
-        case Domain::WHOLE: return side_domain == Domain::WHOLE;
-        default: return false;
+        case Domain::SINGLE:
+            return leaf == F32 || leaf == F64 || leaf == I16;
+        case Domain::WHOLE:
+            return side_domain == Domain::WHOLE;
+        default:
+            return false;
     }
 }
 
@@ -370,13 +456,14 @@ void hold_left(Token* operation, const Side& left) {
     operation->step.left_inner = left.inner;
 }
 
-// An integer expression may be computed in doubles when every intermediate result is exact and none can be a negative
-// zero, which integers do not have.
+// An integer expression may be computed in doubles when every intermediate result is exact and none can be a
+// negative zero, which integers do not have.
 bool exact_in_doubles(std::int16_t index) {
     const Node& node = node_at(index);
     if (!is_integer(node.type) || node.bound > exact_integers) return false;
     if (node.form == Form::VARIABLE || node.form == Form::LITERAL || node.form == Form::ELEMENT) return true;
-    if (node.form != Form::BINARY || !exact_in_doubles(node.left) || !exact_in_doubles(node.right)) return false;
+    if (node.form != Form::BINARY || !exact_in_doubles(node.left) || !exact_in_doubles(node.right))
+        return false;
     if (node.token->kind == '+' || node.token->kind == '-') return true;
     return false;
 }
@@ -407,7 +494,9 @@ bool emit_binary(std::int16_t index, Domain wanted, Side& side) {
 }
 
 // Integers and floats are compared as doubles, which is exact while the integer is.
-bool comparable_as_reals(const Node& node) { return !is_integer(node.type) || node.bound <= exact_integers; }
+bool comparable_as_reals(const Node& node) {
+    return !is_integer(node.type) || node.bound <= exact_integers;
+}
 
 bool emit_relation(const Node& node, Side& side) {
     const Node& a = node_at(node.left);
@@ -454,20 +543,33 @@ bool emit(std::int16_t index, Domain wanted, Side& side) {
     Domain domain = domain_of(node.type);
     switch (node.form) {
         case Form::VARIABLE:
-        case Form::LITERAL: emit_leaf(node, wanted, side); return true;
-        case Form::BINARY: return emit_binary(index, wanted, side);
-        case Form::RELATION: return emit_relation(node, side);
-        case Form::SIGN: return emit_sign(node, side);
-        case Form::NOT: return emit_not(node, side);
+        case Form::LITERAL:
+            emit_leaf(node, wanted, side);
+            return true;
+        case Form::BINARY:
+            return emit_binary(index, wanted, side);
+        case Form::RELATION:
+            return emit_relation(node, side);
+        case Form::SIGN:
+            return emit_sign(node, side);
+        case Form::NOT:
+            return emit_not(node, side);
         case Form::ELEMENT:
             // A numeric element can be taken as a double at once.
-            if (wanted == Domain::REAL && domain != Domain::TEXT && node.bound <= exact_integers) domain = wanted;
+            if (wanted == Domain::REAL && domain != Domain::TEXT && node.bound <= exact_integers)
+                domain = wanted;
             if (is_floating(node.type) && wanted == Domain::REAL) domain = wanted;
             set_element_step(node.token, node.type, domain);
             break;
-        case Form::CALL: set_function_step(node.token, node.name, domain); break;
-        case Form::TEXT_CALL: set_text_function_step(node.token, node.name); break;
-        case Form::USER: set_user_function_step(node.token, node.function, domain); break;
+        case Form::CALL:
+            set_function_step(node.token, node.name, domain);
+            break;
+        case Form::TEXT_CALL:
+            set_text_function_step(node.token, node.name);
+            break;
+        case Form::USER:
+            set_user_function_step(node.token, node.function, domain);
+            break;
     }
     side = chain_of(node.token, domain, node.type);
     return true;
@@ -511,27 +613,41 @@ bool specialise_element(Token* name, Specialised& result) {
 
 bool set_chained_step(Token* at, Domain domain) {
     switch (domain) {
-        case Domain::REAL: return set_chained_real_step(at);
-        case Domain::SINGLE: return set_chained_single_step(at);
-        case Domain::WHOLE: return set_chained_whole_step(at);
-        default: return false;
+        case Domain::REAL:
+            return set_chained_real_step(at);
+        case Domain::SINGLE:
+            return set_chained_single_step(at);
+        case Domain::WHOLE:
+            return set_chained_whole_step(at);
+        default:
+            return false;
     }
 }
 
 bool set_computed_step(Token* at, Domain domain) {
     switch (domain) {
-        case Domain::REAL: return set_computed_real_step(at);
-        case Domain::SINGLE: return set_computed_single_step(at);
-        case Domain::WHOLE: return set_computed_whole_step(at);
-        default: return false;
+        case Domain::REAL:
+            return set_computed_real_step(at);
+        case Domain::SINGLE:
+            return set_computed_single_step(at);
+        case Domain::WHOLE:
+            return set_computed_whole_step(at);
+        default:
+            return false;
     }
 }
 
 void set_sign_step(Token* at, Domain domain) {
     switch (domain) {
-        case Domain::REAL: set_real_sign_step(at); break;
-        case Domain::SINGLE: set_single_sign_step(at); break;
-        default: set_whole_sign_step(at); break;
+        case Domain::REAL:
+            set_real_sign_step(at);
+            break;
+        case Domain::SINGLE:
+            set_single_sign_step(at);
+            break;
+        default:
+            set_whole_sign_step(at);
+            break;
     }
 }
 

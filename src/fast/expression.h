@@ -18,17 +18,17 @@ struct Side {
 // An expression that has been looked at.
 struct Specialised {
     Side side;
-    Token* end;       // the token behind the expression
-    bool allocates;   // evaluating it takes string space
+    Token* end;      // the token behind the expression
+    bool allocates;  // evaluating it takes string space
 };
 
-// Specialises the expression at `start`. With `wanted` REAL a number is prepared to be taken as a double, otherwise it
-// stays in the domain of its own type. False when some part of it has no specialised form, among them names that no
-// variable exists for yet; nothing is lost then but time.
+// Specialises the expression at `start`. With `wanted` REAL a number is prepared to be taken as a double,
+// otherwise it stays in the domain of its own type. False when some part of it has no specialised form, among
+// them names that no variable exists for yet; nothing is lost then but time.
 bool specialise(Token* start, Domain wanted, Specialised& result);
 
-// The same for an array element to be assigned to, whose name is at `name`: binds its bracket and gives the token
-// behind it.
+// The same for an array element to be assigned to, whose name is at `name`: binds its bracket and gives the
+// token behind it.
 bool specialise_element(Token* name, Specialised& result);
 
 // Makes the expression the right side of `host`, the token in front of it.

@@ -26,7 +26,9 @@ float single_function(float, Token* at) {
     return is_finite(x) ? go_on_single(static_cast<float>(function(x)), at) : static_cast<float>(x);
 }
 
-double absolute(double x) { return __builtin_fabs(x); }
+double absolute(double x) {
+    return __builtin_fabs(x);
+}
 
 Whole absolute_whole(std::int64_t, Token* at) {
     const Whole x = right_whole(at);
@@ -120,8 +122,8 @@ bool bind(const VariableEntry& parameter, std::uint8_t* storage, const Token* ma
     return true;
 }
 
-// The body's value with all parameters bound. Arguments are evaluated before any parameter is changed, so they are
-// collected first; parameters are put back in reverse.
+// The body's value with all parameters bound. Arguments are evaluated before any parameter is changed, so
+// they are collected first; parameters are put back in reverse.
 template <typename Body>
 bool call(const Token* bracket, Body body) {
     auto* function = static_cast<UserFunction*>(const_cast<void*>(bracket->step.left_operand));
@@ -139,7 +141,8 @@ bool call(const Token* bracket, Body body) {
         __builtin_memcpy(entry->storage, arguments[i], storage_size(entry->type));
     }
     body(&function->head);
-    while (count-- > 0) __builtin_memcpy(saved[count].storage, &saved[count].bits, sizeof saved[count].bits);
+    while (count-- > 0)
+        __builtin_memcpy(saved[count].storage, &saved[count].bits, sizeof saved[count].bits);
     return true;
 }
 
@@ -180,9 +183,15 @@ bool function_result(std::string_view name, Type argument, Type& result) {
     const FunctionRow* row = find_row(name);
     if (row == nullptr || row->of_text != (argument == Type::STRING)) return false;
     switch (row->rule) {
-        case ResultRule::DOUBLE: result = Type::DOUBLE; break;
-        case ResultRule::SAME: result = argument; break;
-        case ResultRule::WHOLE: result = Type::INT64; break;
+        case ResultRule::DOUBLE:
+            result = Type::DOUBLE;
+            break;
+        case ResultRule::SAME:
+            result = argument;
+            break;
+        case ResultRule::WHOLE:
+            result = Type::INT64;
+            break;
     }
     return true;
 }
@@ -190,9 +199,15 @@ bool function_result(std::string_view name, Type argument, Type& result) {
 void set_function_step(Token* bracket, std::string_view name, Domain domain) {
     const FunctionRow* row = find_row(name);
     switch (domain) {
-        case Domain::REAL: bracket->step.real = row->real; break;
-        case Domain::SINGLE: bracket->step.single = row->single; break;
-        default: bracket->step.whole = row->whole; break;
+        case Domain::REAL:
+            bracket->step.real = row->real;
+            break;
+        case Domain::SINGLE:
+            bracket->step.single = row->single;
+            break;
+        default:
+            bracket->step.whole = row->whole;
+            break;
     }
 }
 
@@ -200,13 +215,16 @@ void set_user_function_step(Token* bracket, UserFunction* function, Domain domai
     bracket->step.left_operand = function;
     switch (domain) {
         case Domain::REAL: {
-            const bool simple =
-                function->parameter_count == 1 && function->entries[0]->type == Type::DOUBLE;
+            const bool simple = function->parameter_count == 1 && function->entries[0]->type == Type::DOUBLE;
             bracket->step.real = simple ? call_real_with_one : call_real;
             break;
         }
-        case Domain::SINGLE: bracket->step.single = call_single; break;
-        default: bracket->step.whole = call_whole; break;
+        case Domain::SINGLE:
+            bracket->step.single = call_single;
+            break;
+        default:
+            bracket->step.whole = call_whole;
+            break;
     }
 }
 

@@ -1,8 +1,9 @@
-// Specialised FOR, NEXT, WHILE and WEND. FOR keeps its expressions at "=", TO and STEP and the place behind a loop that
-// is skipped in step.jump; NEXT keeps its variable in operand. WHILE holds its condition as its right side.
+// Specialised FOR, NEXT, WHILE and WEND. FOR keeps its expressions at "=", TO and STEP and the place behind a
+// loop that is skipped in step.jump; NEXT keeps its variable in operand. WHILE holds its condition as its
+// right side.
+#include "core/loops.h"
 #include "core/control_stacks.h"
 #include "core/keywords.h"
-#include "core/loops.h"
 #include "core/parse.h"
 #include "fast/expression.h"
 #include "fast/sides.h"
@@ -14,9 +15,12 @@
 namespace korvane::fast {
 namespace {
 
-// ---- NEXT ---------------------------------------------------------------------------------------------------------
+// ---- NEXT
+// ---------------------------------------------------------------------------------------------------------
 
-inline bool past(std::int32_t step_sign, bool below, bool above) { return step_sign < 0 ? below : above; }
+inline bool past(std::int32_t step_sign, bool below, bool above) {
+    return step_sign < 0 ? below : above;
+}
 
 // Goes back to the loop's body, or on behind NEXT when it is done.
 inline Token* turn(ForEntry& entry, bool done, Token* at) {
@@ -32,7 +36,7 @@ inline Token* next_real(ForEntry& entry, Token* at) {
     const double sum = read<double>(storage) + entry.step_as_double;
     if (!is_finite(sum)) return execute_general(at);
     __builtin_memcpy(storage, &sum, sizeof sum);
-    return turn(entry, past(entry.step_sign, sum < entry.limit_as_double, sum > entry.limit_as_double), at);
+    return turn(entry, past(entry.step_sign, sum<entry.limit_as_double, sum> entry.limit_as_double), at);
 }
 
 inline Token* next_single(ForEntry& entry, Token* at) {
@@ -40,7 +44,7 @@ inline Token* next_single(ForEntry& entry, Token* at) {
     const auto sum = static_cast<float>(static_cast<double>(read<float>(storage)) + entry.step_as_double);
     if (!is_finite(sum)) return execute_general(at);
     __builtin_memcpy(storage, &sum, sizeof sum);
-    return turn(entry, past(entry.step_sign, sum < entry.limit_as_double, sum > entry.limit_as_double), at);
+    return turn(entry, past(entry.step_sign, sum<entry.limit_as_double, sum> entry.limit_as_double), at);
 }
 
 template <typename Narrow>
@@ -54,7 +58,7 @@ inline Token* next_whole(ForEntry& entry, Token* at) {
     const auto narrow = static_cast<Narrow>(sum);
     if (narrow != sum) return execute_general(at);
     __builtin_memcpy(storage, &narrow, sizeof narrow);
-    return turn(entry, past(entry.step_sign, sum < entry.limit.integer, sum > entry.limit.integer), at);
+    return turn(entry, past(entry.step_sign, sum<entry.limit.integer, sum> entry.limit.integer), at);
 }
 
 // With a variable, the top entry must be that variable's; anything else is the general handler's business.
@@ -68,16 +72,23 @@ Token* next_turn(Token* at) {
         return execute_general(at);
     }
     switch (entry.variable_type) {
-        case Type::DOUBLE: return next_real(entry, at);
-        case Type::SINGLE: return next_single(entry, at);
-        case Type::INTEGER: return next_whole<std::int16_t>(entry, at);
-        case Type::LONG: return next_whole<std::int32_t>(entry, at);
-        case Type::INT64: return next_whole<std::int64_t>(entry, at);
-        default: return execute_general(at);
+        case Type::DOUBLE:
+            return next_real(entry, at);
+        case Type::SINGLE:
+            return next_single(entry, at);
+        case Type::INTEGER:
+            return next_whole<std::int16_t>(entry, at);
+        case Type::LONG:
+            return next_whole<std::int32_t>(entry, at);
+        case Type::INT64:
+            return next_whole<std::int64_t>(entry, at);
+        default:
+            return execute_general(at);
     }
 }
 
-// ---- FOR ----------------------------------------------------------------------------------------------------------
+// ---- FOR
+// ----------------------------------------------------------------------------------------------------------
 
 // A held number as a Value of its static type; false when its evaluation failed.
 bool held_value(const Token* host, Value& value) {
@@ -115,7 +126,9 @@ bool store_start(const VariableEntry& variable, std::uint8_t* storage, const Val
     return true;
 }
 
-Token* to_of(Token* at) { return at->step.inner; }
+Token* to_of(Token* at) {
+    return at->step.inner;
+}
 
 Token* for_loop(Token* at) {
     if (!is_current(at)) return execute_first(at);
@@ -135,23 +148,26 @@ Token* for_loop(Token* at) {
     fill_for_entry(entry, at[1].name, *variable, limit, step);
     const int order = compare(load({variable->storage, variable->type}), limit);
     // A loop that has nothing to do is skipped by the general handler, which remembers where it ends.
-    if (past(entry.step_sign, order < 0, order > 0)) return execute_general(at);
+    if (past(entry.step_sign, order<0, order> 0)) return execute_general(at);
     remember_loop(entry, at->step.next);
     ++control_stacks.for_count;
     return following(at->step.next);
 }
 
-// The expression behind a word, kept in its own domain so that the general NEXT sees the type it would have seen.
+// The expression behind a word, kept in its own domain so that the general NEXT sees the type it would have
+// seen.
 bool hold_natural(Token* host, Token*& end) {
     Specialised value;
-    if (!specialise(host + 1, Domain::WHOLE, value) || !is_numeric(value.side.type) || value.allocates) return false;
+    if (!specialise(host + 1, Domain::WHOLE, value) || !is_numeric(value.side.type) || value.allocates)
+        return false;
     hold(host, value.side);
     host->value_type = value.side.type;
     end = value.end;
     return true;
 }
 
-// ---- WHILE ----------------------------------------------------------------------------------------------------------
+// ---- WHILE
+// ----------------------------------------------------------------------------------------------------------
 
 Token* while_true(Token* at) {
     if (!is_current(at)) return execute_first(at);
@@ -172,7 +188,8 @@ Token* wend(Token* at) {
     if (control_stacks.while_count == 0) return execute_general(at);
     const Position start = control_stacks.whiles[control_stacks.while_count - 1].start;
     Token* tokens = cached_tokens(start.line);
-    if (tokens == nullptr || start.record >= program.lines[start.line].token_count) return execute_general(at);
+    if (tokens == nullptr || start.record >= program.lines[start.line].token_count)
+        return execute_general(at);
     --control_stacks.while_count;
     state.kept_token = nullptr;
     return go_to(start.line, tokens, tokens + start.record);

@@ -1,5 +1,6 @@
-// Steps of the real domain, where the accumulator is a double. Results that are no finite numbers travel on: they stay
-// so through + - *, and whoever takes the chain's result looks. Only a divisor is looked at before it can hide one.
+// Steps of the real domain, where the accumulator is a double. Results that are no finite numbers travel on:
+// they stay so through + - *, and whoever takes the chain's result looks. Only a divisor is looked at before
+// it can hide one.
 #include "fast/real_steps.h"
 
 #include "fast/number_steps.h"
@@ -49,43 +50,77 @@ using RealStep = double (*)(double, Token*);
 template <char operation>
 RealStep chained(std::uint8_t right_kind) {
     switch (right_kind) {
-        case F64: return with_leaf<operation, F64>;
-        case F32: return with_leaf<operation, F32>;
-        case I16: return with_leaf<operation, I16>;
-        case I32: return with_leaf<operation, I32>;
-        case I64: return with_leaf<operation, I64>;
-        case side_kind(F64, true, Domain::REAL): return with_chain<operation, F64>;
-        case side_kind(COMPUTED, true, Domain::REAL): return with_chain<operation, COMPUTED>;
-        default: return with_side<operation>;
+        case F64:
+            return with_leaf<operation, F64>;
+        case F32:
+            return with_leaf<operation, F32>;
+        case I16:
+            return with_leaf<operation, I16>;
+        case I32:
+            return with_leaf<operation, I32>;
+        case I64:
+            return with_leaf<operation, I64>;
+        case side_kind(F64, true, Domain::REAL):
+            return with_chain<operation, F64>;
+        case side_kind(COMPUTED, true, Domain::REAL):
+            return with_chain<operation, COMPUTED>;
+        default:
+            return with_side<operation>;
     }
 }
 
-double negate(double, Token* at) { return go_on(-right_real(at), at); }
+double negate(double, Token* at) {
+    return go_on(-right_real(at), at);
+}
 
 }  // namespace
 
 bool set_chained_real_step(Token* at) {
     switch (at->kind) {
-        case '+': at->step.real = chained<'+'>(at->right_kind); return true;
-        case '-': at->step.real = chained<'-'>(at->right_kind); return true;
-        case '*': at->step.real = chained<'*'>(at->right_kind); return true;
-        case '/': at->step.real = chained<'/'>(at->right_kind); return true;
-        case '^': at->step.real = chained<'^'>(at->right_kind); return true;
-        default: return false;
+        case '+':
+            at->step.real = chained<'+'>(at->right_kind);
+            return true;
+        case '-':
+            at->step.real = chained<'-'>(at->right_kind);
+            return true;
+        case '*':
+            at->step.real = chained<'*'>(at->right_kind);
+            return true;
+        case '/':
+            at->step.real = chained<'/'>(at->right_kind);
+            return true;
+        case '^':
+            at->step.real = chained<'^'>(at->right_kind);
+            return true;
+        default:
+            return false;
     }
 }
 
 bool set_computed_real_step(Token* at) {
     switch (at->kind) {
-        case '+': at->step.real = with_both_sides<'+'>; return true;
-        case '-': at->step.real = with_both_sides<'-'>; return true;
-        case '*': at->step.real = with_both_sides<'*'>; return true;
-        case '/': at->step.real = with_both_sides<'/'>; return true;
-        case '^': at->step.real = with_both_sides<'^'>; return true;
-        default: return false;
+        case '+':
+            at->step.real = with_both_sides<'+'>;
+            return true;
+        case '-':
+            at->step.real = with_both_sides<'-'>;
+            return true;
+        case '*':
+            at->step.real = with_both_sides<'*'>;
+            return true;
+        case '/':
+            at->step.real = with_both_sides<'/'>;
+            return true;
+        case '^':
+            at->step.real = with_both_sides<'^'>;
+            return true;
+        default:
+            return false;
     }
 }
 
-void set_real_sign_step(Token* at) { at->step.real = negate; }
+void set_real_sign_step(Token* at) {
+    at->step.real = negate;
+}
 
 }  // namespace korvane::fast

@@ -20,12 +20,17 @@ Token* leave(Token* at) {
     return nullptr;
 }
 
-// ---- Statements that need no handler of their own -------------------------------------------------------------------
+// ---- Statements that need no handler of their own
+// -------------------------------------------------------------------
 
-Token* pass_colons(Token* at) { return following(at); }
+Token* pass_colons(Token* at) {
+    return following(at);
+}
 
 // The end record keeps the next line's number in step.jump and its first token in step.next.
-Token* go_to_next_line(Token* at) { return go_to(at->step.jump.line, at->step.next, at->step.next); }
+Token* go_to_next_line(Token* at) {
+    return go_to(at->step.jump.line, at->step.next, at->step.next);
+}
 
 Token* end_line_first(Token* at) {
     const std::uint32_t next = execution.line + 1;
@@ -39,44 +44,64 @@ Token* end_line_first(Token* at) {
 }
 
 Token* skip_to_end(Token* at) {
-    while (at->kind != END_OF_LINE) ++at;
+    while (at->kind != END_OF_LINE)
+        ++at;
     return at;
 }
 
 Token* pass_data(Token* at) {
-    while (at->kind != END_OF_LINE && at->kind != ':') ++at;
+    while (at->kind != END_OF_LINE && at->kind != ':')
+        ++at;
     return following(at);
 }
 
 // An ELSE ends the THEN part in front of it; anywhere else it is an error.
-Token* meet_else(Token* at) { return execution.then_part ? skip_to_end(at) : execute_general(at); }
+Token* meet_else(Token* at) {
+    return execution.then_part ? skip_to_end(at) : execute_general(at);
+}
 
-// ---- Meeting a statement for the first time -------------------------------------------------------------------------
+// ---- Meeting a statement for the first time
+// -------------------------------------------------------------------------
 
 bool specialise_statement(Token* at) {
     switch (at->kind) {
         case IDENTIFIER:
-        case KW_LET: return specialise_assignment(at);
-        case KW_IF: return specialise_if(at);
-        case KW_GOTO: return specialise_goto(at);
-        case KW_GOSUB: return specialise_gosub(at);
-        case KW_RETURN: return specialise_return(at);
-        case KW_FOR: return specialise_for(at);
-        case KW_NEXT: return specialise_next(at);
-        case KW_WHILE: return specialise_while(at);
-        case KW_WEND: return specialise_wend(at);
-        default: return false;
+        case KW_LET:
+            return specialise_assignment(at);
+        case KW_IF:
+            return specialise_if(at);
+        case KW_GOTO:
+            return specialise_goto(at);
+        case KW_GOSUB:
+            return specialise_gosub(at);
+        case KW_RETURN:
+            return specialise_return(at);
+        case KW_FOR:
+            return specialise_for(at);
+        case KW_NEXT:
+            return specialise_next(at);
+        case KW_WHILE:
+            return specialise_while(at);
+        case KW_WEND:
+            return specialise_wend(at);
+        default:
+            return false;
     }
 }
 
 // What stays the same in every generation; null for statements that are worth specialising.
 Execute plain_form(std::uint8_t kind) {
     switch (kind) {
-        case END_OF_LINE: return end_line_first;
-        case ':': return pass_colons;
-        case KW_REM: return skip_to_end;
-        case KW_DATA: return pass_data;
-        case KW_ELSE: return meet_else;
+        case END_OF_LINE:
+            return end_line_first;
+        case ':':
+            return pass_colons;
+        case KW_REM:
+            return skip_to_end;
+        case KW_DATA:
+            return pass_data;
+        case KW_ELSE:
+            return meet_else;
         case IDENTIFIER:
         case KW_LET:
         case KW_IF:
@@ -86,13 +111,15 @@ Execute plain_form(std::uint8_t kind) {
         case KW_FOR:
         case KW_NEXT:
         case KW_WHILE:
-        case KW_WEND: return nullptr;
-        default: return execute_general;
+        case KW_WEND:
+            return nullptr;
+        default:
+            return execute_general;
     }
 }
 
-// A statement that could not be specialised is worth another look when variables have been created since, for a
-// name without a variable is what stands in the way most often.
+// A statement that could not be specialised is worth another look when variables have been created since, for
+// a name without a variable is what stands in the way most often.
 Token* execute_until_variables_change(Token* at) {
     const auto seen = static_cast<std::uint8_t>(variables.count);
     if (is_current(at) && at->right_kind == seen) return execute_general(at);
@@ -116,7 +143,13 @@ Token* execute_general(Token* at) {
     return following(execution.tokens + execution.record);
 }
 
-bool may_run() { return breakpoints.count == 0 && !trace_active() && event_timers.active == 0; }
+bool may_run() {
+#ifdef KORVANE_GENERAL_ONLY
+    return false;
+#else
+    return breakpoints.count == 0 && !trace_active() && event_timers.active == 0;
+#endif
+}
 
 Token* run(Token* at, std::uint64_t budget) {
     // Counting down to zero costs less than counting up to a limit.
@@ -142,15 +175,14 @@ Token* execute_first(Token* at) {
     using namespace fast;
     if (const Execute plain = plain_form(at->kind)) {
         at->execute = plain;
-    } else if (specialise_statement(at)) {
-        at->generation = arenas.generation;
-    } else {
-        at->execute = execute_until_variables_change;
-        at->generation = arenas.generation;
-        at->right_kind = static_cast<std::uint8_t>(variables.count);
-        return execute_general(at);
+        return plain(at);
     }
-    return at->execute(at);
+    const bool specialised = specialise_statement(at);
+    enter_generation(at);
+    if (specialised) return at->execute(at);
+    at->execute = execute_until_variables_change;
+    at->right_kind = static_cast<std::uint8_t>(variables.count);
+    return execute_general(at);
 }
 
 }  // namespace korvane

@@ -7,10 +7,11 @@
 
 namespace korvane::fast {
 
-// Executes statements from `at` on, at most `budget` of them, following jumps and line ends, and gives the token at
-// which the run loop goes on. It stops early when the run loop has something to look at: an error or a stop, a line that
-// has not been tokenized yet, the end of the program, or a breakpoint, trace or timer that has been switched on. Needs
-// a current line whose tokens are in the cache, and none of those three switched on.
+// Executes statements from `at` on, at most `budget` of them, following jumps and line ends, and gives the
+// token at which the run loop goes on. It stops early when the run loop has something to look at: an error or
+// a stop, a line that has not been tokenized yet, the end of the program, or a breakpoint, trace or timer
+// that has been switched on. Needs a current line whose tokens are in the cache, and none of those three
+// switched on.
 Token* run(Token* at, std::uint64_t budget);
 
 // True while nothing asks for a look before each statement or line.

@@ -5,25 +5,37 @@ namespace {
 
 double leaf_as_real(std::uint8_t leaf, const void* operand) {
     switch (leaf) {
-        case F64: return real_leaf<F64>(operand);
-        case F32: return real_leaf<F32>(operand);
-        case I16: return real_leaf<I16>(operand);
-        case I32: return real_leaf<I32>(operand);
-        case I64: return real_leaf<I64>(operand);
-        default: return 0;
+        case F64:
+            return real_leaf<F64>(operand);
+        case F32:
+            return real_leaf<F32>(operand);
+        case I16:
+            return real_leaf<I16>(operand);
+        case I32:
+            return real_leaf<I32>(operand);
+        case I64:
+            return real_leaf<I64>(operand);
+        default:
+            return 0;
     }
 }
 
 std::int64_t leaf_as_whole(std::uint8_t leaf, const void* operand) {
     switch (leaf) {
-        case I16: return whole_leaf<I16>(operand);
-        case I32: return whole_leaf<I32>(operand);
-        case I64: return whole_leaf<I64>(operand);
-        default: return 0;
+        case I16:
+            return whole_leaf<I16>(operand);
+        case I32:
+            return whole_leaf<I32>(operand);
+        case I64:
+            return whole_leaf<I64>(operand);
+        default:
+            return 0;
     }
 }
 
-constexpr Domain chain_domain(std::uint8_t kind) { return static_cast<Domain>(kind >> domain_shift); }
+constexpr Domain chain_domain(std::uint8_t kind) {
+    return static_cast<Domain>(kind >> domain_shift);
+}
 
 }  // namespace
 
@@ -31,7 +43,8 @@ double real_side(std::uint8_t kind, const void* operand, Token* inner) {
     const std::uint8_t leaf = kind & leaf_mask;
     if ((kind & has_chain) == 0) return leaf_as_real(leaf, operand);
     switch (chain_domain(kind)) {
-        case Domain::REAL: return inner->step.real(leaf_as_real(leaf, operand), inner);
+        case Domain::REAL:
+            return inner->step.real(leaf_as_real(leaf, operand), inner);
         case Domain::SINGLE:
             return inner->step.single(static_cast<float>(leaf_as_real(leaf, operand)), inner);
         default: {
@@ -58,7 +71,8 @@ Value text_side(std::uint8_t kind, const void* operand, Token* inner) {
             const auto* literal = static_cast<const Token*>(operand);
             return Value::of_string(literal->string.bytes, literal->string.length);
         }
-        default: return inner->step.text(inner);
+        default:
+            return inner->step.text(inner);
     }
 }
 

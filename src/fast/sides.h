@@ -48,12 +48,19 @@ inline std::int64_t whole_leaf(const void* operand) {
 
 // A Side of any kind in the domain that is wanted. Not inlined: the frequent kinds have steps of their own.
 double real_side(std::uint8_t kind, const void* operand, Token* inner);  // a NaN when it failed
-Whole whole_side(std::uint8_t kind, const void* operand, Token* inner);  // floats are rounded, halves away from 0
-Value text_side(std::uint8_t kind, const void* operand, Token* inner);   // type NONE when it failed
+Whole whole_side(std::uint8_t kind, const void* operand,
+                 Token* inner);  // floats are rounded, halves away from 0
+Value text_side(std::uint8_t kind, const void* operand, Token* inner);  // type NONE when it failed
 
-inline double right_real(const Token* at) { return real_side(at->right_kind, at->step.operand, at->step.inner); }
-inline Whole right_whole(const Token* at) { return whole_side(at->right_kind, at->step.operand, at->step.inner); }
-inline Value right_text(const Token* at) { return text_side(at->right_kind, at->step.operand, at->step.inner); }
+inline double right_real(const Token* at) {
+    return real_side(at->right_kind, at->step.operand, at->step.inner);
+}
+inline Whole right_whole(const Token* at) {
+    return whole_side(at->right_kind, at->step.operand, at->step.inner);
+}
+inline Value right_text(const Token* at) {
+    return text_side(at->right_kind, at->step.operand, at->step.inner);
+}
 inline double left_real(const Token* at) {
     return real_side(at->left_kind, at->step.left_operand, at->step.left_inner);
 }

@@ -19,15 +19,24 @@ struct State {
 };
 extern State state;
 
-// Executes the statement at `at` by its general handler. Gives the next statement, or null when the run loop has to look:
-// an error, a stop, or something switched on that it checks before each statement.
+// Executes the statement at `at` by its general handler. Gives the next statement, or null when the run loop
+// has to look: an error, a stop, or something switched on that it checks before each statement.
 Token* execute_general(Token* at);
 
-inline bool is_current(const Token* at) { return at->generation == arenas.generation; }
+// Takes the token into the current generation. The variable that a name remembered belongs to the old one.
+inline void enter_generation(Token* at) {
+    if (at->kind == IDENTIFIER && at->generation != arenas.generation) at->resolution = UNRESOLVED;
+    at->generation = arenas.generation;
+}
+
+inline bool is_current(const Token* at) {
+    return at->generation == arenas.generation;
+}
 
 // The statement behind the token at which one ended: colons are passed over.
 inline Token* following(Token* at) {
-    while (at->kind == ':') ++at;
+    while (at->kind == ':')
+        ++at;
     return at;
 }
 
@@ -44,9 +53,9 @@ inline Token* cached_tokens(std::uint32_t line) {
     return line < program.count ? program.lines[line].tokens : nullptr;
 }
 
-// Try to specialise the statement at `at` by its kind: true when at->execute has been set to something better than the
-// general handler. They may be called again for the same statement, in a later generation or when variables have been
-// created since.
+// Try to specialise the statement at `at` by its kind: true when at->execute has been set to something better
+// than the general handler. They may be called again for the same statement, in a later generation or when
+// variables have been created since.
 bool specialise_assignment(Token* at);
 bool specialise_if(Token* at);
 bool specialise_goto(Token* at);

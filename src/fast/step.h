@@ -1,22 +1,24 @@
-// Specialised execution: what most statements of most programs are made of, decided once and then run from the
-// unused bytes of the statement's own token records.
+// Specialised execution: what most statements of most programs are made of, decided once and then run from
+// the unused bytes of the statement's own token records.
 //
-// A variable's type never changes while its entry lives, so the types in an expression are known when the statement is
-// first met. fast/expression.cpp turns the expression into a chain of steps; each step is a function pointer with its
-// operands, kept in the record of an operator, an opening bracket, a comma, "=" or a keyword, whose payload nothing
-// else uses. A chain carries an accumulator of one domain from step to step by tail calls:
+// A variable's type never changes while its entry lives, so the types in an expression are known when the
+// statement is first met. fast/expression.cpp turns the expression into a chain of steps; each step is a
+// function pointer with its operands, kept in the record of an operator, an opening bracket, a comma, "=" or
+// a keyword, whose payload nothing else uses. A chain carries an accumulator of one domain from step to step
+// by tail calls:
 //
-//   X = Y * Z + W        "=" holds the leaf Y and the first step; "*" multiplies by Z; "+" adds W; no next step.
-//   X = Y + Z * W        "+" holds the leaf Z and an inner chain of one step, "*".
+//   X = Y * Z + W        "=" holds the leaf Y and the first step; "*" multiplies by Z; "+" adds W; no next
+//   step. X = Y + Z * W        "+" holds the leaf Z and an inner chain of one step, "*".
 //
-// Domains: real (DOUBLE, a double), single (SINGLE, a float), whole (the integer types, an int64) and text. Every
-// operand is a Side: a leaf in memory (a variable or a literal), a leaf followed by a chain, or a chain that begins
-// with a computed value (an array element, a function call, a sign).
+// Domains: real (DOUBLE, a double), single (SINGLE, a float), whole (the integer types, an int64) and text.
+// Every operand is a Side: a leaf in memory (a variable or a literal), a leaf followed by a chain, or a chain
+// that begins with a computed value (an array element, a function call, a sign).
 //
-// Specialised code raises nothing. A result that is no finite number, an integer that does not fit in 64 bits, a
-// subscript out of range and the like only say "failed"; the statement is then executed from its start by the general
-// handlers, which find the same fault and raise it, or find that there is none (an overflowing integer sum becomes a
-// DOUBLE). So an expression is specialised only when evaluating it twice cannot be noticed.
+// Specialised code raises nothing. A result that is no finite number, an integer that does not fit in 64
+// bits, a subscript out of range and the like only say "failed"; the statement is then executed from its
+// start by the general handlers, which find the same fault and raise it, or find that there is none (an
+// overflowing integer sum becomes a DOUBLE). So an expression is specialised only when evaluating it twice
+// cannot be noticed.
 //
 // Addresses in the steps are good for one clear generation; every statement compares its own first.
 #pragma once
@@ -57,6 +59,8 @@ inline bool is_finite(double x) {
 }
 
 // What a failed evaluation gives in the real and single domains.
-inline double no_number() { return __builtin_nan(""); }
+inline double no_number() {
+    return __builtin_nan("");
+}
 
 }  // namespace korvane::fast

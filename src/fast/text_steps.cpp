@@ -9,7 +9,9 @@
 namespace korvane::fast {
 namespace {
 
-Value no_text() { return Value::of_integer(0, Type::NONE); }
+Value no_text() {
+    return Value::of_integer(0, Type::NONE);
+}
 
 // Room for a new string, or null; raises nothing.
 std::uint8_t* take_string_space(std::uint64_t length) {
@@ -105,7 +107,9 @@ const TextFunction* find_row(std::string_view name) {
 
 }  // namespace
 
-void set_concatenation_step(Token* at) { at->step.text = concatenate; }
+void set_concatenation_step(Token* at) {
+    at->step.text = concatenate;
+}
 
 std::string_view text_function_arguments(std::string_view name) {
     const TextFunction* row = find_row(name);

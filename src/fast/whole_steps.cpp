@@ -1,5 +1,5 @@
-// Steps of the whole domain, where the accumulator is a 64-bit integer. A result that does not fit ends the chain as
-// failed: the general evaluator makes a DOUBLE of it.
+// Steps of the whole domain, where the accumulator is a 64-bit integer. A result that does not fit ends the
+// chain as failed: the general evaluator makes a DOUBLE of it.
 #include "fast/whole_steps.h"
 
 #include "core/keywords.h"
@@ -68,10 +68,18 @@ void choose(Token* at, bool chained) {
     WholeStep step = with_both_sides<operation>;
     if (chained) {
         switch (at->right_kind) {
-            case side_kind(I16, false, Domain::WHOLE): step = with_leaf<operation, I16>; break;
-            case side_kind(I32, false, Domain::WHOLE): step = with_leaf<operation, I32>; break;
-            case side_kind(I64, false, Domain::WHOLE): step = with_leaf<operation, I64>; break;
-            default: step = with_side<operation>; break;
+            case side_kind(I16, false, Domain::WHOLE):
+                step = with_leaf<operation, I16>;
+                break;
+            case side_kind(I32, false, Domain::WHOLE):
+                step = with_leaf<operation, I32>;
+                break;
+            case side_kind(I64, false, Domain::WHOLE):
+                step = with_leaf<operation, I64>;
+                break;
+            default:
+                step = with_side<operation>;
+                break;
         }
     }
     at->step.whole = step;
@@ -79,17 +87,38 @@ void choose(Token* at, bool chained) {
 
 bool set_step(Token* at, bool chained) {
     switch (at->kind) {
-        case '+': choose<'+'>(at, chained); return true;
-        case '-': choose<'-'>(at, chained); return true;
-        case '*': choose<'*'>(at, chained); return true;
-        case '\\': choose<'\\'>(at, chained); return true;
-        case KW_MOD: choose<KW_MOD>(at, chained); return true;
-        case KW_AND: choose<KW_AND>(at, chained); return true;
-        case KW_OR: choose<KW_OR>(at, chained); return true;
-        case KW_XOR: choose<KW_XOR>(at, chained); return true;
-        case KW_EQV: choose<KW_EQV>(at, chained); return true;
-        case KW_IMP: choose<KW_IMP>(at, chained); return true;
-        default: return false;
+        case '+':
+            choose<'+'>(at, chained);
+            return true;
+        case '-':
+            choose<'-'>(at, chained);
+            return true;
+        case '*':
+            choose<'*'>(at, chained);
+            return true;
+        case '\\':
+            choose<'\\'>(at, chained);
+            return true;
+        case KW_MOD:
+            choose<KW_MOD>(at, chained);
+            return true;
+        case KW_AND:
+            choose<KW_AND>(at, chained);
+            return true;
+        case KW_OR:
+            choose<KW_OR>(at, chained);
+            return true;
+        case KW_XOR:
+            choose<KW_XOR>(at, chained);
+            return true;
+        case KW_EQV:
+            choose<KW_EQV>(at, chained);
+            return true;
+        case KW_IMP:
+            choose<KW_IMP>(at, chained);
+            return true;
+        default:
+            return false;
     }
 }
 
@@ -105,10 +134,17 @@ Whole complement(std::int64_t, Token* at) {
 
 }  // namespace
 
-bool set_chained_whole_step(Token* at) { return set_step(at, true); }
-bool set_computed_whole_step(Token* at) { return set_step(at, false); }
-void set_whole_sign_step(Token* at) { at->step.whole = negate; }
-void set_not_step(Token* at) { at->step.whole = complement; }
-
+bool set_chained_whole_step(Token* at) {
+    return set_step(at, true);
+}
+bool set_computed_whole_step(Token* at) {
+    return set_step(at, false);
+}
+void set_whole_sign_step(Token* at) {
+    at->step.whole = negate;
+}
+void set_not_step(Token* at) {
+    at->step.whole = complement;
+}
 
 }  // namespace korvane::fast

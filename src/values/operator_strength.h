@@ -1,5 +1,5 @@
-// How strongly the binary operators bind. All of them are left-associative: a right operand is taken one level
-// tighter.
+// How strongly the binary operators bind. All of them are left-associative: a right operand is taken one
+// level tighter.
 #pragma once
 
 #include <array>

@@ -1,7 +1,7 @@
 // The value model: six types, one 16-byte Value.
 //
-// Every datum that the interpreter computes, stores or prints is one of six types. An evaluated datum travels as
-// a Value: two machine words, returned in registers by the System V convention that the image uses inside.
+// Every datum that the interpreter computes, stores or prints is one of six types. An evaluated datum travels
+// as a Value: two machine words, returned in registers by the System V convention that the image uses inside.
 //
 //   type     payload                       meaning
 //   INTEGER  integer (widened to 64 bits)  the 16-bit range is enforced only when the value is stored
@@ -17,11 +17,25 @@
 namespace korvane {
 
 // The numbering is fixed: it orders the numeric types by width, and promotion compares the codes.
-enum class Type : std::uint8_t { NONE = 0, INTEGER = 1, LONG = 2, INT64 = 3, SINGLE = 4, DOUBLE = 5, STRING = 6 };
+enum class Type : std::uint8_t {
+    NONE = 0,
+    INTEGER = 1,
+    LONG = 2,
+    INT64 = 3,
+    SINGLE = 4,
+    DOUBLE = 5,
+    STRING = 6
+};
 
-constexpr bool is_integer(Type type) { return type >= Type::INTEGER && type <= Type::INT64; }
-constexpr bool is_floating(Type type) { return type == Type::SINGLE || type == Type::DOUBLE; }
-constexpr bool is_numeric(Type type) { return type >= Type::INTEGER && type <= Type::DOUBLE; }
+constexpr bool is_integer(Type type) {
+    return type >= Type::INTEGER && type <= Type::INT64;
+}
+constexpr bool is_floating(Type type) {
+    return type == Type::SINGLE || type == Type::DOUBLE;
+}
+constexpr bool is_numeric(Type type) {
+    return type >= Type::INTEGER && type <= Type::DOUBLE;
+}
 
 struct Value {
     union {
