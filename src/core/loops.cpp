@@ -117,8 +117,9 @@ ForEntry* find_entry(Cursor& cursor) {
 bool find_control_variable(ForEntry& entry) {
     if (entry.generation == arenas.generation) return true;
     entry.variable = find_variable(entry.name, false);
+    if (entry.variable == nullptr) return false;
     entry.generation = arenas.generation;
-    return entry.variable != nullptr;
+    return true;
 }
 
 // Adds the step to a floating variable and gives the new value, or a NaN after raising "Overflow".
