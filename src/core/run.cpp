@@ -83,8 +83,13 @@ bool run_line(Cursor cursor, std::uint64_t& next_poll) {
             ++cursor;
         if (cursor->kind == END_OF_LINE) return true;
         if (event_timers.active != 0 && !execution.then_part) {
+            // An error of the poll belongs to the statement about to be executed.
+            execution.statement_start = record_of(cursor);
             if (poll_event_timers(record_of(cursor))) return true;
-            if (error_pending()) return trap_error();
+            if (error_pending()) {
+                errors.line = current_line_number();
+                return trap_error();
+            }
         }
         if (break_key_seen(next_poll)) {
             break_execution(record_of(cursor));
