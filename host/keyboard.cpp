@@ -1,5 +1,6 @@
 #include "keyboard.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace korvane::host {
@@ -13,6 +14,13 @@ constexpr std::uint64_t quick_poll_ticks = 2000;
 
 // So many quick polls in a row are waiting, not a program that looks at the keyboard a few times.
 constexpr std::uint64_t polls_of_a_spin = 20000;
+
+// True when the instruction before an address in the image's code can be a call: a near call with a 32-bit
+// displacement, or one through a pointer with a displacement of 0, 8 or 32 bits.
+bool follows_call(std::uint64_t address) {
+    const auto* next = reinterpret_cast<const std::uint8_t*>(address);
+    return next[-5] == 0xE8 || next[-2] == 0xFF || next[-3] == 0xFF || next[-6] == 0xFF;
+}
 
 }  // namespace
 
@@ -33,25 +41,28 @@ uefi::Status EFIAPI Keyboard::reset(uefi::SimpleTextInputProtocol* self, std::ui
 
 // Reads stack words that belong to the image's frames, which AddressSanitizer would object to.
 __attribute__((no_sanitize("address"))) bool Keyboard::is_spinning(const std::uint64_t* frame) {
-    if (frame == spin_frame_) {
-        bool same_place = true;
-        for (const auto& [word, value] : spin_return_addresses_)
-            same_place = same_place && frame[word] == value;
-        if (same_place) return true;
-    }
-    const bool quick = __builtin_ia32_rdtsc() - last_poll_ticks_ < quick_poll_ticks;
+    const bool same_place = std::all_of(spin_place_.begin(), spin_place_.end(), [=](const StackWord& known) {
+        return frame[known.offset] == known.value;
+    });
+    if (!spin_place_.empty() && same_place) return true;
+    const bool quick = __builtin_ia32_rdtsc() - last_poll_ticks_ < quick_poll_ticks && frame == last_frame_;
     quick_polls_ = quick ? quick_polls_ + 1 : 0;
     last_frame_ = frame;
     return quick_polls_ >= polls_of_a_spin;
 }
 
+// The nearest two return addresses tell who polls, wherever its caller's stack begins.
 __attribute__((no_sanitize("address"))) void Keyboard::learn_spin_place(std::uint64_t code_base,
                                                                         std::uint64_t code_size) {
-    spin_return_addresses_.clear();
-    if (last_frame_ == nullptr) return;  // an image that stopped before it looked for a key
-    for (std::size_t word = 0; word < watched_words; ++word)
-        if (last_frame_[word] - code_base < code_size) spin_return_addresses_[word] = last_frame_[word];
-    spin_frame_ = spin_return_addresses_.size() >= 2 ? last_frame_ : nullptr;
+    constexpr std::size_t nearest = 2;
+    spin_place_.clear();
+    if (last_frame_ == nullptr) return;
+    for (std::size_t offset = 0; offset < watched_words && spin_place_.size() < nearest; ++offset) {
+        const std::uint64_t value = last_frame_[offset];
+        const bool in_code = value > code_base + uefi::page_size && value - code_base < code_size;
+        if (in_code && follows_call(value)) spin_place_.push_back({offset, value});
+    }
+    if (spin_place_.size() < nearest) spin_place_.clear();
 }
 
 uefi::Status EFIAPI Keyboard::read_key_stroke(uefi::SimpleTextInputProtocol* self, uefi::InputKey* key) {

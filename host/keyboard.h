@@ -1,12 +1,12 @@
 // The firmware's keyboard: a queue of key strokes, and the signs that the image waits for one.
 #pragma once
 
-#include <array>
 #include <cstdint>
 #include <deque>
 #include <functional>
 #include <map>
-#include <optional>
+#include <utility>
+#include <vector>
 
 #include "platform/uefi.h"
 #include "service_faults.h"
@@ -59,8 +59,11 @@ class Keyboard : public uefi::SimpleTextInputProtocol {
     std::uint64_t last_poll_ticks_ = 0;  // time stamp when the last poll returned
     std::uint64_t quick_polls_ = 0;      // polls in a row with hardly any time in between
     const std::uint64_t* last_frame_ = nullptr;
-    const std::uint64_t* spin_frame_ = nullptr;
-    std::map<std::size_t, std::uint64_t> spin_return_addresses_;  // by word above the frame
+    struct StackWord {
+        std::size_t offset;  // in words above the frame
+        std::uint64_t value;
+    };
+    std::vector<StackWord> spin_place_;  // return addresses
 };
 
 }  // namespace korvane::host

@@ -190,6 +190,7 @@ void Player::play_step(const Step& step) {
 // Lets the machine run until it waits, and says what else may have happened.
 void Player::resume(milliseconds patience) {
     const bool expects_halt = patience == halt_time || waits_for_halt();
+    screen_.reset();
     last_stop_ = machine_->run(expects_halt ? halt_time : options_.patience);
     if (last_stop_ == host::Stop::fault) fail(machine_->fault_report());
     if (last_stop_ == host::Stop::timed_out && !expects_halt && !tolerant_)
@@ -202,10 +203,12 @@ bool Player::waits_for_halt() const {
                                           [](const Step& step) { return step.action == Action::halts; });
 }
 
-ScreenText Player::screen() {
+// The screen as it is while the machine stands still; read once for each of its stops.
+const ScreenText& Player::screen() {
     host::Display* display = machine_->firmware().display();
     if (display == nullptr) fail("there is no screen");
-    return read_screen(*display, is_waiting() && !machine_->waits_in_event());
+    if (!screen_) screen_ = read_screen(*display, is_waiting() && !machine_->waits_in_event());
+    return *screen_;
 }
 
 void Player::begin_step() {
@@ -237,7 +240,7 @@ void Player::type(const Step& step) {
     resume();
     const std::size_t below = place->row + (place->column + step.keys.size()) / before.columns + 1;
     if (!is_waiting() && !step.has_rows) return;
-    const ScreenText after = screen();
+    const ScreenText& after = screen();
     show(step, after);
     const bool scrolled = is_placed && !shows_at(after, *place, step.source);
     compare(step, output_rows(after, below, scrolled), true);
@@ -251,7 +254,7 @@ void Player::press(const Step& step) {
         machine_->firmware().keyboard().press(key);
     resume();
     if (!is_waiting() && !step.has_rows) return;
-    const ScreenText after = screen();
+    const ScreenText& after = screen();
     show(step, after);
     // The keys may have changed rows above.
     if (const auto changed = first_difference(before, after)) place.row = std::min(place.row, changed->row);
@@ -335,7 +338,7 @@ void Player::compare(const Step& step, std::vector<std::string> actual, bool pro
 }
 
 void Player::check_rows(const Step& step) {
-    const ScreenText now = screen();
+    const ScreenText& now = screen();
     show(step, now);
     const std::size_t first = step.numbers[0] - 1;
     if (step.numbers[0] == 0 || first + step.rows.size() > now.rows.size())
@@ -374,7 +377,7 @@ void Player::check_colours(const Step& step) {
 }
 
 void Player::check_cursor(const Step& step) {
-    const ScreenText now = screen();
+    const ScreenText& now = screen();
     if (!now.cursor) fail("there is no cursor");
     if (now.cursor->row + 1 != step.numbers[0] || now.cursor->column + 1 != step.numbers[1])
         fail("the cursor is at row " + std::to_string(now.cursor->row + 1) + ", column " +

@@ -45,7 +45,7 @@ class Player {
     void resume(std::chrono::milliseconds patience = {});
     bool waits_for_halt() const;
     bool is_waiting() const { return last_stop_ == host::Stop::waits_for_key; }
-    ScreenText screen();
+    const ScreenText& screen();
     void begin_step();
     void type(const Step& step);
     void press(const Step& step);
@@ -89,6 +89,7 @@ class Player {
     bool tolerant_ = false;        // output is not compared while a failure is being injected
     bool tolerant_start_ = false;  // the start may end in a halt
     std::size_t line_ = 0;         // of the step being played
+    std::optional<ScreenText> screen_;
     std::string report_;
     std::string shown_;
 };
