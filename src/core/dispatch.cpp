@@ -23,6 +23,7 @@
 #include "files/program_files.h"
 #include "files/random_files.h"
 #include "files/sequential_input.h"
+#include "help/help.h"
 #include "image/create_efi.h"
 #include "screen/bitmaps.h"
 #include "screen/circle.h"
@@ -128,6 +129,7 @@ constexpr Row rows[] = {
     {KW_CONT, do_cont},
     {KW_DELETE, do_delete},
     {KW_EDIT, do_edit},
+    {KW_HELP, do_help},
     // values
     {KW_LET, do_let},
     {KW_SWAP, do_swap},

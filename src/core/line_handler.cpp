@@ -23,6 +23,7 @@
 #include "core/trace.h"
 #include "files/file_table.h"
 #include "files/program_files.h"
+#include "help/help.h"
 #include "platform/memory.h"
 
 namespace korvane {
@@ -83,9 +84,10 @@ struct Command {
 
 // Commands that are recognised only as the first word of a typed line.
 constexpr std::array commands{
-    Command{KW_RUN, do_run},       Command{KW_AUTO, do_auto},   Command{KW_RENUM, do_renum},
-    Command{KW_DELETE, do_delete}, Command{KW_MERGE, do_merge}, Command{KW_LIST, do_list},
-    Command{KW_BREAK, do_break},   Command{KW_CONT, do_cont},   Command{KW_NEW, do_new_command},
+    Command{KW_RUN, do_run},         Command{KW_AUTO, do_auto},   Command{KW_RENUM, do_renum},
+    Command{KW_DELETE, do_delete},   Command{KW_MERGE, do_merge}, Command{KW_LIST, do_list},
+    Command{KW_BREAK, do_break},     Command{KW_CONT, do_cont},   Command{KW_HELP, do_help},
+    Command{KW_NEW, do_new_command},
 };
 
 bool is_find_command(const Token* at) {
