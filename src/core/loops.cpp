@@ -114,10 +114,14 @@ ForEntry* find_entry(Cursor& cursor) {
     return &control_stacks.fors[count - 1];
 }
 
+constexpr std::uint32_t no_epoch = 0;  // of no token cache: the loop is left to the general handler
+
 bool find_control_variable(ForEntry& entry) {
     if (entry.generation == arenas.generation) return true;
     entry.variable = find_variable(entry.name, false);
     if (entry.variable == nullptr) return false;
+    // A variable that came back with another type is not what the specialised NEXT was told of.
+    if (entry.variable->type != entry.variable_type) entry.loop_epoch = no_epoch;
     entry.generation = arenas.generation;
     return true;
 }
@@ -175,7 +179,6 @@ void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, 
 }
 
 void remember_loop(ForEntry& entry, Token* body) {
-    constexpr std::uint32_t no_epoch = 0;
     entry.loop = {execution.line, record_of(body)};
     entry.loop_tokens = execution.tokens;
     entry.loop_token = body;
