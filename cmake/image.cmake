@@ -10,7 +10,7 @@ add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
 # that is made standalone, and firmware reads it slowly.
 set(KORVANE_HOT_SOURCES ${KORVANE_SOURCES})
 list(FILTER KORVANE_HOT_SOURCES INCLUDE REGEX
-     "/src/(platform)/|/src/values/(arrays|assignment|convert|evaluator|function_|numeric|operators|power|.*kernels|angle|random|store|string_f|variables|format|decimal|big_natural|memory_access|user_f)|/src/core/(arenas|clear|conditions|control_stacks|dispatch|execution|jumps|loops|run)|/src/screen/(bitmaps|circle|colour|console|coordinates|draw_macro|framebuffer|gfx_line|graphics|image_array|output|paint|plot|print)")
+     "/src/platform/|/src/fast/.*(steps|sides|assignments|branches|loops)|/src/values/(arrays|convert|evaluator|format|function_support|operators|.*kernels|angle|store|string_f|user_f|variables)|/src/core/(conditions|control_stacks|dispatch|jumps|loops|program_store|run|tokenizer)|/src/screen/(circle|console|framebuffer|gfx_line|image_array|output|paint|plot|text_windows)")
 set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES})
 list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES})
 set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS -Os)

@@ -57,9 +57,8 @@ inline bool assign<Type::STRING>(std::uint8_t* place, const Token* equals) {
 }
 
 // A statement that may have taken string space starts again with what it found.
-template <bool allocates>
-inline Token* start_again(Token* at, std::uint8_t* string_top) {
-    if constexpr (allocates) arenas.FREETOP = string_top;
+Token* start_again(Token* at, std::uint8_t* string_top) {
+    arenas.FREETOP = string_top;
     return execute_general(at);
 }
 
@@ -67,12 +66,12 @@ inline std::uint8_t* place_of(const Token* equals) {
     return static_cast<std::uint8_t*>(const_cast<void*>(equals->step.left_operand));
 }
 
-template <Type type, bool allocates>
+template <Type type>
 Token* let_scalar(Token* at) {
     if (!is_current(at)) return execute_first(at);
     Token* equals = at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
-    if (!assign<type>(place_of(equals), equals)) return start_again<allocates>(at, string_top);
+    if (!assign<type>(place_of(equals), equals)) return start_again(at, string_top);
     return equals->step.next;
 }
 
@@ -109,56 +108,47 @@ Token* let_single_chain(Token* at) {
 }
 
 // The bracket of an element that is assigned to begins no chain; its next leads to "=".
-template <Type type, bool allocates>
+template <Type type>
 Token* let_element(Token* at) {
     if (!is_current(at)) return execute_first(at);
     Token* equals = at[1].step.next;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = element_address(at + 1, type);
-    if (place == nullptr || !assign<type>(place, equals)) return start_again<allocates>(at, string_top);
+    if (place == nullptr || !assign<type>(place, equals)) return start_again(at, string_top);
     return equals->step.next;
 }
 
-template <Type type>
-Execute scalar_form(bool allocates) {
-    return allocates ? let_scalar<type, true> : let_scalar<type, false>;
-}
-template <Type type>
-Execute element_form(bool allocates) {
-    return allocates ? let_element<type, true> : let_element<type, false>;
-}
-
-Execute choose_scalar(Type type, bool allocates) {
+Execute choose_scalar(Type type) {
     switch (type) {
         case Type::INTEGER:
-            return scalar_form<Type::INTEGER>(allocates);
+            return let_scalar<Type::INTEGER>;
         case Type::LONG:
-            return scalar_form<Type::LONG>(allocates);
+            return let_scalar<Type::LONG>;
         case Type::INT64:
-            return scalar_form<Type::INT64>(allocates);
+            return let_scalar<Type::INT64>;
         case Type::SINGLE:
-            return scalar_form<Type::SINGLE>(allocates);
+            return let_scalar<Type::SINGLE>;
         case Type::DOUBLE:
-            return scalar_form<Type::DOUBLE>(allocates);
+            return let_scalar<Type::DOUBLE>;
         default:
-            return scalar_form<Type::STRING>(allocates);
+            return let_scalar<Type::STRING>;
     }
 }
 
-Execute choose_element(Type type, bool allocates) {
+Execute choose_element(Type type) {
     switch (type) {
         case Type::INTEGER:
-            return element_form<Type::INTEGER>(allocates);
+            return let_element<Type::INTEGER>;
         case Type::LONG:
-            return element_form<Type::LONG>(allocates);
+            return let_element<Type::LONG>;
         case Type::INT64:
-            return element_form<Type::INT64>(allocates);
+            return let_element<Type::INT64>;
         case Type::SINGLE:
-            return element_form<Type::SINGLE>(allocates);
+            return let_element<Type::SINGLE>;
         case Type::DOUBLE:
-            return element_form<Type::DOUBLE>(allocates);
+            return let_element<Type::DOUBLE>;
         default:
-            return element_form<Type::STRING>(allocates);
+            return let_element<Type::STRING>;
     }
 }
 
@@ -173,7 +163,7 @@ Execute choose_shape(Type type, const Specialised& value) {
         if (kind == side_kind(F32, true, Domain::SINGLE)) return let_single_chain<F32>;
         if (kind == side_kind(COMPUTED, true, Domain::SINGLE)) return let_single_chain<COMPUTED>;
     }
-    return choose_scalar(type, value.allocates);
+    return choose_scalar(type);
 }
 
 Domain wanted_for(Type type) {
@@ -205,7 +195,7 @@ bool specialise_array_element(Token* at) {
     if (!specialise_element(at, element) || !specialise_value(element.end, element.side.type, value))
         return false;
     at[1].step.next = element.end;
-    at->execute = choose_element(element.side.type, element.allocates || value.allocates);
+    at->execute = choose_element(element.side.type);
     return true;
 }
 

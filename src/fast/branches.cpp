@@ -61,13 +61,12 @@ Token* take_else(Token* at) {
 }
 
 // What a condition that took string space and failed gives back.
-template <bool allocates>
 Token* start_again(Token* at, std::uint8_t* string_top) {
-    if constexpr (allocates) arenas.FREETOP = string_top;
+    arenas.FREETOP = string_top;
     return execute_general(at);
 }
 
-template <bool computed, bool allocates>
+template <bool computed>
 Token* if_then_line(Token* at) {
     if (!is_current(at)) return execute_first(at);
     std::uint8_t* string_top = arenas.FREETOP;
@@ -77,11 +76,11 @@ Token* if_then_line(Token* at) {
         case Truth::FALSE:
             return take_else(at);
         default:
-            return start_again<allocates>(at, string_top);
+            return start_again(at, string_top);
     }
 }
 
-template <bool computed, bool allocates>
+template <bool computed>
 Token* if_then_statements(Token* at) {
     if (!is_current(at)) return execute_first(at);
     std::uint8_t* string_top = arenas.FREETOP;
@@ -95,18 +94,7 @@ Token* if_then_statements(Token* at) {
         case Truth::FALSE:
             return take_else(at);
         default:
-            return start_again<allocates>(at, string_top);
-    }
-}
-
-template <bool then_line>
-Execute choose_if(bool computed, bool allocates) {
-    if constexpr (then_line) {
-        if (computed) return allocates ? if_then_line<true, true> : if_then_line<true, false>;
-        return allocates ? if_then_line<false, true> : if_then_line<false, false>;
-    } else {
-        if (computed) return allocates ? if_then_statements<true, true> : if_then_statements<true, false>;
-        return allocates ? if_then_statements<false, true> : if_then_statements<false, false>;
+            return start_again(at, string_top);
     }
 }
 
@@ -166,10 +154,10 @@ bool specialise_if(Token* at) {
     const bool computed = condition.side.kind == side_kind(COMPUTED, true, Domain::WHOLE);
     if (then->kind == NUMBER) {
         if (!resolve_line(then)) return false;
-        at->execute = choose_if<true>(computed, condition.allocates);
+        at->execute = computed ? if_then_line<true> : if_then_line<false>;
     } else {
         at->step.next = following(then);
-        at->execute = choose_if<false>(computed, condition.allocates);
+        at->execute = computed ? if_then_statements<true> : if_then_statements<false>;
     }
     return true;
 }

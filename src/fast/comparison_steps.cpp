@@ -79,18 +79,13 @@ Whole compare_text_sides(std::int64_t, Token* at) {
 
 using WholeStep = Whole (*)(std::int64_t, Token*);
 
+// The frequent pairs: variables of one type, and a variable with a literal.
 template <int relation, Leaf left>
 WholeStep whole_leaves(std::uint8_t right_kind) {
-    switch (right_kind) {
-        case side_kind(I16, false, Domain::WHOLE):
-            return compare_whole_leaves<relation, left, I16>;
-        case side_kind(I32, false, Domain::WHOLE):
-            return compare_whole_leaves<relation, left, I32>;
-        case side_kind(I64, false, Domain::WHOLE):
-            return compare_whole_leaves<relation, left, I64>;
-        default:
-            return compare_wholes<relation>;
-    }
+    if (right_kind == side_kind(left, false, Domain::WHOLE))
+        return compare_whole_leaves<relation, left, left>;
+    if (right_kind == side_kind(I64, false, Domain::WHOLE)) return compare_whole_leaves<relation, left, I64>;
+    return compare_wholes<relation>;
 }
 
 template <int relation>

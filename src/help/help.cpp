@@ -25,7 +25,8 @@ void end_line() {
 std::size_t print_names(std::size_t first, std::uint32_t width) {
     std::uint32_t column = 0;
     std::size_t i = first;
-    for (; i < help_table.size() && help_table[i].category == help_table[first].category; ++i) {
+    const std::string_view category = help_table[first].category;
+    for (; i < help_table.size() && help_table[i].category == category; ++i) {
         const std::string_view name = help_table[i].name;
         const auto length = static_cast<std::uint32_t>(name.size());
         if (column > 0 && column + gap + length > width) {
@@ -51,7 +52,7 @@ void print_index() {
     for (std::size_t i = 0; i < help_table.size();) {
         end_line();
         con_put_char('[');
-        con_put_text(help_table[i].category);
+        con_put_string(help_table[i].category);
         con_put_char(']');
         end_line();
         i = print_names(i, width);
@@ -61,7 +62,7 @@ void print_index() {
 void print_entry(std::string_view name) {
     for (const HelpEntry& entry : help_table) {
         if (entry.name != name) continue;
-        con_put_text(entry.text);
+        con_put_string(entry.text);
         end_line();
         return;
     }
