@@ -9,8 +9,8 @@ namespace {
 
 // Sixteen bytes at a time in a vector register, four registers in a step: the loops then wait for memory, not
 // for the processor.
-typedef std::uint8_t Vector __attribute__((vector_size(16), aligned(1), may_alias));
-typedef char Mask __attribute__((vector_size(16)));
+using Vector __attribute__((vector_size(16), aligned(1), may_alias)) = std::uint8_t;
+using Mask __attribute__((vector_size(16))) = char;
 constexpr std::uint64_t vector_bytes = sizeof(Vector);
 constexpr std::uint64_t step_bytes = 4 * vector_bytes;
 

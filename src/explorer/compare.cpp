@@ -4,15 +4,20 @@
 #include "explorer/memory_map.h"
 #include "explorer/memory_range.h"
 #include "explorer/report.h"
+#include "values/memory_access.h"
 
 namespace korvane {
 namespace {
 
-void print_difference(const std::uint8_t* first, const std::uint8_t* second) {
+void put_byte_at(LineText& line, std::uint64_t address) {
+    line.put_address(address).put(' ').put_hex(peek_memory(address, 1), 2);
+}
+
+void print_difference(std::uint64_t first, std::uint64_t second) {
     LineText line;
-    line.put_address(reinterpret_cast<std::uint64_t>(first)).put(' ').put_hex(*first, 2);
+    put_byte_at(line, first);
     line.put("  !=  ");
-    line.put_address(reinterpret_cast<std::uint64_t>(second)).put(' ').put_hex(*second, 2);
+    put_byte_at(line, second);
     print_line(line);
 }
 
@@ -34,7 +39,7 @@ Outcome do_compare(WordReader& arguments) {
     std::uint64_t offset = 0;
     while ((offset += find_difference(first + offset, second + offset, readable - offset)) < readable) {
         ++differences;
-        print_difference(first + offset, second + offset);
+        print_difference(block.start + offset, other + offset);
         pager.after_line();
         ++offset;
     }

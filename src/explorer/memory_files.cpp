@@ -11,7 +11,7 @@ namespace korvane {
 namespace {
 
 // Moved in one firmware call. Far larger transfers are known to trip some file system drivers.
-constexpr std::uint64_t transfer_bytes = 1024 * 1024;
+constexpr std::uint64_t transfer_bytes = std::uint64_t{1024} * 1024;
 
 bool write_memory(const FileHandle& file, std::uint64_t address, std::uint64_t count) {
     while (count != 0) {

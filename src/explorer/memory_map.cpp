@@ -15,7 +15,7 @@ constexpr std::uint64_t top_of_memory = std::numeric_limits<std::uint64_t>::max(
 // The allocation of the buffer may itself split regions; four more descriptors leave room for that.
 constexpr std::uint64_t spare_descriptors = 4;
 // No machine reports more than a few hundred regions; a size beyond this is not believed.
-constexpr std::uint64_t largest_map = 16 * 1024 * 1024;
+constexpr std::uint64_t largest_map = std::uint64_t{16} * 1024 * 1024;
 
 constexpr std::array<std::string_view, 15> type_names = {
     "Reserved",    "LoaderCode",  "LoaderData",   "BootCode", "BootData",
