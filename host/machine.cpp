@@ -3,6 +3,7 @@
 #include <sys/time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
@@ -12,6 +13,10 @@
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/common_interface_defs.h>
 #endif
+
+// The bounds of the program's own code, as the linker defines them.
+extern "C" char __executable_start;
+extern "C" char etext;
 
 namespace korvane::host {
 
@@ -73,6 +78,13 @@ class TimeLimit {
     bool active_;
 };
 
+// Linked code may carry a sanitizer, whose stack frames are many times larger.
+Config with_stack_for(const ImageSource& source, Config config) {
+    constexpr std::uint64_t sanitized_stack = 4 * 1024 * 1024;
+    if (source.linked_code != nullptr) config.stack_size = std::max(config.stack_size, sanitized_stack);
+    return config;
+}
+
 const char* signal_name(int number) {
     switch (number) {
         case SIGSEGV:
@@ -91,7 +103,7 @@ const char* signal_name(int number) {
 }  // namespace
 
 Machine::Machine(Config config, ImageSource source)
-    : source_(std::move(source)), firmware_(std::move(config)) {
+    : source_(std::move(source)), firmware_(with_stack_for(source_, std::move(config))) {
     const auto file = read_file(source_.path);
     if (!file && source_.linked_code == nullptr) {
         std::fprintf(stderr, "hosted firmware: cannot read %s\n", source_.path.c_str());
@@ -143,15 +155,16 @@ void Machine::install_signal_handlers() {
         sigaction(number, &action, nullptr);
 }
 
-// The image is left where it stands, which is only safe in its own code: the services may hold locks of the C
-// library. In services, the next tick tries again.
+// The image is left where it stands, which is only safe in its own code: services may hold locks of the C
+// library. There, the next tick tries again.
 void Machine::on_time_limit(int, siginfo_t*, void* context) {
     if (running == nullptr || !running->started_) return;
     const auto& at = *static_cast<const ucontext_t*>(context);
     const auto place = static_cast<std::uint64_t>(at.uc_mcontext.gregs[REG_RIP]);
-    if (running->source_.linked_code == nullptr && running->image_->memory.contains(place)) {
+    if (running->runs_at(place)) {
         running->stop_ = Stop::timed_out;
         running->started_ = false;
+        before_switch(nullptr, running->host_stack_, running->host_stack_size_);
         setcontext(&running->host_context_);
     }
     constexpr int most_ticks = 100;
@@ -174,6 +187,13 @@ void Machine::on_signal(int number, siginfo_t* information, void* context) {
     running->stop_ = Stop::fault;
     running->started_ = false;
     setcontext(&running->host_context_);
+}
+
+// Linked code lies between the program's own, which at least is not the C library's.
+bool Machine::runs_at(std::uint64_t place) const {
+    if (source_.linked_code == nullptr) return image_->memory.contains(place);
+    return place >= reinterpret_cast<std::uint64_t>(&__executable_start) &&
+           place < reinterpret_cast<std::uint64_t>(&etext);
 }
 
 std::string Machine::describe_fault(int number, const siginfo_t& information,

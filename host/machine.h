@@ -54,8 +54,8 @@ class Machine {
 
     Firmware& firmware() { return firmware_; }
 
-    /// Starts the application, or lets it go on, until something that `Stop` names. A limit of 0 is none;
-    /// with linked code, which cannot be interrupted safely, an exceeded limit ends the program.
+    /// Starts the application, or lets it go on, until something that `Stop` names. The limit
+    /// is in processor time; 0 is none.
     Stop run(std::chrono::milliseconds limit = {});
 
     /// True when the application waits in WaitForEvent, false when it asks again and again.
@@ -81,6 +81,7 @@ class Machine {
     void key_wanted(KeyWant want);
     void switch_to_host(Stop stop);
     void install_signal_handlers();
+    bool runs_at(std::uint64_t place) const;
     std::string describe_fault(int number, const siginfo_t& information, const ucontext_t& context) const;
 
     ImageSource source_;
