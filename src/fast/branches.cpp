@@ -22,7 +22,11 @@ bool resolve_line(Token* literal) {
     if (number < 0 || number > max_line_number) return false;
     const std::uint32_t line = find_line(static_cast<std::uint32_t>(number));
     Token* tokens = cached_tokens(line);
-    if (tokens == nullptr) return false;
+    if (tokens == nullptr) {
+        // The general handler is about to tokenize it, if it exists.
+        state.target_not_ready = true;
+        return false;
+    }
     literal->number.target = tokens;
     literal->number.target_line = line;
     return true;

@@ -48,6 +48,9 @@ struct Node {
     double bound;  // of an integer: its magnitude is at most this
 };
 
+// What names without a variable are read from: a zero of every type, and an empty string's descriptor.
+constexpr StringDescriptor absent{.length = 0, .zero = 0, .bytes = nullptr};
+
 constexpr std::int16_t none = -1;
 constexpr double unbounded = 1e300;
 constexpr double exact_integers = 9007199254740992.0;  // doubles hold every integer up to 2^53
@@ -91,16 +94,19 @@ std::int16_t parse_variable(Token*& at) {
     Token* name = at++;
     if (find_bare_function(name->name) != nullptr || is_user_function_name(name->name)) return none;
     const VariableEntry* entry = find_variable(name->name, false);
-    if (entry == nullptr) return none;
+    // A name without a variable reads as 0 or the empty text until somebody creates the variable.
+    if (entry == nullptr) variables.absence_assumed = true;
+    const Type type = entry == nullptr ? type_of_name(name->name) : entry->type;
+    const void* storage = entry == nullptr ? static_cast<const void*>(&absent) : entry->storage;
     return add({.form = Form::VARIABLE,
-                .type = entry->type,
+                .type = type,
                 .token = name,
-                .operand = entry->storage,
+                .operand = storage,
                 .name = {},
                 .function = nullptr,
                 .left = none,
                 .right = none,
-                .bound = bound_of(entry->type)});
+                .bound = bound_of(type)});
 }
 
 std::int16_t parse_literal(Token*& at) {

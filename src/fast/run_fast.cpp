@@ -177,10 +177,11 @@ Token* execute_first(Token* at) {
         at->execute = plain;
         return plain(at);
     }
+    state.target_not_ready = false;
     const bool specialised = specialise_statement(at);
     enter_generation(at);
     if (specialised) return at->execute(at);
-    at->execute = execute_until_variables_change;
+    at->execute = state.target_not_ready ? execute_first : execute_until_variables_change;
     at->right_kind = static_cast<std::uint8_t>(variables.count);
     return execute_general(at);
 }

@@ -15,6 +15,7 @@ using Execute = Token* (*)(Token* at);
 struct State {
     Token* kept_token;         // first statement of a THEN part, whose start is that of its IF
     std::uint32_t kept_start;  // the record of that IF
+    bool target_not_ready;     // a line was not tokenized yet when a statement that leads there was looked at
     Token* look_at;            // where the run loop goes on after a statement gave null
 };
 extern State state;

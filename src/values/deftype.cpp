@@ -39,6 +39,7 @@ void read_item(Cursor& cursor, Type type) {
 void do_deftype(Cursor& cursor) {
     const auto type = static_cast<Type>(cursor->kind - KW_DEFINT + static_cast<int>(Type::INTEGER));
     ++cursor;
+    forget_absence();
     // Items already processed keep their effect when a later one fails.
     do {
         read_item(cursor, type);

@@ -35,6 +35,7 @@ void clear_variables() {
     variables.count = 0;
     variables.array_base = 0;
     variables.arrays_exist = false;
+    variables.absence_assumed = false;
     reset_default_types();
 }
 
@@ -66,11 +67,18 @@ VariableEntry* find_variable(const char* name, bool is_array) {
     return nullptr;
 }
 
+void forget_absence() {
+    if (!variables.absence_assumed) return;
+    variables.absence_assumed = false;
+    ++arenas.generation;
+}
+
 VariableEntry* create_variable(const char* name, bool is_array) {
     if (variables.count >= max_variables) {
         raise(message::too_many_variables);
         return nullptr;
     }
+    forget_absence();
     VariableEntry& entry = variables.table[variables.count++];
     fill_bytes(&entry, 0, sizeof entry);
     copy_bytes(entry.name, name, name_capacity);

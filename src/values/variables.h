@@ -44,6 +44,7 @@ struct Variables {
     std::uint32_t count;
     std::int64_t array_base;  // 0 or 1
     bool arrays_exist;
+    bool absence_assumed;    // a specialised statement reads a name that has no variable yet
     Type default_types[26];  // of unsuffixed names, by first letter
 };
 extern Variables variables;
@@ -65,6 +66,10 @@ Type type_of_name(const char* name);
 void reset_default_types();
 
 VariableEntry* find_variable(const char* name, bool is_array);
+
+// Ends what was specialised on the assumption that names have no variable: before one is created, or the
+// types of unset names change.
+void forget_absence();
 
 // Appends an entry; raises "Too many variables" and gives null when the table is full.
 VariableEntry* create_variable(const char* name, bool is_array);
