@@ -83,7 +83,8 @@ struct StrangeDirectory {
             *size = that.info_size;
             return uefi::buffer_too_small;
         }
-        std::memcpy(buffer, that.info.data(), std::min<std::size_t>(that.info.size(), *size));
+        if (buffer != nullptr)
+            std::memcpy(buffer, that.info.data(), std::min<std::size_t>(that.info.size(), *size));
         return uefi::success;
     }
 };
