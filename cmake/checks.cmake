@@ -7,7 +7,7 @@ add_test(NAME reproducible_build COMMAND ${CMAKE_SOURCE_DIR}/tools/check_reprodu
 
 # One pytest run per file: the tests of a file share a booted machine.
 file(GLOB KORVANE_SYSTEM_TESTS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/system/test_*.py)
-set(KORVANE_FULL_TESTS format clang_tidy reproducible_build)
+set(KORVANE_FULL_TESTS clang_tidy reproducible_build)
 foreach(file ${KORVANE_SYSTEM_TESTS})
   get_filename_component(name ${file} NAME_WE)
   add_test(NAME system/${name} COMMAND /usr/bin/python3 -m pytest -q -p no:cacheprovider ${file})

@@ -3,12 +3,10 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-unformatted=()
-while IFS= read -r -d '' file; do
-    clang-format --dry-run --Werror "$file" 2>/dev/null || unformatted+=("$file")
-done < <(find src host tests \( -name '*.cpp' -o -name '*.h' \) -print0)
-
-[ ${#unformatted[@]} -eq 0 ] || {
-    printf 'not formatted: %s\n' "${unformatted[@]}"
+sources=(src host tests)
+[ ! -d bench ] || sources+=(bench)
+if ! report=$(find "${sources[@]}" \( -name '*.cpp' -o -name '*.h' \) -print0 |
+    xargs -0 clang-format --dry-run --Werror 2>&1); then
+    sed -n 's/:[0-9]*:[0-9]*: error: .*/ is not formatted/p' <<<"$report" | sort -u
     exit 1
-}
+fi

@@ -11,6 +11,7 @@
 #include "platform/memory.h"
 #include "values/convert.h"
 #include "values/evaluator.h"
+#include "values/operators.h"
 #include "values/variables.h"
 
 namespace korvane {

@@ -1,7 +1,7 @@
 // Moving, filling and comparing bytes.
 //
-// The image has no C library: memory.cpp supplies the four functions that the compiler itself calls. The rest of
-// the code uses these names, which take byte counts and accept null pointers with a count of zero.
+// The image has no C library: memory.cpp supplies the four functions that the compiler itself calls. The rest
+// of the code uses these names, which take byte counts and accept null pointers with a count of zero.
 #pragma once
 
 #include <cstddef>

@@ -14,7 +14,6 @@ namespace korvane {
 
 namespace {
 
-
 // The destination in front of the list: #n, or @n[,].
 void parse_destination(Cursor& cursor) {
     if (cursor->kind == '#') {

@@ -15,7 +15,6 @@ namespace korvane {
 
 namespace {
 
-
 bool is_separator(const Token* at) {
     return at->kind == ';' || at->kind == ',';
 }

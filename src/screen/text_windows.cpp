@@ -9,7 +9,6 @@ TextWindows text_windows;
 
 namespace {
 
-
 std::uint32_t window_columns(const TextWindow& window) {
     return window.right - window.left + 1;
 }

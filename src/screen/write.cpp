@@ -12,7 +12,6 @@ namespace korvane {
 
 namespace {
 
-
 // A string between quotes, quotes inside it as they are; a number in its free form without the blanks.
 void write_value(const Value& value) {
     if (value.type == Type::STRING) {

@@ -38,10 +38,4 @@ std::int64_t evaluate_line_number(Cursor& cursor);
 // "Type mismatch". Returns the number of bytes copied (0 on error); an empty text raises nothing here.
 std::uint32_t evaluate_text(Cursor& cursor, char* buffer, std::uint32_t capacity);
 
-// Three-way comparison: -1, 0 or 1. A string with a number is "Type mismatch", a NaN "Illegal function call".
-int compare(const Value& left, const Value& right);
-
-// The binary arithmetic rules: `operation` is one of the characters + - * / \ ^ or KW_MOD.
-Value arithmetic(std::uint8_t operation, const Value& left, const Value& right);
-
 }  // namespace korvane

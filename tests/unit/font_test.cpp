@@ -49,8 +49,7 @@ TEST(Font, BlankCodesAreBlank) {
 
 TEST(Font, EveryOtherCodeHasAGlyph) {
     for (int code = 1; code < 255; ++code) {
-        if (code == 32)
-            continue;
+        if (code == 32) continue;
         int pixels = 0;
         for (const std::uint8_t row : font_glyphs[code])
             pixels += __builtin_popcount(row);
