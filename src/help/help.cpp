@@ -21,6 +21,11 @@ void end_line() {
     con_put_char(carriage_return);
 }
 
+// Ends a line of this many characters. One that fills the text area has wrapped by itself.
+void end_names(std::uint32_t column) {
+    if (column < out_width()) end_line();
+}
+
 // A category's names, on lines of at most `width` characters. Gives the first entry of the next category.
 std::size_t print_names(std::size_t first, std::uint32_t width) {
     std::uint32_t column = 0;
@@ -30,7 +35,7 @@ std::size_t print_names(std::size_t first, std::uint32_t width) {
         const std::string_view name = help_table[i].name;
         const auto length = static_cast<std::uint32_t>(name.size());
         if (column > 0 && column + gap + length > width) {
-            end_line();
+            end_names(column);
             column = 0;
         }
         if (column > 0) {
@@ -40,8 +45,7 @@ std::size_t print_names(std::size_t first, std::uint32_t width) {
         con_put_text(name);
         column += length;
     }
-    // A line that fills the text area exactly has wrapped by itself.
-    if (column < out_width()) end_line();
+    end_names(column);
     return i;
 }
 

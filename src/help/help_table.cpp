@@ -103,7 +103,7 @@ const std::array<HelpEntry, 179> help_table = {{
     {"FUNCTIONS", "TAN", "TAN(x) - tangent"},
     {"FUNCTIONS", "VAL", "VAL(s$) - string to number"},
     {"IO", "CLS", "CLS [@n] - clear the screen, the viewport or text window n"},
-    {"IO", "COLOR", "COLOR [@n,][f][,b] | [@n,]r,g,b[,r,g,b] - colours: 0 to 15 or 24-bit RGB values"},
+    {"IO", "COLOR", "COLOR [f][,b] | @n,f[,b] | [@n,]r,g,b[,r,g,b] - colours: 0 to 15 or 24-bit RGB values"},
     {"IO", "CSRLIN", "CSRLIN - cursor row"},
     {"IO", "INKEY$", "INKEY$ - a key without waiting, or an empty string"},
     {"IO", "INPUT", "INPUT [#n,][\"prompt\"{;|,}]var[,var...] - read values from the keyboard or a file"},

@@ -50,6 +50,14 @@ bool LinkedSession::type(std::string_view line) {
     return !broke_down_;
 }
 
+bool LinkedSession::press_escape() {
+    constexpr std::uint16_t escape_scan_code = 23;
+    if (broke_down_) return false;
+    machine_.firmware().keyboard().press({.ScanCode = escape_scan_code, .UnicodeChar = 0});
+    broke_down_ = machine_.run() != host::Stop::waits_for_key;
+    return !broke_down_;
+}
+
 void LinkedSession::write_file(const std::string& name, std::string_view content) const {
     std::ofstream file(folder_ / name, std::ios::binary);
     file.write(content.data(), static_cast<std::streamsize>(content.size()));

@@ -24,6 +24,9 @@ class LinkedSession {
     /// see problem().
     bool type(std::string_view line);
 
+    /// Presses Escape and runs until the next key is wanted; as type().
+    bool press_escape();
+
     void write_file(const std::string& name, std::string_view content) const;
 
     /// What the firmware complains about, or how the interpreter broke down; empty when all is well.
