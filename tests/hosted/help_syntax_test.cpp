@@ -312,10 +312,11 @@ TEST(HelpSyntax, UsesFollowTheTable) {
 
 TEST(HelpSyntax, EveryTextIsASyntaxAndADescription) {
     for (const HelpEntry& entry : help_table) {
-        const std::size_t dash = entry.text.find(" - ");
-        if (entry.text == "ON expr GOTO/GOSUB ...; ON ERROR/BREAK GOTO line") continue;  // all syntax
-        ASSERT_NE(dash, std::string_view::npos) << entry.text;
-        EXPECT_NE(entry.text.substr(0, dash).find(entry.name), std::string_view::npos) << entry.text;
+        const std::string_view text = entry.text;
+        const std::size_t dash = text.find(" - ");
+        if (text == "ON expr GOTO/GOSUB ...; ON ERROR/BREAK GOTO line") continue;  // all syntax
+        ASSERT_NE(dash, std::string_view::npos) << text;
+        EXPECT_NE(text.substr(0, dash).find(entry.name), std::string_view::npos) << text;
     }
 }
 
