@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "core/characters.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
 
@@ -10,10 +11,6 @@ namespace korvane {
 CommandArguments command_arguments;
 
 namespace {
-
-constexpr bool is_blank(char16_t c) {
-    return c == ' ' || c == '\t';
-}
 
 // Takes the argument at `position`; arguments beyond the table's end are read and dropped.
 void take_argument(std::u16string_view options, std::size_t& position) {

@@ -4,6 +4,7 @@
 
 #include "core/auto_numbering.h"
 #include "core/breakpoints.h"
+#include "core/characters.h"
 #include "core/clear.h"
 #include "core/command_loop.h"
 #include "core/continue.h"
@@ -28,10 +29,6 @@
 
 namespace korvane {
 namespace {
-
-constexpr bool is_digit(std::uint8_t c) {
-    return c >= '0' && c <= '9';
-}
 
 void skip_blanks(const std::uint8_t*& text) {
     while (*text == ' ')

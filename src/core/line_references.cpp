@@ -2,12 +2,12 @@
 
 #include <optional>
 
+#include "core/characters.h"
 #include "core/execution.h"
 #include "core/program_store.h"
 #include "values/format.h"
 
 namespace korvane {
-
 namespace {
 
 // What may follow a word as a reference.
@@ -24,20 +24,10 @@ constexpr ReferenceWord reference_words[] = {
     {"ERL", Follow::comparison},
 };
 
-constexpr bool is_letter(char character) {
-    return (character >= 'A' && character <= 'Z') || (character >= 'a' && character <= 'z');
-}
-
-constexpr bool is_digit(char character) {
-    return character >= '0' && character <= '9';
-}
-
 bool same_word(std::string_view word, std::string_view upper) {
     if (word.size() != upper.size()) return false;
     for (std::size_t i = 0; i < word.size(); ++i) {
-        const char character = word[i];
-        if ((character >= 'a' && character <= 'z' ? character - 'a' + 'A' : character) != upper[i])
-            return false;
+        if (fold_to_upper(word[i]) != upper[i]) return false;
     }
     return true;
 }

@@ -1,5 +1,6 @@
 #include "core/tokenizer.h"
 
+#include "core/characters.h"
 #include "core/errors.h"
 #include "core/keywords.h"
 #include "core/messages.h"
@@ -12,17 +13,8 @@ Tokenizer tokenizer;
 
 namespace {
 
-constexpr bool is_blank(std::uint8_t c) {
-    return c == ' ' || c == '\t';
-}
-constexpr bool is_digit(std::uint8_t c) {
-    return c >= '0' && c <= '9';
-}
-constexpr bool is_letter(std::uint8_t c) {
-    return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-}
 constexpr char fold(std::uint8_t c) {
-    return static_cast<char>(c >= 'a' && c <= 'z' ? c - ('a' - 'A') : c);
+    return fold_to_upper(static_cast<char>(c));
 }
 
 constexpr bool is_punctuation(std::uint8_t c) {

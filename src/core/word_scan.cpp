@@ -1,19 +1,8 @@
 #include "core/word_scan.h"
 
+#include "core/characters.h"
+
 namespace korvane {
-namespace {
-
-constexpr char fold(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - ('a' - 'A')) : c;
-}
-constexpr bool is_letter(char c) {
-    return fold(c) >= 'A' && fold(c) <= 'Z';
-}
-constexpr bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
-
-}  // namespace
 
 bool WordScan::next_word() {
     bool quoted = false;
@@ -36,7 +25,7 @@ bool WordScan::next_word() {
 bool WordScan::word_is(std::string_view word) const {
     if (position_ - word_start_ != word.size()) return false;
     for (std::size_t i = 0; i < word.size(); ++i) {
-        if (fold(text_[word_start_ + i]) != word[i]) return false;
+        if (fold_to_upper(text_[word_start_ + i]) != word[i]) return false;
     }
     return true;
 }

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "core/characters.h"
 #include "core/errors.h"
 #include "core/execution.h"
 #include "core/messages.h"
@@ -17,10 +18,6 @@ namespace korvane {
 DataPosition data_position;
 
 namespace {
-
-constexpr bool is_blank(char c) {
-    return c == ' ' || c == '\t';
-}
 
 // Moves to the text of the next DATA statement; false when the program has none left.
 bool find_next_data() {

@@ -1,6 +1,7 @@
 #include "values/variables.h"
 
 #include "core/arenas.h"
+#include "core/characters.h"
 #include "core/errors.h"
 #include "core/messages.h"
 #include "core/parse.h"
@@ -17,10 +18,6 @@ constexpr std::uint8_t array_flag = 1;
 // Names are zero-padded, so two of them are equal exactly when all 40 bytes are.
 bool same_name(const char* left, const char* right) {
     return compare_bytes(left, right, 1) == 0 && compare_bytes(left, right, name_capacity) == 0;
-}
-
-constexpr bool is_letter(char c) {
-    return c >= 'A' && c <= 'Z';
 }
 
 }  // namespace
@@ -55,7 +52,7 @@ Type type_of_name(const char* name) {
         case '$':
             return Type::STRING;
         default:
-            return is_letter(name[0]) ? variables.default_types[name[0] - 'A'] : Type::DOUBLE;
+            return is_upper_letter(name[0]) ? variables.default_types[name[0] - 'A'] : Type::DOUBLE;
     }
 }
 

@@ -1,0 +1,71 @@
+// The parts of an expression being specialised: nodes with their static types, made by the parser
+// (fast/parser.cpp) and turned into steps by fast/expression.cpp.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <string_view>
+
+#include "core/token.h"
+#include "fast/expression.h"
+
+namespace korvane {
+struct UserFunction;
+}
+
+namespace korvane::fast {
+
+enum class Form : std::uint8_t {
+    VARIABLE,
+    LITERAL,
+    BINARY,
+    RELATION,
+    SIGN,
+    NOT,
+    ELEMENT,
+    CALL,
+    TEXT_CALL,
+    USER
+};
+
+struct Node {
+    Form form;
+    Type type;
+    Token* token;           // the operator, the bracket or the literal
+    const void* operand;    // a variable's storage
+    std::string_view name;  // of a called function
+    UserFunction* function;
+    std::int16_t left;  // nodes of the operands; the only operand of a sign is the right one
+    std::int16_t right;
+    double bound;  // of an integer: its magnitude is at most this
+};
+
+constexpr std::int16_t none = -1;
+constexpr double unbounded = 1e300;
+constexpr double exact_integers = 9007199254740992.0;  // doubles hold every integer up to 2^53
+
+// The nodes of the expression being looked at, and how many. Expressions inside brackets are finished before
+// the outer ones go on, so one pool serves them all; a line's tokens bound how many there can be.
+struct NodePool {
+    std::array<Node, 4 * max_token_records> nodes;
+    std::int16_t count;
+    bool allocates;
+};
+extern NodePool pool;
+
+inline const Node& node_at(std::int16_t index) {
+    return pool.nodes[static_cast<std::size_t>(index)];
+}
+
+// Parses an expression whose operators bind at least as strongly as `minimum`, and moves `at` behind it.
+// Gives its root, or `none` when some part of it has no specialised form.
+std::int16_t parse_expression(Token*& at, int minimum);
+
+// An array element: binds its bracket to the array and its subscripts, and moves `at` from the name to behind
+// it.
+bool bind_element(Token* name, Token*& at, Type& type);
+
+// Makes the steps of a node, for a value wanted in a domain, and describes it as a side.
+bool emit(std::int16_t index, Domain wanted, Side& side);
+
+}  // namespace korvane::fast

@@ -1,0 +1,327 @@
+// This parser follows the grammar of values/evaluator.cpp but evaluates nothing: it notes the parts of the
+// expression as nodes. Arguments and subscripts get their steps at once, held by the bracket or comma in
+// front of them.
+#include <string_view>
+
+#include "core/keywords.h"
+#include "fast/element_steps.h"
+#include "fast/function_steps.h"
+#include "fast/nodes.h"
+#include "fast/text_steps.h"
+#include "values/functions.h"
+#include "values/operator_strength.h"
+#include "values/user_functions.h"
+#include "values/variables.h"
+
+namespace korvane::fast {
+
+NodePool pool;
+
+namespace {
+
+// What names without a variable are read from: a zero of every type, and an empty string's descriptor.
+constexpr StringDescriptor absent{.length = 0, .zero = 0, .bytes = nullptr};
+
+std::int16_t add(const Node& node) {
+    if (pool.count == static_cast<std::int16_t>(pool.nodes.size())) return none;
+    pool.nodes[static_cast<std::size_t>(pool.count)] = node;
+    return pool.count++;
+}
+
+double bound_of(Type type) {
+    if (type == Type::INTEGER) return 32768;
+    if (type == Type::LONG) return 2147483648.0;
+    return unbounded;
+}
+
+std::int16_t parse_variable(Token*& at) {
+    Token* name = at++;
+    if (find_bare_function(name->name) != nullptr || is_user_function_name(name->name)) return none;
+    const VariableEntry* entry = find_variable(name->name, false);
+    // A name without a variable reads as 0 or the empty text until somebody creates the variable.
+    if (entry == nullptr) variables.absence_assumed = true;
+    const Type type = entry == nullptr ? type_of_name(name->name) : entry->type;
+    const void* storage = entry == nullptr ? static_cast<const void*>(&absent) : entry->storage;
+    return add({.form = Form::VARIABLE,
+                .type = type,
+                .token = name,
+                .operand = storage,
+                .name = {},
+                .function = nullptr,
+                .left = none,
+                .right = none,
+                .bound = bound_of(type)});
+}
+
+std::int16_t parse_literal(Token*& at) {
+    Token* literal = at++;
+    const bool text = literal->kind == STRING_LITERAL;
+    return add({.form = Form::LITERAL,
+                .type = text ? Type::STRING : literal->value_type,
+                .token = literal,
+                .operand = nullptr,
+                .name = {},
+                .function = nullptr,
+                .left = none,
+                .right = none,
+                .bound = text ? 0 : __builtin_fabs(literal->number.as_double)});
+}
+
+// One argument or subscript behind `mark`, held by it.
+bool parse_held(Token* mark, Token*& at, Type& type) {
+    const std::int16_t argument = parse_expression(at, 1);
+    if (argument == none) return false;
+    type = node_at(argument).type;
+    Side side;
+    if (!emit(argument, domain_of(type), side)) return false;
+    hold(mark, side);
+    return true;
+}
+
+// The arguments from "(" to ")", each held by the mark in front of it. `accept` judges the type of the n-th
+// one.
+template <typename Accept>
+bool parse_arguments(Token* bracket, Token*& at, int& count, Accept accept) {
+    Token* mark = bracket;
+    at = bracket + 1;
+    for (count = 0;; ++count) {
+        Type type;
+        if (!parse_held(mark, at, type) || !accept(count, type)) return false;
+        if (at->kind != ',') break;
+        mark->step.left_inner = at;
+        mark = at++;
+    }
+    ++count;
+    mark->step.left_inner = nullptr;
+    return (at++)->kind == ')';
+}
+
+std::int16_t parse_element(Token*& at) {
+    Token* name = at;
+    Type type;
+    if (!bind_element(name, at, type)) return none;
+    return add({.form = Form::ELEMENT,
+                .type = type,
+                .token = name + 1,
+                .operand = nullptr,
+                .name = {},
+                .function = nullptr,
+                .left = none,
+                .right = none,
+                .bound = bound_of(type)});
+}
+
+// The definition's body, held by the function's head, and the parameters' variables.
+bool specialise_body(UserFunction& function) {
+    for (std::int32_t i = 0; i < function.parameter_count; ++i) {
+        function.entries[i] = find_variable(function.parameters[i], false);
+        if (function.entries[i] == nullptr || !is_numeric(function.entries[i]->type)) return false;
+    }
+    Token* at = function.body;
+    Type type;
+    return parse_held(&function.head, at, type) && at->kind == END_OF_LINE && is_numeric(type);
+}
+
+Type body_type(const UserFunction& function) {
+    return static_cast<Type>(function.head.value_type);
+}
+
+std::int16_t parse_user_call(Token*& at) {
+    Token* name = at;
+    UserFunction* function = find_user_function(name->name);
+    if (function == nullptr || function->being_specialised || function->parameter_count == 0) return none;
+    function->being_specialised = true;
+    const bool body_is_good = specialise_body(*function);
+    function->being_specialised = false;
+    int count;
+    if (!body_is_good ||
+        !parse_arguments(name + 1, at, count, [](int, Type argument) { return is_numeric(argument); }) ||
+        count != function->parameter_count) {
+        return none;
+    }
+    return add({.form = Form::USER,
+                .type = body_type(*function),
+                .token = name + 1,
+                .operand = nullptr,
+                .name = {},
+                .function = function,
+                .left = none,
+                .right = none,
+                .bound = unbounded});
+}
+
+std::int16_t parse_built_in_call(Token*& at) {
+    Token* name = at;
+    Token* bracket = name + 1;
+    const std::string_view arguments = text_function_arguments(name->name);
+    const std::size_t required =
+        arguments.find('?') == std::string_view::npos ? arguments.size() : arguments.find('?');
+    Type argument = Type::NONE;
+    int count;
+    const auto accept = [&](int n, Type type) {
+        argument = type;
+        if (arguments.empty()) return n == 0;
+        // The marks behind "?" are numbers in every function there is.
+        const auto position = static_cast<std::size_t>(n) + (static_cast<std::size_t>(n) >= required ? 1 : 0);
+        return position < arguments.size() && (arguments[position] == 't') == (type == Type::STRING);
+    };
+    if (!parse_arguments(bracket, at, count, accept)) return none;
+    Node node{.form = Form::CALL,
+              .type = Type::STRING,
+              .token = bracket,
+              .operand = nullptr,
+              .name = name->name,
+              .function = nullptr,
+              .left = none,
+              .right = none,
+              .bound = unbounded};
+    if (!arguments.empty()) {
+        if (static_cast<std::size_t>(count) < required) return none;
+        node.form = Form::TEXT_CALL;
+        pool.allocates = true;
+    } else if (!function_result(name->name, argument, node.type)) {
+        return none;
+    }
+    return add(node);
+}
+
+std::int16_t parse_name(Token*& at) {
+    if (at[1].kind != '(') return parse_variable(at);
+    if (is_user_function_name(at->name)) return parse_user_call(at);
+    return find_called_function(at->name) != nullptr ? parse_built_in_call(at) : parse_element(at);
+}
+
+std::int16_t parse_primary(Token*& at) {
+    switch (at->kind) {
+        case NUMBER:
+        case STRING_LITERAL:
+            return parse_literal(at);
+        case IDENTIFIER:
+            return parse_name(at);
+        case '(': {
+            const std::int16_t inner = parse_expression(++at, 1);
+            return inner == none || (at++)->kind != ')' ? none : inner;
+        }
+        default:
+            return none;
+    }
+}
+
+std::int16_t add_operator(Form form, Type type, Token* token, std::int16_t left, std::int16_t right,
+                          double bound) {
+    return add({.form = form,
+                .type = type,
+                .token = token,
+                .operand = nullptr,
+                .name = {},
+                .function = nullptr,
+                .left = left,
+                .right = right,
+                .bound = bound});
+}
+
+std::int16_t parse_signed(Token*& at) {
+    while (at->kind == '+')
+        ++at;
+    if (at->kind == '-') {
+        Token* sign = at++;
+        const std::int16_t operand = parse_signed(at);
+        if (operand == none || !is_numeric(node_at(operand).type)) return none;
+        return add_operator(Form::SIGN, node_at(operand).type, sign, none, operand, node_at(operand).bound);
+    }
+    std::int16_t left = parse_primary(at);
+    while (left != none && at->kind == '^') {
+        Token* operation = at++;
+        const std::int16_t right = parse_signed(at);
+        if (right == none || !is_numeric(node_at(left).type) || !is_numeric(node_at(right).type)) return none;
+        left = add_operator(Form::BINARY, Type::DOUBLE, operation, left, right, unbounded);
+    }
+    return left;
+}
+
+// The static type of an arithmetic or logical operator's result; NONE where the general evaluator has an
+// error to raise.
+Type result_type(std::uint8_t operation, Type left, Type right) {
+    if (left == Type::STRING && right == Type::STRING) return operation == '+' ? Type::STRING : Type::NONE;
+    if (left == Type::STRING || right == Type::STRING) return Type::NONE;
+    const Type wider = left > right ? left : right;
+    switch (operation) {
+        case '+':
+        case '-':
+        case '*':
+            return is_integer(wider) ? Type::INT64 : wider;
+        case '/':
+            return wider > Type::SINGLE ? wider : Type::SINGLE;
+        default:
+            return Type::INT64;
+    }
+}
+
+double result_bound(std::uint8_t operation, double left, double right) {
+    switch (operation) {
+        case '+':
+        case '-':
+            return left + right;
+        case '*':
+            return left * right;
+        default:
+            return unbounded;
+    }
+}
+
+std::int16_t parse_relation(Token*& at, std::int16_t left) {
+    Token* operation = at++;
+    if (operation->kind == '<' && (at->kind == '=' || at->kind == '>')) ++at;
+    if (operation->kind == '>' && at->kind == '=') ++at;
+    const std::int16_t right = parse_expression(at, relational_strength + 1);
+    if (right == none) return none;
+    if ((node_at(left).type == Type::STRING) != (node_at(right).type == Type::STRING)) return none;
+    return add_operator(Form::RELATION, Type::INT64, operation, left, right, 1);
+}
+
+std::int16_t parse_binary(Token*& at, std::int16_t left) {
+    Token* operation = at++;
+    const std::int16_t right = parse_expression(at, operator_strengths[operation->kind] + 1);
+    if (right == none) return none;
+    const Node& a = node_at(left);
+    const Node& b = node_at(right);
+    const Type type = result_type(operation->kind, a.type, b.type);
+    if (type == Type::NONE) return none;
+    if (type == Type::STRING) pool.allocates = true;
+    return add_operator(Form::BINARY, type, operation, left, right,
+                        result_bound(operation->kind, a.bound, b.bound));
+}
+
+}  // namespace
+
+bool bind_element(Token* name, Token*& at, Type& type) {
+    const VariableEntry* array = find_variable(name->name, true);
+    if (array == nullptr) return false;
+    int count;
+    if (!parse_arguments(name + 1, at, count, [](int, Type subscript) { return is_numeric(subscript); }) ||
+        static_cast<std::uint64_t>(count) != array->array->dimensions) {
+        return false;
+    }
+    name[1].step.left_operand = array->array;
+    type = array->type;
+    return true;
+}
+
+std::int16_t parse_expression(Token*& at, int minimum) {
+    std::int16_t left;
+    if (at->kind == KW_NOT) {
+        Token* operation = at++;
+        const std::int16_t operand = parse_expression(at, relational_strength);
+        if (operand == none || !is_numeric(node_at(operand).type)) return none;
+        left = add_operator(Form::NOT, Type::INT64, operation, none, operand, unbounded);
+    } else {
+        left = parse_signed(at);
+    }
+    while (left != none && operator_strengths[at->kind] >= minimum) {
+        const bool relational = operator_strengths[at->kind] == relational_strength;
+        left = relational ? parse_relation(at, left) : parse_binary(at, left);
+    }
+    return left;
+}
+
+}  // namespace korvane::fast
