@@ -70,6 +70,11 @@ class Author {
     std::uint64_t below(std::uint64_t limit) { return random_() % limit; }
     bool chance(std::uint64_t percent) { return below(100) < percent; }
     string pick(std::span<const string_view> from) { return string(from[below(from.size())]); }
+    // In what is compared most jumps lead ahead, so that most programs end by themselves.
+    string target() {
+        if (taste_ == Taste::anything || chance(5)) return line_number();
+        return std::to_string(current_ + 10 * (1 + below(4)));
+    }
     string line_number() { return std::to_string(10 * (1 + below(15))); }
 
     string element() {
@@ -139,7 +144,7 @@ class Author {
     }
 
     string branch() {
-        if (chance(40)) return line_number();
+        if (chance(40)) return target();
         return statements(1 + below(2), 1);
     }
 
@@ -159,10 +164,10 @@ class Author {
     string flow() {
         switch (below(14)) {
             case 0:
-                return "GOTO " + (chance(80) ? line_number() : number(1));
+                return "GOTO " + (chance(80) ? target() : number(1));
             case 1:
             case 2:
-                return "GOSUB " + line_number();
+                return "GOSUB " + target();
             case 3:
                 return "RETURN";
             case 4:
@@ -172,17 +177,21 @@ class Author {
                 return "NEXT";
             case 7:
                 return "NEXT " + pick(std::array<string_view, 4>{"I", "J", "N%", "A"});
-            case 8:
-                return "WHILE " + condition();
+            case 8: {
+                const string name = pick(std::array<string_view, 3>{"I", "N%", "S!"});
+                if (taste_ == Taste::anything || chance(10)) return "WHILE " + condition();
+                return "WHILE " + name + "<" + small() + ":" + name + "=" + name + "+1";
+            }
             case 9:
                 return "WEND";
             case 10:
-                return "ON " + number(1) + (chance(50) ? " GOTO " : " GOSUB ") + line_number() + "," +
-                       line_number();
+                return "ON " + number(1) + (chance(50) ? " GOTO " : " GOSUB ") + target() + "," + target();
             case 11:
-                return "ON ERROR GOTO " + (chance(70) ? line_number() : "0");
+                return "ON ERROR GOTO " + (chance(70) ? target() : "0");
             case 12:
-                return "RESUME" + (chance(60) ? " NEXT" : chance(50) ? "" : " " + line_number());
+                return "RESUME" + (chance(taste_ == Taste::anything ? 60 : 95) ? string(" NEXT")
+                                   : chance(50)                                ? string()
+                                                                               : " " + target());
             default:
                 return if_statement();
         }
@@ -349,8 +358,10 @@ class Author {
         const std::uint64_t kind = below(100);
         string line;
         if (kind < 60) {
-            line = line_number() + " " + statements(1 + below(3), 0);
+            current_ = 10 * (1 + below(15));
+            line = std::to_string(current_) + " " + statements(1 + below(3), 0);
         } else if (kind < 80) {
+            current_ = 0;
             line = command();
         } else if (kind < 90 || taste_ == Taste::repeatable) {
             line = statements(1 + below(2), 0);
@@ -364,6 +375,7 @@ class Author {
 
     std::mt19937_64 random_;
     Taste taste_;
+    std::uint64_t current_ = 0;  // number of the program line being written, 0 for a direct line
 };
 
 // Words that by their nature may do anything to the machine, or that leave the language.
