@@ -196,8 +196,9 @@ bool RenameFileByName(std::string_view old_name, std::string_view new_name) {
     if (!read_info(*file.get(), size, buffer)) return false;
 
     const FirmwareName converted(new_name);
-    copy_bytes(buffer.data() + uefi::file_info_name_offset, converted.text, 2 * (converted.length + 1));
-    const std::uint64_t new_size = uefi::file_info_name_offset + 2 * (converted.length + 1);
+    const std::uint64_t name_bytes = 2 * (std::uint64_t{converted.length} + 1);
+    copy_bytes(buffer.data() + uefi::file_info_name_offset, converted.text, name_bytes);
+    const std::uint64_t new_size = uefi::file_info_name_offset + name_bytes;
     write_unaligned<std::uint64_t>(buffer.data(), new_size);
     return file.get()->SetInfo(file.get(), &uefi::file_info_guid, new_size, buffer.data()) == uefi::success;
 }
