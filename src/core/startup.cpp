@@ -65,14 +65,14 @@ void initialize_state() {
     output = Output{};
     command_loop = CommandLoop{};
     auto_numbering = AutoNumbering{};
-    initialise_volume();
-    initialise_file_table();
+    initialize_volume();
+    initialize_file_table();
     initialize_keyboard();
     initialize_line_editor();
     gfx_start();
     initialize_text_windows();
     initialize_bitmaps();
-    initialise_explorer();
+    initialize_explorer();
     reset_random();
     clear_breakpoints();
     clear_trace();

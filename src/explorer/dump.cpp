@@ -83,7 +83,7 @@ Outcome dump_command(WordReader& arguments, bool forced) {
 
 DumpContinuation dump_continuation;
 
-void initialise_dump() {
+void initialize_dump() {
     dump_continuation = {};
 }
 

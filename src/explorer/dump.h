@@ -15,7 +15,7 @@ struct DumpContinuation {
 extern DumpContinuation dump_continuation;
 
 /// Start-up: no dump has been made.
-void initialise_dump();
+void initialize_dump();
 
 /// `M [address [length]]`: dumps memory that the memory map shows as readable, 256 bytes unless told
 /// otherwise.

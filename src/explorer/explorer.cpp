@@ -39,9 +39,9 @@ void run_explorer() {
 
 }  // namespace
 
-void initialise_explorer() {
-    initialise_memory_map();
-    initialise_dump();
+void initialize_explorer() {
+    initialize_memory_map();
+    initialize_dump();
 }
 
 Outcome execute_explorer_line(std::string_view line) {

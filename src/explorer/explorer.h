@@ -12,7 +12,7 @@ namespace korvane {
 /// and the next command follows.
 
 /// Start-up: no dump made, no memory map taken.
-void initialise_explorer();
+void initialize_explorer();
 
 /// `KORVANE` enters the explorer; `KORVANE LANDMARKS`, `MEMMAP` or `MAP`, and `INFO` print one report.
 /// Anything else raises "Syntax Error".

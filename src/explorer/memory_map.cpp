@@ -149,7 +149,7 @@ MemoryMapView MemoryMapSnapshot::keep() {
     return view_;
 }
 
-void initialise_memory_map() {
+void initialize_memory_map() {
     memory_map_cache = {};
 }
 

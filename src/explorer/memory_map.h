@@ -86,7 +86,7 @@ struct MemoryMapCache {
 extern MemoryMapCache memory_map_cache;
 
 /// Start-up: no map taken yet.
-void initialise_memory_map();
+void initialize_memory_map();
 
 /// The cached map, taken at the first call. Empty as long as the firmware gives none.
 const MemoryMapView& cached_memory_map();

@@ -42,7 +42,7 @@ void put_into_record(OpenFile& file, std::uint8_t byte) {
 
 }  // namespace
 
-void initialise_file_table() {
+void initialize_file_table() {
     for (OpenFile& file : file_table.entries) {
         reset_entry(file);
         fill_bytes(file.record, 0, sizeof file.record);

@@ -50,7 +50,7 @@ struct FileTable {
 extern FileTable file_table;
 
 // Start-up: every number closed.
-void initialise_file_table();
+void initialize_file_table();
 
 // Gives a closed entry its file: counters, buffers and the first `record_length` bytes of the record are
 // cleared. `record_length` is 0 for sequential modes.

@@ -130,7 +130,7 @@ FirmwareName::FirmwareName(std::string_view name) : text{}, length(0) {
         text[length++] = to_firmware_unit(byte);
 }
 
-void initialise_volume() {
+void initialize_volume() {
     volume = Volume{};
 }
 

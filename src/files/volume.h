@@ -89,7 +89,7 @@ struct Volume {
 extern Volume volume;
 
 // Start-up: no root yet, no current directory.
-void initialise_volume();
+void initialize_volume();
 
 // The root directory of the volume the image came from, or null; a failure is tried again on the next call.
 uefi::FileProtocol* GetVolumeRoot();

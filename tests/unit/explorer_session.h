@@ -65,12 +65,12 @@ class ExplorerSession {
         : machine_(with_screen(std::move(config), rows)) {
         machine_.keyboard().on_wanted([this](host::KeyWant) { press_next(); });
         firmware_start(machine_.image_handle(), machine_.system_table());
-        initialise_volume();
+        initialize_volume();
         initialize_keyboard();
         initialize_line_editor();
         gfx_start();
         initialize_text_windows();
-        initialise_explorer();
+        initialize_explorer();
         EXPECT_TRUE(video_start());
         buffers_ = machine_.pool().buffers();
     }
@@ -85,8 +85,8 @@ class ExplorerSession {
         }
         for (const std::string& complaint : machine_.complaints())
             ADD_FAILURE() << complaint;
-        initialise_explorer();
-        initialise_volume();
+        initialize_explorer();
+        initialize_volume();
         screen = Screen{};
         arenas = Arenas{};
         firmware = {};

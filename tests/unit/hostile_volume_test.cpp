@@ -92,7 +92,7 @@ struct StrangeDirectory {
 class HostileVolumeTest : public testing::Test {
   protected:
     HostileVolumeTest() { volume.root = &root_.protocol; }
-    ~HostileVolumeTest() override { initialise_volume(); }
+    ~HostileVolumeTest() override { initialize_volume(); }
 
     /// The rows that FILES with the given options prints.
     test::Lines list(const std::vector<const char*>& options = {}) {
