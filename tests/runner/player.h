@@ -40,6 +40,8 @@ class Player {
     bool machine_started() const;
     void start();
     void play_steps(std::size_t first);
+    void note_start();
+    std::uint64_t mode_changes() const;
     void play_step(const Step& step);
 
     void resume(std::chrono::milliseconds patience = {});
@@ -60,11 +62,13 @@ class Player {
     void check_colours(const Step& step);
     void check_cursor(const Step& step);
     void check_file(const Step& step);
+    void check_exit(const Step& step);
     void check_end();
 
     void restart(const Step& step);
     void use_own_copy_of_volume(const std::string& name);
     void fail_each(std::size_t index);
+    std::size_t after_failure(std::size_t index) const;
     void fail_uses_of(const std::vector<host::Service>& services,
                       const std::function<ForkedResult(host::Service, std::uint64_t)>& play);
     ForkedResult play_with_failure(std::size_t index, host::Service service, std::uint64_t use);
@@ -84,11 +88,14 @@ class Player {
     std::vector<host::ServiceFault> faults_;
     std::vector<std::pair<std::uint64_t, uefi::InputKey>> scheduled_;  // keys for the next step, by poll
     std::uint64_t buffers_at_start_ = 0;
+    std::uint64_t pages_at_start_ = 0;
+    std::uint64_t mode_changes_at_start_ = 0;
     std::uint64_t map_reads_at_start_ = 0;
     std::uint64_t files_left_open_ = 0;
-    bool tolerant_ = false;        // output is not compared while a failure is being injected
-    bool tolerant_start_ = false;  // the start may end in a halt
-    std::size_t line_ = 0;         // of the step being played
+    bool tolerant_ = false;             // output is not compared while a failure is being injected
+    bool came_out_as_expected_ = true;  // the step that was played with a failing service
+    bool tolerant_start_ = false;       // the start may end in a halt
+    std::size_t line_ = 0;              // of the step being played
     std::optional<ScreenText> screen_;
     std::string report_;
     std::string shown_;

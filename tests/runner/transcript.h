@@ -38,9 +38,10 @@ enum class Action {
     fail,           // arms `faults`, in addition to those armed
     heal,           // disarms all faults
     fail_each,      // plays the next step with each use of `services` failing in turn
-    leaves_open,    // expects `numbers[0]` files other than folders to stay open at the end
-    restart,        // starts the image `name` of the volume anew
-    time,           // sets the clock to `time`
+    in_any_case,  // ends the steps that count only when the failing step of `fail_each` came out as expected
+    leaves_open,  // expects `numbers[0]` files other than folders to stay open at the end
+    restart,      // starts the image `name` of the volume anew
+    time,         // sets the clock to `time`
 };
 
 struct Step {
