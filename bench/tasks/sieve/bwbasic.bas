@@ -1,0 +1,21 @@
+10 DIM F(2000)
+20 R = 1
+30 FOR K = 1 TO R
+40   C = 0
+50   FOR I = 0 TO 2000
+60     F(I) = 1
+70   NEXT I
+80   FOR I = 0 TO 2000
+90     IF F(I) = 0 THEN 170
+100     P = I + I + 3
+110     J = I + P
+120     WHILE J <= 2000
+130       F(J) = 0
+140       J = J + P
+150     WEND
+160     C = C + 1
+170   NEXT I
+180 NEXT K
+190 PRINT "CHECK"; C
+200 PRINT "REPEATED"; R
+210 SYSTEM

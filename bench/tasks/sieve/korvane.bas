@@ -1,0 +1,19 @@
+10 DIM F%(2000)
+20 R = 1500
+30 FOR K = 1 TO R
+40   C = 0
+50   FOR I = 0 TO 2000: F%(I) = 1: NEXT I
+60   FOR I = 0 TO 2000
+70     IF F%(I) = 0 THEN 150
+80     P = I + I + 3
+90     J = I + P
+100     WHILE J <= 2000
+110       F%(J) = 0
+120       J = J + P
+130     WEND
+140     C = C + 1
+150   NEXT I
+160 NEXT K
+170 PRINT "CHECK"; C
+180 PRINT "REPEATED"; R
+190 END

@@ -1,0 +1,14 @@
+10 R = 1200
+20 FOR K = 1 TO R
+30   C = 0
+40   FOR N = 1 TO 100
+50     X = N
+60     WHILE X > 1
+70       IF INT(X / 2) * 2 = X THEN X = X / 2 ELSE X = X * 3 + 1
+80       C = C + 1
+90     WEND
+100   NEXT N
+110 NEXT K
+120 PRINT "CHECK"; C
+130 PRINT "REPEATED"; R
+140 END

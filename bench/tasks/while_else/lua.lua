@@ -1,0 +1,14 @@
+local r = 800
+local c
+for k = 1, r do
+  c = 0
+  for n = 1, 100 do
+    local x = n
+    while x > 1 do
+      if x // 2 * 2 == x then x = x // 2 else x = x * 3 + 1 end
+      c = c + 1
+    end
+  end
+end
+print(string.format("CHECK %.0f", c))
+print("REPEATED " .. r)
