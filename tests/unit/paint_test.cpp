@@ -74,6 +74,30 @@ TEST(GfxPaint, AStartOffTheScreenOrOnAStoppingPixelChangesNothing) {
     }
 }
 
+TEST(GfxPaint, WorksWithTheFramebufferAloneWhenThereIsNoBackBuffer) {
+    DrawingScreen drawing(12, 12, 16);
+    screen.back_buffer = screen.framebuffer;
+    screen.back_buffer_capacity = 0;
+    for (std::uint32_t y = 0; y < 12; ++y)
+        set_pixel(6, y, border);
+    gfx_paint({2, 2}, paint, border);
+    for (std::uint32_t y = 0; y < 12; ++y) {
+        for (std::uint32_t x = 0; x < 12; ++x) {
+            ASSERT_EQ(screen.framebuffer[pixel_index(x, y)], x < 6 ? paint : x == 6 ? border : 0U);
+        }
+    }
+}
+
+TEST(GfxPaint, RowsOutsideTheBuffersMemoryAreDropped) {
+    DrawingScreen drawing(12, 12, 16);
+    screen.addressable = 16 * 7;
+    gfx_paint({2, 8}, paint, border);
+    gfx_paint({2, 2}, paint, border);
+    screen.addressable = 16 * 12;
+    for (std::uint32_t y = 0; y < 12; ++y)
+        ASSERT_EQ(get_pixel(5, y), y < 7 ? paint : 0U);
+}
+
 // A comb: from the row below its spine, each of the teeth's gaps is one seed, pushed from left to right and
 // taken from right to left. With more gaps than the stack holds, the rightmost ones are dropped.
 TEST(GfxPaint, SeedsBeyondTheStackAreDroppedSilently) {
