@@ -8,9 +8,16 @@ file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cp
 add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
 # Whatever does not run in a program's inner loops is compiled for size: the image is copied into every program
 # that is made standalone, and firmware reads it slowly.
+set(KORVANE_HOT_PATHS
+    "platform/"
+    "core/(conditions|control_stacks|dispatch|jumps|loops|program_store|run|tokenizer)"
+    "values/(arrays|convert|evaluator|format|function_support|operators|.*kernels|angle|store|string_f)"
+    "values/(user_f|variables)"
+    "screen/(circle|console|framebuffer|gfx_line|image_array|output|paint|plot|text_windows)"
+    "fast/.*(steps|sides|assignments|branches|loops)")
+list(JOIN KORVANE_HOT_PATHS "|" KORVANE_HOT_PATHS)
 set(KORVANE_HOT_SOURCES ${KORVANE_SOURCES})
-list(FILTER KORVANE_HOT_SOURCES INCLUDE REGEX
-     "/src/platform/|/src/fast/.*(steps|sides|assignments|branches|loops)|/src/values/(arrays|convert|evaluator|format|function_support|operators|.*kernels|angle|store|string_f|user_f|variables)|/src/core/(conditions|control_stacks|dispatch|jumps|loops|program_store|run|tokenizer)|/src/screen/(circle|console|framebuffer|gfx_line|image_array|output|paint|plot|text_windows)")
+list(FILTER KORVANE_HOT_SOURCES INCLUDE REGEX "/src/(${KORVANE_HOT_PATHS})")
 set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES})
 list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES})
 set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS -Os)
