@@ -7,7 +7,7 @@ entry's text as an indented line below it and at least one example.
 An example is a fenced block of the language "basic" in any page of docs/: lines that begin with "> " are typed, the
 others are what the screen shows then. It is a case of the transcript runner (tests/language/README.md tells all that
 it may hold). Options that only prepare it (files, a clock) stand in an HTML comment in front of the block, so that the
-reader does not see them:
+reader does not see them; "@example NAME.BAS" puts a program of examples/ on the volume:
 
     <!-- example
     @file NAMES.TXT
@@ -149,13 +149,26 @@ def examples(page):
             block, start = [], number
 
 
+def with_programs(options):
+    """The options with the programs of examples/ written out as files."""
+    out = []
+    for option in options:
+        if option.startswith("@example "):
+            name = option.split()[1]
+            lines = (ROOT / "examples" / name).read_text().splitlines()
+            out += ["@file " + name.upper()] + ["|" + line.replace("\\", "\\\\") for line in lines]
+        else:
+            out.append(option)
+    return out
+
+
 def cases():
     """All examples as cases of the transcript runner."""
     out = []
     for page in sorted(DOCS.rglob("*.md")):
         for number, options, lines in examples(page):
             out.append("=== %s:%d" % (page.relative_to(DOCS), number))
-            out += options + lines + [""]
+            out += with_programs(options) + lines + [""]
     return "\n".join(out)
 
 
