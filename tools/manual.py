@@ -107,7 +107,7 @@ def problems():
                 found.append("%s: %s does not show HELP's text; tools/manual.py --write mends it" % (page.name, heading))
             if FENCE + "basic" not in lines:
                 found.append("%s: %s has no example" % (page.name, heading))
-    return found + undescribed_messages() + broken_links()
+    return found + undescribed_messages() + unlisted_examples() + broken_links()
 
 
 def undescribed_messages():
@@ -116,6 +116,13 @@ def undescribed_messages():
     messages = re.findall(r"inline constexpr char \w+\[\] = (%s);" % STRING, (ROOT / "src/core/messages.h").read_text())
     return ["errors.md: %s is missing" % message for message in messages
             if not unquote(message).startswith(("Expected ", "Too many ")) and unquote(message) not in page]
+
+
+def unlisted_examples():
+    """Programs that docs/examples.md leaves out, and those that it names in vain."""
+    named = set(re.findall(r"`(\w+\.bas)`", (DOCS / "examples.md").read_text()))
+    there = {path.name for path in (ROOT / "examples").glob("*.bas")}
+    return ["examples.md: %s is missing here or in examples/" % name for name in sorted(named ^ there)]
 
 
 def broken_links():
