@@ -65,6 +65,7 @@ std::vector<GraphicsMode> default_graphics_modes();
 
 struct Config {
     std::vector<MemoryRegion> memory = default_memory();
+    bool descending_map = false;  // the memory map lists the highest region first
     std::vector<GraphicsMode> modes = default_graphics_modes();
     std::uint32_t width = 1024;   // of the mode that is current at start
     std::uint32_t height = 768;   // the same

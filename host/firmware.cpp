@@ -25,7 +25,7 @@ std::uint64_t whole_pages(std::uint64_t bytes) {
 
 Firmware::Firmware(Config config)
     : config_(std::move(config)),
-      memory_(config_.memory),
+      memory_(config_.memory, config_.descending_map),
       pool_(pool_base, pool_size),
       stack_(stack_base, whole_pages(config_.stack_size) * uefi::page_size),
       table_memory_(tables_base, tables_size),

@@ -29,7 +29,8 @@ bool may_be_allocated(MemoryType type) {
 
 }  // namespace
 
-Memory::Memory(const std::vector<MemoryRegion>& regions) {
+Memory::Memory(const std::vector<MemoryRegion>& regions, bool descending_map)
+    : descending_map_(descending_map) {
     for (const MemoryRegion& region : regions)
         add(region);
     // Neighbouring regions share one mapping: guard pages stand only where memory ends.
@@ -162,7 +163,8 @@ std::vector<MemoryRegion> Memory::regions() const {
 uefi::Status Memory::get_map(std::uint64_t* map_size, uefi::MemoryDescriptor* map, std::uint64_t* map_key,
                              std::uint64_t* descriptor_size, std::uint32_t* descriptor_version) const {
     if (map_size == nullptr) return uefi::invalid_parameter;
-    const std::vector<MemoryRegion> all = regions();
+    std::vector<MemoryRegion> all = regions();
+    if (descending_map_) std::reverse(all.begin(), all.end());
     const std::uint64_t needed = all.size() * descriptor_stride;
     if (descriptor_size != nullptr) *descriptor_size = descriptor_stride;
     if (descriptor_version != nullptr) *descriptor_version = 1;

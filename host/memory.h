@@ -17,8 +17,9 @@ inline constexpr std::uint64_t descriptor_stride = 48;
 
 class Memory {
   public:
-    /// Maps all regions at their addresses.
-    explicit Memory(const std::vector<MemoryRegion>& regions);
+    /// Maps all regions at their addresses. The map lists them in ascending or descending order; readers must
+    /// cope with any.
+    Memory(const std::vector<MemoryRegion>& regions, bool descending_map);
 
     /// Enters memory into the map that is mapped by someone else.
     void add(const MemoryRegion& region);
@@ -49,6 +50,7 @@ class Memory {
 
     std::vector<Mapping> mappings_;
     std::map<std::uint64_t, Range> ranges_;  // by base; they never overlap
+    bool descending_map_;
     std::uint64_t allocated_pages_ = 0;
     std::uint64_t map_key_ = 1;  // changes with every change to the map
 };

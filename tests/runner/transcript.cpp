@@ -39,6 +39,7 @@ const Parser::Directive Parser::option_directives[] = {
     {"modes", &Parser::modes},
     {"options", &Parser::options},
     {"memory", &Parser::memory},
+    {"memory-map", &Parser::memory_map},
     {"volumes", &Parser::volumes},
     {"read-only", &Parser::read_only},
     {"capacity", &Parser::capacity},

@@ -69,6 +69,12 @@ bool Parser::memory(const Words& words, std::string_view) {
     return given[0] % uefi::page_size == 0 && given[1] % uefi::page_size == 0;
 }
 
+// @memory-map descending
+bool Parser::memory_map(const Words& words, std::string_view) {
+    cases_.back().config.descending_map = true;
+    return words.size() == 2 && words[1] == "descending";
+}
+
 bool Parser::volumes(const Words& words, std::string_view) {
     std::vector<std::uint64_t> count;
     if (words.size() != 2 || !numbers(words, 1, 1, count) || count[0] > 9) return false;

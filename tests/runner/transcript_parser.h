@@ -70,6 +70,7 @@ class Parser {
     bool modes(const Words& words, std::string_view);
     bool options(const Words&, std::string_view rest);
     bool memory(const Words& words, std::string_view);
+    bool memory_map(const Words& words, std::string_view);
     bool volumes(const Words& words, std::string_view);
     bool read_only(const Words& words, std::string_view);
     bool capacity(const Words& words, std::string_view);
