@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <deque>
 #include <filesystem>
@@ -72,6 +73,7 @@ class ExplorerSession {
         initialize_text_windows();
         initialize_explorer();
         EXPECT_TRUE(video_start());
+        con_reset();
         buffers_ = machine_.pool().buffers();
     }
     ~ExplorerSession() {
@@ -98,7 +100,7 @@ class ExplorerSession {
 
     /// The screen lines that a command prints, without trailing blanks, on a screen cleared before it.
     Lines run(std::string_view line) {
-        con_reset();
+        clear_text();
         outcome = execute_explorer_line(line);
         return lines();
     }
@@ -125,6 +127,14 @@ class ExplorerSession {
     int waits = 0;                    // how often a key was waited for
 
   private:
+    /// Clears the text without the pixels, which nobody looks at here.
+    static void clear_text() {
+        for (auto& row : console.grid)
+            std::fill(std::begin(row), std::end(row), std::uint8_t{' '});
+        console.cursor_row = 0;
+        console.cursor_column = 0;
+    }
+
     static host::Config with_screen(host::Config config, std::uint32_t rows) {
         config.modes = {{1024, rows * 16, 1024}};
         config.width = 1024;
