@@ -20,6 +20,7 @@ void do_delete(Cursor& cursor) {
     }
     if (!check_line_range(range)) return;
     delete_line_range(range);
+    end_run_of_changed_program();
 }
 
 void delete_line_range(const LineRange& range) {

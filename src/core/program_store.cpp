@@ -143,6 +143,10 @@ void delete_lines(std::uint32_t first, std::uint32_t end) {
     remove_lines(first, end);
 }
 
+void end_run_of_changed_program() {
+    if (execution.line != direct_line) execution.stop = true;
+}
+
 void clear_program() {
     fill_bytes(program.lines, 0, program.count * sizeof(LineEntry));
     program.count = 0;

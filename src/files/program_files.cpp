@@ -60,6 +60,7 @@ void do_merge(Cursor& cursor) {
         return;
     }
     read_program_text(std::move(file));
+    end_run_of_changed_program();
 }
 
 }  // namespace korvane

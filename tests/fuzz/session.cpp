@@ -252,7 +252,17 @@ class Author {
 
     // What draws, asks, waits or goes to the volume.
     string device_statement() {
-        switch (below(20)) {
+        switch (below(25)) {
+            case 20:
+                return "SAVE \"P\"";
+            case 21:
+                return "LOAD \"P\"";
+            case 22:
+                return "MERGE \"P\"";
+            case 23:
+                return "CHAIN MERGE \"P\"," + line_number() + ",ALL,DELETE 10-" + line_number();
+            case 24:
+                return "DELETE " + line_number();
             case 0:
                 return "PSET(" + number(1) + "," + number(1) + ")";
             case 1:
