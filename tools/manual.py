@@ -17,7 +17,7 @@ reader does not see them; "@example NAME.BAS" puts a program of examples/ on the
     tools/manual.py --write                  puts HELP's texts into the reference
     tools/manual.py --check                  tells where the manual differs from the sources, and broken links
     tools/manual.py --cases FILE             writes all examples as cases of the transcript runner
-    tools/manual.py --test RUNNER OPTION...  checks, then plays all examples with the runner
+    tools/manual.py --test RUNNER OPTION...  checks, then plays all examples with the runner, and asks HELP for everything
 """
 
 import re
@@ -31,6 +31,7 @@ DOCS = ROOT / "docs"
 REFERENCE = DOCS / "reference"
 STRING = r'"(?:[^"\\]|\\.)*"'
 FENCE = "```"
+SCREEN_WIDTH = 80  # of the transcript runner
 
 
 def unquote(literals):
@@ -169,9 +170,23 @@ def with_programs(options):
     return out
 
 
+def help_cases():
+    """Cases that ask HELP for every entry; a name that stands in two categories shows the first."""
+    unreachable = {"ELSE", "REM"}  # they end the statement HELP
+    entries = {name: text for _, name, text in reversed(help_entries()) if name not in unreachable}
+    out = []
+    for number, (name, text) in enumerate(reversed(entries.items())):
+        if number % 20 == 0:  # a screen holds 128 rows
+            out += ["", "=== HELP shows the reference's lines, from %s on" % name]
+        # A full row has wrapped already, so that the line end behind it leaves an empty one.
+        rows = [text[at : at + SCREEN_WIDTH].rstrip() for at in range(0, len(text) + 1, SCREEN_WIDTH)]
+        out += ["> HELP " + name] + [row or "|" for row in rows]
+    return out + [""]
+
+
 def cases():
     """All examples as cases of the transcript runner."""
-    out = []
+    out = help_cases()
     for page in sorted(DOCS.rglob("*.md")):
         for number, options, lines in examples(page):
             out.append("=== %s:%d" % (page.relative_to(DOCS), number))
