@@ -1,0 +1,165 @@
+"""Random BASIC programs from a seed: assignments, expressions of all types, conditions, loops, subroutines and
+errors, which the program reports and passes over. Every program ends by itself, prints its variables and saves the
+used parts of the data arena to VARIABLES.BIN, ARRAYS.BIN and STRINGS.BIN.
+"""
+
+import random
+
+NUMBERS = ["A", "B", "C%", "D%", "E&", "F&", "G!", "H!", "I", "J", "K&&", "L#", "M!", "X"]
+STRINGS = ["S$", "T$", "U$"]
+ARRAYS = [("P", 1), ("Q%", 1), ("R&", 2), ("V!", 1), ("W", 2), ("Z&&", 1)]  # name, dimensions
+LITERALS = (
+    "0 1 2 3 5 7 9 10 .1 .5 1.5 .25 2.5 3.7 100 32767 40000 123456789 0.0001 1E3 1E20 1E38! -1 1# 2! 5% "
+    "70000& 2147483647& 5000000000&& 9223372036854775807&& &H10 &HFF"
+).split()
+TEXT_LITERALS = ['"abc"', '"X"', '""', '"hello world"']
+RELATIONS = ["=", "<", ">", "<=", ">=", "<>"]
+LOOP_VARIABLES = ["I", "J", "C%", "E&", "G!", "K&&"]
+STEPS = ["", " STEP 2", " STEP .5", " STEP -1", " STEP 3"]
+
+
+class ProgramMaker:
+    """Makes one program; all choices come from its seed. `depth` bounds how deeply an expression nests."""
+
+    def __init__(self, seed):
+        self.random = random.Random(seed)
+
+    def pick(self, weighted):
+        """Calls one of the (weight, function) pairs."""
+        weights = [weight for weight, _ in weighted]
+        return self.random.choices([function for _, function in weighted], weights)[0]()
+
+    # ---- Expressions
+
+    def leaf(self):
+        return self.random.choice([self.random.choice(LITERALS)] + [self.random.choice(NUMBERS) for _ in range(3)])
+
+    def number(self, depth):
+        if depth <= 0:
+            return self.leaf()
+        choose, inner = self.random.choice, lambda: self.number(depth - 1)
+        return self.pick([
+            (30, self.leaf),
+            (32, lambda: inner() + choose(["+", "-", "*", "+", "-", "*", "/", "\\", " MOD "]) + inner()),
+            (6, lambda: f"({inner()})"),
+            (4, lambda: "-" + inner()),
+            (2, lambda: inner() + "^" + choose(["2", "3", ".5", "-1", "0"])),
+            (6, lambda: inner() + choose([" AND ", " OR ", " XOR ", " EQV ", " IMP "]) + inner()),
+            (2, lambda: "NOT " + inner()),
+            (5, lambda: f"({self.relation(depth - 1)})"),
+            (6, lambda: self.element(depth)),
+            (3, lambda: f"{choose(['INT', 'ABS', 'SGN', 'FIX', 'CINT', 'SQR', 'SIN'])}({inner()})"),
+            (2, lambda: f"{choose(['FNA', 'FNC'])}({inner()})"),
+            (1, lambda: f"FNB({inner()},{inner()})"),
+            (2, lambda: f"{choose(['LEN', 'ASC'])}({self.text(depth - 1)})"),
+            (1, lambda: f"INSTR({self.text(depth - 1)},{self.text(0)})"),
+        ])
+
+    def subscript(self, depth):
+        return self.pick([
+            (50, lambda: self.random.choice("01234")),
+            (30, lambda: self.random.choice(["I", "J", "C%"])),
+            (20, lambda: self.number(depth - 1)),
+        ])
+
+    def element(self, depth):
+        name, dimensions = self.random.choice(ARRAYS)
+        return f"{name}({','.join(self.subscript(depth - 1) for _ in range(dimensions))})"
+
+    def text(self, depth):
+        plain = lambda: self.random.choice(STRINGS + TEXT_LITERALS)
+        if depth <= 0:
+            return plain()
+        inner = lambda: self.text(depth - 1)
+        length = lambda: self.random.choice(["", "," + self.number(0)])
+        return self.pick([
+            (50, plain),
+            (20, lambda: inner() + "+" + inner()),
+            (10, lambda: f"MID$({inner()},{self.number(0)}{length()})"),
+            (10, lambda: f"{self.random.choice(['LEFT$', 'RIGHT$'])}({inner()},{self.number(0)})"),
+            (5, lambda: f"CHR$(65+{self.random.choice('12I')})"),
+            (5, lambda: f"N$({self.subscript(1)})"),
+        ])
+
+    def relation(self, depth):
+        side = self.text if self.random.random() < 0.2 else self.number
+        return side(depth - 1) + self.random.choice(RELATIONS) + side(depth - 1)
+
+    # ---- Statements
+
+    def conditional(self):
+        condition = self.pick([(80, lambda: self.relation(3)), (20, lambda: self.number(2))])
+        more = ":" + self.statement(0) if self.random.random() < 0.3 else ""
+        otherwise = " ELSE " + self.statement(0) if self.random.random() < 0.5 else ""
+        return f"IF {condition} THEN {self.statement(0)}{more}{otherwise}"
+
+    def loop(self):
+        """FOR with bounds of any kind; when they are far apart, NEXT stands behind a condition that ends it."""
+        name = self.random.choice(LOOP_VARIABLES)
+        step = self.random.choice(STEPS)
+        if self.random.random() < 0.5:
+            # No statement assigns to these.
+            counter = self.random.choice(["T3", "T3%", "T3&", "T3!", "T3&&"])
+            start = self.random.choice(["0", "1", "2.5", "-1", "SGN(C%)"])
+            return f"FOR {counter}={start} TO 4{step.replace('-1', '1')}: {self.statement(0)}: NEXT"
+        return (f"T1=0: FOR {name}={self.number(1)} TO {self.number(1)}{step}: "
+                f"T1=T1+1: {self.statement(0)}: IF T1<20 THEN NEXT {name}")
+
+    def statement(self, nesting=1):
+        simple = [
+            (35, lambda: self.random.choice(["", "", "LET "]) + f"{self.random.choice(NUMBERS)}={self.number(3)}"),
+            (10, lambda: f"{self.element(2)}={self.number(3)}"),
+            (8, lambda: f"{self.random.choice(STRINGS)}={self.text(3)}"),
+            (3, lambda: f"N$({self.subscript(1)})={self.text(2)}"),
+            (7, lambda: f"PRINT {self.pick([(1, lambda: self.number(2)), (1, lambda: self.text(2))])}"
+                        + self.random.choice(["", ";", ","])),
+            (3, lambda: self.random.choice(["SWAP A,B", "SWAP S$,T$", "SWAP P(1),P(2)"])),
+            (4, lambda: "GOSUB 9000"),
+            (2, lambda: "GOSUB 9100"),
+            (2, lambda: f"READ {self.random.choice(NUMBERS + STRINGS)}"),
+            (1, lambda: "RESTORE"),
+            (2, lambda: "ERASE Q%: DIM Q%(5)"),
+            (2, lambda: "PRINT FRE(0)"),
+            (1, lambda: f"DEF FNA(X)=X*2+{self.number(1)}"),
+            (2, lambda: "PRINT"),
+        ]
+        nested = [
+            (12, self.conditional),
+            (6, self.loop),
+            (3, lambda: f"T2=0: WHILE T2<3: T2=T2+1: {self.statement(0)}: WEND"),
+        ]
+        return self.pick(simple + (nested if nesting else []))
+
+    # ---- The program
+
+    def program(self):
+        lines = [
+            "1 ON ERROR GOTO 9500",
+            "2 DIM P(5),Q%(5),R&(4,4),V!(5),W(4,4),Z&&(5),N$(5)",
+            "3 DEF FNA(X)=X*2+1: DEF FNB(X,Y%)=X/2+Y%: DEF FNC(M!)=FNA(M!)+1",
+            "4 CNT=0: Y$=STRING$(3,45)",  # so that some string space is in use
+        ]
+        count = self.random.randint(5, 25)
+        for number in range(10, 10 + 10 * count, 10):
+            second = ":" + self.statement() if self.random.random() < 0.25 else ""
+            lines.append(f"{number} {self.statement()}{second}")
+        if self.random.random() < 0.6:
+            target = 10 * self.random.randint(1, count)
+            lines.append(f"{10 + 10 * count} CNT=CNT+1: IF CNT<4 THEN {target}")
+        return "\n".join(lines + ENDING) + "\n"
+
+
+ENDING = [
+    "8000 PRINT A;B;C%;D%;E&;F&;G!;H!;I;J;K&&;L#;M!;X: PRINT S$;\"|\";T$;\"|\";U$",
+    "8010 PRINT FRE(0): VARINFO FULL",
+    # The table has 4096 entries of 64 bytes; a program here has fewer than 128 variables.
+    '8020 BSAVE "VARIABLES.BIN",KORVANEADR("VARTABLE"),8192',
+    '8025 BSAVE "ARRAYS.BIN",KORVANEADR("VARTABLE")+262144,KORVANEADR("FREEBOT")-KORVANEADR("VARTABLE")-262144',
+    '8030 BSAVE "STRINGS.BIN",KORVANEADR("FREETOP"),KORVANEADR("HIMEM")-KORVANEADR("FREETOP")',
+    "8040 END",
+    "9000 A=A+1: RETURN",
+    "9100 FOR II=1 TO 3: B=B+II: NEXT: RETURN",
+    '9200 DATA 1,2.5,"x",4E3,70000,-5,abc,9',
+    "9500 ECNT=ECNT+1: IF ECNT=31 THEN RESUME 8000",
+    '9510 PRINT "E";ERR;ERL: RESUME NEXT',
+]
