@@ -140,15 +140,22 @@ Token* for_loop(Token* at) {
     Value limit;
     Value step = Value::of_integer(1);
     if (control_stacks.for_count == max_for_depth || !held_value(equals, start) || !held_value(to, limit) ||
-        (step_word != nullptr && !held_value(step_word, step)) ||
-        !store_start(*variable, variable->storage, start)) {
+        (step_word != nullptr && !held_value(step_word, step))) {
         return execute_general(at);
     }
+    const std::uint64_t size = storage_size(variable->type);
+    std::uint64_t before = 0;
+    copy_bytes(&before, variable->storage, size);
+    if (!store_start(*variable, variable->storage, start)) return execute_general(at);
     ForEntry& entry = control_stacks.fors[control_stacks.for_count];
     fill_for_entry(entry, at[1].name, *variable, limit, step);
     const int order = compare(load({variable->storage, variable->type}), limit);
-    // A loop that has nothing to do is skipped by the general handler, which remembers where it ends.
-    if (past(entry.step_sign, order<0, order> 0)) return execute_general(at);
+    // A loop that has nothing to do is skipped by the general handler, which remembers where it ends. It
+    // evaluates the start again, which may depend on the variable.
+    if (past(entry.step_sign, order<0, order> 0)) {
+        copy_bytes(variable->storage, &before, size);
+        return execute_general(at);
+    }
     remember_loop(entry, at->step.next);
     ++control_stacks.for_count;
     return following(at->step.next);
