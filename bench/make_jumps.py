@@ -11,7 +11,7 @@ import random
 import sys
 
 BLOCKS = 150
-REPETITIONS = {"korvane": 3000, "lua": 1000, "brandy": 40, "yabasic": 60, "bwbasic": 1}
+REPETITIONS = {"korvane": 50000, "lua": 50000, "brandy": 20000, "yabasic": 20000, "bwbasic": 1}
 
 
 def visiting_order():

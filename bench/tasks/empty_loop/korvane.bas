@@ -1,4 +1,4 @@
-10 R = 500
+10 R = 400
 20 FOR K = 1 TO R
 30   FOR I = 1 TO 100000
 40   NEXT I

@@ -1,4 +1,4 @@
-local r = 500
+local r = 700
 local c
 for k = 1, r do
   for i = 1, 100000 do

@@ -1,5 +1,5 @@
 local sqrt, abs, sin, cos, atan, floor = math.sqrt, math.abs, math.sin, math.cos, math.atan, math.floor
-local r = 600
+local r = 800
 local c
 for k = 1, r do
   c = 0

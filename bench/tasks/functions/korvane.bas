@@ -1,7 +1,7 @@
 10 DEF FNA(X) = X * 2 + 1
 20 DEF FNB(X) = FNA(X) + FNA(X + 1)
 30 DEF FNC(X, Y) = FNB(X) - FNB(Y) + X
-40 R = 2500
+40 R = 2000
 50 FOR K = 1 TO R
 60   C = 0
 70   FOR I = 1 TO 1000

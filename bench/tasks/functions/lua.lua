@@ -1,7 +1,7 @@
 local function fna(x) return x * 2 + 1 end
 local function fnb(x) return fna(x) + fna(x + 1) end
 local function fnc(x, y) return fnb(x) - fnb(y) + x end
-local r = 2500
+local r = 1000
 local c
 for k = 1, r do
   c = 0

@@ -1,4 +1,4 @@
-local r = 1000
+local r = 10000
 local c
 for k = 1, r do
   c = 0

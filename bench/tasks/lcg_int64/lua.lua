@@ -1,4 +1,4 @@
-local r = 1200
+local r = 20000
 local c
 for k = 1, r do
   c = 0

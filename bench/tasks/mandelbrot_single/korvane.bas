@@ -1,5 +1,5 @@
 10 DEFSNG A-Z
-20 R = 300
+20 R = 600
 30 FOR K = 1 TO R
 40   C = 0
 50   FOR Y = 0 TO 15

@@ -1,4 +1,4 @@
-local r = 300
+local r = 2000
 local c
 for k = 1, r do
   c = 0

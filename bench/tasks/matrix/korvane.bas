@@ -1,7 +1,7 @@
 10 DIM A(12, 12)
 20 DIM B(12, 12)
 30 DIM P(12, 12)
-40 R = 2000
+40 R = 4000
 50 FOR K = 1 TO R
 60   FOR I = 1 TO 12
 70     FOR J = 1 TO 12

@@ -2,7 +2,7 @@ local a, b, p = {}, {}, {}
 for i = 1, 12 do
   a[i], b[i], p[i] = {}, {}, {}
 end
-local r = 1200
+local r = 7000
 local c
 for k = 1, r do
   for i = 1, 12 do

@@ -1,6 +1,6 @@
 local a = {}
 local abs = math.abs
-local r = 150
+local r = 500
 local c
 for k = 1, r do
   c = 0

@@ -1,5 +1,5 @@
 10 DIM F%(2000)
-20 R = 1500
+20 R = 1000
 30 FOR K = 1 TO R
 40   C = 0
 50   FOR I = 0 TO 2000: F%(I) = 1: NEXT I

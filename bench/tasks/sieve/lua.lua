@@ -1,5 +1,5 @@
 local f = {}
-local r = 700
+local r = 3000
 local c
 for k = 1, r do
   c = 0

@@ -1,5 +1,5 @@
 10 DIM W$(32)
-20 R = 2500
+20 R = 7000
 30 FOR K = 1 TO R
 40   RESTORE
 50   FOR I = 1 TO 32

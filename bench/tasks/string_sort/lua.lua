@@ -5,7 +5,7 @@ local data = {
   "medlar", "damson", "lychee", "citron", "pomelo", "rowan", "sloe", "elder"
 }
 local w = {}
-local r = 1500
+local r = 20000
 local c
 for k = 1, r do
   for i = 1, 32 do

@@ -1,5 +1,5 @@
 local char, sub, find = string.char, string.sub, string.find
-local r = 1500
+local r = 20000
 local c
 for k = 1, r do
   local s = ""
