@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 
 namespace korvane {
@@ -78,6 +79,43 @@ TEST(Wildcard, ManyStarsTakeNoExponentialTime) {
         pattern += "*A";
     const std::string name = std::string(255, 'A') + "B";
     EXPECT_FALSE(matches_wildcard(pattern, name));
+}
+
+/// The rules as they are told, tried in the slow way.
+bool matches_slowly(std::string_view pattern, std::string_view name) {
+    if (pattern.empty()) return name.empty();
+    if (pattern[0] == '*') {
+        while (pattern.starts_with("**"))
+            pattern.remove_prefix(1);
+        if (pattern.starts_with("*.*") && pattern.find_first_not_of('*', 2) == std::string_view::npos)
+            return true;
+        for (std::size_t i = 0; i <= name.size(); ++i) {
+            if (matches_slowly(pattern.substr(1), name.substr(i))) return true;
+        }
+        return false;
+    }
+    if (name.empty()) return false;
+    const bool same = pattern[0] == '?' || std::toupper(pattern[0]) == std::toupper(name[0]);
+    return same && matches_slowly(pattern.substr(1), name.substr(1));
+}
+
+TEST(Wildcard, AgreesWithTheSlowWayOnShortNames) {
+    std::mt19937 random(1);
+    const auto text = [&](std::string_view letters, std::size_t longest) {
+        std::string made(random() % (longest + 1), ' ');
+        for (char& letter : made)
+            letter = letters[random() % letters.size()];
+        return made;
+    };
+    int matches = 0;
+    for (int i = 0; i < 200000; ++i) {
+        const std::string pattern = text("aB.*?*", 7);
+        const std::string name = text("Ab.", 6);
+        const bool expected = matches_slowly(pattern, name);
+        matches += expected ? 1 : 0;
+        ASSERT_EQ(matches_wildcard(pattern, name), expected) << pattern << " " << name;
+    }
+    EXPECT_GT(matches, 10000);
 }
 
 }  // namespace
