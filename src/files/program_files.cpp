@@ -17,8 +17,12 @@ namespace korvane {
 void do_load(Cursor& cursor) {
     ++cursor;
     FileName name = read_file_name(cursor);
-    if (error_pending() || !name.add_default_extension(".bas")) return;
-    FileHandle file = OpenFileByName(name.view(), OpenMode::read);
+    if (error_pending()) return;
+    // An empty name finds no file, not even one that is all extension.
+    const bool named = name.length != 0;
+    if (named && !name.add_default_extension(".bas")) return;
+    FileHandle file;
+    if (named) file = OpenFileByName(name.view(), OpenMode::read);
     if (!file) {
         raise(message::file_not_found);
         return;
