@@ -17,6 +17,7 @@ FIRMWARE_VARIABLES = "/usr/share/OVMF/OVMF_VARS_4M.fd"
 # A key press waits in a 16-byte buffer of the emulated keyboard until the firmware's next poll, and takes up to
 # six bytes of it (shift down, key down, key up, shift up); faster typing would lose keys.
 KEY_INTERVAL = 0.03
+SETTLING_LOOKS = 20  # at most so many looks at a screen that keeps changing
 
 NAMED_KEYS = {
     " ": "spc", "\n": "ret", "\b": "backspace", "\x1b": "esc", "-": "minus", "=": "equal", "[": "bracket_left",
@@ -148,18 +149,29 @@ class Machine:
         """Saves the screen as a PNG picture."""
         self.command("screendump", filename=os.path.abspath(path), format="png")
 
-    def screen(self):
+    def look(self):
+        """The screen at this moment. A picture taken while it is being drawn shows a cell half old, half new."""
         path = os.path.join(self.folder, "screen.ppm")
         self.command("screendump", filename=path)
         with open(path, "rb") as file:
             return Screen(file.read())
 
+    def screen(self):
+        """The screen, looked at again until two looks in a row show the same text or time has passed."""
+        screen = self.look()
+        for _ in range(SETTLING_LOOKS):
+            previous, screen = screen, self.look()
+            if previous.rows() == screen.rows():
+                break
+        return screen
+
     def wait_for(self, condition, timeout=60, what="the expected screen"):
         """Looks at the screen until condition(screen) holds and returns that screen."""
         deadline = time.monotonic() + timeout
         while True:
-            screen = self.screen()
-            if condition(screen):
+            screen = self.look()
+            # What a half-drawn picture promises may not be there.
+            if condition(screen) and condition(screen := self.screen()):
                 return screen
             if time.monotonic() > deadline:
                 raise MachineError(f"waited {timeout} s in vain for {what}; the screen shows:\n{screen.text()}")

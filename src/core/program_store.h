@@ -65,8 +65,8 @@ std::uint32_t find_line(std::uint32_t number);
 // The index of the first line whose number is at least `number`; program.count when there is none.
 std::uint32_t first_line_from(std::uint64_t number);
 
-// For statements that change the program and may stand in it, reached by a direct GOTO: ends the run, since the
-// tokens being executed are no longer there. Nothing happens in a direct line.
+// For statements that change the program and may stand in it, reached by a direct GOTO: ends the run, since
+// the tokens being executed are no longer there. Nothing happens in a direct line.
 void end_run_of_changed_program();
 
 // Empties the program. Variables are not touched.
