@@ -45,7 +45,7 @@ __attribute__((no_sanitize("address"))) bool Keyboard::is_spinning(const std::ui
         return frame[known.offset] == known.value;
     });
     if (!spin_place_.empty() && same_place) return true;
-    const bool quick = __builtin_ia32_rdtsc() - last_poll_ticks_ < quick_poll_ticks && frame == last_frame_;
+    const bool quick = __builtin_ia32_rdtsc() - last_poll_ticks_ < quick_poll_ticks;
     quick_polls_ = quick ? quick_polls_ + 1 : 0;
     last_frame_ = frame;
     return quick_polls_ >= polls_of_a_spin;

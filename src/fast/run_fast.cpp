@@ -137,7 +137,8 @@ Token* execute_general(Token* at) {
     if (error_pending() || execution.stop || !may_run()) return leave(cursor);
     if (!execution.jumped) return following(cursor);
     // A line that is not in the cache is run by the run loop.
-    if (cached_tokens(execution.line) != execution.tokens) return leave(cursor);
+    if (execution.tokens == nullptr || cached_tokens(execution.line) != execution.tokens)
+        return leave(cursor);
     execution.jumped = false;
     execution.then_part = false;
     return following(execution.tokens + execution.record);

@@ -30,7 +30,7 @@ void read_item(Cursor& cursor, Type type) {
         raise(message::illegal_function_call);
         return;
     }
-    for (int letter = first; letter <= last; ++letter)
+    for (char letter = first; letter <= last; ++letter)
         variables.default_types[letter - 'A'] = type;
 }
 
