@@ -24,13 +24,14 @@ double variable_done() {
 }
 
 // The words of the framebuffer that are not as they must be: different from the back buffer's, or beyond the
-// right edge and not black.
-std::uint64_t wrong_words(const host::Display& display) {
+// right edge and not black. A numbered window kept from a larger mode is still drawn at its old cells, which
+// may lie in that unseen end of the scan lines.
+std::uint64_t wrong_words(const host::Display& display, bool uses_windows) {
     const std::span<const std::uint32_t> pixels = display.pixels();
     std::uint64_t wrong = 0;
     for (std::uint64_t i = 0; i < pixels.size(); ++i) {
-        const bool visible = i % display.pitch() < display.width();
-        if (pixels[i] != screen.back_buffer[i] || (!visible && pixels[i] != 0)) ++wrong;
+        const bool may_be_drawn = i % display.pitch() < display.width() || uses_windows;
+        if (pixels[i] != screen.back_buffer[i] || (!may_be_drawn && pixels[i] != 0)) ++wrong;
     }
     return wrong;
 }
@@ -46,8 +47,10 @@ TEST(RandomDrawing, BothBuffersHoldTheSamePicture) {
         ASSERT_TRUE(session.type("RUN")) << "seed " << seed << "\n" << session.problem() << program;
         ASSERT_EQ(variable_done(), seed) << program;
         ASSERT_NE(screen.back_buffer, screen.framebuffer);
-        ASSERT_EQ(wrong_words(*session.machine().firmware().display()), 0U) << "seed " << seed << "\n"
-                                                                            << program;
+        const bool uses_windows = program.find('@') != std::string::npos;
+        ASSERT_EQ(wrong_words(*session.machine().firmware().display(), uses_windows), 0U)
+            << "seed " << seed << "\n"
+            << program;
     }
     EXPECT_EQ(session.problem(), "");
 }
