@@ -77,7 +77,7 @@ bool carries(const Side& side, Domain domain) {
 // Appends the operator, whose right side is set, to the left operand's chain.
 Side append(Side left, Token* operation, Domain domain, Type type) {
     operation->step.next = nullptr;
-    if ((left.kind & has_chain) != 0) {
+    if (left.last != nullptr) {
         left.last->step.next = operation;
     } else {
         left.kind = side_kind(static_cast<Leaf>(left.kind & leaf_mask), true, domain);
