@@ -13,13 +13,10 @@ namespace {
 
 // Finds the line of a literal; false when it does not exist or does not stay in the token cache.
 bool resolve_line(Token* literal) {
-    if (!is_integer(literal->value_type) &&
-        literal->number.as_double !=
-            static_cast<double>(static_cast<std::int64_t>(literal->number.as_double))) {
-        return false;
-    }
     const double number = literal->number.as_double;
-    if (number < 0 || number > max_line_number) return false;
+    if (!(number >= 0 && number <= max_line_number)) return false;
+    // The general handler rounds a broken number.
+    if (number != static_cast<double>(static_cast<std::uint32_t>(number))) return false;
     const std::uint32_t line = find_line(static_cast<std::uint32_t>(number));
     Token* tokens = cached_tokens(line);
     if (tokens == nullptr) {
