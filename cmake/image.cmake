@@ -3,6 +3,9 @@
 # -mabi=sysv keeps the System V calling convention inside the image, where a two-word Value travels in
 # registers; only calls into the firmware use the Microsoft convention (EFIAPI). With that option the compiler
 # no longer defines _WIN64, which the C headers beneath the standard library need for their 64-bit types.
+#
+# -mcmodel=small lets code reach variables of other files directly; the target's own default goes through a
+# pointer for each, in case they lie in another module.
 file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cpp)
 
 add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
@@ -42,6 +45,7 @@ target_compile_options(
           -fno-ident
           -ffp-contract=off
           -mabi=sysv
+          -mcmodel=small
           -mno-red-zone
           -mno-stack-arg-probe
           -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
