@@ -11,6 +11,7 @@ namespace korvane {
 
 struct VariableEntry;
 
+inline constexpr std::uint32_t no_epoch = 0;  // of no token cache
 inline constexpr std::uint32_t max_gosub_depth = 128;
 inline constexpr std::uint32_t max_for_depth = 64;
 inline constexpr std::uint32_t max_while_depth = 64;
@@ -21,7 +22,9 @@ struct GosubEntry {
     std::uint32_t line;  // return position
     std::uint32_t record;
     GosubKind kind;
-    std::uint8_t timer;  // event timer that a TIMER entry makes ready again
+    std::uint8_t timer;   // event timer that a TIMER entry makes ready again
+    std::uint32_t epoch;  // of the token cache in which `token` is good; 0 is none
+    Token* token;         // the statement to return to
 };
 
 struct ForEntry {
@@ -37,13 +40,16 @@ struct ForEntry {
     std::int32_t step_sign;  // -1, 0 or 1
     bool whole;              // variable, limit and step are integers
     Position loop;           // the record after the FOR statement
-    Token* loop_tokens;  // its line's tokens and its first statement, good while `loop_epoch` is the token
-    Token* loop_token;   // cache's own
-    std::uint32_t loop_epoch;
+    // What the specialised NEXT needs, good while `generation` is current: the loop's first statement, and
+    // the variable again if that NEXT can serve this loop, else null.
+    Token* loop_token;
+    VariableEntry* quick_variable;
 };
 
 struct WhileEntry {
     Position start;  // the WHILE token
+    Token* token;    // the same, good while `epoch` is the token cache's own
+    std::uint32_t epoch;
 };
 
 struct ControlStacks {

@@ -39,7 +39,9 @@ bool fire(int number, std::uint32_t record) {
     if (!push_gosub({.line = execution.line,
                      .record = record,
                      .kind = GosubKind::TIMER,
-                     .timer = static_cast<std::uint8_t>(number)})) {
+                     .timer = static_cast<std::uint8_t>(number),
+                     .epoch = no_epoch,
+                     .token = nullptr})) {
         return false;
     }
     timer.busy = true;

@@ -31,8 +31,12 @@ void jump_to_value(const Value& value) {
 }
 
 bool push_return(Cursor cursor) {
-    return push_gosub(
-        {.line = execution.line, .record = record_of(cursor), .kind = GosubKind::GOSUB, .timer = 0});
+    return push_gosub({.line = execution.line,
+                       .record = record_of(cursor),
+                       .kind = GosubKind::GOSUB,
+                       .timer = 0,
+                       .epoch = no_epoch,
+                       .token = nullptr});
 }
 
 // The jump of a GOSUB whose entry is already stacked: a failing one takes the entry back.

@@ -115,16 +115,14 @@ ForEntry* find_entry(Cursor& cursor) {
     return &control_stacks.fors[count - 1];
 }
 
-constexpr std::uint32_t no_epoch = 0;  // of no token cache: the loop is left to the general handler
-
-bool find_control_variable(ForEntry& entry) {
-    if (entry.generation == arenas.generation) return true;
-    entry.variable = find_variable(entry.name, false);
-    if (entry.variable == nullptr) return false;
-    // A variable that came back with another type is not what the specialised NEXT was told of.
-    if (entry.variable->type != entry.variable_type) entry.loop_epoch = no_epoch;
-    entry.generation = arenas.generation;
-    return true;
+// Finds out whether the specialised NEXT can serve the loop, and where it would go on.
+void prepare_quick_turn(ForEntry& entry) {
+    entry.quick_variable = nullptr;
+    const bool simple = entry.whole || (is_floating(entry.variable_type) && entry.limit_is_double);
+    // A variable may have come back with another type.
+    if (!simple || entry.variable->type != entry.variable_type) return;
+    entry.loop_token = cached_statement(entry.loop);
+    if (entry.loop_token != nullptr) entry.quick_variable = entry.variable;
 }
 
 // Adds the step to a floating variable and gives the new value, or a NaN after raising "Overflow".
@@ -164,8 +162,17 @@ int advance(const ForEntry& entry) {
 
 }  // namespace
 
+bool find_control_variable(ForEntry& entry) {
+    if (entry.generation == arenas.generation) return true;
+    entry.variable = find_variable(entry.name, false);
+    if (entry.variable == nullptr) return false;
+    entry.generation = arenas.generation;
+    prepare_quick_turn(entry);
+    return true;
+}
+
 void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, const Value& limit,
-                    const Value& step) {
+                    const Value& step, Position body) {
     copy_bytes(entry.name, name, name_capacity);
     entry.limit = limit;
     entry.step = step;
@@ -177,17 +184,8 @@ void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, 
     entry.variable_type = variable.type;
     entry.step_sign = sign_of(step);
     entry.whole = is_integer(variable.type) && is_integer(limit.type) && is_integer(step.type);
-}
-
-void remember_loop(ForEntry& entry, Token* body) {
-    entry.loop = {execution.line, record_of(body)};
-    entry.loop_tokens = execution.tokens;
-    entry.loop_token = body;
-    while (entry.loop_token->kind == ':')
-        ++entry.loop_token;
-    const bool cached =
-        execution.line < program.count && program.lines[execution.line].tokens == execution.tokens;
-    entry.loop_epoch = cached ? program.cache_epoch : no_epoch;
+    entry.loop = body;
+    prepare_quick_turn(entry);
 }
 
 void do_for(Cursor& cursor) {
@@ -217,8 +215,7 @@ void do_for(Cursor& cursor) {
         return;
     }
     ForEntry& entry = control_stacks.fors[control_stacks.for_count];
-    fill_for_entry(entry, name->name, *variable, limit, step);
-    remember_loop(entry, cursor);
+    fill_for_entry(entry, name->name, *variable, limit, step, {execution.line, record_of(cursor)});
     const int order = compare(load(place), limit);
     if (error_pending()) return;
     if (past_limit(entry.step_sign, order)) {
@@ -259,7 +256,8 @@ void do_while(Cursor& cursor) {
         raise(message::out_of_memory);
         return;
     }
-    control_stacks.whiles[control_stacks.while_count++].start = start;
+    control_stacks.whiles[control_stacks.while_count++] = {
+        .start = start, .token = nullptr, .epoch = no_epoch};
 }
 
 void do_wend(Cursor& cursor) {

@@ -13,10 +13,12 @@ struct VariableEntry;
 // "Illegal function call" for a NaN step. Re-entering an unfinished FOR stacks another entry (deliberate).
 void do_for(Cursor& cursor);
 
-// Fills the entry of a loop from its evaluated parts; where its body begins is remembered separately.
+// Fills the entry of a loop from its evaluated parts and the place behind its FOR.
 void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, const Value& limit,
-                    const Value& step);
-void remember_loop(ForEntry& entry, Token* body);
+                    const Value& step, Position body);
+
+// Finds the control variable of an open loop again when variables may have moved; false when it is gone.
+bool find_control_variable(ForEntry& entry);
 
 // NEXT [var]: one variable at most. Raises "NEXT without FOR" and "Overflow".
 void do_next(Cursor& cursor);

@@ -88,6 +88,13 @@ Token* cache_tokens(std::uint32_t count) {
     return tokens;
 }
 
+void forget_cache() {
+    program.cache_start = nullptr;
+    program.cache_end = nullptr;
+    ++program.cache_epoch;
+    ++arenas.generation;  // open loops remember tokens for one generation
+}
+
 }  // namespace
 
 std::string_view line_text(std::uint32_t index) {
@@ -151,9 +158,7 @@ void clear_program() {
     fill_bytes(program.lines, 0, program.count * sizeof(LineEntry));
     program.count = 0;
     program.write = arenas.CODEBASE;
-    program.cache_start = nullptr;
-    program.cache_end = nullptr;
-    ++program.cache_epoch;
+    forget_cache();
     execution.can_continue = false;
 }
 
@@ -164,9 +169,7 @@ void empty_token_cache() {
         program.lines[i].tokens = nullptr;
         program.lines[i].token_count = 0;
     }
-    program.cache_start = nullptr;
-    program.cache_end = nullptr;
-    ++program.cache_epoch;
+    forget_cache();
 }
 
 std::uint32_t prepare_line(std::uint32_t index) {
@@ -189,8 +192,19 @@ std::uint32_t prepare_line(std::uint32_t index) {
     }
     line.tokens = tokens;
     line.token_count = count;
+    tokens[count - 1].step.jump = {index, 0};
     execution.tokens = tokens;
     return count;
+}
+
+Token* cached_statement(Position position) {
+    if (position.line >= program.count) return nullptr;
+    const LineEntry& line = program.lines[position.line];
+    if (line.tokens == nullptr || position.record >= line.token_count) return nullptr;
+    Token* at = line.tokens + position.record;
+    while (at->kind == ':')
+        ++at;
+    return at->kind == END_OF_LINE && at->step.next != nullptr ? at->step.next : at;
 }
 
 void jump_to_line(std::int64_t number) {

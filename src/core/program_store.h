@@ -79,6 +79,10 @@ void empty_token_cache();
 // its number of records. A tokenizing error is raised with its line set to this line's number.
 std::uint32_t prepare_line(std::uint32_t index);
 
+// The statement at a position, colons and, where possible, the end of the line passed over; null when the
+// line's tokens are not in the cache.
+Token* cached_statement(Position position);
+
 // Transfers control to the first statement of the line with this number. Raises "Undefined line number" when
 // the number is above 4,294,967,294, negative, or not in the program.
 void jump_to_line(std::int64_t number);

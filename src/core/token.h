@@ -57,15 +57,23 @@ struct Step {
         float (*single)(float accumulator, Token* at);
         Whole (*whole)(std::int64_t accumulator, Token* at);
         Value (*text)(Token* at);
-        Position jump;  // of a keyword: where a scan from it leads
+        Position jump;  // of a keyword: where a scan from it leads; of a cached line's end record: its line
     };
-    const void* operand;       // leaf of the right operand
-    Token* inner;              // first step of the right operand
-    Token* next;               // next step of the chain; of a statement: the statement that follows
-    const void* left_operand;  // the same for the left operand, where the accumulator does not carry it
+    const void* operand;  // leaf of the right operand
+    Token* inner;         // first step of the right operand
+    Token* next;  // next step of the chain; of a statement: the statement that follows; of a cached line's
+                  // end record: the next line's first token, once control has passed there
+    union {
+        const void* left_operand;  // the same for the left operand, where the accumulator does not carry it
+        Position own;              // of a keyword that stacks a position: that position
+    };
     Token* left_inner;
 };
 static_assert(sizeof(Step) == 48);
+
+// Executes the statement at `at` and those that follow it, `left` of them at most; gives how many of these
+// are left when something stopped it (fast/statement.h).
+using Execute = std::uint64_t (*)(Token* at, std::uint64_t left);
 
 struct Token {
     std::uint8_t kind;
@@ -102,9 +110,7 @@ struct Token {
         };
         Step step;
     };
-    // Of a statement's first token: how to execute the statement; gives the token of the statement to go on
-    // with.
-    Token* (*execute)(Token* at);
+    Execute execute;  // of a statement's first token: how to execute the statement
 };
 static_assert(sizeof(Token) == 64);
 static_assert(__builtin_offsetof(Token, payload) == 8);
@@ -112,7 +118,7 @@ static_assert(__builtin_offsetof(Token, cached) == 48);
 static_assert(__builtin_offsetof(Token, step) == 8);
 
 // What `execute` holds until the statement has been met: specialises it if that can be done, and executes it.
-Token* execute_first(Token* at);
+std::uint64_t execute_first(Token* at, std::uint64_t left);
 
 // A position in a token array. Handlers and evaluator advance it past what they read.
 using Cursor = Token*;

@@ -57,9 +57,9 @@ inline bool assign<Type::STRING>(std::uint8_t* place, const Token* equals) {
 }
 
 // A statement that may have taken string space starts again with what it found.
-Token* start_again(Token* at, std::uint8_t* string_top) {
+std::uint64_t start_again(Token* at, std::uint64_t left, std::uint8_t* string_top) {
     arenas.FREETOP = string_top;
-    return execute_general(at);
+    return execute_general(at, left);
 }
 
 inline std::uint8_t* place_of(const Token* equals) {
@@ -67,55 +67,55 @@ inline std::uint8_t* place_of(const Token* equals) {
 }
 
 template <Type type>
-Token* let_scalar(Token* at) {
-    if (!is_current(at)) return execute_first(at);
+std::uint64_t let_scalar(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
     Token* equals = at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
-    if (!assign<type>(place_of(equals), equals)) return start_again(at, string_top);
-    return equals->step.next;
+    if (!assign<type>(place_of(equals), equals)) return start_again(at, left, string_top);
+    return proceed(equals->step.next, left);
 }
 
 // The frequent shapes of a DOUBLE target: a DOUBLE copied, and a chain of doubles with or without a leaf in
 // front.
-Token* let_copy(Token* at) {
-    if (!is_current(at)) return execute_first(at);
+std::uint64_t let_copy(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
     Token* equals = at + 1;
     const double value = read<double>(equals->step.operand);
     __builtin_memcpy(place_of(equals), &value, sizeof value);
-    return equals->step.next;
+    return proceed(equals->step.next, left);
 }
 
 template <Leaf leaf>
-Token* let_chain(Token* at) {
-    if (!is_current(at)) return execute_first(at);
+std::uint64_t let_chain(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
     Token* equals = at + 1;
     Token* inner = equals->step.inner;
     const double value = inner->step.real(real_leaf<leaf>(equals->step.operand), inner);
-    if (!is_finite(value)) return execute_general(at);
+    if (!is_finite(value)) return execute_general(at, left);
     __builtin_memcpy(place_of(equals), &value, sizeof value);
-    return equals->step.next;
+    return proceed(equals->step.next, left);
 }
 
 template <Leaf leaf>
-Token* let_single_chain(Token* at) {
-    if (!is_current(at)) return execute_first(at);
+std::uint64_t let_single_chain(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
     Token* equals = at + 1;
     Token* inner = equals->step.inner;
     const float value = inner->step.single(static_cast<float>(real_leaf<leaf>(equals->step.operand)), inner);
-    if (!is_finite(value)) return execute_general(at);
+    if (!is_finite(value)) return execute_general(at, left);
     __builtin_memcpy(place_of(equals), &value, sizeof value);
-    return equals->step.next;
+    return proceed(equals->step.next, left);
 }
 
 // The bracket of an element that is assigned to begins no chain; its next leads to "=".
 template <Type type>
-Token* let_element(Token* at) {
-    if (!is_current(at)) return execute_first(at);
+std::uint64_t let_element(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
     Token* equals = at[1].step.next;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = element_address(at + 1, type);
-    if (place == nullptr || !assign<type>(place, equals)) return start_again(at, string_top);
-    return equals->step.next;
+    if (place == nullptr || !assign<type>(place, equals)) return start_again(at, left, string_top);
+    return proceed(equals->step.next, left);
 }
 
 Execute choose_scalar(Type type) {
@@ -175,7 +175,7 @@ bool specialise_value(Token* equals, Type type, Specialised& value) {
     if (equals->kind != '=' || !specialise(equals + 1, wanted_for(type), value)) return false;
     if ((value.side.type == Type::STRING) != (type == Type::STRING)) return false;
     hold(equals, value.side);
-    equals->step.next = following(value.end);
+    equals->step.next = link_behind(value.end);
     return true;
 }
 
@@ -199,8 +199,8 @@ bool specialise_array_element(Token* at) {
     return true;
 }
 
-Token* let_with_word(Token* at) {
-    return is_current(at) ? at[1].execute(at + 1) : execute_first(at);
+std::uint64_t let_with_word(Token* at, std::uint64_t left) {
+    return is_current(at) ? at[1].execute(at + 1, left) : execute_first(at, left);
 }
 
 }  // namespace

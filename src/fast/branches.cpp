@@ -1,8 +1,10 @@
-// Specialised IF, GOTO, GOSUB and RETURN. IF holds its condition as its right side; next is where a true one
-// leads, left_inner where a false one does. A line number literal keeps the first token of its line.
+// Specialised IF, GOTO, GOSUB and RETURN. IF holds its condition as its right side; next is the statement to
+// which a true one leads, left_inner that to which a false one does. A line number literal keeps the first
+// token of its line.
 #include "core/control_stacks.h"
 #include "core/keywords.h"
 #include "core/parse.h"
+#include "fast/conditions.h"
 #include "fast/expression.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
@@ -29,74 +31,49 @@ bool resolve_line(Token* literal) {
     return true;
 }
 
-inline Token* go_to_line(const Token* literal) {
-    return go_to(literal->number.target_line, literal->number.target, literal->number.target);
-}
-
-enum class Truth : std::uint8_t { FALSE, TRUE, FAILED };
-
-inline Truth truth_of(const Whole& value) {
-    if (__builtin_expect(value.failed != 0, false)) return Truth::FAILED;
-    return value.value != 0 ? Truth::TRUE : Truth::FALSE;
-}
-
-Truth real_condition(const Token* at) {
-    const double value = right_real(at);
-    if (!is_finite(value)) return Truth::FAILED;
-    return value != 0 ? Truth::TRUE : Truth::FALSE;
-}
-
-// The condition that an IF holds; most begin with a comparison.
-template <bool computed>
-inline Truth condition(const Token* at) {
-    if constexpr (computed) return truth_of(at->step.inner->step.whole(0, at->step.inner));
-    if (at->right_kind >> domain_shift == static_cast<std::uint8_t>(Domain::WHOLE))
-        return truth_of(right_whole(at));
-    return real_condition(at);
-}
-
-Token* take_else(Token* at) {
-    Token* target = at->step.left_inner;
-    execution.then_part = false;
-    return target->kind == NUMBER ? go_to_line(target) : target;
-}
-
 // What a condition that took string space and failed gives back.
-Token* start_again(Token* at, std::uint8_t* string_top) {
+std::uint64_t start_again(Token* at, std::uint64_t left, std::uint8_t* string_top) {
     arenas.FREETOP = string_top;
-    return execute_general(at);
+    return execute_general(at, left);
 }
 
-template <bool computed>
-Token* if_then_line(Token* at) {
-    if (!is_current(at)) return execute_first(at);
+// Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that.
+inline std::uint64_t enter_then_part(Token* at, std::uint64_t left) {
+    execution.then_part = true;
+    if (state.kept_token != at) state.kept_start = at;
+    state.kept_token = at->step.next;
+    return proceed(at->step.next, left);
+}
+
+template <bool computed, bool to_line>
+std::uint64_t if_then(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
     std::uint8_t* string_top = arenas.FREETOP;
     switch (condition<computed>(at)) {
         case Truth::TRUE:
-            return go_to_line(at->step.next);
+            return to_line ? jump(at->step.next, left) : enter_then_part(at, left);
         case Truth::FALSE:
-            return take_else(at);
+            return jump(at->step.left_inner, left);
         default:
-            return start_again(at, string_top);
+            return start_again(at, left, string_top);
     }
 }
 
-template <bool computed>
-Token* if_then_statements(Token* at) {
-    if (!is_current(at)) return execute_first(at);
+// While a line that the IF may lead to has not been tokenized: null stands for it, and going there is left to
+// the general handler, after which the statement is looked at again.
+template <bool to_line>
+std::uint64_t if_unresolved(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
     std::uint8_t* string_top = arenas.FREETOP;
-    switch (condition<computed>(at)) {
-        case Truth::TRUE:
-            execution.then_part = true;
-            // The first statement keeps the start of its IF, and of the IF around that.
-            if (state.kept_token != at) state.kept_start = record_of(at);
-            state.kept_token = at->step.next;
-            return at->step.next;
-        case Truth::FALSE:
-            return take_else(at);
-        default:
-            return start_again(at, string_top);
+    const Truth truth = plain_condition(at);
+    if (truth == Truth::FAILED) return start_again(at, left, string_top);
+    const Token* target = truth == Truth::TRUE ? at->step.next : at->step.left_inner;
+    if (target == nullptr) {
+        at->execute = execute_first;
+        return start_again(at, left, string_top);
     }
+    if (truth == Truth::FALSE) return jump(at->step.left_inner, left);
+    return to_line ? jump(at->step.next, left) : enter_then_part(at, left);
 }
 
 // The first ELSE of the line, or its end.
@@ -106,36 +83,43 @@ Token* find_else(Token* at) {
     return at;
 }
 
-// Where a false condition leads; false when that is a line that cannot be resolved.
-bool resolve_else(Token* at, Token* behind_condition) {
+// The first token of the line that a literal names; null when it is not known or left to the general handler.
+Token* target_of(Token* literal) {
+    return resolve_line(literal) ? literal->number.target : nullptr;
+}
+
+// Where a false condition leads. "ELSE :" is an empty statement; only a number right behind ELSE is a line.
+Token* false_target(Token* behind_condition) {
     Token* target = find_else(behind_condition);
-    if (target->kind == KW_ELSE) target = following(target + 1);
-    // "ELSE :" is an empty statement; only a number right behind ELSE is a line.
-    at->step.left_inner = target;
-    return target->kind != NUMBER || (target[-1].kind == KW_ELSE && resolve_line(target));
+    if (target->kind != KW_ELSE) return link_to(target);
+    return target[1].kind == NUMBER ? target_of(target + 1) : link_to(following(target + 1));
 }
 
-Token* goto_line(Token* at) {
-    return go_to_line(at + 1);
+std::uint64_t goto_line(Token* at, std::uint64_t left) {
+    return jump(at[1].number.target, left);
 }
 
-Token* gosub_line(Token* at) {
-    if (control_stacks.gosub_count == max_gosub_depth) return execute_general(at);
-    control_stacks.gosubs[control_stacks.gosub_count++] = {
-        .line = execution.line, .record = record_of(at + 2), .kind = GosubKind::GOSUB, .timer = 0};
-    return go_to_line(at + 1);
+// GOSUB keeps where it returns to: the position in own and the statement in next.
+std::uint64_t gosub_line(Token* at, std::uint64_t left) {
+    if (control_stacks.gosub_count == max_gosub_depth) return execute_general(at, left);
+    control_stacks.gosubs[control_stacks.gosub_count++] = {.line = at->step.own.line,
+                                                           .record = at->step.own.record,
+                                                           .kind = GosubKind::GOSUB,
+                                                           .timer = 0,
+                                                           .epoch = program.cache_epoch,
+                                                           .token = at->step.next};
+    return jump(at[1].number.target, left);
 }
 
-Token* return_to_line(Token* at) {
-    if (control_stacks.gosub_count == 0) return execute_general(at);
+std::uint64_t return_to_line(Token* at, std::uint64_t left) {
+    if (control_stacks.gosub_count == 0) return execute_general(at, left);
     const GosubEntry& entry = control_stacks.gosubs[control_stacks.gosub_count - 1];
-    Token* tokens = cached_tokens(entry.line);
-    if (entry.kind != GosubKind::GOSUB || tokens == nullptr ||
-        entry.record >= program.lines[entry.line].token_count) {
-        return execute_general(at);
-    }
+    if (entry.kind != GosubKind::GOSUB) return execute_general(at, left);
+    Token* target =
+        entry.epoch == program.cache_epoch ? entry.token : cached_statement({entry.line, entry.record});
+    if (target == nullptr) return execute_general(at, left);
     --control_stacks.gosub_count;
-    return go_to(entry.line, tokens, following(tokens + entry.record));
+    return jump(target, left);
 }
 
 bool is_lone_literal(const Token* at) {
@@ -144,21 +128,30 @@ bool is_lone_literal(const Token* at) {
 
 }  // namespace
 
+Truth plain_condition(const Token* at) {
+    if (at->right_kind >> domain_shift == static_cast<std::uint8_t>(Domain::WHOLE))
+        return truth_of(right_whole(at));
+    const double value = right_real(at);
+    if (!is_finite(value)) return Truth::FAILED;
+    return value != 0 ? Truth::TRUE : Truth::FALSE;
+}
+
 bool specialise_if(Token* at) {
     Specialised condition;
     if (!specialise(at + 1, Domain::WHOLE, condition) || condition.side.type == Type::STRING) return false;
     hold(at, condition.side);
     Token* then = condition.end;
     if (then->kind == KW_THEN || then->kind == KW_GOTO) ++then;
-    if (!resolve_else(at, condition.end)) return false;
-    at->step.next = then;
-    const bool computed = condition.side.kind == side_kind(COMPUTED, true, Domain::WHOLE);
-    if (then->kind == NUMBER) {
-        if (!resolve_line(then)) return false;
-        at->execute = computed ? if_then_line<true> : if_then_line<false>;
+    const bool to_line = then->kind == NUMBER;
+    at->step.next = to_line ? target_of(then) : following(then);
+    at->step.left_inner = false_target(condition.end);
+    const bool computed = is_computed(condition.side);
+    if (at->step.next == nullptr || at->step.left_inner == nullptr) {
+        at->execute = to_line ? if_unresolved<true> : if_unresolved<false>;
+    } else if (to_line) {
+        at->execute = computed ? if_then<true, true> : if_then<false, true>;
     } else {
-        at->step.next = following(then);
-        at->execute = computed ? if_then_statements<true> : if_then_statements<false>;
+        at->execute = computed ? if_then<true, false> : if_then<false, false>;
     }
     return true;
 }
@@ -171,6 +164,8 @@ bool specialise_goto(Token* at) {
 
 bool specialise_gosub(Token* at) {
     if (!is_lone_literal(at + 1) || !resolve_line(at + 1)) return false;
+    at->step.own = {execution.line, record_of(at + 2)};
+    at->step.next = link_behind(at + 2);
     at->execute = gosub_line;
     return true;
 }

@@ -1,10 +1,10 @@
-// Specialised FOR, NEXT, WHILE and WEND. FOR keeps its expressions at "=", TO and STEP and the place behind a
-// loop that is skipped in step.jump; NEXT keeps its variable in operand. WHILE holds its condition as its
-// right side.
+// Specialised FOR, WHILE and WEND. FOR keeps its expressions at "=", TO and STEP and the place behind a loop
+// that is skipped in step.jump. WHILE holds its condition as its right side.
 #include "core/loops.h"
 #include "core/control_stacks.h"
 #include "core/keywords.h"
 #include "core/parse.h"
+#include "fast/conditions.h"
 #include "fast/expression.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
@@ -14,78 +14,6 @@
 
 namespace korvane::fast {
 namespace {
-
-// ---- NEXT
-// ---------------------------------------------------------------------------------------------------------
-
-inline bool past(std::int32_t step_sign, bool below, bool above) {
-    return step_sign < 0 ? below : above;
-}
-
-// Goes back to the loop's body, or on behind NEXT when it is done.
-inline Token* turn(ForEntry& entry, bool done, Token* at) {
-    if (done) {
-        --control_stacks.for_count;
-        return at->step.next;
-    }
-    return go_to(entry.loop.line, entry.loop_tokens, entry.loop_token);
-}
-
-inline Token* next_real(ForEntry& entry, Token* at) {
-    std::uint8_t* storage = entry.variable->storage;
-    const double sum = read<double>(storage) + entry.step_as_double;
-    if (!is_finite(sum)) return execute_general(at);
-    __builtin_memcpy(storage, &sum, sizeof sum);
-    return turn(entry, past(entry.step_sign, sum<entry.limit_as_double, sum> entry.limit_as_double), at);
-}
-
-inline Token* next_single(ForEntry& entry, Token* at) {
-    std::uint8_t* storage = entry.variable->storage;
-    const auto sum = static_cast<float>(static_cast<double>(read<float>(storage)) + entry.step_as_double);
-    if (!is_finite(sum)) return execute_general(at);
-    __builtin_memcpy(storage, &sum, sizeof sum);
-    return turn(entry, past(entry.step_sign, sum<entry.limit_as_double, sum> entry.limit_as_double), at);
-}
-
-template <typename Narrow>
-inline Token* next_whole(ForEntry& entry, Token* at) {
-    if (!entry.whole) return execute_general(at);
-    std::uint8_t* storage = entry.variable->storage;
-    std::int64_t sum;
-    if (__builtin_add_overflow(std::int64_t{read<Narrow>(storage)}, entry.step.integer, &sum)) {
-        return execute_general(at);
-    }
-    const auto narrow = static_cast<Narrow>(sum);
-    if (narrow != sum) return execute_general(at);
-    __builtin_memcpy(storage, &narrow, sizeof narrow);
-    return turn(entry, past(entry.step_sign, sum<entry.limit.integer, sum> entry.limit.integer), at);
-}
-
-// With a variable, the top entry must be that variable's; anything else is the general handler's business.
-Token* next_turn(Token* at) {
-    if (!is_current(at)) return execute_first(at);
-    if (control_stacks.for_count == 0) return execute_general(at);
-    ForEntry& entry = control_stacks.fors[control_stacks.for_count - 1];
-    const bool mine = at->step.operand == nullptr || at->step.operand == entry.variable;
-    if (!mine || entry.generation != arenas.generation || entry.loop_epoch != program.cache_epoch ||
-        !entry.limit_is_double) {
-        return execute_general(at);
-    }
-    switch (entry.variable_type) {
-        case Type::DOUBLE:
-            return next_real(entry, at);
-        case Type::SINGLE:
-            return next_single(entry, at);
-        case Type::INTEGER:
-            return next_whole<std::int16_t>(entry, at);
-        case Type::LONG:
-            return next_whole<std::int32_t>(entry, at);
-        case Type::INT64:
-            return next_whole<std::int64_t>(entry, at);
-        default:
-            return execute_general(at);
-    }
-}
 
 // ---- FOR
 // ----------------------------------------------------------------------------------------------------------
@@ -130,8 +58,13 @@ Token* to_of(Token* at) {
     return at->step.inner;
 }
 
-Token* for_loop(Token* at) {
-    if (!is_current(at)) return execute_first(at);
+bool nothing_to_do(int order, const Value& step) {
+    const bool downward = is_integer(step.type) ? step.integer < 0 : step.real < 0;
+    return downward ? order < 0 : order > 0;
+}
+
+std::uint64_t for_loop(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
     Token* equals = at + 2;
     Token* to = to_of(at);
     Token* step_word = at->step.left_inner;
@@ -141,24 +74,21 @@ Token* for_loop(Token* at) {
     Value step = Value::of_integer(1);
     if (control_stacks.for_count == max_for_depth || !held_value(equals, start) || !held_value(to, limit) ||
         (step_word != nullptr && !held_value(step_word, step))) {
-        return execute_general(at);
+        return execute_general(at, left);
     }
     const std::uint64_t size = storage_size(variable->type);
     std::uint64_t before = 0;
     copy_bytes(&before, variable->storage, size);
-    if (!store_start(*variable, variable->storage, start)) return execute_general(at);
-    ForEntry& entry = control_stacks.fors[control_stacks.for_count];
-    fill_for_entry(entry, at[1].name, *variable, limit, step);
-    const int order = compare(load({variable->storage, variable->type}), limit);
+    if (!store_start(*variable, variable->storage, start)) return execute_general(at, left);
     // A loop that has nothing to do is skipped by the general handler, which remembers where it ends. It
     // evaluates the start again, which may depend on the variable.
-    if (past(entry.step_sign, order<0, order> 0)) {
+    if (nothing_to_do(compare(load({variable->storage, variable->type}), limit), step)) {
         copy_bytes(variable->storage, &before, size);
-        return execute_general(at);
+        return execute_general(at, left);
     }
-    remember_loop(entry, at->step.next);
-    ++control_stacks.for_count;
-    return following(at->step.next);
+    ForEntry& entry = control_stacks.fors[control_stacks.for_count++];
+    fill_for_entry(entry, at[1].name, *variable, limit, step, at->step.own);
+    return proceed(at->step.next, left);
 }
 
 // The expression behind a word, kept in its own domain so that the general NEXT sees the type it would have
@@ -176,47 +106,38 @@ bool hold_natural(Token* host, Token*& end) {
 // ---- WHILE
 // ----------------------------------------------------------------------------------------------------------
 
-Token* while_true(Token* at) {
-    if (!is_current(at)) return execute_first(at);
-    const Whole whole = at->step.inner->step.whole(0, at->step.inner);
-    if (whole.failed != 0) return execute_general(at);
-    if (whole.value == 0) {
-        if (!at->jump_known) return execute_general(at);
-        Token* tokens = cached_tokens(at->step.jump.line);
-        if (tokens == nullptr) return execute_general(at);
-        return go_to(at->step.jump.line, tokens, following(tokens + at->step.jump.record + 1));
+template <bool computed>
+std::uint64_t while_true(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const Truth truth = condition<computed>(at);
+    if (truth == Truth::FALSE && at->jump_known) {
+        Token* behind = cached_statement({at->step.jump.line, at->step.jump.record + 1});
+        if (behind != nullptr) return jump(behind, left);
     }
-    if (control_stacks.while_count == max_while_depth) return execute_general(at);
-    control_stacks.whiles[control_stacks.while_count++].start = {execution.line, record_of(at)};
-    return at->step.next;
+    if (truth != Truth::TRUE || control_stacks.while_count == max_while_depth)
+        return execute_general(at, left);
+    control_stacks.whiles[control_stacks.while_count++] = {
+        .start = at->step.own, .token = at, .epoch = program.cache_epoch};
+    return proceed(at->step.next, left);
 }
 
-Token* wend(Token* at) {
-    if (control_stacks.while_count == 0) return execute_general(at);
-    const Position start = control_stacks.whiles[control_stacks.while_count - 1].start;
-    Token* tokens = cached_tokens(start.line);
-    if (tokens == nullptr || start.record >= program.lines[start.line].token_count)
-        return execute_general(at);
+// Where the innermost WHILE stands, or null when that is for the general handler to find.
+Token* innermost_while() {
+    if (control_stacks.while_count == 0) return nullptr;
+    const WhileEntry& entry = control_stacks.whiles[control_stacks.while_count - 1];
+    if (__builtin_expect(entry.epoch == program.cache_epoch, true)) return entry.token;
+    return cached_statement(entry.start);
+}
+
+std::uint64_t wend(Token* at, std::uint64_t left) {
+    Token* start = innermost_while();
+    if (start == nullptr) return execute_general(at, left);
     --control_stacks.while_count;
     state.kept_token = nullptr;
-    return go_to(start.line, tokens, tokens + start.record);
+    return jump(start, left);
 }
 
 }  // namespace
-
-bool specialise_next(Token* at) {
-    Token* end = at + 1;
-    const VariableEntry* variable = nullptr;
-    if (end->kind == IDENTIFIER) {
-        variable = find_variable(end->name, false);
-        if (variable == nullptr) return false;
-        ++end;
-    }
-    at->step.operand = variable;
-    at->step.next = following(end);
-    at->execute = next_turn;
-    return true;
-}
 
 bool specialise_for(Token* at) {
     if (at[1].kind != IDENTIFIER || at[2].kind != '=') return false;
@@ -232,20 +153,19 @@ bool specialise_for(Token* at) {
     }
     at->step.operand = variable;
     at->step.inner = to;
-    at->step.next = end;
+    at->step.own = {execution.line, record_of(end)};
+    at->step.next = link_behind(end);
     at->execute = for_loop;
     return true;
 }
 
 bool specialise_while(Token* at) {
     Specialised condition;
-    if (!specialise(at + 1, Domain::WHOLE, condition) || condition.allocates ||
-        condition.side.kind != side_kind(COMPUTED, true, Domain::WHOLE)) {
-        return false;
-    }
+    if (!specialise(at + 1, Domain::WHOLE, condition) || condition.allocates) return false;
     hold(at, condition.side);
-    at->step.next = following(condition.end);
-    at->execute = while_true;
+    at->step.own = {execution.line, record_of(at)};
+    at->step.next = link_behind(condition.end);
+    at->execute = is_computed(condition.side) ? while_true<true> : while_true<false>;
     return true;
 }
 

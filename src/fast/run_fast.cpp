@@ -1,6 +1,7 @@
 #include "fast/run_fast.h"
 
 #include "core/breakpoints.h"
+#include "core/control_stacks.h"
 #include "core/dispatch.h"
 #include "core/errors.h"
 #include "core/event_timers.h"
@@ -15,49 +16,67 @@ State state;
 
 namespace {
 
-Token* leave(Token* at) {
+std::uint64_t leave(Token* at, std::uint64_t left) {
     state.look_at = at;
-    return nullptr;
+    return left;
 }
 
 // ---- Statements that need no handler of their own
 // -------------------------------------------------------------------
 
-Token* pass_colons(Token* at) {
-    return following(at);
+std::uint64_t pass_colons(Token* at, std::uint64_t left) {
+    return proceed(following(at), left);
 }
 
-// The end record keeps the next line's number in step.jump and its first token in step.next.
-Token* go_to_next_line(Token* at) {
-    return go_to(at->step.jump.line, at->step.next, at->step.next);
+std::uint64_t go_to_next_line(Token* at, std::uint64_t left) {
+    return jump(at->step.next, left);
 }
 
-Token* end_line_first(Token* at) {
-    const std::uint32_t next = execution.line + 1;
-    Token* tokens = execution.line == direct_line ? nullptr : cached_tokens(next);
+// Whoever leads to the end of a line may lead to the next line at once, unless a THEN part ends there: then
+// the end record has to say so.
+void link_line(Token* end) {
+    Token* next = end->step.next;
+    bool after_if = false;
+    for (Token* at = execution.tokens; at != end; ++at) {
+        if (at->kind <= IDENTIFIER) continue;  // holds a value or a name
+        if (at->kind == KW_IF) {
+            after_if = true;
+            if (at->step.left_inner == end) at->step.left_inner = next;
+        } else if (!after_if && at->step.next == end) {
+            at->step.next = next;
+        }
+    }
+    for (std::uint32_t i = 0; i < control_stacks.for_count; ++i) {
+        if (control_stacks.fors[i].loop_token == end) control_stacks.fors[i].loop_token = next;
+    }
+}
+
+std::uint64_t end_line_first(Token* at, std::uint64_t left) {
+    enter_line_of(at);
+    Token* tokens = cached_tokens(execution.line + 1);
     // The end of the program, or a line that the run loop has to tokenize.
-    if (tokens == nullptr) return leave(at);
-    at->step.jump = {next, 0};
+    if (tokens == nullptr) return leave(at, left - 1);
     at->step.next = tokens;
     at->execute = go_to_next_line;
-    return go_to_next_line(at);
+    link_line(at);
+    return go_to_next_line(at, left);
 }
 
-Token* skip_to_end(Token* at) {
+std::uint64_t skip_to_end(Token* at, std::uint64_t left) {
     while (at->kind != END_OF_LINE)
         ++at;
-    return at;
+    return proceed(at, left);
 }
 
-Token* pass_data(Token* at) {
+std::uint64_t pass_data(Token* at, std::uint64_t left) {
     while (at->kind != END_OF_LINE && at->kind != ':')
         ++at;
-    return following(at);
+    return proceed(following(at), left);
 }
 
 // An ELSE ends the THEN part in front of it; anywhere else it is an error.
-Token* meet_else(Token* at) {
-    return execution.then_part ? skip_to_end(at) : execute_general(at);
+std::uint64_t meet_else(Token* at, std::uint64_t left) {
+    return execution.then_part ? skip_to_end(at, left) : execute_general(at, left);
 }
 
 // ---- Meeting a statement for the first time
@@ -120,28 +139,62 @@ Execute plain_form(std::uint8_t kind) {
 
 // A statement that could not be specialised is worth another look when variables have been created since, for
 // a name without a variable is what stands in the way most often.
-Token* execute_until_variables_change(Token* at) {
+std::uint64_t execute_until_variables_change(Token* at, std::uint64_t left) {
     const auto seen = static_cast<std::uint8_t>(variables.count);
-    if (is_current(at) && at->right_kind == seen) return execute_general(at);
+    if (is_current(at) && at->right_kind == seen) return execute_general(at, left);
     at->execute = execute_first;
-    return execute_first(at);
+    return execute_first(at, left);
+}
+
+// Executes the statement at `at`, whose line is the current one, by its general handler; gives the next one,
+// or null when the run loop has to look.
+Token* handle(Token* at) {
+    execution.statement_start = record_of(at == state.kept_token ? state.kept_start : at);
+    state.kept_token = nullptr;
+    Cursor cursor = at;
+    statement_handlers[at->kind](cursor);
+    state.look_at = cursor;
+    if (error_pending() || execution.stop || !may_run()) return nullptr;
+    if (!execution.jumped) return following(cursor);
+    // A line that is not in the cache is run by the run loop.
+    if (execution.tokens == nullptr || cached_tokens(execution.line) != execution.tokens) return nullptr;
+    execution.jumped = false;
+    execution.then_part = false;
+    return following(execution.tokens + execution.record);
 }
 
 }  // namespace
 
-Token* execute_general(Token* at) {
-    execution.statement_start = at == state.kept_token ? state.kept_start : record_of(at);
-    state.kept_token = nullptr;
-    Cursor cursor = at;
-    statement_handlers[at->kind](cursor);
-    if (error_pending() || execution.stop || !may_run()) return leave(cursor);
-    if (!execution.jumped) return following(cursor);
-    // A line that is not in the cache is run by the run loop.
-    if (execution.tokens == nullptr || cached_tokens(execution.line) != execution.tokens)
-        return leave(cursor);
-    execution.jumped = false;
-    execution.then_part = false;
-    return following(execution.tokens + execution.record);
+std::uint64_t execute_general(Token* at, std::uint64_t left) {
+    enter_line_of(at);
+    Token* next = handle(at);
+    return next == nullptr ? left - 1 : proceed(next, left);
+}
+
+std::uint64_t pause(Token* at) {
+    enter_line_of(at);
+    state.look_at = at;
+    return 0;
+}
+
+void enter_line_of(const Token* at) {
+    while (at->kind != END_OF_LINE)
+        ++at;
+    execution.line = at->step.jump.line;
+    execution.tokens = program.lines[execution.line].tokens;
+}
+
+Token* link_to(Token* at) {
+    return at->kind == END_OF_LINE && at->step.next != nullptr ? at->step.next : at;
+}
+
+Token* link_behind(Token* end) {
+    end = following(end);
+    if (end->kind != END_OF_LINE) return end;
+    for (const Token* at = execution.tokens; at != end; ++at) {
+        if (at->kind == KW_IF) return end;
+    }
+    return link_to(end);
 }
 
 bool may_run() {
@@ -153,38 +206,29 @@ bool may_run() {
 }
 
 Token* run(Token* at, std::uint64_t budget) {
-    // Counting down to zero costs less than counting up to a limit.
-    std::uint64_t left = budget;
-    do {
-        Token* next = at->execute(at);
-        if (next == nullptr) {
-            at = state.look_at;
-            --left;
-            break;
-        }
-        at = next;
-    } while (--left != 0);
+    const std::uint64_t left = at->execute(at, budget);
     execution.statement_count += budget - left;
-    return at;
+    return state.look_at;
 }
 
 }  // namespace korvane::fast
 
 namespace korvane {
 
-Token* execute_first(Token* at) {
+std::uint64_t execute_first(Token* at, std::uint64_t left) {
     using namespace fast;
     if (const Execute plain = plain_form(at->kind)) {
         at->execute = plain;
-        return plain(at);
+        return plain(at, left);
     }
+    enter_line_of(at);
     state.target_not_ready = false;
     const bool specialised = specialise_statement(at);
     enter_generation(at);
-    if (specialised) return at->execute(at);
+    if (specialised) return at->execute(at, left);
     at->execute = state.target_not_ready ? execute_first : execute_until_variables_change;
     at->right_kind = static_cast<std::uint8_t>(variables.count);
-    return execute_general(at);
+    return execute_general(at, left);
 }
 
 }  // namespace korvane

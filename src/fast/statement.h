@@ -1,4 +1,10 @@
-// What specialised statements share: how they fall back to the general handlers and how control moves on.
+// What specialised statements share: how control moves on and how they fall back to the general handlers.
+//
+// A specialised statement ends by calling the next one, as the last thing it does: the compiler makes a jump
+// of that, so that statements follow one another without returning. The number of statements that may still
+// be executed is handed along; when it is used up, or something has to be looked at, the chain of jumps ends
+// and the run loop takes over. The current line is not kept up to date meanwhile: the end record of a token's
+// line knows it, and whoever needs it asks (enter_line_of).
 #pragma once
 
 #include <cstdint>
@@ -10,19 +16,35 @@
 
 namespace korvane::fast {
 
-using Execute = Token* (*)(Token* at);
-
 struct State {
-    Token* kept_token;         // first statement of a THEN part, whose start is that of its IF
-    std::uint32_t kept_start;  // the record of that IF
-    bool target_not_ready;     // a line was not tokenized yet when a statement that leads there was looked at
-    Token* look_at;            // where the run loop goes on after a statement gave null
+    Token* kept_token;      // first statement of a THEN part, whose start is that of its IF
+    Token* kept_start;      // that IF
+    bool target_not_ready;  // a line was not tokenized yet when a statement that leads there was looked at
+    Token* look_at;         // where the run loop goes on
 };
 extern State state;
 
-// Executes the statement at `at` by its general handler. Gives the next statement, or null when the run loop
-// has to look: an error, a stop, or something switched on that it checks before each statement.
-Token* execute_general(Token* at);
+// Executes the statement at `at` by its general handler, and goes on behind it unless the run loop has to
+// look: an error, a stop, or something switched on that it checks before each statement.
+std::uint64_t execute_general(Token* at, std::uint64_t left);
+
+// Ends the chain of statements in front of the one at `at`.
+std::uint64_t pause(Token* at);
+
+// Goes on with the statement at `at`.
+inline std::uint64_t proceed(Token* at, std::uint64_t left) {
+    if (__builtin_expect(--left == 0, false)) return pause(at);
+    return at->execute(at, left);
+}
+
+// The same for a jump, which leaves a THEN part.
+inline std::uint64_t jump(Token* at, std::uint64_t left) {
+    execution.then_part = false;
+    return proceed(at, left);
+}
+
+// Makes the line of a token the current one.
+void enter_line_of(const Token* at);
 
 // Takes the token into the current generation. The variable that a name remembered belongs to the old one.
 inline void enter_generation(Token* at) {
@@ -41,22 +63,21 @@ inline Token* following(Token* at) {
     return at;
 }
 
-// Makes a line current and goes to one of its tokens.
-inline Token* go_to(std::uint32_t line, Token* tokens, Token* at) {
-    execution.line = line;
-    execution.tokens = tokens;
-    execution.then_part = false;
-    return at;
-}
+// The statement that follows one of the current line that ended at `end`: past the end of the line it is the
+// next line's, once that is known and if no THEN part ends there.
+Token* link_behind(Token* end);
+
+// The same for a jump to `at`, which leaves a THEN part wherever it goes.
+Token* link_to(Token* at);
 
 // The token array of a line when it stays in the cache, else null.
 inline Token* cached_tokens(std::uint32_t line) {
     return line < program.count ? program.lines[line].tokens : nullptr;
 }
 
-// Try to specialise the statement at `at` by its kind: true when at->execute has been set to something better
-// than the general handler. They may be called again for the same statement, in a later generation or when
-// variables have been created since.
+// Try to specialise the statement at `at`, which is in the current line, by its kind: true when at->execute
+// has been set to something better than the general handler. They may be called again for the same statement,
+// in a later generation or when variables have been created since.
 bool specialise_assignment(Token* at);
 bool specialise_if(Token* at);
 bool specialise_goto(Token* at);

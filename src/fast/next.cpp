@@ -1,0 +1,106 @@
+// Specialised NEXT. It is made for a variable and for the depth at which its loop is open: operand is the
+// loop's entry, left_operand the variable, right_kind the depth, next the statement behind a loop that is done.
+// As long as all of this fits, a turn is an addition and a comparison.
+#include "core/control_stacks.h"
+#include "core/loops.h"
+#include "fast/sides.h"
+#include "fast/statement.h"
+#include "values/variables.h"
+
+namespace korvane::fast {
+namespace {
+
+ForEntry& entry_of(const Token* at) {
+    return *static_cast<ForEntry*>(const_cast<void*>(at->step.operand));
+}
+
+// Whether the innermost loop is the one that this NEXT was made for.
+inline bool fits(const Token* at, const ForEntry& entry) {
+    return control_stacks.for_count == at->right_kind && entry.quick_variable == at->step.left_operand &&
+           entry.generation == at->generation && is_current(at);
+}
+
+// Takes the NEXT to the depth of the innermost loop if that is open for its variable; anything else is the
+// general handler's business.
+std::uint64_t next_elsewhere(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const std::uint32_t depth = control_stacks.for_count;
+    if (depth == 0 || depth == at->right_kind) return execute_general(at, left);
+    ForEntry& entry = control_stacks.fors[depth - 1];
+    if (entry.quick_variable != at->step.left_operand || entry.generation != arenas.generation)
+        return execute_general(at, left);
+    at->right_kind = static_cast<std::uint8_t>(depth);
+    at->step.operand = &entry;
+    return at->execute(at, left);
+}
+
+inline std::uint64_t turn(const ForEntry& entry, bool done, Token* at, std::uint64_t left) {
+    if (!done) return jump(entry.loop_token, left);
+    --control_stacks.for_count;
+    return proceed(at->step.next, left);
+}
+
+template <typename Number>
+std::uint64_t next_real(Token* at, std::uint64_t left) {
+    const ForEntry& entry = entry_of(at);
+    if (!fits(at, entry)) return next_elsewhere(at, left);
+    std::uint8_t* storage = entry.variable->storage;
+    const auto sum = static_cast<Number>(read<Number>(storage) + entry.step_as_double);
+    if (!is_finite(sum)) return execute_general(at, left);
+    __builtin_memcpy(storage, &sum, sizeof sum);
+    const double limit = entry.limit_as_double;
+    return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, left);
+}
+
+template <typename Narrow>
+std::uint64_t next_whole(Token* at, std::uint64_t left) {
+    const ForEntry& entry = entry_of(at);
+    if (!fits(at, entry)) return next_elsewhere(at, left);
+    std::uint8_t* storage = entry.variable->storage;
+    std::int64_t sum;
+    if (__builtin_add_overflow(std::int64_t{read<Narrow>(storage)}, entry.step.integer, &sum))
+        return execute_general(at, left);
+    const auto narrow = static_cast<Narrow>(sum);
+    if (narrow != sum) return execute_general(at, left);
+    __builtin_memcpy(storage, &narrow, sizeof narrow);
+    const std::int64_t limit = entry.limit.integer;
+    return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, left);
+}
+
+// Whole numbers are added to a floating variable as doubles, so its loops need not be whole.
+Execute choose(Type type) {
+    switch (type) {
+        case Type::DOUBLE:
+            return next_real<double>;
+        case Type::SINGLE:
+            return next_real<float>;
+        case Type::INTEGER:
+            return next_whole<std::int16_t>;
+        case Type::LONG:
+            return next_whole<std::int32_t>;
+        default:
+            return next_whole<std::int64_t>;
+    }
+}
+
+}  // namespace
+
+bool specialise_next(Token* at) {
+    const std::uint32_t depth = control_stacks.for_count;
+    if (depth == 0) return false;
+    ForEntry& entry = control_stacks.fors[depth - 1];
+    if (!find_control_variable(entry) || entry.quick_variable == nullptr) return false;
+    Token* end = at + 1;
+    if (end->kind == IDENTIFIER) {
+        if (find_variable(end->name, false) != entry.quick_variable) return false;
+        ++end;
+    }
+    at->right_kind = static_cast<std::uint8_t>(depth);
+    at->step.operand = &entry;
+    at->step.left_operand = entry.quick_variable;
+    at->step.next = link_behind(end);
+    at->execute = choose(entry.variable_type);
+    return true;
+}
+
+}  // namespace korvane::fast
