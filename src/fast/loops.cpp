@@ -63,32 +63,36 @@ bool nothing_to_do(int order, const Value& step) {
     return downward ? order < 0 : order > 0;
 }
 
-std::uint64_t for_loop(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
-    Token* equals = at + 2;
-    Token* to = to_of(at);
+// Opens the loop; false when that is for the general handler to do. Apart, because a statement that has the
+// address of a local would call its successor instead of jumping to it.
+[[gnu::noinline]] bool open_loop(Token* at) {
     Token* step_word = at->step.left_inner;
     auto* variable = static_cast<VariableEntry*>(const_cast<void*>(at->step.operand));
     Value start;
     Value limit;
     Value step = Value::of_integer(1);
-    if (control_stacks.for_count == max_for_depth || !held_value(equals, start) || !held_value(to, limit) ||
-        (step_word != nullptr && !held_value(step_word, step))) {
-        return execute_general(at, left);
+    if (control_stacks.for_count == max_for_depth || !held_value(at + 2, start) ||
+        !held_value(to_of(at), limit) || (step_word != nullptr && !held_value(step_word, step))) {
+        return false;
     }
     const std::uint64_t size = storage_size(variable->type);
     std::uint64_t before = 0;
     copy_bytes(&before, variable->storage, size);
-    if (!store_start(*variable, variable->storage, start)) return execute_general(at, left);
+    if (!store_start(*variable, variable->storage, start)) return false;
     // A loop that has nothing to do is skipped by the general handler, which remembers where it ends. It
     // evaluates the start again, which may depend on the variable.
     if (nothing_to_do(compare(load({variable->storage, variable->type}), limit), step)) {
         copy_bytes(variable->storage, &before, size);
-        return execute_general(at, left);
+        return false;
     }
     ForEntry& entry = control_stacks.fors[control_stacks.for_count++];
     fill_for_entry(entry, at[1].name, *variable, limit, step, at->step.own);
-    return proceed(at->step.next, left);
+    return true;
+}
+
+std::uint64_t for_loop(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    return open_loop(at) ? proceed(at->step.next, left) : execute_general(at, left);
 }
 
 // The expression behind a word, kept in its own domain so that the general NEXT sees the type it would have
