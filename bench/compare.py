@@ -13,9 +13,7 @@ import argparse
 import math
 import os
 import pathlib
-import platform
 import re
-import shutil
 import signal
 import statistics
 import subprocess
@@ -23,6 +21,7 @@ import sys
 import tempfile
 import threading
 
+import machine_facts
 import make_jumps
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -152,24 +151,9 @@ def shown(number, format_string="{:.3f}"):
     return "-" if number is None else format_string.format(number)
 
 
-def machine_lines(image, chosen, rounds):
-    processor = platform.processor() or "unknown"
-    for line in pathlib.Path("/proc/cpuinfo").read_text().splitlines():
-        if line.startswith("model name"):
-            processor = line.split(":", 1)[1].strip()
-            break
-    versions = []
-    for interpreter in chosen.values():
-        if interpreter.version and shutil.which("dpkg-query"):
-            shown_version = subprocess.run(["dpkg-query", "-W", "-f=${Package} ${Version}", interpreter.version],
-                                           capture_output=True, text=True, check=False).stdout
-            versions.append(shown_version or f"{interpreter.version} (not a package)")
-    load = os.getloadavg()[0]
-    return [
-        f"Processor: {processor}, {os.cpu_count()} cores; load average at the start {load:.1f}",
-        f"Image: {image.stat().st_size} bytes; {rounds} rounds",
-        "Peers: " + ", ".join(versions),
-    ]
+def peer_line(chosen):
+    versions = [machine_facts.package_version(item.version) for item in chosen.values() if item.version]
+    return "Peers: " + ", ".join(versions)
 
 
 def table_lines(results):
@@ -212,8 +196,7 @@ def main():
     image = arguments.image.resolve()
     wanted = ["korvane"] + [peer for peer in arguments.peers.split(",") if peer]
     chosen = {name: item for name, item in interpreters(image).items() if name in wanted}
-    for line in machine_lines(image, chosen, arguments.rounds):
-        print(line)
+    print("\n".join(machine_facts.machine_lines(image, arguments.rounds) + [peer_line(chosen)]))
     print(flush=True)
     failures = 0
     with tempfile.TemporaryDirectory(prefix="korvane-bench-") as scratch:

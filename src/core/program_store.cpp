@@ -43,6 +43,7 @@ void remove_lines(std::uint32_t first, std::uint32_t end) {
     const std::uint32_t count = program.count - (end - first);
     fill_bytes(&program.lines[count], 0, (end - first) * sizeof(LineEntry));
     program.count = count;
+    ++program.changes;
     shift_records(first, -size);
 }
 
@@ -56,6 +57,7 @@ void insert_line(std::uint32_t index, std::uint32_t number, std::string_view tex
     move_bytes(&program.lines[index + 1], &program.lines[index], (program.count - index) * sizeof(LineEntry));
     program.lines[index] = LineEntry{.number = number, .record = record, .tokens = nullptr, .token_count = 0};
     ++program.count;
+    ++program.changes;
 }
 
 bool holds_line(std::uint32_t index, std::uint32_t number) {
@@ -158,6 +160,7 @@ void clear_program() {
     fill_bytes(program.lines, 0, program.count * sizeof(LineEntry));
     program.count = 0;
     program.write = arenas.CODEBASE;
+    ++program.changes;
     forget_cache();
     execution.can_continue = false;
 }

@@ -43,7 +43,8 @@ struct ProgramStore {
     std::uint8_t* cache_start;  // token cache, or null until the first line is cached after a change
     std::uint8_t* cache_end;
     std::uint32_t
-        cache_epoch;  // counts the times that the cache was emptied; pointers into it are good for one
+        cache_epoch;        // counts the times that the cache was emptied; pointers into it are good for one
+    std::uint32_t changes;  // counts the changes of the text; what is known about it is good for one
     LineEntry lines[max_program_lines];
 };
 extern ProgramStore program;

@@ -19,20 +19,32 @@ DataPosition data_position;
 
 namespace {
 
+void move_to_line(std::uint32_t line) {
+    data_position.line = line;
+    data_position.offset = 0;
+    data_position.in_statement = false;
+}
+
 // Moves to the text of the next DATA statement; false when the program has none left.
 bool find_next_data() {
-    if (data_position.line == direct_line) data_position = {.line = 0, .offset = 0, .in_statement = false};
+    const bool from_start = data_position.line == direct_line;
+    // DATA often stands at the end of a program, and RESTORE in a loop: the way there is gone only once.
+    if (from_start) move_to_line(data_position.changes == program.changes ? data_position.first_line : 0);
+    bool found = false;
     for (; data_position.line < program.count; ++data_position.line, data_position.offset = 0) {
         WordScan scan(line_text(data_position.line), data_position.offset);
-        while (scan.next_word()) {
-            if (scan.word_is("DATA")) {
-                data_position.offset = scan.position();
-                data_position.in_statement = true;
-                return true;
-            }
-        }
+        while (!found && scan.next_word())
+            found = scan.word_is("DATA");
+        if (!found) continue;
+        data_position.offset = scan.position();
+        data_position.in_statement = true;
+        break;
     }
-    return false;
+    if (from_start) {
+        data_position.first_line = data_position.line;
+        data_position.changes = program.changes;
+    }
+    return found;
 }
 
 void skip_blanks(std::string_view text) {
@@ -90,7 +102,7 @@ bool take_item(std::string_view& item) {
 }  // namespace
 
 void reset_data_position() {
-    data_position = {.line = direct_line, .offset = 0, .in_statement = false};
+    move_to_line(direct_line);
 }
 
 void do_data(Cursor& cursor) {
@@ -123,7 +135,7 @@ void do_restore(Cursor& cursor) {
         raise(message::undefined_line_number);
         return;
     }
-    data_position = {.line = index, .offset = 0, .in_statement = false};
+    move_to_line(index);
 }
 
 }  // namespace korvane

@@ -1,0 +1,132 @@
+// growth_speed [--rounds N] IMAGE: whether a statement takes as long in a long program as in a short one, and
+// with a name that was created after many others as with one created before them, on the hosted firmware. The
+// yardstick is the same work in the short program, or with the early name. A long program does not fit into
+// the processor's nearest cache, which its goal allows for.
+#include <cstdlib>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "rounds.h"
+#include "session.h"
+
+namespace korvane::bench {
+namespace {
+
+constexpr int short_lines = 40;
+constexpr int long_lines = 20000;
+constexpr int executions = 400000;  // of the statement, in one measurement
+constexpr int many_names = 4000;
+constexpr double growth_goal = 5;
+constexpr double late_goal = 1.1;
+
+// The statement of a line, given its index and the number of lines.
+using Statement = std::function<std::string(int index, int count)>;
+
+std::string line_number(int index) {
+    return std::to_string(1000 + index * 10);
+}
+
+// Passes through `count` lines until so many of them have been executed.
+std::string long_loop(int count, const Statement& statement) {
+    const std::string passes = std::to_string(executions / count);
+    std::string text = "10 DIM A(10)\r\n20 IF INPUT$(1) = \"q\" THEN 999999\r\n30 L = " + passes + "\r\n";
+    for (int i = 0; i < count; ++i)
+        text += line_number(i) + ' ' + statement(i, count) + "\r\n";
+    return text + "900000 L = L - 1: IF L > 0 THEN 1000 ELSE 20\r\n900010 RETURN\r\n";
+}
+
+// One statement in front of so many lines that are never executed, and of what it refers to.
+std::string far_loop(int count, const std::string& statement) {
+    std::string text = "10 DIM A(10)\r\n20 IF INPUT$(1) = \"q\" THEN 999999\r\n30 FOR K = 1 TO " +
+                       std::to_string(executions) + ": " + statement + ": NEXT K\r\n40 GOTO 20\r\n";
+    for (int i = 0; i < count; ++i)
+        text += line_number(i) + " PRINT \"Result\"; A(I), B$\r\n";
+    return text + "900000 DATA 1, 2, 3\r\n900010 RETURN\r\n";
+}
+
+// Jumps all over the program, to each of its lines once.
+std::string jump(int index, int count) {
+    constexpr int distance = 7919;  // has no divisor in common with the number of lines
+    const int target = (index + distance) % count;
+    return "GOTO " + (target == 0 ? "900000" : line_number(target));
+}
+
+// Seconds for one execution, when the lines have been tokenized.
+double seconds_each_execution(Session& session, const std::string& text) {
+    WaitingProgram program(session, text);
+    program.seconds();
+    return program.seconds() / executions;
+}
+
+// The statement in a loop, with a name that `create` brings into being before or after many others.
+std::string name_loop(bool late, const std::string& create, const std::string& other_head,
+                      const std::string& other_tail, const std::string& statement) {
+    std::vector<std::string> lines;
+    for (int i = 0; i < many_names; ++i)
+        lines.push_back(other_head + 'N' + std::to_string(i) + other_tail);
+    lines.insert(late ? lines.end() : lines.begin(), create);
+    return repeating_program(lines, statement, executions);
+}
+
+class Growth {
+  public:
+    explicit Growth(const Options& options) : options_(options), session_(options.image, 640, 480) {}
+
+    void measure_all() {
+        compare_lengths("X = X + 1", [](int, int) { return "X = X + 1"; });
+        compare_lengths("A(3) = A(2) + X", [](int, int) { return "A(3) = A(2) + X"; });
+        compare_lengths("A$ = B$", [](int, int) { return "A$ = B$"; });
+        compare_lengths("IF X < 0 THEN X = 1", [](int, int) { return "IF X < 0 THEN X = 1"; });
+        compare_lengths("GOSUB to the program's end", [](int, int) { return "GOSUB 900010"; });
+        compare_lengths("GOTO all over the program", jump);
+        compare_far("GOSUB 900010");
+        compare_far("ON 2 GOSUB 1000, 900010");
+        compare_far("RESTORE: READ X");
+        compare_far("RESTORE 900000: READ X");
+        compare_names("Z = Z + 1", "Z = 0", "", " = 0");
+        compare_names("Z$ = Y$", "Z$ = \"z\"", "", "$ = \"n\"");
+        compare_names("Z(3) = Z(2) + 1", "DIM Z(10)", "DIM ", "(1)");
+    }
+
+  private:
+    void compare(const std::string& name, const std::string& subject, const std::string& yardstick,
+                 double goal) {
+        table_.row(name,
+                   take_turns(
+                       options_.rounds, [&] { return seconds_each_execution(session_, subject); },
+                       [&] { return seconds_each_execution(session_, yardstick); }),
+                   goal);
+    }
+
+    void compare_lengths(const std::string& name, const Statement& statement) {
+        compare(name + "; 20,000 lines, 40 lines", long_loop(long_lines, statement),
+                long_loop(short_lines, statement), growth_goal);
+    }
+
+    void compare_far(const std::string& statement) {
+        compare(statement + "; before 20,000 lines, 40 lines", far_loop(long_lines, statement),
+                far_loop(short_lines, statement), growth_goal);
+    }
+
+    // `other_head` and `other_tail` stand around the many names.
+    void compare_names(const std::string& statement, const std::string& create, const std::string& other_head,
+                       const std::string& other_tail) {
+        const auto loop = [&](bool late) {
+            return name_loop(late, create, other_head, other_tail, statement);
+        };
+        compare(statement + "; created after 4,000 names, before them", loop(true), loop(false), late_goal);
+    }
+
+    Options options_;
+    Session session_;
+    Table table_{"statement", "yardstick", nanoseconds};
+};
+
+}  // namespace
+}  // namespace korvane::bench
+
+int main(int count, char** arguments) {
+    korvane::bench::Growth(korvane::bench::parse_options(count, arguments)).measure_all();
+    return EXIT_SUCCESS;
+}
