@@ -20,6 +20,7 @@ constexpr int step = 10;  // between line numbers
 constexpr int long_program = 65000;
 constexpr int long_program_start = 10000;    // its first line number
 constexpr int inserted = 500;                // lines that are inserted into it
+constexpr int typed = 20;                    // lines that are typed into it in a round
 constexpr std::size_t line_entry_size = 32;  // bytes of a line in the interpreter's index
 
 // A stored line: its head, a zero byte, and padding to a multiple of 4 around its text.
@@ -250,9 +251,14 @@ class Editor {
         StoredProgram plain(long_program);
         session_.enter(load_command(long_program));
         int number = long_program_start;
-        const Comparison typing =
-            compare([&] { return session_.seconds_of(std::to_string(--number) + " REM"); },
-                    [&] { return plain_insertion(plain); });
+        const Comparison typing = compare(
+            [&] {
+                double seconds = 0;
+                for (int i = 0; i < typed; ++i)
+                    seconds += session_.seconds_of(std::to_string(--number) + " REM");
+                return seconds / typed;
+            },
+            [&] { return plain_insertion(plain); });
         expect(saved().starts_with(std::to_string(number) + " REM\r\n"), "typing");
         table.row("a typed line at the top of 65,000; moving them", typing);
     }

@@ -26,12 +26,6 @@ void write_record(std::uint8_t* record, std::uint32_t number, std::string_view t
     fill_bytes(record + used, 0, line_record_size(static_cast<std::uint32_t>(text.size())) - used);
 }
 
-// Moves the record pointers of all lines from `first` on by `distance` bytes.
-void shift_records(std::uint32_t first, std::int64_t distance) {
-    for (std::uint32_t i = first; i < program.count; ++i)
-        program.lines[i].record += distance;
-}
-
 // Takes out the lines from index `first` up to, not including, `end`.
 void remove_lines(std::uint32_t first, std::uint32_t end) {
     std::uint8_t* start = program.lines[first].record;
@@ -39,22 +33,26 @@ void remove_lines(std::uint32_t first, std::uint32_t end) {
     const std::int64_t size = rest - start;
     move_bytes(start, rest, static_cast<std::size_t>(program.write - rest));
     program.write -= size;
-    move_bytes(&program.lines[first], &program.lines[end], (program.count - end) * sizeof(LineEntry));
+    for (std::uint32_t from = end, to = first; from < program.count; ++from, ++to) {
+        program.lines[to] = program.lines[from];
+        program.lines[to].record -= size;
+    }
     const std::uint32_t count = program.count - (end - first);
     fill_bytes(&program.lines[count], 0, (end - first) * sizeof(LineEntry));
     program.count = count;
     ++program.changes;
-    shift_records(first, -size);
 }
 
 void insert_line(std::uint32_t index, std::uint32_t number, std::string_view text) {
     const std::uint32_t size = line_record_size(static_cast<std::uint32_t>(text.size()));
     std::uint8_t* record = index < program.count ? program.lines[index].record : program.write;
     move_bytes(record + size, record, static_cast<std::size_t>(program.write - record));
-    shift_records(index, size);
     program.write += size;
     write_record(record, number, text);
-    move_bytes(&program.lines[index + 1], &program.lines[index], (program.count - index) * sizeof(LineEntry));
+    for (std::uint32_t i = program.count; i > index; --i) {
+        program.lines[i] = program.lines[i - 1];
+        program.lines[i].record += size;
+    }
     program.lines[index] = LineEntry{.number = number, .record = record, .tokens = nullptr, .token_count = 0};
     ++program.count;
     ++program.changes;

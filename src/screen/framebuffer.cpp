@@ -6,6 +6,7 @@
 #include "platform/firmware.h"
 #include "platform/memory.h"
 #include "screen/font.h"
+#include "screen/four_pixels.h"
 
 namespace korvane {
 
@@ -15,9 +16,6 @@ namespace {
 
 constexpr std::uint64_t pixel_size = 4;
 constexpr std::uint64_t pixels_per_page = uefi::page_size / pixel_size;
-
-// Four pixels at a time; the firmware promises no more than the alignment of one.
-using FourPixels __attribute__((vector_size(16), aligned(4), may_alias)) = std::uint32_t;
 
 // For each half of a glyph row, which of its four pixels are set.
 constexpr std::array<std::array<std::uint32_t, 4>, 16> make_glyph_masks() {
@@ -32,16 +30,11 @@ constexpr std::array<std::array<std::uint32_t, 4>, 16> make_glyph_masks() {
 alignas(16) constexpr std::array<std::array<std::uint32_t, 4>, 16> glyph_masks = make_glyph_masks();
 
 inline FourPixels glyph_half(std::uint32_t pattern, FourPixels background, FourPixels difference) {
-    const auto mask = *reinterpret_cast<const FourPixels*>(glyph_masks[pattern].data());
-    return background ^ (mask & difference);
-}
-
-inline void store_four(std::uint32_t* place, FourPixels pixels) {
-    *reinterpret_cast<FourPixels*>(place) = pixels;
+    return background ^ (load_four(glyph_masks[pattern].data()) & difference);
 }
 
 void fill_words(std::uint32_t* place, std::uint64_t count, std::uint32_t colour) {
-    const FourPixels filler = {colour, colour, colour, colour};
+    const FourPixels filler = four_of(colour);
     for (; count >= 16; count -= 16, place += 16) {
         store_four(place, filler);
         store_four(place + 4, filler);
@@ -146,9 +139,8 @@ void draw_glyph(std::uint32_t x, std::uint32_t y, std::uint8_t code, std::uint32
         draw_glyph_by_pixels(x, y, glyph, foreground, background);
         return;
     }
-    const FourPixels base = {background, background, background, background};
-    const std::uint32_t changed = foreground ^ background;
-    const FourPixels difference = {changed, changed, changed, changed};
+    const FourPixels base = four_of(background);
+    const FourPixels difference = four_of(foreground ^ background);
     const std::uint64_t pitch = screen.pitch;
     std::uint32_t* back = screen.back_buffer + index;
     std::uint32_t* front = screen.framebuffer + index;

@@ -6,6 +6,7 @@
 
 #include "core/parse.h"
 #include "screen/coordinates.h"
+#include "screen/four_pixels.h"
 #include "screen/framebuffer.h"
 #include "values/variables.h"
 
@@ -54,7 +55,10 @@ void store_image(const ImageArray& array, const PixelRectangle& area) {
         const std::span<const std::uint32_t> pixels =
             pixel_row(static_cast<std::uint32_t>(area.left), screen_y, width);
         std::uint32_t* row = array.row(width, y);
-        for (std::uint32_t x = 0; x < width; ++x)
+        std::size_t x = 0;
+        for (; x + 4 <= pixels.size(); x += 4)
+            store_four(row + x, load_four(pixels.data() + x) & colour_mask);
+        for (; x < width; ++x)
             row[x] = x < pixels.size() ? pixels[x] & colour_mask : 0;
     }
 }
@@ -71,16 +75,31 @@ std::uint8_t parse_mode(Cursor& cursor) {
     return mode;
 }
 
-std::uint32_t combine(std::uint8_t mode, std::uint32_t stored, std::uint32_t on_screen) {
+// How a stored pixel p meets the screen's pixel s: with t = s or `ignored`, the new pixel is
+// (p and t and `common`) xor ((p xor t) and `differing`).
+struct Combination {
+    std::uint32_t ignored;
+    std::uint32_t common;
+    std::uint32_t differing;
+
+    // One pixel or four of them.
+    template <typename Pixels>
+    Pixels apply(Pixels stored, Pixels on_screen) const {
+        const Pixels other = on_screen | ignored;
+        return (stored & other & common) ^ ((stored ^ other) & differing);
+    }
+};
+
+Combination combination_of(std::uint8_t mode) {
     switch (mode) {
         case KW_PRESET:
-            return ~stored & colour_mask;
+            return {0xFFFFFFFF, 0, colour_mask};
         case KW_AND:
-            return stored & on_screen & colour_mask;
+            return {0, colour_mask, 0};
         case KW_OR:
-            return (stored | on_screen) & colour_mask;
+            return {0, colour_mask, colour_mask};
         default:
-            return (stored ^ on_screen) & colour_mask;
+            return {0, 0, colour_mask};
     }
 }
 
@@ -90,12 +109,17 @@ void put_row(std::span<const std::uint32_t> image, std::uint32_t x, std::uint32_
         store_pixel_row(x, y, image);  // the words as they are, their top bytes included, which is deliberate
         return;
     }
+    const Combination combination = combination_of(mode);
     std::uint32_t part[256];
     while (!image.empty()) {
         const std::size_t count = std::min(image.size(), std::size(part));
         const std::span<const std::uint32_t> below = pixel_row(x, y, count);
-        for (std::size_t i = 0; i < below.size(); ++i)
-            part[i] = combine(mode, image[i], below[i]);
+        std::size_t i = 0;
+        for (; i + 4 <= below.size(); i += 4) {
+            store_four(part + i, combination.apply(load_four(&image[i]), load_four(&below[i])));
+        }
+        for (; i < below.size(); ++i)
+            part[i] = combination.apply(image[i], below[i]);
         store_pixel_row(x, y, {part, below.size()});
         image = image.subspan(count);
         x += static_cast<std::uint32_t>(count);

@@ -1,8 +1,11 @@
 #include "screen/paint.h"
 
+#include <bit>
+
 #include "core/errors.h"
 #include "screen/console.h"
 #include "screen/coordinates.h"
+#include "screen/four_pixels.h"
 #include "screen/graphics_colour.h"
 #include "screen/plot.h"
 
@@ -21,6 +24,8 @@ struct PaintStack {
 };
 PaintStack paint_stack;
 
+constexpr std::uint32_t colour_mask = 0xFFFFFF;
+
 // One fill under way.
 struct Fill {
     std::uint32_t paint;
@@ -29,8 +34,14 @@ struct Fill {
     std::uint32_t height;
 
     bool stops(std::uint32_t pixel) const {
-        const std::uint32_t colour = pixel & 0xFFFFFF;
+        const std::uint32_t colour = pixel & colour_mask;
         return colour == border || colour == paint;
+    }
+
+    // Which of four pixels do so, as bits.
+    std::uint32_t stopping(const std::uint32_t* pixels) const {
+        const FourPixels colours = load_four(pixels) & colour_mask;
+        return lane_bits(FourPixels((colours == border) | (colours == paint)));
     }
 };
 
@@ -42,29 +53,49 @@ const std::uint32_t* back_row(std::uint32_t y) {
     return screen.back_buffer + pixel_index(0, y);
 }
 
-// One seed at the first pixel of every run, in columns left..right of the row, that does not stop the fill.
-void push_runs(const Fill& fill, std::uint32_t left, std::uint32_t right, std::uint32_t y) {
+// The first column from `x` on, up to `end`, whose pixel stops the fill, or with `wanted` false does not;
+// `end` when there is none.
+std::uint32_t find_column(const Fill& fill, const std::uint32_t* row, std::uint32_t x, std::uint32_t end,
+                          bool wanted) {
+    constexpr std::uint32_t all_four = 15;
+    for (; end - x >= 4; x += 4) {
+        const std::uint32_t found = fill.stopping(row + x) ^ (wanted ? 0 : all_four);
+        if (found != 0) return x + static_cast<std::uint32_t>(std::countr_zero(found));
+    }
+    while (x < end && fill.stops(row[x]) != wanted)
+        ++x;
+    return x;
+}
+
+// The first column of the run of pixels up to `x` that do not stop the fill.
+std::uint32_t run_start(const Fill& fill, const std::uint32_t* row, std::uint32_t x) {
+    for (; x >= 4; x -= 4) {
+        const std::uint32_t found = fill.stopping(row + x - 4);
+        if (found != 0) return x - 4 + static_cast<std::uint32_t>(std::bit_width(found));
+    }
+    while (x > 0 && !fill.stops(row[x - 1]))
+        --x;
+    return x;
+}
+
+// One seed at the first pixel of every run, in the columns from `left` up to `end` of the row, that does not
+// stop the fill.
+void push_runs(const Fill& fill, std::uint32_t left, std::uint32_t end, std::uint32_t y) {
     const std::uint32_t* row = back_row(y);
-    bool in_run = false;
-    for (std::uint32_t x = left; x <= right; ++x) {
-        const bool open = !fill.stops(row[x]);
-        if (open && !in_run) push(x, y);
-        in_run = open;
+    for (std::uint32_t x = left; (x = find_column(fill, row, x, end, false)) < end;) {
+        push(x, y);
+        x = find_column(fill, row, x, end, true);
     }
 }
 
 void fill_span(const Fill& fill, Seed seed) {
     const std::uint32_t* row = back_row(seed.y);
     if (fill.stops(row[seed.x])) return;
-    std::uint32_t left = seed.x;
-    while (left > 0 && !fill.stops(row[left - 1]))
-        --left;
-    std::uint32_t right = seed.x;
-    while (right + 1 < fill.width && !fill.stops(row[right + 1]))
-        ++right;
-    fill_pixel_row(left, seed.y, right - left + 1, fill.paint);
-    if (seed.y > 0) push_runs(fill, left, right, seed.y - 1);
-    if (seed.y + 1 < fill.height) push_runs(fill, left, right, seed.y + 1);
+    const std::uint32_t left = run_start(fill, row, seed.x);
+    const std::uint32_t end = find_column(fill, row, seed.x, fill.width, true);
+    fill_pixel_row(left, seed.y, end - left, fill.paint);
+    if (seed.y > 0) push_runs(fill, left, end, seed.y - 1);
+    if (seed.y + 1 < fill.height) push_runs(fill, left, end, seed.y + 1);
 }
 
 }  // namespace
