@@ -6,6 +6,7 @@
 #include "fast/expression.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
+#include "fast/text_sides.h"
 #include "platform/memory.h"
 #include "values/functions.h"
 #include "values/user_functions.h"

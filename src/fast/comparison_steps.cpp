@@ -1,10 +1,8 @@
 // Steps of the relational operators. They compare in the domain of their operands and begin a chain of the
 // whole domain with -1 or 0.
-#include <algorithm>
-
 #include "fast/sides.h"
+#include "fast/text_comparisons.h"
 #include "fast/whole_steps.h"
-#include "platform/memory.h"
 
 namespace korvane::fast {
 namespace {
@@ -58,25 +56,6 @@ Whole compare_whole_leaves(std::int64_t, Token* at) {
         holds<relation>(whole_leaf<left>(at->step.left_operand), whole_leaf<right>(at->step.operand)), at);
 }
 
-int compare_texts(const Value& left, const Value& right) {
-    const int order = compare_bytes(left.bytes, right.bytes, std::min(left.length, right.length));
-    if (order != 0) return order;
-    return static_cast<int>(left.length > right.length) - static_cast<int>(left.length < right.length);
-}
-
-template <int relation>
-Whole compare_text_sides(std::int64_t, Token* at) {
-    const Value left = left_text(at);
-    if (left.type == Type::NONE) return {0, 1};
-    const Value right = right_text(at);
-    if (right.type == Type::NONE) return {0, 1};
-    // Texts of different lengths are never equal.
-    if constexpr (relation == EQUAL || relation == (LESS | GREATER)) {
-        if (left.length != right.length) return truth(relation != EQUAL, at);
-    }
-    return truth(holds<relation>(compare_texts(left, right), 0), at);
-}
-
 using WholeStep = Whole (*)(std::int64_t, Token*);
 
 // The frequent pairs: variables of one type, and a variable with a literal.
@@ -90,7 +69,6 @@ WholeStep whole_leaves(std::uint8_t right_kind) {
 
 template <int relation>
 WholeStep choose(const Token* at, Domain domain) {
-    if (domain == Domain::TEXT) return compare_text_sides<relation>;
     if (domain != Domain::WHOLE) {
         return at->left_kind == F64 && at->right_kind == F64 ? compare_real_leaves<relation>
                                                              : compare_reals<relation>;
@@ -117,6 +95,10 @@ int relation_at(const Token* at) {
 }  // namespace
 
 void set_comparison_step(Token* at, Domain domain) {
+    if (domain == Domain::TEXT) {
+        set_text_comparison_step(at);
+        return;
+    }
     switch (relation_at(at)) {
         case LESS:
             at->step.whole = choose<LESS>(at, domain);

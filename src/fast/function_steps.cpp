@@ -1,6 +1,7 @@
 #include "fast/function_steps.h"
 
 #include "fast/sides.h"
+#include "fast/text_sides.h"
 #include "platform/stack.h"
 #include "values/kernels.h"
 #include "values/rounding.h"

@@ -61,19 +61,4 @@ Whole whole_side(std::uint8_t kind, const void* operand, Token* inner) {
     return (kind & has_chain) == 0 ? Whole{start, 0} : inner->step.whole(start, inner);
 }
 
-Value text_side(std::uint8_t kind, const void* operand, Token* inner) {
-    switch (kind & leaf_mask) {
-        case TEXT_VARIABLE: {
-            const auto* descriptor = static_cast<const StringDescriptor*>(operand);
-            return Value::of_string(descriptor->bytes, descriptor->length);
-        }
-        case TEXT_LITERAL: {
-            const auto* literal = static_cast<const Token*>(operand);
-            return Value::of_string(literal->string.bytes, literal->string.length);
-        }
-        default:
-            return inner->step.text(inner);
-    }
-}
-
 }  // namespace korvane::fast

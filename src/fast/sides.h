@@ -58,17 +58,11 @@ inline double right_real(const Token* at) {
 inline Whole right_whole(const Token* at) {
     return whole_side(at->right_kind, at->step.operand, at->step.inner);
 }
-inline Value right_text(const Token* at) {
-    return text_side(at->right_kind, at->step.operand, at->step.inner);
-}
 inline double left_real(const Token* at) {
     return real_side(at->left_kind, at->step.left_operand, at->step.left_inner);
 }
 inline Whole left_whole(const Token* at) {
     return whole_side(at->left_kind, at->step.left_operand, at->step.left_inner);
-}
-inline Value left_text(const Token* at) {
-    return text_side(at->left_kind, at->step.left_operand, at->step.left_inner);
 }
 
 // A double rounded to an integer, halves away from zero; failed outside the INT64 range.

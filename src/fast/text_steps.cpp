@@ -4,14 +4,11 @@
 
 #include "core/arenas.h"
 #include "fast/sides.h"
+#include "fast/text_sides.h"
 #include "platform/memory.h"
 
 namespace korvane::fast {
 namespace {
-
-Value no_text() {
-    return Value::of_integer(0, Type::NONE);
-}
 
 // Room for a new string, or null; raises nothing.
 std::uint8_t* take_string_space(std::uint64_t length) {

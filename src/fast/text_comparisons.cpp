@@ -1,0 +1,87 @@
+#include "fast/text_comparisons.h"
+
+#include <algorithm>
+
+#include "core/arenas.h"
+#include "fast/sides.h"
+#include "fast/text_sides.h"
+#include "platform/memory.h"
+
+namespace korvane::fast {
+namespace {
+
+// The outcomes of a comparison as bits, so that a relation is the set of those for which it is true. No bit
+// is set when a side failed.
+enum Outcome : unsigned { FAILED = 0, LESS = 1, EQUAL = 2, GREATER = 4 };
+
+// The first eight bytes of a text as a number that orders like them; a shorter text is filled up with zeros.
+inline std::uint64_t leading_bytes(const std::uint8_t* bytes, std::uint32_t length) {
+    if (length == 0) return 0;
+    std::uint64_t word;
+    // Eight bytes that lie in one page can be read wherever the text ends.
+    if (__builtin_expect((reinterpret_cast<std::uintptr_t>(bytes) & (page_size - 1)) <= page_size - 8,
+                         true)) {
+        word = read_unaligned<std::uint64_t>(bytes);
+    } else {
+        word = 0;
+        copy_bytes(&word, bytes, std::min(length, 8U));
+    }
+    const unsigned unused_bits = length >= 8 ? 0 : 64 - 8 * length;
+    return __builtin_bswap64(word) >> unused_bits << unused_bits;
+}
+
+// A text that is the beginning of the other one comes first.
+Outcome order_of(const Token* at) {
+    const Value left = left_text(at);
+    if (failed(left)) return FAILED;
+    const Value right = right_text(at);
+    if (failed(right)) return FAILED;
+    const std::uint64_t left_word = leading_bytes(left.bytes, left.length);
+    const std::uint64_t right_word = leading_bytes(right.bytes, right.length);
+    if (left_word != right_word) return left_word < right_word ? LESS : GREATER;
+    const std::uint32_t shorter = std::min(left.length, right.length);
+    if (shorter > 8) {
+        const int order = compare_bytes(left.bytes + 8, right.bytes + 8, shorter - 8);
+        if (order != 0) return order < 0 ? LESS : GREATER;
+    }
+    if (left.length == right.length) return EQUAL;
+    return left.length < right.length ? LESS : GREATER;
+}
+
+// The same for "=" and "<>", which need no order: LESS stands for every difference.
+Outcome equality_of(const Token* at) {
+    const Value left = left_text(at);
+    if (failed(left)) return FAILED;
+    const Value right = right_text(at);
+    if (failed(right)) return FAILED;
+    if (left.length != right.length) return LESS;
+    if (leading_bytes(left.bytes, left.length) != leading_bytes(right.bytes, left.length)) return LESS;
+    if (left.length <= 8) return EQUAL;
+    return compare_bytes(left.bytes + 8, right.bytes + 8, left.length - 8) == 0 ? EQUAL : LESS;
+}
+
+template <Outcome (*compare)(const Token*), unsigned relation>
+Whole compare_texts(std::int64_t, Token* at) {
+    const Outcome outcome = compare(at);
+    if (__builtin_expect(outcome == FAILED, false)) return {0, 1};
+    return go_on_whole((outcome & relation) != 0 ? -1 : 0, at);
+}
+
+}  // namespace
+
+void set_text_comparison_step(Token* at) {
+    const std::uint8_t second = at[1].kind;
+    if (at->kind == '=') {
+        at->step.whole = compare_texts<equality_of, EQUAL>;
+    } else if (at->kind == '<' && second == '>') {
+        at->step.whole = compare_texts<equality_of, LESS>;
+    } else if (at->kind == '<') {
+        at->step.whole =
+            second == '=' ? compare_texts<order_of, LESS | EQUAL> : compare_texts<order_of, LESS>;
+    } else {
+        at->step.whole =
+            second == '=' ? compare_texts<order_of, GREATER | EQUAL> : compare_texts<order_of, GREATER>;
+    }
+}
+
+}  // namespace korvane::fast

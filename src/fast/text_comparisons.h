@@ -1,0 +1,11 @@
+// Comparisons of texts: steps that begin a chain of the whole domain with -1 or 0.
+#pragma once
+
+#include "fast/step.h"
+
+namespace korvane::fast {
+
+// The step of a relational operator at its first character, whose left and right sides are texts.
+void set_text_comparison_step(Token* at);
+
+}  // namespace korvane::fast
