@@ -110,9 +110,11 @@ void start(bool autostart) {
 }  // namespace
 }  // namespace korvane
 
-// The entry point named in the image's header. Returns only when the image carries a packed program.
-extern "C" korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle image_handle,
-                                                          korvane::uefi::SystemTable* system_table) {
+// The entry point named in the image's header. Returns only when the image carries a packed program. The rest
+// of the image relies on a stack that is aligned to 16 bytes, so nothing but this function need trust the
+// firmware with it.
+extern "C" __attribute__((force_align_arg_pointer)) korvane::uefi::Status EFIAPI
+_ModuleEntryPoint(korvane::uefi::Handle image_handle, korvane::uefi::SystemTable* system_table) {
     using namespace korvane;
     initialize_stack();
     firmware_start(image_handle, system_table);
