@@ -236,8 +236,8 @@ inline constexpr std::array<KeywordEntry, 107> keyword_table = {{
     {"CREATEEFI", KW_CREATEEFI},
 }};
 
-// The code of a word already folded to upper case, or 0 when it is no keyword. Whole words only: there is no
-// prefix or longest-match rule.
+// The code of a word (an upper-case letter, then letters and digits), or 0 when it is no keyword. Whole words
+// only: there is no prefix or longest-match rule.
 std::uint8_t find_keyword(std::string_view word);
 
 // The word of a token code, or an empty text when the code belongs to no keyword.

@@ -70,17 +70,6 @@ void move_words(std::uint64_t to, std::uint64_t from, std::uint64_t count) {
     fill_both(to + readable, count - readable, 0);
 }
 
-// A glyph part of which falls outside of memory.
-void draw_glyph_by_pixels(std::uint32_t x, std::uint32_t y, const std::uint8_t* glyph,
-                          std::uint32_t foreground, std::uint32_t background) {
-    for (std::uint32_t row = 0; row < glyph_height; ++row) {
-        for (std::uint32_t column = 0; column < glyph_width; ++column) {
-            const bool is_set = (glyph[row] & (0x80u >> column)) != 0;
-            set_pixel(x + column, y + row, is_set ? foreground : background);
-        }
-    }
-}
-
 void update_addressable() {
     screen.addressable = screen.framebuffer_size / pixel_size;
     if (has_back_buffer()) screen.addressable = std::min(screen.addressable, screen.back_buffer_capacity);
@@ -133,24 +122,28 @@ void move_pixels_up(std::uint32_t x, std::uint32_t to_y, std::uint32_t from_y, s
 void draw_glyph(std::uint32_t x, std::uint32_t y, std::uint8_t code, std::uint32_t foreground,
                 std::uint32_t background) {
     const std::uint8_t* glyph = font_glyphs[code];
+    const std::uint64_t pitch = screen.pitch;
     const std::uint64_t index = pixel_index(x, y);
-    const std::uint64_t last = index + std::uint64_t{screen.pitch} * (glyph_height - 1) + glyph_width - 1;
-    if (last >= screen.addressable) {
-        draw_glyph_by_pixels(x, y, glyph, foreground, background);
-        return;
-    }
+    const std::uint64_t last = index + pitch * (glyph_height - 1) + glyph_width - 1;
+    const bool in_memory = last < screen.addressable;
     const FourPixels base = four_of(background);
     const FourPixels difference = four_of(foreground ^ background);
-    const std::uint64_t pitch = screen.pitch;
     std::uint32_t* back = screen.back_buffer + index;
     std::uint32_t* front = screen.framebuffer + index;
     for (std::uint32_t row = 0; row < glyph_height; ++row, back += pitch, front += pitch) {
         const FourPixels left = glyph_half(glyph[row] >> 4, base, difference);
         const FourPixels right = glyph_half(glyph[row] & 15, base, difference);
-        store_four(back, left);
-        store_four(back + 4, right);
-        store_four(front, left);
-        store_four(front + 4, right);
+        if (in_memory) {
+            store_four(back, left);
+            store_four(back + 4, right);
+            store_four(front, left);
+            store_four(front + 4, right);
+        } else {
+            std::uint32_t pixels[glyph_width];
+            store_four(pixels, left);
+            store_four(pixels + 4, right);
+            store_pixel_row(x, y + row, pixels);
+        }
     }
 }
 
