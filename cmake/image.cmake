@@ -20,10 +20,11 @@ set(KORVANE_HOT_PATHS
     "values/(arrays|convert|evaluator|format|function_support|operators|.*kernels|angle|store|string_f)"
     "values/(user_f|variables)"
     "screen/(circle|console|framebuffer|gfx_line|image_array|output|paint|plot|text_windows)"
-    "fast/.*(steps|sides|assignments|branches|loops|comparisons)")
+    "fast/")
 list(JOIN KORVANE_HOT_PATHS "|" KORVANE_HOT_PATHS)
 set(KORVANE_HOT_SOURCES ${KORVANE_SOURCES})
 list(FILTER KORVANE_HOT_SOURCES INCLUDE REGEX "/src/(${KORVANE_HOT_PATHS})")
+list(FILTER KORVANE_HOT_SOURCES EXCLUDE REGEX "/src/fast/(expression|parser)")  # work once for each statement
 set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES})
 list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES})
 set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS -Oz)
