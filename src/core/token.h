@@ -96,6 +96,7 @@ struct Token {
                     double as_double;  // a NUMBER's value as a double, whatever its type
                     Token* target;     // first token of the line with this number, once jumped to
                     std::uint32_t target_line;
+                    float as_single;  // its value as a float, once needed
                 } number;
                 struct {
                     const std::uint8_t* bytes;  // first character, inside the line's own text

@@ -2,6 +2,7 @@
 // following statement in next.
 #include "core/keywords.h"
 #include "core/parse.h"
+#include "fast/arithmetic.h"
 #include "fast/element_steps.h"
 #include "fast/expression.h"
 #include "fast/sides.h"
@@ -76,36 +77,105 @@ std::uint64_t let_scalar(Token* at, std::uint64_t left) {
     return proceed(equals->step.next, left);
 }
 
-// The frequent shapes of a DOUBLE target: a DOUBLE copied, and a chain of doubles with or without a leaf in
-// front.
+// The frequent shapes of a floating target whose right side is plain: a variable or literal of its type, one
+// operator between two of them, more behind that, and anything else that is a chain.
+template <typename Number>
 std::uint64_t let_copy(Token* at, std::uint64_t left) {
     if (!is_current(at)) return execute_first(at, left);
     Token* equals = at + 1;
-    const double value = read<double>(equals->step.operand);
+    const auto value = read<Number>(equals->step.operand);
     __builtin_memcpy(place_of(equals), &value, sizeof value);
     return proceed(equals->step.next, left);
 }
 
-template <Leaf leaf>
+template <typename Number>
+inline std::uint64_t let_value(Token* at, Number value, std::uint64_t left) {
+    if (!is_finite(value)) return execute_general(at, left);
+    Token* equals = at + 1;
+    __builtin_memcpy(place_of(equals), &value, sizeof value);
+    return proceed(equals->step.next, left);
+}
+
+template <typename Number>
 std::uint64_t let_chain(Token* at, std::uint64_t left) {
     if (!is_current(at)) return execute_first(at, left);
+    const Token* equals = at + 1;
+    return let_value(at, call_chain(read<Number>(equals->step.operand), equals->step.inner), left);
+}
+
+template <typename Number, char operation>
+inline Number first_result(const Token* equals, const Token* operation_token) {
+    return apply<operation>(read<Number>(equals->step.operand), read<Number>(operation_token->step.operand));
+}
+
+template <typename Number, char operation>
+std::uint64_t let_operation(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    return let_value(at, first_result<Number, operation>(at + 1, at[1].step.inner), left);
+}
+
+template <typename Number, char operation>
+std::uint64_t let_operations(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const Token* first = at[1].step.inner;
+    return let_value(at, call_chain(first_result<Number, operation>(at + 1, first), first->step.next), left);
+}
+
+template <typename Number, char operation>
+Execute choose_operation(const Token* first) {
+    return first->step.next == nullptr ? let_operation<Number, operation> : let_operations<Number, operation>;
+}
+
+// The handler for a chain behind a leaf of the type; most begin with an operator between two leaves.
+template <typename Number>
+Execute choose_chain(const Token* first) {
+    if (first->right_kind != (sizeof(Number) == sizeof(double) ? F64 : F32)) return let_chain<Number>;
+    switch (first->kind) {
+        case '+':
+            return choose_operation<Number, '+'>(first);
+        case '-':
+            return choose_operation<Number, '-'>(first);
+        case '*':
+            return choose_operation<Number, '*'>(first);
+        case '/':
+            return choose_operation<Number, '/'>(first);
+        default:
+            return let_chain<Number>;
+    }
+}
+
+template <typename Number>
+Execute choose_plain(const Side& side) {
+    if ((side.kind & has_chain) == 0) return let_copy<Number>;
+    return (side.kind & leaf_mask) == COMPUTED ? let_chain<Number> : choose_chain<Number>(side.inner);
+}
+
+// Integer targets: a chain behind a leaf. A computed beginning is a chain behind a zero.
+template <typename Integer, Leaf leaf>
+std::uint64_t let_whole_chain(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
     Token* equals = at + 1;
     Token* inner = equals->step.inner;
-    const double value = inner->step.real(real_leaf<leaf>(equals->step.operand), inner);
-    if (!is_finite(value)) return execute_general(at, left);
+    const Whole whole = inner->step.whole(whole_leaf<leaf>(equals->step.operand), inner);
+    const auto value = static_cast<Integer>(whole.value);
+    if (whole.failed != 0 || value != whole.value) return execute_general(at, left);
     __builtin_memcpy(place_of(equals), &value, sizeof value);
     return proceed(equals->step.next, left);
 }
 
-template <Leaf leaf>
-std::uint64_t let_single_chain(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
-    Token* equals = at + 1;
-    Token* inner = equals->step.inner;
-    const float value = inner->step.single(static_cast<float>(real_leaf<leaf>(equals->step.operand)), inner);
-    if (!is_finite(value)) return execute_general(at, left);
-    __builtin_memcpy(place_of(equals), &value, sizeof value);
-    return proceed(equals->step.next, left);
+template <typename Integer>
+Execute choose_whole_chain(std::uint8_t kind) {
+    switch (kind) {
+        case side_kind(I16, true, Domain::WHOLE):
+            return let_whole_chain<Integer, I16>;
+        case side_kind(I32, true, Domain::WHOLE):
+            return let_whole_chain<Integer, I32>;
+        case side_kind(I64, true, Domain::WHOLE):
+        case side_kind(COMPUTED, true, Domain::WHOLE):
+            return let_whole_chain<Integer, I64>;
+        default:
+            return nullptr;
+    }
 }
 
 // The bracket of an element that is assigned to begins no chain; its next leads to "=".
@@ -153,27 +223,27 @@ Execute choose_element(Type type) {
     }
 }
 
-Execute choose_shape(Type type, const Specialised& value) {
-    const std::uint8_t kind = value.side.kind;
-    if (!value.allocates && type == Type::DOUBLE) {
-        if (kind == F64) return let_copy;
-        if (kind == side_kind(F64, true, Domain::REAL)) return let_chain<F64>;
-        if (kind == side_kind(COMPUTED, true, Domain::REAL)) return let_chain<COMPUTED>;
+// The handler for a frequent shape, or null.
+Execute choose_shape(Type type, const Side& side) {
+    switch (type) {
+        case Type::DOUBLE:
+            return is_plain<double>(side.kind) ? choose_plain<double>(side) : nullptr;
+        case Type::SINGLE:
+            return is_plain<float>(side.kind) ? choose_plain<float>(side) : nullptr;
+        case Type::INTEGER:
+            return choose_whole_chain<std::int16_t>(side.kind);
+        case Type::LONG:
+            return choose_whole_chain<std::int32_t>(side.kind);
+        case Type::INT64:
+            return choose_whole_chain<std::int64_t>(side.kind);
+        default:
+            return nullptr;
     }
-    if (!value.allocates && type == Type::SINGLE) {
-        if (kind == side_kind(F32, true, Domain::SINGLE)) return let_single_chain<F32>;
-        if (kind == side_kind(COMPUTED, true, Domain::SINGLE)) return let_single_chain<COMPUTED>;
-    }
-    return choose_scalar(type);
-}
-
-Domain wanted_for(Type type) {
-    return is_floating(type) ? Domain::REAL : domain_of(type);
 }
 
 // The expression behind "=": it must be of the target's kind and end the statement.
 bool specialise_value(Token* equals, Type type, Specialised& value) {
-    if (equals->kind != '=' || !specialise(equals + 1, wanted_for(type), value)) return false;
+    if (equals->kind != '=' || !specialise(equals + 1, domain_of(type), value)) return false;
     if ((value.side.type == Type::STRING) != (type == Type::STRING)) return false;
     hold(equals, value.side);
     equals->step.next = link_behind(value.end);
@@ -186,7 +256,9 @@ bool specialise_scalar(Token* at) {
     Specialised value;
     if (entry == nullptr || !specialise_value(at + 1, entry->type, value)) return false;
     at[1].step.left_operand = entry->storage;
-    at->execute = choose_shape(entry->type, value);
+    // What takes string space has to give it back when it fails.
+    const Execute shape = value.allocates ? nullptr : choose_shape(entry->type, value.side);
+    at->execute = shape != nullptr ? shape : choose_scalar(entry->type);
     return true;
 }
 

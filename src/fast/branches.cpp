@@ -37,44 +37,42 @@ std::uint64_t start_again(Token* at, std::uint64_t left, std::uint8_t* string_to
     return execute_general(at, left);
 }
 
-// Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that.
+// Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that. One
+// that is the whole THEN part counts as a part of the IF: nothing behind it could ask whether there was one.
 inline std::uint64_t enter_then_part(Token* at, std::uint64_t left) {
-    execution.then_part = true;
+    const bool lone = at->step.own.record != 0;
+    execution.then_part = !lone;
     if (state.kept_token != at) state.kept_start = at;
     state.kept_token = at->step.next;
-    return proceed(at->step.next, left);
+    return proceed(at->step.next, left + (lone ? 1 : 0));
 }
 
-template <bool computed, bool to_line>
+// A branch to a line that has not been tokenized, for which null stands: the general handler goes there, and
+// the statement is looked at again.
+std::uint64_t branch_first(Token* at, std::uint64_t left, std::uint8_t* string_top) {
+    at->execute = execute_first;
+    return start_again(at, left, string_top);
+}
+
+template <typename Condition, bool to_line>
 std::uint64_t if_then(Token* at, std::uint64_t left) {
     if (!is_current(at)) return execute_first(at, left);
     std::uint8_t* string_top = arenas.FREETOP;
-    switch (condition<computed>(at)) {
-        case Truth::TRUE:
-            return to_line ? jump(at->step.next, left) : enter_then_part(at, left);
-        case Truth::FALSE:
-            return jump(at->step.left_inner, left);
-        default:
-            return start_again(at, left, string_top);
-    }
+    const Truth truth = Condition::of(at);
+    if (truth == Truth::FAILED) return start_again(at, left, string_top);
+    if (!to_line && truth == Truth::TRUE) return enter_then_part(at, left);
+    Token* target = truth == Truth::TRUE ? at->step.next : at->step.left_inner;
+    return target == nullptr ? branch_first(at, left, string_top) : jump(target, left);
 }
 
-// While a line that the IF may lead to has not been tokenized: null stands for it, and going there is left to
-// the general handler, after which the statement is looked at again.
-template <bool to_line>
-std::uint64_t if_unresolved(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
-    std::uint8_t* string_top = arenas.FREETOP;
-    const Truth truth = plain_condition(at);
-    if (truth == Truth::FAILED) return start_again(at, left, string_top);
-    const Token* target = truth == Truth::TRUE ? at->step.next : at->step.left_inner;
-    if (target == nullptr) {
-        at->execute = execute_first;
-        return start_again(at, left, string_top);
-    }
-    if (truth == Truth::FALSE) return jump(at->step.left_inner, left);
-    return to_line ? jump(at->step.next, left) : enter_then_part(at, left);
-}
+template <typename Condition>
+struct IfThenLine {
+    static constexpr Execute execute = if_then<Condition, true>;
+};
+template <typename Condition>
+struct IfThenStatements {
+    static constexpr Execute execute = if_then<Condition, false>;
+};
 
 // The first ELSE of the line, or its end.
 Token* find_else(Token* at) {
@@ -128,14 +126,6 @@ bool is_lone_literal(const Token* at) {
 
 }  // namespace
 
-Truth plain_condition(const Token* at) {
-    if (at->right_kind >> domain_shift == static_cast<std::uint8_t>(Domain::WHOLE))
-        return truth_of(right_whole(at));
-    const double value = right_real(at);
-    if (!is_finite(value)) return Truth::FAILED;
-    return value != 0 ? Truth::TRUE : Truth::FALSE;
-}
-
 bool specialise_if(Token* at) {
     Specialised condition;
     if (!specialise(at + 1, Domain::WHOLE, condition) || condition.side.type == Type::STRING) return false;
@@ -145,14 +135,8 @@ bool specialise_if(Token* at) {
     const bool to_line = then->kind == NUMBER;
     at->step.next = to_line ? target_of(then) : following(then);
     at->step.left_inner = false_target(condition.end);
-    const bool computed = is_computed(condition.side);
-    if (at->step.next == nullptr || at->step.left_inner == nullptr) {
-        at->execute = to_line ? if_unresolved<true> : if_unresolved<false>;
-    } else if (to_line) {
-        at->execute = computed ? if_then<true, true> : if_then<false, true>;
-    } else {
-        at->execute = computed ? if_then<true, false> : if_then<false, false>;
-    }
+    at->step.own = {.line = 0, .record = leads_to_lone_statement(at) ? 1U : 0U};
+    at->execute = to_line ? handler_for<IfThenLine>(at) : handler_for<IfThenStatements>(at);
     return true;
 }
 

@@ -1,30 +1,18 @@
-// Steps of the relational operators. They compare in the domain of their operands and begin a chain of the
-// whole domain with -1 or 0.
+#include "fast/comparison_steps.h"
+
+#include <utility>
+
 #include "fast/sides.h"
-#include "fast/text_comparisons.h"
-#include "fast/whole_steps.h"
 
 namespace korvane::fast {
 namespace {
-
-// A relation is the set of outcomes for which it is true.
-enum Outcome : int { LESS = 1, EQUAL = 2, GREATER = 4 };
-
-template <int relation, typename Number>
-inline bool holds(Number left, Number right) {
-    if constexpr (relation == LESS) return left < right;
-    if constexpr (relation == EQUAL) return left == right;
-    if constexpr (relation == GREATER) return left > right;
-    if constexpr (relation == (LESS | EQUAL)) return left <= right;
-    if constexpr (relation == (GREATER | EQUAL)) return left >= right;
-    return left != right;
-}
 
 inline Whole truth(bool is_true, Token* at) {
     return go_on_whole(is_true ? -1 : 0, at);
 }
 
-// What is no number fails: the general evaluator says whether it is an error.
+// What is no number fails, and so does a computed value that is infinite: the general evaluator says whether
+// it is an error.
 template <int relation>
 Whole compare_reals(std::int64_t, Token* at) {
     const double left = left_real(at);
@@ -33,10 +21,12 @@ Whole compare_reals(std::int64_t, Token* at) {
     return truth(holds<relation>(left, right), at);
 }
 
-template <int relation>
-Whole compare_real_leaves(std::int64_t, Token* at) {
-    const double left = read<double>(at->step.left_operand);
-    const double right = read<double>(at->step.operand);
+template <int relation, typename Number>
+Whole compare_plain(std::int64_t, Token* at) {
+    const auto left = plain_left<Number>(at);
+    if (at->step.left_inner != nullptr && !is_finite(left)) return {0, 1};
+    const auto right = plain_right<Number>(at);
+    if (at->step.inner != nullptr && !is_finite(right)) return {0, 1};
     if (__builtin_isunordered(left, right)) return {0, 1};
     return truth(holds<relation>(left, right), at);
 }
@@ -69,9 +59,10 @@ WholeStep whole_leaves(std::uint8_t right_kind) {
 
 template <int relation>
 WholeStep choose(const Token* at, Domain domain) {
-    if (domain != Domain::WHOLE) {
-        return at->left_kind == F64 && at->right_kind == F64 ? compare_real_leaves<relation>
-                                                             : compare_reals<relation>;
+    if (domain == Domain::SINGLE) return compare_plain<relation, float>;
+    if (domain == Domain::REAL) {
+        const bool plain = is_plain<double>(at->left_kind) && is_plain<double>(at->right_kind);
+        return plain ? compare_plain<relation, double> : compare_reals<relation>;
     }
     switch (at->left_kind) {
         case side_kind(I16, false, Domain::WHOLE):
@@ -85,6 +76,32 @@ WholeStep choose(const Token* at, Domain domain) {
     }
 }
 
+WholeStep choose(const Token* at, int relation, Domain domain) {
+    switch (relation) {
+        case LESS:
+            return choose<LESS>(at, domain);
+        case EQUAL:
+            return choose<EQUAL>(at, domain);
+        case LESS | EQUAL:
+            return choose<LESS | EQUAL>(at, domain);
+        default:
+            return choose<LESS | GREATER>(at, domain);
+    }
+}
+
+// Exchanges the sides of an operator that asks whether the left one is greater, so that numbers need only be
+// looked at the other way round; gives the relation to ask for now.
+int put_lesser_first(Token* at) {
+    const int relation = relation_at(at);
+    if (relation != GREATER && relation != (GREATER | EQUAL)) return relation;
+    std::swap(at->left_kind, at->right_kind);
+    std::swap(at->step.left_operand, at->step.operand);
+    std::swap(at->step.left_inner, at->step.inner);
+    return relation == GREATER ? LESS : LESS | EQUAL;
+}
+
+}  // namespace
+
 int relation_at(const Token* at) {
     if (at->kind == '=') return EQUAL;
     if (at->kind == '>') return at[1].kind == '=' ? GREATER | EQUAL : GREATER;
@@ -92,33 +109,30 @@ int relation_at(const Token* at) {
     return at[1].kind == '>' ? LESS | GREATER : LESS;
 }
 
-}  // namespace
+PlainForm plain_form(const Token* at) {
+    struct Row {
+        WholeStep step;
+        PlainForm form;
+    };
+    static constexpr Row rows[] = {
+        {compare_plain<LESS, double>, {LESS, false}},
+        {compare_plain<EQUAL, double>, {EQUAL, false}},
+        {compare_plain<LESS | EQUAL, double>, {LESS | EQUAL, false}},
+        {compare_plain<LESS | GREATER, double>, {LESS | GREATER, false}},
+        {compare_plain<LESS, float>, {LESS, true}},
+        {compare_plain<EQUAL, float>, {EQUAL, true}},
+        {compare_plain<LESS | EQUAL, float>, {LESS | EQUAL, true}},
+        {compare_plain<LESS | GREATER, float>, {LESS | GREATER, true}},
+    };
+    for (const Row& row : rows) {
+        if (row.step == at->step.whole) return row.form;
+    }
+    return {.relation = 0, .single = false};
+}
 
 void set_comparison_step(Token* at, Domain domain) {
-    if (domain == Domain::TEXT) {
-        set_text_comparison_step(at);
-        return;
-    }
-    switch (relation_at(at)) {
-        case LESS:
-            at->step.whole = choose<LESS>(at, domain);
-            break;
-        case EQUAL:
-            at->step.whole = choose<EQUAL>(at, domain);
-            break;
-        case GREATER:
-            at->step.whole = choose<GREATER>(at, domain);
-            break;
-        case LESS | EQUAL:
-            at->step.whole = choose<LESS | EQUAL>(at, domain);
-            break;
-        case GREATER | EQUAL:
-            at->step.whole = choose<GREATER | EQUAL>(at, domain);
-            break;
-        default:
-            at->step.whole = choose<LESS | GREATER>(at, domain);
-            break;
-    }
+    const int relation = put_lesser_first(at);
+    at->step.whole = choose(at, relation, domain);
 }
 
 }  // namespace korvane::fast

@@ -1,6 +1,8 @@
-// The condition that an IF or WHILE holds as its right side.
+// The condition that an IF or WHILE holds as its right side. The statements' handlers are made for the
+// frequent forms, each of which is a type with a function `of` here.
 #pragma once
 
+#include "fast/comparison_steps.h"
 #include "fast/expression.h"
 #include "fast/sides.h"
 
@@ -13,18 +15,54 @@ inline Truth truth_of(const Whole& value) {
     return value.value != 0 ? Truth::TRUE : Truth::FALSE;
 }
 
-// A number or a variable as a condition.
-Truth plain_condition(const Token* at);
+// Any condition.
+struct AnyCondition {
+    static Truth of(const Token* at);
+};
 
-// Most conditions begin with a comparison, which is a chain of the whole domain without a leaf in front.
-inline bool is_computed(const Side& side) {
-    return side.kind == side_kind(COMPUTED, true, Domain::WHOLE);
+// A chain of the whole domain without a leaf in front, such as begins with a comparison.
+struct ComputedCondition {
+    static Truth of(const Token* at) { return truth_of(at->step.inner->step.whole(0, at->step.inner)); }
+};
+
+// A comparison of two variables or literals and nothing behind it.
+template <int relation, typename Number>
+struct LeafComparison {
+    static Truth of(const Token* at) {
+        const Token* comparison = at->step.inner;
+        const auto left = read<Number>(comparison->step.left_operand);
+        const auto right = read<Number>(comparison->step.operand);
+        if (__builtin_isunordered(left, right)) return Truth::FAILED;
+        return holds<relation>(left, right) ? Truth::TRUE : Truth::FALSE;
+    }
+};
+
+template <template <typename> class Handler, typename Number>
+Execute handler_of_comparison(int relation) {
+    switch (relation) {
+        case LESS:
+            return Handler<LeafComparison<LESS, Number>>::execute;
+        case EQUAL:
+            return Handler<LeafComparison<EQUAL, Number>>::execute;
+        case LESS | EQUAL:
+            return Handler<LeafComparison<LESS | EQUAL, Number>>::execute;
+        default:
+            return Handler<LeafComparison<LESS | GREATER, Number>>::execute;
+    }
 }
 
-template <bool computed>
-inline Truth condition(const Token* at) {
-    if constexpr (computed) return truth_of(at->step.inner->step.whole(0, at->step.inner));
-    return plain_condition(at);
+// The handler of a statement for the condition that it holds: `Handler` is a template of the condition's
+// type.
+template <template <typename> class Handler>
+Execute handler_for(const Token* at) {
+    if (at->right_kind != side_kind(COMPUTED, true, Domain::WHOLE)) return Handler<AnyCondition>::execute;
+    const Token* first = at->step.inner;
+    const PlainForm form = plain_form(first);
+    const bool leaves = first->step.left_inner == nullptr && first->step.inner == nullptr;
+    if (form.relation == 0 || !leaves || first->step.next != nullptr)
+        return Handler<ComputedCondition>::execute;
+    return form.single ? handler_of_comparison<Handler, float>(form.relation)
+                       : handler_of_comparison<Handler, double>(form.relation);
 }
 
 }  // namespace korvane::fast

@@ -1,12 +1,17 @@
 // Emission: steps for the nodes of an expression, operands before operators.
 #include "fast/expression.h"
 
+#include <algorithm>
+
+#include "fast/comparison_steps.h"
 #include "fast/element_steps.h"
 #include "fast/function_steps.h"
 #include "fast/nodes.h"
 #include "fast/number_steps.h"
 #include "fast/real_steps.h"
+#include "fast/sides.h"
 #include "fast/single_steps.h"
+#include "fast/text_comparisons.h"
 #include "fast/text_steps.h"
 #include "fast/whole_steps.h"
 
@@ -30,27 +35,42 @@ Leaf leaf_of(Type type) {
     }
 }
 
-void emit_leaf(const Node& node, Domain wanted, Side& side) {
-    const bool whole = wanted == Domain::WHOLE && is_integer(node.type);
-    side = {.kind = 0, .operand = node.operand, .inner = nullptr, .last = nullptr, .type = node.type};
-    Leaf leaf = leaf_of(node.type);
-    if (node.form == Form::LITERAL) {
-        if (node.type == Type::STRING) {
-            leaf = TEXT_LITERAL;
-            side.operand = node.token;
-        } else {
-            leaf = whole ? I64 : F64;
-            side.operand =
-                whole ? static_cast<const void*>(&node.token->number.integer) : &node.token->number.as_double;
-        }
+// A number literal keeps copies of itself in the forms in which it may be wanted.
+void emit_number(Token* literal, Type type, Domain wanted, Side& side) {
+    auto& number = literal->number;
+    if (wanted == Domain::WHOLE && is_integer(type)) {
+        side.kind = side_kind(I64, false, Domain::WHOLE);
+        side.operand = &number.integer;
+        return;
     }
-    side.kind = side_kind(leaf, false, whole ? Domain::WHOLE : Domain::REAL);
+    const auto narrow = static_cast<float>(number.as_double);
+    if (wanted == Domain::SINGLE && static_cast<double>(narrow) == number.as_double) {
+        number.as_single = narrow;
+        side.kind = F32;
+        side.operand = &number.as_single;
+        return;
+    }
+    side.kind = F64;
+    side.operand = &number.as_double;
+}
+
+void emit_leaf(const Node& node, Domain wanted, Side& side) {
+    side = {.kind = 0, .operand = node.operand, .inner = nullptr, .last = nullptr, .type = node.type};
+    if (node.form == Form::VARIABLE) {
+        const bool whole = wanted == Domain::WHOLE && is_integer(node.type);
+        side.kind = side_kind(leaf_of(node.type), false, whole ? Domain::WHOLE : Domain::REAL);
+    } else if (node.type == Type::STRING) {
+        side.kind = TEXT_LITERAL;
+        side.operand = node.token;
+    } else {
+        emit_number(node.token, node.type, wanted, side);
+    }
 }
 
 Side chain_of(Token* step, Domain domain, Type type) {
     step->step.next = nullptr;
     return {.kind = side_kind(COMPUTED, true, domain),
-            .operand = nullptr,
+            .operand = &no_operand,
             .inner = step,
             .last = step,
             .type = type};
@@ -66,7 +86,7 @@ bool carries(const Side& side, Domain domain) {
             return leaf <= I64;
         // A float holds these exactly; a LONG or INT64 it may not.
         case Domain::SINGLE:
-            return leaf == F32 || leaf == F64 || leaf == I16;
+            return leaf == F32 || leaf == I16;
         case Domain::WHOLE:
             return side_domain == Domain::WHOLE;
         default:
@@ -136,24 +156,45 @@ bool comparable_as_reals(const Node& node) {
     return !is_integer(node.type) || node.bound <= exact_integers;
 }
 
-bool emit_relation(const Node& node, Side& side) {
-    const Node& a = node_at(node.left);
-    const Node& b = node_at(node.right);
-    Domain domain = Domain::REAL;
+// The domain in which a relation's operands are compared; TEXT for two strings.
+bool comparison_domain(const Node& a, const Node& b, Domain& domain) {
     if (a.type == Type::STRING) {
         domain = Domain::TEXT;
-    } else if (is_integer(a.type) && is_integer(b.type)) {
-        domain = Domain::WHOLE;
-    } else if (!comparable_as_reals(a) || !comparable_as_reals(b)) {
-        return false;
+        return true;
     }
+    const Type wider = std::max(a.type, b.type);
+    domain = is_integer(wider) ? Domain::WHOLE : domain_of(wider);
+    return domain == Domain::WHOLE || (comparable_as_reals(a) && comparable_as_reals(b));
+}
+
+bool emit_operands(const Node& node, Domain domain) {
     Side left;
     Side right;
     if (!emit(node.left, domain, left) || !emit(node.right, domain, right)) return false;
     hold_left(node.token, left);
     hold(node.token, right);
-    set_comparison_step(node.token, domain);
-    side = chain_of(node.token, Domain::WHOLE, node.type);
+    return true;
+}
+
+bool emit_relation(const Node& node, Side& side) {
+    Domain domain;
+    if (!comparison_domain(node_at(node.left), node_at(node.right), domain) || !emit_operands(node, domain)) {
+        return false;
+    }
+    Token* relation = node.token;
+    const bool singles = is_plain<float>(relation->left_kind) && is_plain<float>(relation->right_kind);
+    if (domain == Domain::SINGLE && !singles) {
+        domain = Domain::REAL;
+        if (!emit_operands(node, domain)) return false;
+    }
+    if (domain == Domain::TEXT) {
+        set_text_comparison_step(relation);
+    } else if (node.keeps_order) {
+        return false;
+    } else {
+        set_comparison_step(relation, domain);
+    }
+    side = chain_of(relation, Domain::WHOLE, node.type);
     return true;
 }
 

@@ -110,10 +110,10 @@ bool hold_natural(Token* host, Token*& end) {
 // ---- WHILE
 // ----------------------------------------------------------------------------------------------------------
 
-template <bool computed>
+template <typename Condition>
 std::uint64_t while_true(Token* at, std::uint64_t left) {
     if (!is_current(at)) return execute_first(at, left);
-    const Truth truth = condition<computed>(at);
+    const Truth truth = Condition::of(at);
     if (truth == Truth::FALSE && at->jump_known) {
         Token* behind = cached_statement({at->step.jump.line, at->step.jump.record + 1});
         if (behind != nullptr) return jump(behind, left);
@@ -124,6 +124,11 @@ std::uint64_t while_true(Token* at, std::uint64_t left) {
         .start = at->step.own, .token = at, .epoch = program.cache_epoch};
     return proceed(at->step.next, left);
 }
+
+template <typename Condition>
+struct While {
+    static constexpr Execute execute = while_true<Condition>;
+};
 
 // Where the innermost WHILE stands, or null when that is for the general handler to find.
 Token* innermost_while() {
@@ -169,7 +174,7 @@ bool specialise_while(Token* at) {
     hold(at, condition.side);
     at->step.own = {execution.line, record_of(at)};
     at->step.next = link_behind(condition.end);
-    at->execute = is_computed(condition.side) ? while_true<true> : while_true<false>;
+    at->execute = handler_for<While>(at);
     return true;
 }
 

@@ -37,7 +37,8 @@ struct Node {
     UserFunction* function;
     std::int16_t left;  // nodes of the operands; the only operand of a sign is the right one
     std::int16_t right;
-    double bound;  // of an integer: its magnitude is at most this
+    double bound;              // of an integer: its magnitude is at most this
+    bool keeps_order = false;  // of a relation: both operands take string space, one after the other
 };
 
 constexpr std::int16_t none = -1;

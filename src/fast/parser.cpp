@@ -273,10 +273,16 @@ std::int16_t parse_relation(Token*& at, std::int16_t left) {
     Token* operation = at++;
     if (operation->kind == '<' && (at->kind == '=' || at->kind == '>')) ++at;
     if (operation->kind == '>' && at->kind == '=') ++at;
+    const bool left_allocates = pool.allocates;
+    pool.allocates = false;
     const std::int16_t right = parse_expression(at, relational_strength + 1);
     if (right == none) return none;
+    const bool both_allocate = left_allocates && pool.allocates;
+    pool.allocates = left_allocates || pool.allocates;
     if ((node_at(left).type == Type::STRING) != (node_at(right).type == Type::STRING)) return none;
-    return add_operator(Form::RELATION, Type::INT64, operation, left, right, 1);
+    const std::int16_t relation = add_operator(Form::RELATION, Type::INT64, operation, left, right, 1);
+    if (relation != none) pool.nodes[static_cast<std::size_t>(relation)].keeps_order = both_allocate;
+    return relation;
 }
 
 std::int16_t parse_binary(Token*& at, std::int16_t left) {

@@ -1,8 +1,7 @@
-// Steps of the real domain, where the accumulator is a double. Results that are no finite numbers travel on:
-// they stay so through + - *, and whoever takes the chain's result looks. Only a divisor is looked at before
-// it can hide one.
+// Steps of the real domain, where the accumulator is a double.
 #include "fast/real_steps.h"
 
+#include "fast/arithmetic.h"
 #include "fast/number_steps.h"
 #include "fast/sides.h"
 #include "values/power.h"
@@ -10,39 +9,37 @@
 namespace korvane::fast {
 namespace {
 
+inline double raise_to(double left, double right) {
+    return is_finite(left) && is_finite(right) ? power_or_nan(left, right) : no_number();
+}
+
 template <char operation>
-inline double apply(double left, double right) {
-    if constexpr (operation == '+') return left + right;
-    if constexpr (operation == '-') return left - right;
-    if constexpr (operation == '*') return left * right;
-    if constexpr (operation == '/') return is_finite(right) ? left / right : no_number();
-    if constexpr (operation == '^') {
-        return is_finite(left) && is_finite(right) ? power_or_nan(left, right) : no_number();
-    }
+inline double combine(double left, double right) {
+    if constexpr (operation == '^') return raise_to(left, right);
+    if constexpr (operation != '^') return apply<operation>(left, right);
 }
 
 template <char operation, Leaf leaf>
 double with_leaf(double accumulator, Token* at) {
-    return go_on(apply<operation>(accumulator, real_leaf<leaf>(at->step.operand)), at);
+    return go_on(combine<operation>(accumulator, real_leaf<leaf>(at->step.operand)), at);
 }
 
 // The right operand is a chain of the same domain that begins with a DOUBLE, or with a value of its own.
-template <char operation, Leaf leaf>
+template <char operation>
 double with_chain(double accumulator, Token* at) {
-    Token* inner = at->step.inner;
-    const double right = inner->step.real(real_leaf<leaf>(at->step.operand), inner);
-    return go_on(apply<operation>(accumulator, right), at);
+    const double right = call_chain(read<double>(at->step.operand), at->step.inner);
+    return go_on(combine<operation>(accumulator, right), at);
 }
 
 template <char operation>
 double with_side(double accumulator, Token* at) {
-    return go_on(apply<operation>(accumulator, right_real(at)), at);
+    return go_on(combine<operation>(accumulator, right_real(at)), at);
 }
 
 template <char operation>
 double with_both_sides(double, Token* at) {
     const double left = left_real(at);
-    return go_on(apply<operation>(left, right_real(at)), at);
+    return go_on(combine<operation>(left, right_real(at)), at);
 }
 
 using RealStep = double (*)(double, Token*);
@@ -61,9 +58,8 @@ RealStep chained(std::uint8_t right_kind) {
         case I64:
             return with_leaf<operation, I64>;
         case side_kind(F64, true, Domain::REAL):
-            return with_chain<operation, F64>;
         case side_kind(COMPUTED, true, Domain::REAL):
-            return with_chain<operation, COMPUTED>;
+            return with_chain<operation>;
         default:
             return with_side<operation>;
     }

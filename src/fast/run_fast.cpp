@@ -40,7 +40,7 @@ void link_line(Token* end) {
     for (Token* at = execution.tokens; at != end; ++at) {
         if (at->kind <= IDENTIFIER) continue;  // holds a value or a name
         if (at->kind == KW_IF) {
-            after_if = true;
+            after_if = after_if || !leads_to_lone_statement(at);
             if (at->step.left_inner == end) at->step.left_inner = next;
         } else if (!after_if && at->step.next == end) {
             at->step.next = next;
@@ -184,6 +184,13 @@ void enter_line_of(const Token* at) {
     execution.tokens = program.lines[execution.line].tokens;
 }
 
+bool leads_to_lone_statement(const Token* at) {
+    for (++at; at->kind != END_OF_LINE; ++at) {
+        if (at->kind == ':' || at->kind == KW_ELSE || at->kind == KW_IF) return false;
+    }
+    return true;
+}
+
 Token* link_to(Token* at) {
     return at->kind == END_OF_LINE && at->step.next != nullptr ? at->step.next : at;
 }
@@ -192,7 +199,7 @@ Token* link_behind(Token* end) {
     end = following(end);
     if (end->kind != END_OF_LINE) return end;
     for (const Token* at = execution.tokens; at != end; ++at) {
-        if (at->kind == KW_IF) return end;
+        if (at->kind == KW_IF && !leads_to_lone_statement(at)) return end;
     }
     return link_to(end);
 }

@@ -52,6 +52,36 @@ Whole whole_side(std::uint8_t kind, const void* operand,
                  Token* inner);  // floats are rounded, halves away from 0
 Value text_side(std::uint8_t kind, const void* operand, Token* inner);  // type NONE when it failed
 
+// The plain sides: a leaf of the domain's own type with or without a chain of the domain, or such a chain
+// with a beginning of its own. They are evaluated without looking at their kind.
+constexpr bool is_plain(std::uint8_t kind, Leaf leaf, Domain domain) {
+    return kind == side_kind(leaf, true, domain) || kind == side_kind(COMPUTED, true, domain) ||
+           (kind & ~(3U << domain_shift)) == side_kind(leaf, false, Domain::REAL);
+}
+template <typename Number>
+constexpr bool is_plain(std::uint8_t kind) {
+    return sizeof(Number) == sizeof(double) ? is_plain(kind, F64, Domain::REAL)
+                                            : is_plain(kind, F32, Domain::SINGLE);
+}
+
+inline double call_chain(double accumulator, Token* first) {
+    return first->step.real(accumulator, first);
+}
+inline float call_chain(float accumulator, Token* first) {
+    return first->step.single(accumulator, first);
+}
+
+template <typename Number>
+inline Number plain_right(const Token* at) {
+    const auto leaf = read<Number>(at->step.operand);
+    return at->step.inner == nullptr ? leaf : call_chain(leaf, at->step.inner);
+}
+template <typename Number>
+inline Number plain_left(const Token* at) {
+    const auto leaf = read<Number>(at->step.left_operand);
+    return at->step.left_inner == nullptr ? leaf : call_chain(leaf, at->step.left_inner);
+}
+
 inline double right_real(const Token* at) {
     return real_side(at->right_kind, at->step.operand, at->step.inner);
 }

@@ -63,6 +63,9 @@ inline Token* following(Token* at) {
     return at;
 }
 
+// Whether the THEN part of the IF at `at` is one statement and no ELSE follows.
+bool leads_to_lone_statement(const Token* at);
+
 // The statement that follows one of the current line that ended at `end`: past the end of the line it is the
 // next line's, once that is known and if no THEN part ends there.
 Token* link_behind(Token* end);

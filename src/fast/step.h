@@ -34,7 +34,7 @@ enum class Domain : std::uint8_t { REAL, SINGLE, WHOLE, TEXT };
 // What a leaf in memory is.
 enum Leaf : std::uint8_t {
     F64 = 0,       // a DOUBLE variable, or the double copy of a literal
-    F32 = 1,       // a SINGLE variable
+    F32 = 1,       // a SINGLE variable, or the float copy of a literal
     I16 = 2,       // an INTEGER variable
     I32 = 3,       // a LONG variable
     I64 = 4,       // an INT64 variable, or an integer literal
@@ -57,6 +57,10 @@ inline bool is_finite(double x) {
     constexpr std::uint64_t exponent_mask = 0x7FF0000000000000;
     return (__builtin_bit_cast(std::uint64_t, x) & exponent_mask) != exponent_mask;
 }
+
+// Where the sides that are no leaf have their operand: a zero for every numeric leaf, so that they can be
+// read like a leaf in front of a chain.
+inline constexpr std::int64_t no_operand = 0;
 
 // What a failed evaluation gives in the real and single domains.
 inline double no_number() {

@@ -47,6 +47,14 @@ Whole with_leaf(std::int64_t accumulator, Token* at) {
     return finish<operation>(accumulator, whole_leaf<leaf>(at->step.operand), at);
 }
 
+// The right operand is a chain of the same domain behind a leaf.
+template <int operation, Leaf leaf>
+Whole with_chain(std::int64_t accumulator, Token* at) {
+    Token* inner = at->step.inner;
+    const Whole right = inner->step.whole(whole_leaf<leaf>(at->step.operand), inner);
+    return right.failed != 0 ? right : finish<operation>(accumulator, right.value, at);
+}
+
 template <int operation>
 Whole with_side(std::int64_t accumulator, Token* at) {
     const Whole right = right_whole(at);
@@ -63,6 +71,24 @@ Whole with_both_sides(std::int64_t, Token* at) {
 
 using WholeStep = Whole (*)(std::int64_t, Token*);
 
+// The frequent chains: what a comparison or a call begins, and products in sums.
+template <int operation>
+WholeStep chained_to_chain(std::uint8_t right_kind) {
+    constexpr bool arithmetic = operation == '+' || operation == '-' || operation == '*';
+    constexpr bool logical = operation == KW_AND || operation == KW_OR;
+    if constexpr (arithmetic) {
+        if (right_kind == side_kind(I16, true, Domain::WHOLE)) return with_chain<operation, I16>;
+        if (right_kind == side_kind(I32, true, Domain::WHOLE)) return with_chain<operation, I32>;
+    }
+    if constexpr (arithmetic || logical) {
+        if (right_kind == side_kind(COMPUTED, true, Domain::WHOLE) ||
+            right_kind == side_kind(I64, true, Domain::WHOLE)) {
+            return with_chain<operation, I64>;
+        }
+    }
+    return with_side<operation>;
+}
+
 template <int operation>
 void choose(Token* at, bool chained) {
     WholeStep step = with_both_sides<operation>;
@@ -78,7 +104,7 @@ void choose(Token* at, bool chained) {
                 step = with_leaf<operation, I64>;
                 break;
             default:
-                step = with_side<operation>;
+                step = chained_to_chain<operation>(at->right_kind);
                 break;
         }
     }

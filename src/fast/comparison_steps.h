@@ -1,0 +1,37 @@
+// Comparisons of numbers: steps that compare in the domain of their operands and begin a chain of the whole
+// domain with -1 or 0.
+#pragma once
+
+#include "fast/step.h"
+
+namespace korvane::fast {
+
+// A relation is the set of outcomes for which it is true.
+enum Outcome : int { LESS = 1, EQUAL = 2, GREATER = 4 };
+
+// The relation of an operator, which may be two tokens long.
+int relation_at(const Token* at);
+
+// The step of a relational operator between numbers: `domain` is that in which its left and right sides are
+// compared. The sides may change places, so they must not both take string space, which is taken in order.
+void set_comparison_step(Token* at, Domain domain);
+
+// What a step compares when that is two plain sides: a relation in order, and their type. The relation is 0
+// for all other steps.
+struct PlainForm {
+    int relation;
+    bool single;
+};
+PlainForm plain_form(const Token* at);
+
+template <int relation, typename Number>
+inline bool holds(Number left, Number right) {
+    if constexpr (relation == LESS) return left < right;
+    if constexpr (relation == EQUAL) return left == right;
+    if constexpr (relation == GREATER) return left > right;
+    if constexpr (relation == (LESS | EQUAL)) return left <= right;
+    if constexpr (relation == (GREATER | EQUAL)) return left >= right;
+    return left != right;
+}
+
+}  // namespace korvane::fast
