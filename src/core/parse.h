@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 #include "core/errors.h"
 #include "core/keywords.h"
@@ -35,14 +34,8 @@ inline bool expect_comma(Cursor& cursor) {
 }
 
 // An identifier spelled exactly so (upper case), as the words that are no keywords: FULL, WRAP, OFF ...
-inline bool is_word(const Token* at, std::string_view word) {
-    return at->kind == IDENTIFIER && std::string_view(at->name) == word;
-}
+bool is_word(const Token* at, const char* word);
 
-inline bool accept_word(Cursor& cursor, std::string_view word) {
-    if (!is_word(cursor, word)) return false;
-    ++cursor;
-    return true;
-}
+bool accept_word(Cursor& cursor, const char* word);
 
 }  // namespace korvane

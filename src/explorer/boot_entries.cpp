@@ -11,7 +11,7 @@ constexpr std::size_t label_width = 13;
 constexpr std::size_t detail_column = 10;
 constexpr std::size_t numbers_per_line = 13;  // fit in 79 columns behind the label
 
-void list_number(Listing& listing, std::string_view label, const char16_t* variable) {
+void list_number(Listing& listing, const char* label, const char16_t* variable) {
     const auto number = GlobalVariable(variable).number();
     if (number) listing.line(LineText().put(label).tab_to(label_width).put_hex(*number, 4));
 }

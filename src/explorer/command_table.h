@@ -8,10 +8,10 @@
 namespace korvane {
 
 struct ExplorerCommand {
-    std::string_view word;   // upper case
-    std::string_view alias;  // a second word for it, or empty
-    std::string_view help;   // its line in the help text
-    std::string_view usage;  // printed on bad arguments; empty when it can have none
+    char word[11];      // upper case
+    char alias[10];     // a second word for it, or empty
+    const char* help;   // its line in the help text
+    const char* usage;  // printed on bad arguments; empty when it can have none
     Outcome (*run)(WordReader& arguments);
 };
 

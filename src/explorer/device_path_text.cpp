@@ -60,7 +60,7 @@ void put_pci(LineText& line, const Element& node) {
 }
 
 /// GUID and data, for the vendor nodes of all three types.
-void put_vendor(LineText& line, std::string_view name, const Element& node) {
+void put_vendor(LineText& line, const char* name, const Element& node) {
     line.put(name).put('(');
     put_guid(line, node.field<uefi::Guid>(0));
     if (node.body.size() > sizeof(uefi::Guid)) {
@@ -203,7 +203,7 @@ void put_file_path(LineText& line, const Element& node) {
     put_utf16_text(line, node.body);
 }
 
-void put_guid_node(LineText& line, std::string_view name, const Element& node) {
+void put_guid_node(LineText& line, const char* name, const Element& node) {
     line.put(name).put('(');
     put_guid(line, node.field<uefi::Guid>(0));
     line.put(')');
@@ -220,8 +220,7 @@ void put_ram_disk(LineText& line, const Element& node) {
 }
 
 void put_bbs(LineText& line, const Element& node) {
-    constexpr std::array<std::string_view, 7> types = {"",       "Floppy", "HD",     "CDROM",
-                                                       "PCMCIA", "USB",    "Network"};
+    constexpr std::array<const char*, 7> types = {"", "Floppy", "HD", "CDROM", "PCMCIA", "USB", "Network"};
     const auto type = node.field<std::uint16_t>(0);
     line.put("BBS(");
     if (type != 0 && type < types.size()) {

@@ -9,14 +9,14 @@
 namespace korvane {
 namespace {
 
-constexpr std::array<std::string_view, 17> memory_commands = {
-    "L", "M", "M!", "F", "C", ">", "A", "H", "HA", "T", "SAVE", "LOAD", "R", "W", "V", "MAP", "I"};
-constexpr std::array<std::string_view, 11> storage_commands = {
+constexpr std::array<const char*, 17> memory_commands = {"L", "M",    "M!",   "F", "C", ">", "A",   "H", "HA",
+                                                         "T", "SAVE", "LOAD", "R", "W", "V", "MAP", "I"};
+constexpr std::array<const char*, 11> storage_commands = {
     "DISKS", "DISK", "SECTOR", "PARTITIONS", "PARTITION", "VOLUMES", "DIRFS", "CAT", "HEXFILE", "BOOT", "OS"};
-constexpr std::array<std::string_view, 2> general_commands = {"?", "X"};
+constexpr std::array<const char*, 2> general_commands = {"?", "X"};
 
-void list_help(Listing& listing, std::span<const std::string_view> words) {
-    for (const std::string_view word : words) {
+void list_help(Listing& listing, std::span<const char* const> words) {
+    for (const char* word : words) {
         const ExplorerCommand* command = find_explorer_command(word);
         if (command != nullptr && !listing.line(command->help)) return;
     }

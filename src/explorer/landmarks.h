@@ -9,8 +9,8 @@ namespace korvane {
 
 /// A named address of something that matters on the running machine or inside the interpreter.
 struct Landmark {
-    std::string_view name;
-    std::string_view description;
+    const char* name;
+    const char* description;
 
     /// Where it is at this moment, or nothing when this machine does not have it.
     std::optional<std::uint64_t> (*address)();

@@ -15,6 +15,10 @@ LineText& LineText::put(std::string_view text) {
     return *this;
 }
 
+LineText& LineText::put(const char* text) {
+    return put(std::string_view(text));
+}
+
 LineText& LineText::put_hex(std::uint64_t value, unsigned digits) {
     for (unsigned digit = digits; digit-- > 0;)
         put("0123456789ABCDEF"[(value >> (4 * digit)) & 15]);

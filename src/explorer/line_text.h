@@ -15,6 +15,7 @@ class LineText {
 
     LineText& put(char character);
     LineText& put(std::string_view text);
+    LineText& put(const char* text);  // for constants: the many calls are short without a length
 
     /// The value in upper-case hexadecimal with leading zeros, `digits` (1 to 16) wide; higher digits are
     /// cut.

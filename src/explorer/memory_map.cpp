@@ -17,10 +17,10 @@ constexpr std::uint64_t spare_descriptors = 4;
 // No machine reports more than a few hundred regions; a size beyond this is not believed.
 constexpr std::uint64_t largest_map = std::uint64_t{16} * 1024 * 1024;
 
-constexpr std::array<std::string_view, 15> type_names = {
-    "Reserved",    "LoaderCode",  "LoaderData",   "BootCode", "BootData",
-    "RuntimeCode", "RuntimeData", "Conventional", "Unusable", "ACPIReclaim",
-    "ACPINVS",     "MMIO",        "MMIOPort",     "PalCode",  "Persistent"};
+constexpr std::array<const char*, 15> type_names = {"Reserved", "LoaderCode",  "LoaderData",  "BootCode",
+                                                    "BootData", "RuntimeCode", "RuntimeData", "Conventional",
+                                                    "Unusable", "ACPIReclaim", "ACPINVS",     "MMIO",
+                                                    "MMIOPort", "PalCode",     "Persistent"};
 
 /// The size of buffer that the map wants, with room to grow; 0 when the firmware does not tell.
 std::uint64_t wanted_buffer_size(std::uint64_t& descriptor_size) {
@@ -39,7 +39,7 @@ std::uint64_t wanted_buffer_size(std::uint64_t& descriptor_size) {
 
 MemoryMapCache memory_map_cache;
 
-std::string_view memory_type_name(std::uint32_t type) {
+const char* memory_type_name(std::uint32_t type) {
     return type < type_names.size() ? type_names[type] : "Unknown";
 }
 

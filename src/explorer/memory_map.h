@@ -22,7 +22,7 @@ struct MemoryRegion {
 };
 
 /// "Conventional", "BootData" and so on; "Unknown" for a type of 15 or more.
-std::string_view memory_type_name(std::uint32_t type);
+const char* memory_type_name(std::uint32_t type);
 
 /// What is to be done with memory.
 enum class Access : std::uint8_t {

@@ -10,9 +10,9 @@ namespace korvane {
 namespace {
 
 struct Probe {
-    std::string_view path;
+    const char* path;
     PathKind kind;
-    std::string_view finding;  // the number of the volume follows
+    const char* finding;  // the number of the volume follows
 };
 
 constexpr std::array<Probe, 6> probes = {{

@@ -12,7 +12,7 @@ constexpr std::size_t mbr_signature = 510;
 
 struct PartitionType {
     uefi::Guid identifier;
-    std::string_view name;
+    const char* name;
 };
 
 constexpr std::array<PartitionType, 6> partition_types = {{
@@ -52,7 +52,7 @@ std::optional<GptEntry> decode_gpt_entry(std::span<const std::uint8_t> bytes) {
     return entry;
 }
 
-std::string_view partition_type_name(const uefi::Guid& type) {
+const char* partition_type_name(const uefi::Guid& type) {
     for (const PartitionType& known : partition_types) {
         if (known.identifier == type) return known.name;
     }

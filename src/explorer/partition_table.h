@@ -46,7 +46,7 @@ struct GptEntry {
 std::optional<GptEntry> decode_gpt_entry(std::span<const std::uint8_t> bytes);
 
 /// "EFI System" and so on; "GPT" for a type that is not known here.
-std::string_view partition_type_name(const uefi::Guid& type);
+const char* partition_type_name(const uefi::Guid& type);
 
 /// The line that shows a GPT entry. The size is left out when the last LBA lies below the first or it
 /// overflows.

@@ -34,6 +34,10 @@ void print_line(std::string_view text) {
     con_put_char(line_end);
 }
 
+void print_line(const char* text) {
+    print_line(std::string_view(text));
+}
+
 void print_line(const LineText& line) {
     print_line(line.view());
 }
@@ -80,6 +84,10 @@ bool Listing::line(std::string_view text) {
     if (!make_room(static_cast<std::uint32_t>(text.size() / columns_ + 1))) return false;
     print_line(text);
     return true;
+}
+
+bool Listing::line(const char* text) {
+    return line(std::string_view(text));
 }
 
 bool Listing::row(std::string_view text) {

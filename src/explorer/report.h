@@ -12,6 +12,7 @@ void print(std::string_view text);
 
 /// Prints the text and ends the line.
 void print_line(std::string_view text = {});
+void print_line(const char* text);
 void print_line(const LineText& line);
 
 /// Pauses a dump or a list of findings with "-- press any key --" after every so many lines.
@@ -47,6 +48,7 @@ class Listing {
     /// Prints a line, after a pause when the page is full; a line wider than the text area counts as the rows
     /// it takes. False when the user ended the listing, from then on without printing.
     bool line(std::string_view text);
+    bool line(const char* text);
     bool line(const LineText& text) { return line(text.view()); }
 
     /// Prints one row of running text, at most as wide as the text area. Unlike line(), a text that fills its

@@ -19,7 +19,7 @@ constexpr std::uint64_t runtime_attribute = 0x8000000000000000;  // EFI_MEMORY_R
 constexpr std::string_view no_memory_map = "Unable to obtain UEFI memory map.";
 constexpr std::string_view not_in_memory_map = "Address is not present in the UEFI memory map.";
 
-LineText labelled(std::string_view label, std::size_t column) {
+LineText labelled(const char* label, std::size_t column) {
     LineText line;
     line.put(label).tab_to(column);
     return line;

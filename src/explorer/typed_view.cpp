@@ -15,21 +15,21 @@ constexpr unsigned viewed_bytes = 8;
 constexpr std::size_t value_column = 9;
 constexpr std::size_t unsigned_column = 27;  // past 16 hexadecimal digits
 
-LineText labelled(std::string_view label) {
+LineText labelled(const char* label) {
     LineText line;
     line.put(label).tab_to(value_column);
     return line;
 }
 
 /// One line for the lowest `bytes` bytes of the data: hexadecimal and unsigned.
-void print_unsigned(std::string_view label, std::uint64_t data, unsigned bytes) {
+void print_unsigned(const char* label, std::uint64_t data, unsigned bytes) {
     const std::uint64_t value = bytes == 8 ? data : data & ((std::uint64_t{1} << (8 * bytes)) - 1);
     LineText line = labelled(label);
     line.put_hex(value, 2 * bytes).tab_to(unsigned_column);
     print_line(line.put("unsigned=").put_decimal(value));
 }
 
-void print_real(std::string_view label, double value, Type type) {
+void print_real(const char* label, double value, Type type) {
     // The sign place is a blank for a positive number, which keeps the digits of both signs aligned.
     const NumberText text = format_number(Value::of_real(value, type));
     std::string_view shown = text.view();

@@ -120,7 +120,7 @@ bool print_entry(std::string_view name, bool is_directory) {
 bool print_directory_heading() {
     if (listing.column != 0 && !end_line()) return false;
     if (listing.lines != 0 && !end_line()) return false;
-    con_put_text("Directory of ");
+    con_put_string("Directory of ");
     con_put_text(listing.path_length == 0 ? std::string_view(".")
                                           : std::string_view(listing.path, listing.path_length));
     return end_line();

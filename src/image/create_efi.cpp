@@ -97,7 +97,7 @@ void do_createefi(Cursor& cursor) {
         raise(failure);
         return;
     }
-    con_put_text("Created ");
+    con_put_string("Created ");
     con_put_text(name.view());
     con_put_char('\r');
 }

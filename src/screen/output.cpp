@@ -28,10 +28,6 @@ void out_put_char(std::uint8_t code) {
     }
 }
 
-void out_put_string(const char* text) {
-    out_put_text(text);
-}
-
 void out_put_text(std::string_view text) {
     for (const char character : text) {
         out_put_char(static_cast<std::uint8_t>(character));

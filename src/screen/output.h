@@ -31,8 +31,7 @@ class OutputRouting {
 // may raise "Disk I/O error" or "Field overflow".
 void out_put_char(std::uint8_t code);
 
-// Zero-terminated and counted texts, character by character; a file's error ends them early.
-void out_put_string(const char* text);
+// Sends a text character by character; a file's error ends it early.
 void out_put_text(std::string_view text);
 
 // The output column, counted from 0: the file's column counter, else the cursor's distance from the left edge

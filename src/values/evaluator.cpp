@@ -201,11 +201,6 @@ std::int64_t evaluate_integer(Cursor& cursor) {
     return error_pending() ? 0 : to_integer(value);
 }
 
-double evaluate_double(Cursor& cursor) {
-    const Value value = evaluate(cursor);
-    return error_pending() ? 0 : to_double(value);
-}
-
 bool evaluate_truth(Cursor& cursor) {
     const Value value = evaluate(cursor);
     if (error_pending()) return false;

@@ -21,9 +21,6 @@ Value evaluate(Cursor& cursor);
 // mismatch".
 std::int64_t evaluate_integer(Cursor& cursor);
 
-// An expression converted to a double. A string is "Type mismatch".
-double evaluate_double(Cursor& cursor);
-
 // An expression as a condition: true when not zero. A string is "Type mismatch".
 bool evaluate_truth(Cursor& cursor);
 

@@ -100,7 +100,7 @@ TEST(CommandTable, CommandsStandInTheOrderInWhichTheyAreTried) {
         "DISK", "SECTOR", "PARTITIONS", "PARTITION", "VOLUMES", "DIRFS", "CAT", "HEXFILE", "BOOT", "OS"};
     ASSERT_EQ(explorer_commands().size(), std::size(order));
     for (std::size_t i = 0; i < std::size(order); ++i)
-        EXPECT_EQ(explorer_commands()[i].word, order[i]);
+        EXPECT_STREQ(explorer_commands()[i].word, order[i]);
 }
 
 }  // namespace

@@ -44,9 +44,9 @@ TEST(MemoryMap, TypesHaveTheirNames) {
                                  "RuntimeCode", "RuntimeData", "Conventional", "Unusable", "ACPIReclaim",
                                  "ACPINVS",     "MMIO",        "MMIOPort",     "PalCode",  "Persistent"};
     for (std::uint32_t type = 0; type < 15; ++type)
-        EXPECT_EQ(memory_type_name(type), names[type]);
-    EXPECT_EQ(memory_type_name(15), "Unknown");
-    EXPECT_EQ(memory_type_name(0x80000000), "Unknown");
+        EXPECT_STREQ(memory_type_name(type), names[type]);
+    EXPECT_STREQ(memory_type_name(15), "Unknown");
+    EXPECT_STREQ(memory_type_name(0x80000000), "Unknown");
 }
 
 TEST(MemoryMap, FiveTypesAreNotReadable) {
