@@ -124,16 +124,25 @@ void set_whole_element_step(Token* bracket, Type type) {
 
 }  // namespace
 
+template <int size>
+std::uint8_t* element_place(const Token* bracket) {
+    return find_element<size>(bracket);
+}
+template std::uint8_t* element_place<2>(const Token*);
+template std::uint8_t* element_place<4>(const Token*);
+template std::uint8_t* element_place<8>(const Token*);
+template std::uint8_t* element_place<16>(const Token*);
+
 std::uint8_t* element_address(Token* at, Type type) {
     switch (storage_size(type)) {
         case 2:
-            return find_element<2>(at);
+            return element_place<2>(at);
         case 4:
-            return find_element<4>(at);
+            return element_place<4>(at);
         case 8:
-            return find_element<8>(at);
+            return element_place<8>(at);
         default:
-            return find_element<16>(at);
+            return element_place<16>(at);
     }
 }
 

@@ -103,6 +103,10 @@ bool specialise_statement(Token* at) {
             return specialise_while(at);
         case KW_WEND:
             return specialise_wend(at);
+        case KW_SWAP:
+            return specialise_swap(at);
+        case KW_READ:
+            return specialise_read(at);
         default:
             return false;
     }
@@ -131,6 +135,8 @@ Execute plain_form(std::uint8_t kind) {
         case KW_NEXT:
         case KW_WHILE:
         case KW_WEND:
+        case KW_SWAP:
+        case KW_READ:
             return nullptr;
         default:
             return execute_general;

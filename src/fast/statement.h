@@ -28,6 +28,13 @@ extern State state;
 // look: an error, a stop, or something switched on that it checks before each statement.
 std::uint64_t execute_general(Token* at, std::uint64_t left);
 
+// The same for a statement that may have taken string space before it failed: it starts again with what it
+// found.
+inline std::uint64_t fall_back(Token* at, std::uint64_t left, std::uint8_t* string_top) {
+    arenas.FREETOP = string_top;
+    return execute_general(at, left);
+}
+
 // Ends the chain of statements in front of the one at `at`.
 std::uint64_t pause(Token* at);
 
@@ -90,5 +97,7 @@ bool specialise_for(Token* at);
 bool specialise_next(Token* at);
 bool specialise_while(Token* at);
 bool specialise_wend(Token* at);
+bool specialise_swap(Token* at);
+bool specialise_read(Token* at);
 
 }  // namespace korvane::fast

@@ -1,6 +1,7 @@
 // Evaluating a side of the text domain: a variable, a literal, or a chain.
 #pragma once
 
+#include "core/arenas.h"
 #include "fast/step.h"
 #include "platform/memory.h"
 
@@ -30,6 +31,22 @@ inline Value right_text(const Token* at) {
 }
 inline Value left_text(const Token* at) {
     return text_side(at->left_kind, at->step.left_operand, at->step.left_inner);
+}
+
+// Room for a new string, or null when there is none; raises nothing.
+inline std::uint8_t* take_string_space(std::uint64_t length) {
+    if (__builtin_expect(static_cast<std::int64_t>(length) > arenas.FREETOP - arenas.FREEBOT, false))
+        return nullptr;
+    return arenas.FREETOP -= length;
+}
+
+// Copies the text to new string space and makes it the content of a variable; false when there is no room.
+inline bool store_text(std::uint8_t* place, const Value& text) {
+    std::uint8_t* bytes = take_string_space(text.length);
+    if (bytes == nullptr) return false;
+    copy_bytes(bytes, text.bytes, text.length);
+    write_unaligned(place, StringDescriptor{.length = text.length, .zero = 0, .bytes = bytes});
+    return true;
 }
 
 }  // namespace korvane::fast

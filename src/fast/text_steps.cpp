@@ -10,13 +10,6 @@
 namespace korvane::fast {
 namespace {
 
-// Room for a new string, or null; raises nothing.
-std::uint8_t* take_string_space(std::uint64_t length) {
-    if (length > free_data_bytes()) return nullptr;
-    arenas.FREETOP -= length;
-    return arenas.FREETOP;
-}
-
 Value copy_of(const std::uint8_t* bytes, std::uint64_t length) {
     std::uint8_t* copy = take_string_space(length);
     if (copy == nullptr) return no_text();

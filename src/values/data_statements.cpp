@@ -58,27 +58,29 @@ bool at_data_end(std::string_view text) {
 
 // From behind the opening quote to the closing one, or to the end of the line when it is missing.
 std::string_view take_quoted(std::string_view text) {
-    const std::uint32_t start = ++data_position.offset;
-    while (data_position.offset < text.size() && text[data_position.offset] != '"')
-        ++data_position.offset;
-    const std::string_view item = text.substr(start, data_position.offset - start);
-    if (data_position.offset < text.size()) ++data_position.offset;
+    const std::uint32_t start = data_position.offset + 1;
+    std::uint32_t end = start;
+    while (end < text.size() && text[end] != '"')
+        ++end;
+    data_position.offset = end < text.size() ? end + 1 : end;
     skip_blanks(text);
-    return item;
+    return text.substr(start, end - start);
 }
 
 std::string_view take_unquoted(std::string_view text) {
     const std::uint32_t start = data_position.offset;
-    while (!at_data_end(text) && text[data_position.offset] != ',')
-        ++data_position.offset;
-    std::string_view item = text.substr(start, data_position.offset - start);
-    while (!item.empty() && is_blank(item.back()))
-        item.remove_suffix(1);
-    return item;
+    std::uint32_t end = start;
+    while (end < text.size() && text[end] != ':' && text[end] != ',')
+        ++end;
+    data_position.offset = end;
+    while (end != start && is_blank(text[end - 1]))
+        --end;
+    return text.substr(start, end - start);
 }
 
-// The next item; false when there is none ("Out of DATA" is raised).
-bool take_item(std::string_view& item) {
+}  // namespace
+
+bool next_data_item(std::string_view& item) {
     for (;;) {
         if (data_position.line < program.count && data_position.in_statement) {
             const std::string_view text = line_text(data_position.line);
@@ -92,14 +94,9 @@ bool take_item(std::string_view& item) {
             }
             data_position.in_statement = false;
         }
-        if (!find_next_data()) {
-            raise(message::out_of_data);
-            return false;
-        }
+        if (!find_next_data()) return false;
     }
 }
-
-}  // namespace
 
 void reset_data_position() {
     move_to_line(direct_line);
@@ -116,7 +113,10 @@ void do_read(Cursor& cursor) {
         const Reference target = resolve_reference(cursor);
         if (error_pending()) return;
         std::string_view item;
-        if (!take_item(item)) return;
+        if (!next_data_item(item)) {
+            raise(message::out_of_data);
+            return;
+        }
         if (!store_item(target, item) && !error_pending()) raise(message::type_mismatch);
     } while (!error_pending() && accept(cursor, ','));
 }

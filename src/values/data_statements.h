@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "core/token.h"
 
@@ -18,6 +19,9 @@ extern DataPosition data_position;
 
 // READ starts again at the program's first DATA; RUN and every change of the program's lines need it.
 void reset_data_position();
+
+// Takes the next item, without the quotes or blanks around it; false when there is none. Raises nothing.
+bool next_data_item(std::string_view& item);
 
 // DATA is passed over when it is reached.
 void do_data(Cursor& cursor);

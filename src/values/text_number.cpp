@@ -92,6 +92,16 @@ NumberReading text_to_double(std::string_view text, double& number) {
     return NumberReading::number;
 }
 
+bool cannot_overflow(std::string_view text) {
+    constexpr std::size_t fits_a_single = 38;  // digits
+    if (text.size() > fits_a_single) return false;
+    for (const char character : text) {
+        const char letter = fold_to_upper(character);
+        if (letter == 'E' || letter == 'D' || letter == '&') return false;
+    }
+    return true;
+}
+
 Value longest_number(std::string_view text) {
     skip_blanks(text);
     const bool negative = take_sign(text);

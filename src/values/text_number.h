@@ -25,6 +25,10 @@ NumberReading text_to_integer(std::string_view text, std::int64_t& integer);
 // "Overflow" when the number is too large for a DOUBLE, or has more than 64 bits.
 NumberReading text_to_double(std::string_view text, double& number);
 
+// Whether reading the text as a number cannot raise "Overflow": it is short and has neither an exponent nor a
+// prefix. Then VAL gives a DOUBLE.
+bool cannot_overflow(std::string_view text);
+
 // What VAL gives: after blanks and tabs the longest beginning of the text that is a number, as a correctly
 // rounded DOUBLE; 0 when there is none. &H and &O forms give an integer, typed like a literal's. Raises
 // "Overflow" like text_to_double().

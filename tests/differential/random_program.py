@@ -13,6 +13,8 @@ LITERALS = (
     "70000& 2147483647& 5000000000&& 9223372036854775807&& &H10 &HFF"
 ).split()
 TEXT_LITERALS = ['"abc"', '"X"', '""', '"hello world"']
+NUMBER_TEXTS = ['"12"', '" -3.5x"', '"1E3"', '"&H1F"', '"1E400"', '"12D1"', '".5"', '""']
+COUNTS = ["0", "1", "3", "I", "C%", "-1"]
 RELATIONS = ["=", "<", ">", "<=", ">=", "<>"]
 LOOP_VARIABLES = ["I", "J", "C%", "E&", "G!", "K&&"]
 STEPS = ["", " STEP 2", " STEP .5", " STEP -1", " STEP 3"]
@@ -52,7 +54,8 @@ class ProgramMaker:
             (2, lambda: f"{choose(['FNA', 'FNC'])}({inner()})"),
             (1, lambda: f"FNB({inner()},{inner()})"),
             (2, lambda: f"{choose(['LEN', 'ASC'])}({self.text(depth - 1)})"),
-            (1, lambda: f"INSTR({self.text(depth - 1)},{self.text(0)})"),
+            (2, lambda: f"INSTR({choose(['', '', self.number(0) + ','])}{self.text(depth - 1)},{self.text(0)})"),
+            (1, lambda: f"VAL({choose([self.text(depth - 1), self.random.choice(NUMBER_TEXTS)])})"),
         ])
 
     def subscript(self, depth):
@@ -78,6 +81,10 @@ class ProgramMaker:
             (10, lambda: f"MID$({inner()},{self.number(0)}{length()})"),
             (10, lambda: f"{self.random.choice(['LEFT$', 'RIGHT$'])}({inner()},{self.number(0)})"),
             (5, lambda: f"CHR$(65+{self.random.choice('12I')})"),
+            (4, lambda: f"STR$({self.number(1)})"),
+            (3, lambda: f"{self.random.choice(['UCASE$', 'LCASE$'])}({inner()})"),
+            (2, lambda: f"SPACE$({self.random.choice(COUNTS)})"),
+            (2, lambda: f"STRING$({self.random.choice(COUNTS)},{self.pick([(1, inner), (1, lambda: '45')])})"),
             (5, lambda: f"N$({self.subscript(1)})"),
         ])
 
@@ -113,10 +120,10 @@ class ProgramMaker:
             (3, lambda: f"N$({self.subscript(1)})={self.text(2)}"),
             (7, lambda: f"PRINT {self.pick([(1, lambda: self.number(2)), (1, lambda: self.text(2))])}"
                         + self.random.choice(["", ";", ","])),
-            (3, lambda: self.random.choice(["SWAP A,B", "SWAP S$,T$", "SWAP P(1),P(2)"])),
+            (4, self.swap),
             (4, lambda: "GOSUB 9000"),
             (2, lambda: "GOSUB 9100"),
-            (2, lambda: f"READ {self.random.choice(NUMBERS + STRINGS)}"),
+            (3, self.read),
             (1, lambda: "RESTORE"),
             (2, lambda: "ERASE Q%: DIM Q%(5)"),
             (2, lambda: "PRINT FRE(0)"),
@@ -129,6 +136,24 @@ class ProgramMaker:
             (3, lambda: f"T2=0: WHILE T2<3: T2=T2+1: {self.statement(0)}: WEND"),
         ]
         return self.pick(simple + (nested if nesting else []))
+
+    def swap(self):
+        """Two places, mostly of one type; elements may be out of range."""
+        if self.random.random() < 0.1:
+            return f"SWAP {self.random.choice(NUMBERS + STRINGS)},{self.random.choice(NUMBERS + STRINGS)}"
+        text, real = lambda: f"N$({self.subscript(1)})", lambda: f"P({self.subscript(1)})"
+        return self.random.choice([
+            f"SWAP A,{self.random.choice('BIJX')}", "SWAP S$,T$", "SWAP C%,D%", "SWAP E&,F&", "SWAP G!,H!",
+            f"SWAP {text()},{text()}", f"SWAP U$,{text()}", f"SWAP {real()},{real()}", f"SWAP {real()},B",
+            f"SWAP Q%({self.subscript(1)}),C%", f"SWAP R&({self.subscript(1)},1),F&",
+        ])
+
+    def read(self):
+        element = lambda: self.random.choice([f"N$({self.subscript(1)})", self.element(1)])
+        place = lambda: self.random.choice(NUMBERS + STRINGS)
+        return "READ " + self.pick([
+            (4, place), (3, element), (2, lambda: place() + "," + place()), (1, lambda: place() + "," + element()),
+        ])
 
     # ---- The program
 
@@ -159,7 +184,8 @@ ENDING = [
     "8040 END",
     "9000 A=A+1: RETURN",
     "9100 FOR II=1 TO 3: B=B+II: NEXT: RETURN",
-    '9200 DATA 1,2.5,"x",4E3,70000,-5,abc,9',
+    '9200 DATA 1,2.5,"x",4E3,70000,-5,abc,9: DATA "two words",, 3 ,-0',
+    '9210 DATA 12,1E39,&HFF,7!',
     "9500 ECNT=ECNT+1: IF ECNT=31 THEN RESUME 8000",
     '9510 PRINT "E";ERR;ERL: RESUME NEXT',
 ]

@@ -1,0 +1,96 @@
+// Specialised READ: the keyword and the commas behind it hold a place each, and the next comma in inner.
+//
+// A READ that fails part of the way is executed again from its start, with the position in the DATA that it
+// found. That cannot be noticed while reading a place does not change where the next one is, so only a single
+// place may be an element.
+#include <limits>
+#include <string_view>
+
+#include "fast/places.h"
+#include "fast/statement.h"
+#include "fast/text_sides.h"
+#include "values/data_statements.h"
+#include "values/text_number.h"
+
+namespace korvane::fast {
+namespace {
+
+// Integers that the type does not hold exactly are rounded or refused by the general handler.
+template <typename Integer>
+bool store_integer(std::uint8_t* place, double number) {
+    using Limits = std::numeric_limits<Integer>;
+    if (!(number >= Limits::min() && number <= Limits::max())) return false;
+    const auto integer = static_cast<Integer>(number);
+    if (static_cast<double>(integer) != number) return false;
+    write_unaligned(place, integer);
+    return true;
+}
+
+bool store_number(std::uint8_t* place, Type type, std::string_view item) {
+    double number;
+    if (!cannot_overflow(item) || text_to_double(item, number) != NumberReading::number) return false;
+    switch (type) {
+        case Type::INTEGER:
+            return store_integer<std::int16_t>(place, number);
+        case Type::LONG:
+            return store_integer<std::int32_t>(place, number);
+        case Type::SINGLE:
+            write_unaligned(place, static_cast<float>(number));
+            return true;
+        case Type::DOUBLE:
+            write_unaligned(place, number);
+            return true;
+        // A double does not hold every INT64.
+        default:
+            return false;
+    }
+}
+
+bool read_item(const Token* host) {
+    const Type type = place_type(host);
+    std::uint8_t* place = place_address(host);
+    std::string_view item;
+    if (place == nullptr || !next_data_item(item)) return false;
+    if (type != Type::STRING) return store_number(place, type, item);
+    return store_text(place, Value::of_string(reinterpret_cast<const std::uint8_t*>(item.data()),
+                                              static_cast<std::uint32_t>(item.size())));
+}
+
+bool read_items(const Token* host) {
+    const DataPosition start = data_position;
+    for (; host != nullptr; host = host->step.inner) {
+        if (read_item(host)) continue;
+        data_position = start;
+        return false;
+    }
+    return true;
+}
+
+std::uint64_t read_places(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    std::uint8_t* string_top = arenas.FREETOP;
+    if (!read_items(at)) return fall_back(at, left, string_top);
+    return proceed(at->step.next, left);
+}
+
+}  // namespace
+
+bool specialise_read(Token* at) {
+    Token* host = at;
+    Token* end = at + 1;
+    while (bind_place(host, end)) {
+        const bool is_only = host == at && end->kind != ',';
+        if (is_element(host) && !is_only) return false;
+        host->step.inner = nullptr;
+        if (end->kind != ',') {
+            at->step.next = link_behind(end);
+            at->execute = read_places;
+            return true;
+        }
+        host->step.inner = end;
+        host = end++;
+    }
+    return false;
+}
+
+}  // namespace korvane::fast

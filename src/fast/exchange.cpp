@@ -1,0 +1,54 @@
+// Specialised SWAP: the keyword holds the first place, the comma the second one.
+#include "fast/places.h"
+#include "fast/statement.h"
+#include "platform/memory.h"
+
+namespace korvane::fast {
+namespace {
+
+template <int size>
+struct Datum {
+    std::uint8_t bytes[size];
+};
+
+template <int size>
+std::uint64_t swap_places(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    // Subscripts may take string space.
+    std::uint8_t* string_top = arenas.FREETOP;
+    std::uint8_t* first = place_address<size>(at);
+    std::uint8_t* second = first == nullptr ? nullptr : place_address<size>(at->step.inner);
+    if (__builtin_expect(second == nullptr, false)) return fall_back(at, left, string_top);
+    const auto kept = read_unaligned<Datum<size>>(first);
+    write_unaligned(first, read_unaligned<Datum<size>>(second));
+    write_unaligned(second, kept);
+    return proceed(at->step.next, left);
+}
+
+Execute choose(Type type) {
+    switch (storage_size(type)) {
+        case 2:
+            return swap_places<2>;
+        case 4:
+            return swap_places<4>;
+        case 8:
+            return swap_places<8>;
+        default:
+            return swap_places<16>;
+    }
+}
+
+}  // namespace
+
+bool specialise_swap(Token* at) {
+    Token* comma = at + 1;
+    if (!bind_place(at, comma) || comma->kind != ',') return false;
+    Token* end = comma + 1;
+    if (!bind_place(comma, end) || place_type(at) != place_type(comma)) return false;
+    at->step.inner = comma;
+    at->step.next = link_behind(end);
+    at->execute = choose(place_type(at));
+    return true;
+}
+
+}  // namespace korvane::fast
