@@ -26,13 +26,14 @@ void end_names(std::uint32_t column) {
     if (column < out_width()) end_line();
 }
 
-// A category's names, on lines of at most `width` characters. Gives the first entry of the next category.
-std::size_t print_names(std::size_t first, std::uint32_t width) {
+// The names of the category at which the walk stands, on lines of at most `width` characters. False when it
+// was the last one; else the walk is left at the first entry of the next.
+bool print_names(HelpWalk& walk, std::uint32_t width) {
     std::uint32_t column = 0;
-    std::size_t i = first;
-    const std::string_view category = help_table[first].category;
-    for (; i < help_table.size() && help_table[i].category == category; ++i) {
-        const std::string_view name = help_table[i].name;
+    bool more = true;
+    const char* category = walk.entry().category.data();
+    for (; more && walk.entry().category.data() == category; more = walk.next()) {
+        const std::string_view name = walk.entry().name;
         const auto length = static_cast<std::uint32_t>(name.size());
         if (column > 0 && column + gap + length > width) {
             end_names(column);
@@ -46,27 +47,28 @@ std::size_t print_names(std::size_t first, std::uint32_t width) {
         column += length;
     }
     end_names(column);
-    return i;
+    return more;
 }
 
 void print_index() {
     con_put_string("Korvane BASIC v2.0 help. Type HELP name for details.");
     end_line();
     const std::uint32_t width = std::min(out_width(), widest_index_line);
-    for (std::size_t i = 0; i < help_table.size();) {
+    HelpWalk walk;
+    walk.next();
+    do {
         end_line();
         con_put_char('[');
-        con_put_string(help_table[i].category);
+        con_put_text(walk.entry().category);
         con_put_char(']');
         end_line();
-        i = print_names(i, width);
-    }
+    } while (print_names(walk, width));
 }
 
 void print_entry(std::string_view name) {
-    for (const HelpEntry& entry : help_table) {
-        if (entry.name != name) continue;
-        con_put_string(entry.text);
+    for (HelpWalk walk; walk.next();) {
+        if (walk.entry().name != name) continue;
+        con_put_text(walk.entry().text);
         end_line();
         return;
     }

@@ -1,10 +1,18 @@
 #include "help/help_table.h"
 
-namespace korvane {
+#include <array>
+#include <cstdint>
 
-// Grouped by category, in the order in which the index shows them. ON and TIMER stand in two categories each;
-// a lookup finds the first.
-const std::array<HelpEntry, 179> help_table = {{
+namespace korvane {
+namespace {
+
+struct Row {
+    const char* category;
+    const char* name;
+    const char* text;
+};
+
+constexpr Row rows[] = {
     {"PROGRAM", "AUTO", "AUTO [start][,increment] - automatic line numbers"},
     {"PROGRAM", "CHAIN",
      "CHAIN [MERGE] file$[,[line][,[ALL][,DELETE range]]] - load/overlay another program; COMMON controls "
@@ -212,6 +220,76 @@ const std::array<HelpEntry, 179> help_table = {{
     {"SYNTAX", "USING",
      "PRINT USING format$;list - USING: formatted output with # . , + - $$ ** ^ ! & \\ \\ fields"},
     {"SYNTAX", "XOR", "a XOR b - bitwise exclusive or"},
-}};
+};
+
+// The rows as the image holds them, without pointers and without the names that begin their texts. An entry
+// is
+// - a byte: the length of its name where its text begins with it, else 0, plus `begins_category` where it is
+//   the first of its category;
+// - zero-terminated texts: the category if it begins one, the name if it does not begin the text, the text.
+// A final byte `end_of_entries` follows the last.
+constexpr std::uint8_t begins_category = 0x80;
+constexpr std::uint8_t end_of_entries = 0x7F;
+
+// Receives the packed bytes, and counts them only while there is no place for them.
+struct Packer {
+    char* place;
+    std::size_t size = 0;
+
+    constexpr void put(std::uint8_t byte) {
+        if (place != nullptr) place[size] = static_cast<char>(byte);
+        ++size;
+    }
+    constexpr void put(std::string_view text) {
+        for (const char character : text)
+            put(static_cast<std::uint8_t>(character));
+        put(std::uint8_t{0});
+    }
+};
+
+constexpr std::size_t pack(char* place) {
+    Packer packer{place};
+    std::string_view category;
+    for (const Row& row : rows) {
+        const std::string_view name = row.name;
+        const bool begins = category != row.category;
+        const bool name_in_text = std::string_view(row.text).starts_with(name);
+        packer.put(
+            static_cast<std::uint8_t>((name_in_text ? name.size() : 0) | (begins ? begins_category : 0)));
+        if (begins) packer.put(category = row.category);
+        if (!name_in_text) packer.put(name);
+        packer.put(std::string_view(row.text));
+    }
+    packer.put(end_of_entries);
+    return packer.size;
+}
+
+constexpr auto packed_entries = [] {
+    std::array<char, pack(nullptr)> bytes{};
+    pack(bytes.data());
+    return bytes;
+}();
+
+// The zero-terminated text at a place, which is moved behind it.
+std::string_view take_text(const char*& at) {
+    const std::string_view text(at);
+    at += text.size() + 1;
+    return text;
+}
+
+}  // namespace
+
+HelpWalk::HelpWalk() : at_(packed_entries.data()) {}
+
+bool HelpWalk::next() {
+    if (static_cast<std::uint8_t>(*at_) == end_of_entries) return false;
+    const auto head = static_cast<std::uint8_t>(*at_++);
+    const std::size_t name_length = head & ~begins_category;
+    if ((head & begins_category) != 0) entry_.category = take_text(at_);
+    if (name_length == 0) entry_.name = take_text(at_);
+    entry_.text = take_text(at_);
+    if (name_length != 0) entry_.name = entry_.text.substr(0, name_length);
+    return true;
+}
 
 }  // namespace korvane

@@ -57,7 +57,7 @@ Value evaluate_bare_name(Cursor& cursor) {
 
 // Calls a built-in function whose "(" is at the cursor.
 Value call_function(const BuiltInFunction& function, Cursor& cursor) {
-    if (function.call != nullptr) return function.call(cursor);
+    if (function.form == BuiltInFunction::Form::call) return function.call(cursor);
     ++cursor;
     const Value argument = evaluate(cursor);
     if (error_pending() || !expect(cursor, ')', message::expected_right_parenthesis)) return Value::nothing();

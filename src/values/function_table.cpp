@@ -1,7 +1,10 @@
 // The table of built-in functions and system variables: the one place that knows them all.
+#include <algorithm>
 #include <array>
+#include <span>
 
 #include "files/file_functions.h"
+#include "platform/memory.h"
 #include "values/device_functions.h"
 #include "values/functions.h"
 #include "values/numeric_functions.h"
@@ -11,14 +14,29 @@
 namespace korvane {
 namespace {
 
+using Form = BuiltInFunction::Form;
+
+// A row with its name only.
+constexpr BuiltInFunction named(std::string_view name, Form form) {
+    BuiltInFunction row{.name = {}, .form = form, .bare = nullptr};
+    std::copy(name.begin(), name.end(), row.name);
+    return row;
+}
+
 constexpr BuiltInFunction bare(std::string_view name, Value (*function)()) {
-    return {.name = name, .bare = function, .unary = nullptr, .call = nullptr};
+    BuiltInFunction row = named(name, Form::bare);
+    row.bare = function;
+    return row;
 }
 constexpr BuiltInFunction unary(std::string_view name, Value (*function)(const Value&)) {
-    return {.name = name, .bare = nullptr, .unary = function, .call = nullptr};
+    BuiltInFunction row = named(name, Form::unary);
+    row.unary = function;
+    return row;
 }
 constexpr BuiltInFunction call(std::string_view name, Value (*function)(Cursor&)) {
-    return {.name = name, .bare = nullptr, .unary = nullptr, .call = function};
+    BuiltInFunction row = named(name, Form::call);
+    row.call = function;
+    return row;
 }
 
 // Names without "(".
@@ -104,11 +122,16 @@ constexpr std::array called_functions{
     unary("KORVANEADR", function_korvaneadr),
 };
 
-template <std::size_t Size>
-const BuiltInFunction* find(const std::array<BuiltInFunction, Size>& table, std::string_view name) {
+bool has_name(const BuiltInFunction& function, std::string_view name) {
+    constexpr std::size_t longest = sizeof function.name;
+    return name.size() <= longest && compare_bytes(function.name, name.data(), name.size()) == 0 &&
+           (name.size() == longest || function.name[name.size()] == 0);
+}
+
+const BuiltInFunction* find(std::span<const BuiltInFunction> table, std::string_view name) {
     for (const BuiltInFunction& function : table) {
         // Most names differ in their first letters; asking for these first costs no call.
-        if (function.name[0] == name[0] && function.name == name) return &function;
+        if (function.name[0] == name[0] && has_name(function, name)) return &function;
     }
     return nullptr;
 }

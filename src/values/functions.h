@@ -13,13 +13,19 @@
 
 namespace korvane {
 
-// A row of the table: exactly one of the three pointers is set.
+// A row of the table.
 struct BuiltInFunction {
-    std::string_view name;
-    Value (*bare)();               // a function without arguments, or a system variable
-    Value (*unary)(const Value&);  // one expression in parentheses, which the evaluator reads
-    Value (*call)(Cursor&);        // reads its own arguments; the cursor stands on "("
+    enum class Form : std::uint8_t { bare, unary, call };
+
+    char name[15];  // zero-padded; the longest name fills it
+    Form form;      // which of the following it is
+    union {
+        Value (*bare)();               // a function without arguments, or a system variable
+        Value (*unary)(const Value&);  // one expression in parentheses, which the evaluator reads
+        Value (*call)(Cursor&);        // reads its own arguments; the cursor stands on "("
+    };
 };
+static_assert(sizeof(BuiltInFunction) == 24);
 
 const BuiltInFunction* find_bare_function(std::string_view name);
 const BuiltInFunction* find_called_function(std::string_view name);

@@ -303,20 +303,22 @@ constexpr std::array<std::string_view, 3> starting_lines = {
     "DIM N%(3): A=0: B=0: A$=\"x\": B$=\"y\": BSAVE \"M.BIN\",VARPTR(A),8"};
 
 TEST(HelpSyntax, UsesFollowTheTable) {
-    ASSERT_EQ(all_uses().size(), help_table.size());
-    for (std::size_t i = 0; i < help_table.size(); ++i) {
-        EXPECT_EQ(all_uses()[i].name, help_table[i].name);
-        EXPECT_FALSE(all_uses()[i].lines.empty());
+    HelpWalk walk;
+    for (const Uses& uses : all_uses()) {
+        ASSERT_TRUE(walk.next());
+        EXPECT_EQ(uses.name, walk.entry().name);
+        EXPECT_FALSE(uses.lines.empty());
     }
+    EXPECT_FALSE(walk.next());
 }
 
 TEST(HelpSyntax, EveryTextIsASyntaxAndADescription) {
-    for (const HelpEntry& entry : help_table) {
-        const std::string_view text = entry.text;
+    for (HelpWalk walk; walk.next();) {
+        const std::string_view text = walk.entry().text;
         const std::size_t dash = text.find(" - ");
         if (text == "ON expr GOTO/GOSUB ...; ON ERROR/BREAK GOTO line") continue;  // all syntax
         ASSERT_NE(dash, std::string_view::npos) << text;
-        EXPECT_NE(text.substr(0, dash).find(entry.name), std::string_view::npos) << text;
+        EXPECT_NE(text.substr(0, dash).find(walk.entry().name), std::string_view::npos) << text;
     }
 }
 
