@@ -56,6 +56,22 @@ std::vector<std::uint64_t> circle_places(std::uint32_t pitch, std::int64_t radiu
     return places;
 }
 
+std::vector<std::uint64_t> outline_places(std::uint32_t pitch, const Area& area) {
+    std::vector<std::uint64_t> places;
+    const auto add = [&](std::uint32_t x, std::uint32_t y) {
+        places.push_back(std::uint64_t{y} * pitch + x);
+    };
+    for (std::uint32_t i = 0; i < area.columns; ++i) {
+        add(area.x + i, area.y);
+        add(area.x + i, area.y + area.rows - 1);
+    }
+    for (std::uint32_t i = 0; i < area.rows; ++i) {
+        add(area.x, area.y + i);
+        add(area.x + area.columns - 1, area.y + i);
+    }
+    return places;
+}
+
 std::vector<std::uint64_t> diagonal_places(std::uint32_t pitch) {
     std::vector<std::uint64_t> places;
     for (std::uint64_t x = 0; x < width; ++x)
@@ -103,11 +119,14 @@ std::vector<Subject> graphics_subjects(PlainBuffers& buffers) {
     const auto copy_large = [&] { buffers.copy_in(large); };
     const auto circle = circle_places(buffers.pitch(), 500);
     const auto diagonal = diagonal_places(buffers.pitch());
+    const auto outline = outline_places(buffers.pitch(), large);
     return {
         {"LINE ... BF, whole screen", "C& = 0", "C& = C& + 16: LINE (0,0)-(1919,1079), C&, BF", 50,
          [&] { buffers.fill(whole_screen); }, block_goal},
         {"LINE ... BF, 1000x1000", "C& = 0", "C& = C& + 16: LINE (500,50)-(1499,1049), C&, BF", 50,
          [&] { buffers.fill(large); }, block_goal},
+        {"LINE ... B, 1000x1000", "REM", "LINE (500,50)-(1499,1049), 7, B", 2000,
+         [&, outline] { buffers.store(outline); }},
         {"LINE ... BF, 16x16", "C& = 0", "LINE (500,50)-(515,65), 7, BF", 20000,
          [&] { buffers.fill(small); }},
         {"PUT ... PSET, 1000x1000", "DIM A&(1000001): GET (0,0)-(999,999), A&", "PUT (500,50), A&, PSET", 50,
