@@ -245,8 +245,7 @@ bool emit(std::int16_t index, Domain wanted, Side& side) {
         case Form::CALL:
             set_function_step(node.token, node.name, domain);
             break;
-        case Form::TEXT_CALL:
-            set_text_function_step(node.token, node.name);
+        case Form::TEXT_CALL:  // has its step
             break;
         case Form::USER:
             set_user_function_step(node.token, node.function, domain);

@@ -5,6 +5,8 @@
 #include "platform/stack.h"
 #include "values/kernels.h"
 #include "values/rounding.h"
+#include "values/string_functions.h"
+#include "values/text_number.h"
 #include "values/user_functions.h"
 #include "values/variables.h"
 
@@ -59,12 +61,35 @@ Whole code_of_text(std::int64_t, Token* at) {
     return text.type == Type::NONE || text.length == 0 ? Whole{0, 1} : go_on_whole(text.bytes[0], at);
 }
 
+Whole position_in_text(std::int64_t, Token* at) {
+    const Token* mark = at;
+    Whole start{1, 0};
+    if (at->step.left_inner->step.left_inner != nullptr) {
+        start = right_whole(at);
+        if (start.failed != 0 || start.value < 1) return {0, 1};
+        mark = at->step.left_inner;
+    }
+    const Value text = right_text(mark);
+    if (failed(text)) return {0, 1};
+    const Value wanted = right_text(mark->step.left_inner);
+    if (failed(wanted)) return {0, 1};
+    return go_on_whole(find_text(text, wanted, start.value), at);
+}
+
+// VAL of what is certainly a DOUBLE.
+double number_in_text(double, Token* at) {
+    const Value text = right_text(at);
+    if (failed(text)) return no_number();
+    const std::string_view characters(reinterpret_cast<const char*>(text.bytes), text.length);
+    return cannot_overflow(characters) ? go_on(longest_number(characters).real, at) : no_number();
+}
+
 // What the result's type is made of.
 enum class ResultRule : std::uint8_t { DOUBLE, SAME, WHOLE };
 
 struct FunctionRow {
     std::string_view name;
-    bool of_text;  // takes a string
+    std::string_view arguments;
     ResultRule rule;
     double (*real)(double, Token*);
     float (*single)(float, Token*);
@@ -72,20 +97,22 @@ struct FunctionRow {
 };
 
 constexpr FunctionRow rows[] = {
-    {"ABS", false, ResultRule::SAME, real_function<absolute>, single_function<absolute>, absolute_whole},
-    {"INT", false, ResultRule::SAME, real_function<rounded_down>, single_function<rounded_down>, same_whole},
-    {"FIX", false, ResultRule::SAME, real_function<truncated>, single_function<truncated>, same_whole},
-    {"CINT", false, ResultRule::WHOLE, nullptr, nullptr, same_whole},
-    {"SGN", false, ResultRule::WHOLE, nullptr, nullptr, sign_of_real},
-    {"SQR", false, ResultRule::DOUBLE, real_function<kernel_sqrt>, nullptr, nullptr},
-    {"SIN", false, ResultRule::DOUBLE, real_function<kernel_sin>, nullptr, nullptr},
-    {"COS", false, ResultRule::DOUBLE, real_function<kernel_cos>, nullptr, nullptr},
-    {"TAN", false, ResultRule::DOUBLE, real_function<kernel_tan>, nullptr, nullptr},
-    {"ATN", false, ResultRule::DOUBLE, real_function<kernel_atan>, nullptr, nullptr},
-    {"EXP", false, ResultRule::DOUBLE, real_function<kernel_exp>, nullptr, nullptr},
-    {"LOG", false, ResultRule::DOUBLE, real_function<kernel_log>, nullptr, nullptr},
-    {"LEN", true, ResultRule::WHOLE, nullptr, nullptr, length_of_text},
-    {"ASC", true, ResultRule::WHOLE, nullptr, nullptr, code_of_text},
+    {"ABS", "n", ResultRule::SAME, real_function<absolute>, single_function<absolute>, absolute_whole},
+    {"INT", "n", ResultRule::SAME, real_function<rounded_down>, single_function<rounded_down>, same_whole},
+    {"FIX", "n", ResultRule::SAME, real_function<truncated>, single_function<truncated>, same_whole},
+    {"CINT", "n", ResultRule::WHOLE, nullptr, nullptr, same_whole},
+    {"SGN", "n", ResultRule::WHOLE, nullptr, nullptr, sign_of_real},
+    {"SQR", "n", ResultRule::DOUBLE, real_function<kernel_sqrt>, nullptr, nullptr},
+    {"SIN", "n", ResultRule::DOUBLE, real_function<kernel_sin>, nullptr, nullptr},
+    {"COS", "n", ResultRule::DOUBLE, real_function<kernel_cos>, nullptr, nullptr},
+    {"TAN", "n", ResultRule::DOUBLE, real_function<kernel_tan>, nullptr, nullptr},
+    {"ATN", "n", ResultRule::DOUBLE, real_function<kernel_atan>, nullptr, nullptr},
+    {"EXP", "n", ResultRule::DOUBLE, real_function<kernel_exp>, nullptr, nullptr},
+    {"LOG", "n", ResultRule::DOUBLE, real_function<kernel_log>, nullptr, nullptr},
+    {"LEN", "t", ResultRule::WHOLE, nullptr, nullptr, length_of_text},
+    {"ASC", "t", ResultRule::WHOLE, nullptr, nullptr, code_of_text},
+    {"INSTR", "?ntt", ResultRule::WHOLE, nullptr, nullptr, position_in_text},
+    {"VAL", "t", ResultRule::DOUBLE, number_in_text, nullptr, nullptr},
 };
 
 const FunctionRow* find_row(std::string_view name) {
@@ -180,21 +207,32 @@ Whole call_whole(std::int64_t, Token* at) {
 
 }  // namespace
 
-bool function_result(std::string_view name, Type argument, Type& result) {
-    const FunctionRow* row = find_row(name);
-    if (row == nullptr || row->of_text != (argument == Type::STRING)) return false;
-    switch (row->rule) {
-        case ResultRule::DOUBLE:
-            result = Type::DOUBLE;
-            break;
-        case ResultRule::SAME:
-            result = argument;
-            break;
-        case ResultRule::WHOLE:
-            result = Type::INT64;
-            break;
+bool FunctionArguments::take(Type type) {
+    if (!rest.empty() && rest.front() == '?') {
+        rest.remove_prefix(1);
+        // Optional arguments are numbers; a text belongs to the next one.
+        if (type == Type::STRING) rest.remove_prefix(1);
     }
-    return true;
+    if (rest.empty()) return false;
+    const char taken = rest.front();
+    rest.remove_prefix(1);
+    return taken == 'a' || (taken == 't') == (type == Type::STRING);
+}
+
+std::string_view number_function_arguments(std::string_view name) {
+    const FunctionRow* row = find_row(name);
+    return row == nullptr ? std::string_view{} : row->arguments;
+}
+
+Type function_result(std::string_view name, Type argument) {
+    switch (find_row(name)->rule) {
+        case ResultRule::DOUBLE:
+            return Type::DOUBLE;
+        case ResultRule::SAME:
+            return argument;
+        default:
+            return Type::INT64;
+    }
 }
 
 void set_function_step(Token* bracket, std::string_view name, Domain domain) {

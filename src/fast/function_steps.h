@@ -13,11 +13,23 @@ struct UserFunction;
 
 namespace korvane::fast {
 
-// The domain of a built-in function's argument, and the type of its result, given the argument's type. False
-// when the function has no step or does not take such an argument.
-bool function_result(std::string_view name, Type argument, Type& result);
+// The arguments that a function takes, as a text: "n" for a number, "t" for a text, "a" for either, "?" in
+// front of an optional one, which may be the first or the last. Reads one argument after the other.
+struct FunctionArguments {
+    std::string_view rest;
 
-// Sets the step of a call with one argument, whose "(" is `bracket`.
+    bool take(Type type);  // false when the function takes no such argument
+    bool are_complete() const { return rest.empty() || rest.front() == '?'; }
+};
+
+// What a built-in function that gives a number takes; empty when it has no step.
+std::string_view number_function_arguments(std::string_view name);
+
+// The type of its result, given the type of the last argument.
+Type function_result(std::string_view name, Type argument);
+
+// Sets the step of a call, whose "(" is `bracket`. The bracket and its commas hold the arguments like
+// subscripts.
 void set_function_step(Token* bracket, std::string_view name, Domain domain);
 
 // Sets the step of a call of a user function. The bracket and its commas hold the arguments like subscripts;

@@ -153,36 +153,29 @@ std::int16_t parse_user_call(Token*& at) {
 std::int16_t parse_built_in_call(Token*& at) {
     Token* name = at;
     Token* bracket = name + 1;
-    const std::string_view arguments = text_function_arguments(name->name);
-    const std::size_t required =
-        arguments.find('?') == std::string_view::npos ? arguments.size() : arguments.find('?');
-    Type argument = Type::NONE;
+    FunctionArguments arguments{text_function_arguments(name->name)};
+    const bool gives_text = !arguments.rest.empty();
+    if (!gives_text) arguments.rest = number_function_arguments(name->name);
+    Type last = Type::NONE;
     int count;
-    const auto accept = [&](int n, Type type) {
-        argument = type;
-        if (arguments.empty()) return n == 0;
-        // The marks behind "?" are numbers in every function there is.
-        const auto position = static_cast<std::size_t>(n) + (static_cast<std::size_t>(n) >= required ? 1 : 0);
-        return position < arguments.size() && (arguments[position] == 't') == (type == Type::STRING);
+    const auto accept = [&](int, Type type) {
+        last = type;
+        return arguments.take(type);
     };
-    if (!parse_arguments(bracket, at, count, accept)) return none;
-    Node node{.form = Form::CALL,
-              .type = Type::STRING,
-              .token = bracket,
-              .operand = nullptr,
-              .name = name->name,
-              .function = nullptr,
-              .left = none,
-              .right = none,
-              .bound = unbounded};
-    if (!arguments.empty()) {
-        if (static_cast<std::size_t>(count) < required) return none;
-        node.form = Form::TEXT_CALL;
+    if (!parse_arguments(bracket, at, count, accept) || !arguments.are_complete()) return none;
+    if (gives_text) {
+        set_text_function_step(bracket, name->name, last);
         pool.allocates = true;
-    } else if (!function_result(name->name, argument, node.type)) {
-        return none;
     }
-    return add(node);
+    return add({.form = gives_text ? Form::TEXT_CALL : Form::CALL,
+                .type = gives_text ? Type::STRING : function_result(name->name, last),
+                .token = bracket,
+                .operand = nullptr,
+                .name = name->name,
+                .function = nullptr,
+                .left = none,
+                .right = none,
+                .bound = unbounded});
 }
 
 std::int16_t parse_name(Token*& at) {

@@ -6,6 +6,8 @@
 #include "fast/sides.h"
 #include "fast/text_sides.h"
 #include "platform/memory.h"
+#include "values/format.h"
+#include "values/string_functions.h"
 
 namespace korvane::fast {
 namespace {
@@ -75,6 +77,61 @@ Value character(Token* at) {
     return copy_of(&byte, 1);
 }
 
+// The type of a call's last argument, kept by its bracket.
+Type last_argument(const Token* bracket) {
+    return static_cast<Type>(bracket->left_kind);
+}
+
+Value number_text(Token* at) {
+    const Type type = last_argument(at);
+    Value number;
+    if (is_integer(type)) {
+        const Whole whole = right_whole(at);
+        if (whole.failed != 0) return no_text();
+        number = Value::of_integer(whole.value);
+    } else {
+        number = Value::of_real(right_real(at), type);
+        if (!is_finite(number.real)) return no_text();
+    }
+    const NumberText text = format_number(number);
+    return copy_of(reinterpret_cast<const std::uint8_t*>(text.characters.data()), text.size - 1);
+}
+
+template <std::uint8_t first, std::uint8_t last, int distance>
+Value other_case(Token* at) {
+    const Value text = right_text(at);
+    if (failed(text)) return text;
+    std::uint8_t* bytes = take_string_space(text.length);
+    if (bytes == nullptr) return no_text();
+    copy_shifted(bytes, text, first, last, distance);
+    return Value::of_string(bytes, text.length);
+}
+
+Value repeated(std::uint8_t byte, const Whole& count) {
+    if (count.failed != 0 || count.value > UINT32_MAX) return no_text();
+    const auto length = static_cast<std::uint32_t>(count.value);
+    std::uint8_t* bytes = take_string_space(length);
+    if (bytes == nullptr) return no_text();
+    fill_bytes(bytes, byte, length);
+    return Value::of_string(bytes, length);
+}
+
+Value blanks(Token* at) {
+    return repeated(' ', number_at(at, 0));
+}
+
+Value repeated_character(Token* at) {
+    const Whole count = number_at(at, 0);
+    const Token* mark = at->step.left_inner;
+    if (last_argument(at) == Type::STRING) {
+        const Value text = right_text(mark);
+        return failed(text) || text.length == 0 ? no_text() : repeated(text.bytes[0], count);
+    }
+    const Whole code = number_at(mark, 0);
+    return code.failed != 0 || code.value > 255 ? no_text()
+                                                : repeated(static_cast<std::uint8_t>(code.value), count);
+}
+
 struct TextFunction {
     std::string_view name;
     std::string_view arguments;
@@ -86,6 +143,11 @@ constexpr TextFunction rows[] = {
     {"LEFT$", "tn", left_part},
     {"RIGHT$", "tn", right_part},
     {"CHR$", "n", character},
+    {"STR$", "n", number_text},
+    {"SPACE$", "n", blanks},
+    {"STRING$", "na", repeated_character},
+    {"UCASE$", "t", other_case<'a', 'z', 'A' - 'a'>},
+    {"LCASE$", "t", other_case<'A', 'Z', 'a' - 'A'>},
 };
 
 const TextFunction* find_row(std::string_view name) {
@@ -106,7 +168,8 @@ std::string_view text_function_arguments(std::string_view name) {
     return row == nullptr ? std::string_view{} : row->arguments;
 }
 
-void set_text_function_step(Token* bracket, std::string_view name) {
+void set_text_function_step(Token* bracket, std::string_view name, Type last) {
+    bracket->left_kind = static_cast<std::uint8_t>(last);
     bracket->step.text = find_row(name)->step;
 }
 

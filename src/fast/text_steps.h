@@ -12,11 +12,11 @@ namespace korvane::fast {
 // "+" between its left and right sides.
 void set_concatenation_step(Token* at);
 
-// What a function of the name takes: 't' a text and 'n' a number for each argument, '?' before optional ones;
-// empty for functions that have no step. The bracket and its commas hold the arguments like subscripts.
+// What a function that gives a text takes, in the notation of FunctionArguments; empty when it has no step.
 std::string_view text_function_arguments(std::string_view name);
 
-// Sets the step of such a call.
-void set_text_function_step(Token* bracket, std::string_view name);
+// Sets the step of a call of such a function. The bracket and its commas hold the arguments like subscripts;
+// `last` is the type of the last one.
+void set_text_function_step(Token* bracket, std::string_view name, Type last);
 
 }  // namespace korvane::fast

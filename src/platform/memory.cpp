@@ -8,9 +8,37 @@
 namespace {
 
 typedef long long Vector __attribute__((vector_size(16), aligned(1), may_alias));
+typedef char Bytes __attribute__((vector_size(16)));
 typedef std::uint64_t Word __attribute__((aligned(1), may_alias));
 constexpr std::size_t vector_size = sizeof(Vector);
 constexpr std::size_t block_size = 4 * vector_size;
+
+template <typename Unit>
+inline Unit unit_at(const std::uint8_t* address) {
+    Unit unit;
+    __builtin_memcpy(&unit, address, sizeof unit);
+    return unit;
+}
+
+// A block of one to two units: its first and its last one, which may overlap. Both are read before either is
+// written.
+template <typename Unit>
+inline void copy_ends(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
+    const Unit first = unit_at<Unit>(from);
+    const Unit last = unit_at<Unit>(from + count - sizeof(Unit));
+    __builtin_memcpy(to, &first, sizeof first);
+    __builtin_memcpy(to + count - sizeof(Unit), &last, sizeof last);
+}
+
+// Up to 16 bytes.
+inline void copy_few(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
+    if (count >= 8) return copy_ends<std::uint64_t>(to, from, count);
+    if (count >= 4) return copy_ends<std::uint32_t>(to, from, count);
+    if (count == 0) return;
+    const std::uint8_t middle = from[count / 2];
+    copy_ends<std::uint8_t>(to, from, count);
+    to[count / 2] = middle;
+}
 
 }  // namespace
 
@@ -19,10 +47,18 @@ constexpr std::size_t block_size = 4 * vector_size;
 
 extern "C" {
 
+// The last vector is read first and written last, so that a copy to a place that begins before its source is
+// right even where the two overlap.
 NO_LOOP_IDIOMS void* memcpy(void* destination, const void* source, std::size_t count) {
     auto* to = static_cast<std::uint8_t*>(destination);
     auto* from = static_cast<const std::uint8_t*>(source);
-    while (count >= block_size) {
+    if (count <= vector_size) {
+        copy_few(to, from, count);
+        return destination;
+    }
+    std::uint8_t* const to_last = to + count - vector_size;
+    const Vector last = *reinterpret_cast<const Vector*>(from + count - vector_size);
+    while (count > block_size) {
         const Vector a = reinterpret_cast<const Vector*>(from)[0];
         const Vector b = reinterpret_cast<const Vector*>(from)[1];
         const Vector c = reinterpret_cast<const Vector*>(from)[2];
@@ -35,14 +71,12 @@ NO_LOOP_IDIOMS void* memcpy(void* destination, const void* source, std::size_t c
         from += block_size;
         count -= block_size;
     }
-    while (count >= vector_size) {
+    while (to < to_last) {
         *reinterpret_cast<Vector*>(to) = *reinterpret_cast<const Vector*>(from);
         to += vector_size;
         from += vector_size;
-        count -= vector_size;
     }
-    while (count-- != 0)
-        *to++ = *from++;
+    *reinterpret_cast<Vector*>(to_last) = last;
     return destination;
 }
 
@@ -96,8 +130,14 @@ NO_LOOP_IDIOMS int memcmp(const void* left, const void* right, std::size_t count
 
 NO_LOOP_IDIOMS void* memchr(const void* bytes, int value, std::size_t count) {
     auto* at = static_cast<const std::uint8_t*>(bytes);
+    const auto wanted = static_cast<std::uint8_t>(value);
+    const Bytes pattern = Bytes{} + static_cast<char>(wanted);
+    for (; count >= vector_size; count -= vector_size, at += vector_size) {
+        const int found = __builtin_ia32_pmovmskb128(unit_at<Bytes>(at) == pattern);
+        if (found != 0) return const_cast<std::uint8_t*>(at) + __builtin_ctz(static_cast<unsigned>(found));
+    }
     for (; count != 0; --count, ++at) {
-        if (*at == static_cast<std::uint8_t>(value)) return const_cast<std::uint8_t*>(at);
+        if (*at == wanted) return const_cast<std::uint8_t*>(at);
     }
     return nullptr;
 }

@@ -45,11 +45,7 @@ Value map_bytes(const Value& text, std::uint8_t first, std::uint8_t last, int di
     if (!require_string(text)) return Value::nothing();
     const NewString mapped = new_string(text.length);
     if (error_pending()) return Value::nothing();
-    for (std::uint32_t i = 0; i < text.length; ++i) {
-        const std::uint8_t byte = text.bytes[i];
-        const bool in_range = byte >= first && byte <= last;
-        mapped.bytes[i] = static_cast<std::uint8_t>(in_range ? byte + distance : byte);
-    }
+    copy_shifted(mapped.bytes, text, first, last, distance);
     return mapped.value;
 }
 
@@ -93,15 +89,27 @@ bool require_image(const Value& image, std::uint32_t size) {
     return false;
 }
 
-Value find_text(const Value& text, const Value& wanted, std::int64_t start) {
+Value position_of(const Value& text, const Value& wanted, std::int64_t start) {
     if (!require_string(text) || !require_string(wanted)) return Value::nothing();
-    if (start > text.length) return narrowest_integer(0);
-    if (wanted.length == 0) return narrowest_integer(start);
-    const std::size_t found = view_of(text).find(view_of(wanted), static_cast<std::size_t>(start - 1));
-    return narrowest_integer(found == std::string_view::npos ? 0 : static_cast<std::int64_t>(found) + 1);
+    return narrowest_integer(find_text(text, wanted, start));
 }
 
 }  // namespace
+
+void copy_shifted(std::uint8_t* to, const Value& text, std::uint8_t first, std::uint8_t last, int distance) {
+    for (std::uint32_t i = 0; i < text.length; ++i) {
+        const std::uint8_t byte = text.bytes[i];
+        const bool in_range = byte >= first && byte <= last;
+        to[i] = static_cast<std::uint8_t>(in_range ? byte + distance : byte);
+    }
+}
+
+std::int64_t find_text(const Value& text, const Value& wanted, std::int64_t start) {
+    if (start > text.length) return 0;
+    if (wanted.length == 0) return start;
+    const std::size_t found = view_of(text).find(view_of(wanted), static_cast<std::size_t>(start - 1));
+    return found == std::string_view::npos ? 0 : static_cast<std::int64_t>(found) + 1;
+}
 
 Value function_asc(const Value& text) {
     if (!require_string(text)) return Value::nothing();
@@ -216,10 +224,10 @@ Value function_instr(Cursor& cursor) {
     Value arguments[3];
     const int count = read_arguments(cursor, arguments, 2, 3);
     if (count == 0) return Value::nothing();
-    if (count == 2) return find_text(arguments[0], arguments[1], 1);
+    if (count == 2) return position_of(arguments[0], arguments[1], 1);
     std::int64_t start;
     if (!read_in_range(arguments[0], 1, INT64_MAX, start)) return Value::nothing();
-    return find_text(arguments[1], arguments[2], start);
+    return position_of(arguments[1], arguments[2], start);
 }
 
 Value function_string(Cursor& cursor) {

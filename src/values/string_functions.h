@@ -27,6 +27,13 @@ Value function_cvi(const Value& image);
 Value function_cvs(const Value& image);
 Value function_cvd(const Value& image);
 
+// Copies a text to `to` with the bytes from `first` to `last` moved by `distance`, as LCASE$ and UCASE$ do.
+void copy_shifted(std::uint8_t* to, const Value& text, std::uint8_t first, std::uint8_t last, int distance);
+
+// Where one text is found in another at or behind `start`, both counted from 1; 0 where it is not. An empty
+// text is found at `start` unless that lies behind the other text.
+std::int64_t find_text(const Value& text, const Value& wanted, std::int64_t start);
+
 // These read their own arguments; the cursor stands on "(".
 Value function_left(Cursor& cursor);    // (s$, n)
 Value function_right(Cursor& cursor);   // (s$, n)
