@@ -7,6 +7,7 @@
 #include "platform/memory.h"
 #include "screen/bmp_file.h"
 #include "screen/coordinates.h"
+#include "screen/four_pixels.h"
 #include "screen/plot.h"
 #include "values/evaluator.h"
 
@@ -30,8 +31,20 @@ void show_row(std::uint32_t* target, const std::uint32_t* pixels, std::uint64_t 
 
 void show_row_except(std::uint32_t* target, const std::uint32_t* pixels, std::uint64_t count,
                      std::uint32_t transparent) {
-    for (std::uint64_t i = 0; i < count; ++i) {
+    std::uint64_t i = 0;
+    while (i < count) {
+        // Most of a picture is shown or hidden in larger pieces.
+        if (count - i >= 4) {
+            const FourPixels four = load_four(pixels + i);
+            const std::uint32_t hidden = lane_bits(FourPixels(four == transparent));
+            if (hidden == no_pixel) store_four(target + i, four);
+            if (hidden == no_pixel || hidden == all_four_pixels) {
+                i += 4;
+                continue;
+            }
+        }
         if (pixels[i] != transparent) target[i] = pixels[i];
+        ++i;
     }
 }
 

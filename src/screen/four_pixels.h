@@ -28,4 +28,7 @@ inline std::uint32_t lane_bits(FourPixels comparison) {
     return static_cast<std::uint32_t>(__builtin_ia32_movmskps(std::bit_cast<FourFloats>(comparison)));
 }
 
+inline constexpr std::uint32_t no_pixel = 0;
+inline constexpr std::uint32_t all_four_pixels = 15;
+
 }  // namespace korvane

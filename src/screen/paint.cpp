@@ -57,10 +57,9 @@ const std::uint32_t* back_row(std::uint32_t y) {
 // `end` when there is none.
 std::uint32_t find_column(const Fill& fill, const std::uint32_t* row, std::uint32_t x, std::uint32_t end,
                           bool wanted) {
-    constexpr std::uint32_t all_four = 15;
     for (; end - x >= 4; x += 4) {
-        const std::uint32_t found = fill.stopping(row + x) ^ (wanted ? 0 : all_four);
-        if (found != 0) return x + static_cast<std::uint32_t>(std::countr_zero(found));
+        const std::uint32_t found = fill.stopping(row + x) ^ (wanted ? no_pixel : all_four_pixels);
+        if (found != no_pixel) return x + static_cast<std::uint32_t>(std::countr_zero(found));
     }
     while (x < end && fill.stops(row[x]) != wanted)
         ++x;
@@ -71,7 +70,7 @@ std::uint32_t find_column(const Fill& fill, const std::uint32_t* row, std::uint3
 std::uint32_t run_start(const Fill& fill, const std::uint32_t* row, std::uint32_t x) {
     for (; x >= 4; x -= 4) {
         const std::uint32_t found = fill.stopping(row + x - 4);
-        if (found != 0) return x - 4 + static_cast<std::uint32_t>(std::bit_width(found));
+        if (found != no_pixel) return x - 4 + static_cast<std::uint32_t>(std::bit_width(found));
     }
     while (x > 0 && !fill.stops(row[x - 1]))
         --x;
