@@ -3,7 +3,7 @@
 #include "core/keywords.h"
 #include "core/parse.h"
 #include "fast/arithmetic.h"
-#include "fast/element_steps.h"
+#include "fast/elements.h"
 #include "fast/expression.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
@@ -184,8 +184,31 @@ std::uint64_t let_element(Token* at, std::uint64_t left) {
     if (!is_current(at)) return execute_first(at, left);
     Token* equals = at[1].step.next;
     std::uint8_t* string_top = arenas.FREETOP;
-    std::uint8_t* place = element_address(at + 1, type);
+    std::uint8_t* place = find_element<storage_size(type), Subscripts::ANY>(at + 1);
     if (place == nullptr || !assign<type>(place, equals)) return start_again(at, left, string_top);
+    return proceed(equals->step.next, left);
+}
+
+// The frequent shapes, whose value can be taken before the element is found: a plain side for a DOUBLE element,
+// and a literal for an INTEGER one.
+template <Subscripts subscripts>
+std::uint64_t let_plain_element(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const auto value = plain_right<double>(at[1].step.next);
+    std::uint8_t* place = find_element<8, subscripts>(at + 1);
+    if (place == nullptr || !is_finite(value)) return execute_general(at, left);
+    __builtin_memcpy(place, &value, sizeof value);
+    return proceed(at[1].step.next->step.next, left);
+}
+
+std::uint64_t let_integer_element(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const Token* equals = at[1].step.next;
+    const auto literal = read<std::int64_t>(equals->step.operand);
+    const auto value = static_cast<std::int16_t>(literal);
+    std::uint8_t* place = find_element<2, Subscripts::ONE>(at + 1);
+    if (place == nullptr || value != literal) return execute_general(at, left);
+    __builtin_memcpy(place, &value, sizeof value);
     return proceed(equals->step.next, left);
 }
 
@@ -221,6 +244,18 @@ Execute choose_element(Type type) {
         default:
             return let_element<Type::STRING>;
     }
+}
+
+// The handler for a frequent shape, or null.
+Execute choose_element_shape(const Token* bracket, Type type, std::uint8_t value_kind) {
+    const Subscripts subscripts = subscripts_of(bracket);
+    if (subscripts == Subscripts::ANY) return nullptr;
+    if (type == Type::DOUBLE && is_plain<double>(value_kind)) {
+        return subscripts == Subscripts::ONE ? let_plain_element<Subscripts::ONE>
+                                             : let_plain_element<Subscripts::TWO>;
+    }
+    const bool literal = value_kind == side_kind(I64, false, Domain::WHOLE);
+    return type == Type::INTEGER && subscripts == Subscripts::ONE && literal ? let_integer_element : nullptr;
 }
 
 // The handler for a frequent shape, or null.
@@ -268,7 +303,11 @@ bool specialise_array_element(Token* at) {
     if (!specialise_element(at, element) || !specialise_value(element.end, element.side.type, value))
         return false;
     at[1].step.next = element.end;
-    at->execute = choose_element(element.side.type);
+    // What takes string space has to give it back when it fails.
+    const Execute shape = element.allocates || value.allocates
+                              ? nullptr
+                              : choose_element_shape(at + 1, element.side.type, value.side.kind);
+    at->execute = shape != nullptr ? shape : choose_element(element.side.type);
     return true;
 }
 

@@ -1,0 +1,57 @@
+// Finding an array element from its bracket: each mark, the bracket or a comma, holds the subscript behind it as
+// its right side; the bracket's left_operand is the array block, left_inner leads to the next comma and is null at
+// the last subscript.
+#pragma once
+
+#include "fast/sides.h"
+#include "values/variables.h"
+
+namespace korvane::fast {
+
+// The frequent forms: one or two subscripts, each a DOUBLE variable. Finding such an element calls nothing.
+enum class Subscripts : std::uint8_t { ONE, TWO, ANY };
+
+inline Subscripts subscripts_of(const Token* bracket) {
+    const Token* comma = bracket->step.left_inner;
+    if (bracket->right_kind != F64) return Subscripts::ANY;
+    if (comma == nullptr) return Subscripts::ONE;
+    const bool last = comma->step.left_inner == nullptr;
+    return last && comma->right_kind == F64 ? Subscripts::TWO : Subscripts::ANY;
+}
+
+// A subscript counted from the lower bound; false when it is out of range.
+inline bool subscript_offset(const Whole& subscript, std::int64_t bound, std::uint64_t& offset) {
+    const std::int64_t base = variables.array_base;
+    offset = static_cast<std::uint64_t>(subscript.value) - static_cast<std::uint64_t>(base);
+    return subscript.failed == 0 && subscript.value >= base && subscript.value <= bound;
+}
+
+// Any number of subscripts, row-major.
+bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& offset);
+
+// The address of the element; null when a subscript is out of range or no number. `size`: bytes of an element.
+template <int size, Subscripts subscripts>
+inline std::uint8_t* find_element(const Token* bracket) {
+    const auto* block = static_cast<const ArrayBlock*>(bracket->step.left_operand);
+    const std::int64_t* elements = block->bounds + (subscripts == Subscripts::ONE   ? 1
+                                                    : subscripts == Subscripts::TWO ? 2
+                                                                                    : block->dimensions);
+    std::uint64_t offset;
+    if constexpr (subscripts == Subscripts::ANY) {
+        if (!find_offset(bracket, block, offset)) return nullptr;
+    } else {
+        if (!subscript_offset(round_whole(read<double>(bracket->step.operand)), block->bounds[0], offset))
+            return nullptr;
+    }
+    if constexpr (subscripts == Subscripts::TWO) {
+        std::uint64_t column;
+        const Whole second = round_whole(read<double>(bracket->step.left_inner->step.operand));
+        if (!subscript_offset(second, block->bounds[1], column)) return nullptr;
+        const std::int64_t columns = block->bounds[1] - variables.array_base + 1;
+        offset = offset * static_cast<std::uint64_t>(columns) + column;
+    }
+    auto* bytes = reinterpret_cast<std::uint8_t*>(const_cast<std::int64_t*>(elements));
+    return bytes + offset * static_cast<std::uint64_t>(size);
+}
+
+}  // namespace korvane::fast
