@@ -21,7 +21,7 @@ namespace {
 template <Type type>
 inline bool assign(std::uint8_t* place, const Token* equals) {
     if constexpr (type == Type::DOUBLE) {
-        const double value = right_real(equals);
+        const double value = quick_right_real(equals);
         if (!is_finite(value)) return false;
         __builtin_memcpy(place, &value, sizeof value);
     } else if constexpr (type == Type::SINGLE) {
@@ -30,7 +30,7 @@ inline bool assign(std::uint8_t* place, const Token* equals) {
         const auto narrow = static_cast<float>(value);
         __builtin_memcpy(place, &narrow, sizeof narrow);
     } else {
-        const Whole value = right_whole(equals);
+        const Whole value = quick_right_whole(equals);
         if (value.failed != 0) return false;
         if constexpr (type == Type::INTEGER) {
             const auto narrow = static_cast<std::int16_t>(value.value);
@@ -189,8 +189,8 @@ std::uint64_t let_element(Token* at, std::uint64_t left) {
     return proceed(equals->step.next, left);
 }
 
-// The frequent shapes, whose value can be taken before the element is found: a plain side for a DOUBLE element,
-// and a literal for an INTEGER one.
+// The frequent shapes, whose value can be taken before the element is found: a plain side for a DOUBLE
+// element, and a literal for an INTEGER one.
 template <Subscripts subscripts>
 std::uint64_t let_plain_element(Token* at, std::uint64_t left) {
     if (!is_current(at)) return execute_first(at, left);
@@ -281,7 +281,7 @@ bool specialise_value(Token* equals, Type type, Specialised& value) {
     if (equals->kind != '=' || !specialise(equals + 1, domain_of(type), value)) return false;
     if ((value.side.type == Type::STRING) != (type == Type::STRING)) return false;
     hold(equals, value.side);
-    equals->step.next = link_behind(value.end);
+    equals->step.next = link_behind_assignment(value.end);
     return true;
 }
 
@@ -311,8 +311,11 @@ bool specialise_array_element(Token* at) {
     return true;
 }
 
+// Behind THEN, what was kept for the word is good for the assignment too.
 std::uint64_t let_with_word(Token* at, std::uint64_t left) {
-    return is_current(at) ? at[1].execute(at + 1, left) : execute_first(at, left);
+    if (!is_current(at)) return execute_first(at, left);
+    if (state.kept_token == at) state.kept_token = at + 1;
+    return at[1].execute(at + 1, left);
 }
 
 }  // namespace

@@ -135,7 +135,7 @@ bool specialise_if(Token* at) {
     const bool to_line = then->kind == NUMBER;
     at->step.next = to_line ? target_of(then) : following(then);
     at->step.left_inner = false_target(condition.end);
-    at->step.own = {.line = 0, .record = leads_to_lone_statement(at) ? 1U : 0U};
+    at->step.own = {.line = 0, .record = then_part_is_lone(at) ? 1U : 0U};
     at->execute = to_line ? handler_for<IfThenLine>(at) : handler_for<IfThenStatements>(at);
     return true;
 }

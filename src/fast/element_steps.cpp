@@ -84,10 +84,9 @@ void set_single_element_step(Token* bracket) {
     bracket->step.single = one ? single_element<Subscripts::ONE> : single_element<Subscripts::ANY>;
 }
 
-// A subscript; most that are no plain sides are literals.
 inline Whole subscript_at(const Token* mark) {
-    if (is_plain<double>(mark->right_kind)) return round_whole(plain_right<double>(mark));
-    return right_whole(mark);
+    const bool whole = mark->right_kind >> domain_shift == static_cast<std::uint8_t>(Domain::WHOLE);
+    return whole ? quick_right_whole(mark) : round_whole(quick_right_real(mark));
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
-// Finding an array element from its bracket: each mark, the bracket or a comma, holds the subscript behind it as
-// its right side; the bracket's left_operand is the array block, left_inner leads to the next comma and is null at
-// the last subscript.
+// Finding an array element from its bracket: each mark, the bracket or a comma, holds the subscript behind it
+// as its right side; the bracket's left_operand is the array block, left_inner leads to the next comma and is
+// null at the last subscript.
 #pragma once
 
 #include "fast/sides.h"
@@ -29,7 +29,8 @@ inline bool subscript_offset(const Whole& subscript, std::int64_t bound, std::ui
 // Any number of subscripts, row-major.
 bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& offset);
 
-// The address of the element; null when a subscript is out of range or no number. `size`: bytes of an element.
+// The address of the element; null when a subscript is out of range or no number. `size`: bytes of an
+// element.
 template <int size, Subscripts subscripts>
 inline std::uint8_t* find_element(const Token* bracket) {
     const auto* block = static_cast<const ArrayBlock*>(bracket->step.left_operand);

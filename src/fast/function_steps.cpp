@@ -18,7 +18,7 @@ using RealFunction = double (*)(double);
 // A function of a finite double.
 template <RealFunction function>
 double real_function(double, Token* at) {
-    const double x = right_real(at);
+    const double x = quick_right_real(at);
     return is_finite(x) ? go_on(function(x), at) : x;
 }
 
@@ -183,12 +183,12 @@ double call_real(double, Token* at) {
 // The frequent case: one DOUBLE parameter.
 double call_real_with_one(double, Token* at) {
     auto* function = static_cast<UserFunction*>(const_cast<void*>(at->step.left_operand));
-    const double argument = right_real(at);
+    const double argument = quick_right_real(at);
     if (!is_finite(argument) || stack_exhausted()) return no_number();
     std::uint8_t* storage = function->entries[0]->storage;
     const double saved = read<double>(storage);
     __builtin_memcpy(storage, &argument, sizeof argument);
-    const double result = right_real(&function->head);
+    const double result = quick_right_real(&function->head);
     __builtin_memcpy(storage, &saved, sizeof saved);
     return go_on(result, at);
 }

@@ -40,7 +40,7 @@ void link_line(Token* end) {
     for (Token* at = execution.tokens; at != end; ++at) {
         if (at->kind <= IDENTIFIER) continue;  // holds a value or a name
         if (at->kind == KW_IF) {
-            after_if = after_if || !leads_to_lone_statement(at);
+            after_if = after_if || !then_part_is_lone(at);
             if (at->step.left_inner == end) at->step.left_inner = next;
         } else if (!after_if && at->step.next == end) {
             at->step.next = next;
@@ -63,9 +63,7 @@ std::uint64_t end_line_first(Token* at, std::uint64_t left) {
 }
 
 std::uint64_t skip_to_end(Token* at, std::uint64_t left) {
-    while (at->kind != END_OF_LINE)
-        ++at;
-    return proceed(at, left);
+    return proceed(end_of_line(at), left);
 }
 
 std::uint64_t pass_data(Token* at, std::uint64_t left) {
@@ -156,6 +154,7 @@ std::uint64_t execute_until_variables_change(Token* at, std::uint64_t left) {
 // or null when the run loop has to look.
 Token* handle(Token* at) {
     execution.statement_start = record_of(at == state.kept_token ? state.kept_start : at);
+    if (at == state.kept_token) execution.then_part = true;
     state.kept_token = nullptr;
     Cursor cursor = at;
     statement_handlers[at->kind](cursor);
@@ -184,17 +183,32 @@ std::uint64_t pause(Token* at) {
 }
 
 void enter_line_of(const Token* at) {
-    while (at->kind != END_OF_LINE)
-        ++at;
-    execution.line = at->step.jump.line;
+    execution.line = end_of_line(at)->step.jump.line;
     execution.tokens = program.lines[execution.line].tokens;
 }
 
-bool leads_to_lone_statement(const Token* at) {
-    for (++at; at->kind != END_OF_LINE; ++at) {
-        if (at->kind == ':' || at->kind == KW_ELSE || at->kind == KW_IF) return false;
+// The record behind the THEN part's only statement, or null when it has more or an IF among them.
+const Token* end_of_only_statement(const Token* at) {
+    for (; at->kind != END_OF_LINE && at->kind != KW_ELSE; ++at) {
+        if (at->kind == ':' || at->kind == KW_IF) return nullptr;
     }
-    return true;
+    return at;
+}
+
+bool then_part_is_lone(const Token* at) {
+    for (const Token* before = execution.tokens; before != at; ++before) {
+        if (before->kind == KW_IF) return false;
+    }
+    const Token* end = end_of_only_statement(at + 1);
+    if (end == nullptr || end->kind == END_OF_LINE) return end != nullptr;
+    // An ELSE is looked for from the start of the statement.
+    const Token* then = at + 1;
+    while (then != end && then->kind != KW_THEN)
+        ++then;
+    const std::uint8_t first = then == end ? std::uint8_t{END_OF_LINE} : then[1].kind;
+    if (first != IDENTIFIER && first != KW_LET && first != NUMBER) return false;
+    const Token* last = end_of_only_statement(end + 1);
+    return last != nullptr && last->kind == END_OF_LINE;
 }
 
 Token* link_to(Token* at) {
@@ -205,9 +219,18 @@ Token* link_behind(Token* end) {
     end = following(end);
     if (end->kind != END_OF_LINE) return end;
     for (const Token* at = execution.tokens; at != end; ++at) {
-        if (at->kind == KW_IF && !leads_to_lone_statement(at)) return end;
+        if (at->kind == KW_IF && !then_part_is_lone(at)) return end;
     }
     return link_to(end);
+}
+
+Token* link_behind_assignment(Token* end) {
+    if (end->kind != KW_ELSE) return link_behind(end);
+    const Token* first_if = execution.tokens;
+    while (first_if->kind != KW_IF && first_if != end)
+        ++first_if;
+    if (first_if == end || !then_part_is_lone(first_if)) return end;
+    return link_to(end_of_line(end));
 }
 
 bool may_run() {
