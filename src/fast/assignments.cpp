@@ -7,7 +7,7 @@
 #include "fast/expression.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
-#include "fast/text_sides.h"
+#include "fast/text_assignments.h"
 #include "platform/memory.h"
 #include "values/functions.h"
 #include "values/user_functions.h"
@@ -44,17 +44,6 @@ inline bool assign(std::uint8_t* place, const Token* equals) {
             __builtin_memcpy(place, &value.value, sizeof value.value);
         }
     }
-    return true;
-}
-
-template <>
-inline bool assign<Type::STRING>(std::uint8_t* place, const Token* equals) {
-    const Value text = right_text(equals);
-    if (text.type == Type::NONE || text.length > free_data_bytes()) return false;
-    std::uint8_t* bytes = arenas.FREETOP - text.length;
-    arenas.FREETOP = bytes;
-    copy_bytes(bytes, text.bytes, text.length);
-    write_unaligned(place, StringDescriptor{.length = text.length, .zero = 0, .bytes = bytes});
     return true;
 }
 
@@ -212,7 +201,7 @@ std::uint64_t let_integer_element(Token* at, std::uint64_t left) {
     return proceed(equals->step.next, left);
 }
 
-Execute choose_scalar(Type type) {
+Execute choose_scalar(Type type, const Side& value) {
     switch (type) {
         case Type::INTEGER:
             return let_scalar<Type::INTEGER>;
@@ -225,11 +214,11 @@ Execute choose_scalar(Type type) {
         case Type::DOUBLE:
             return let_scalar<Type::DOUBLE>;
         default:
-            return let_scalar<Type::STRING>;
+            return choose_text_assignment(value);
     }
 }
 
-Execute choose_element(Type type) {
+Execute choose_element(Type type, const Side& value) {
     switch (type) {
         case Type::INTEGER:
             return let_element<Type::INTEGER>;
@@ -242,7 +231,7 @@ Execute choose_element(Type type) {
         case Type::DOUBLE:
             return let_element<Type::DOUBLE>;
         default:
-            return let_element<Type::STRING>;
+            return choose_text_element_assignment(value);
     }
 }
 
@@ -293,7 +282,7 @@ bool specialise_scalar(Token* at) {
     at[1].step.left_operand = entry->storage;
     // What takes string space has to give it back when it fails.
     const Execute shape = value.allocates ? nullptr : choose_shape(entry->type, value.side);
-    at->execute = shape != nullptr ? shape : choose_scalar(entry->type);
+    at->execute = shape != nullptr ? shape : choose_scalar(entry->type, value.side);
     return true;
 }
 
@@ -307,7 +296,7 @@ bool specialise_array_element(Token* at) {
     const Execute shape = element.allocates || value.allocates
                               ? nullptr
                               : choose_element_shape(at + 1, element.side.type, value.side.kind);
-    at->execute = shape != nullptr ? shape : choose_element(element.side.type);
+    at->execute = shape != nullptr ? shape : choose_element(element.side.type, value.side);
     return true;
 }
 

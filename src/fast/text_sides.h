@@ -40,12 +40,19 @@ inline std::uint8_t* take_string_space(std::uint64_t length) {
     return arenas.FREETOP -= length;
 }
 
+// Writes the descriptor of a text that has string space of its own.
+inline void write_text(std::uint8_t* place, const Value& text) {
+    const StringDescriptor descriptor{
+        .length = text.length, .zero = 0, .bytes = const_cast<std::uint8_t*>(text.bytes)};
+    write_unaligned(place, descriptor);
+}
+
 // Copies the text to new string space and makes it the content of a variable; false when there is no room.
 inline bool store_text(std::uint8_t* place, const Value& text) {
     std::uint8_t* bytes = take_string_space(text.length);
     if (bytes == nullptr) return false;
     copy_bytes(bytes, text.bytes, text.length);
-    write_unaligned(place, StringDescriptor{.length = text.length, .zero = 0, .bytes = bytes});
+    write_text(place, Value::of_string(bytes, text.length));
     return true;
 }
 

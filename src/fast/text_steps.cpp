@@ -20,16 +20,7 @@ Value copy_of(const std::uint8_t* bytes, std::uint64_t length) {
 }
 
 Value concatenate(Token* at) {
-    const Value left = left_text(at);
-    if (left.type == Type::NONE) return left;
-    const Value right = right_text(at);
-    if (right.type == Type::NONE) return right;
-    const std::uint64_t length = std::uint64_t{left.length} + right.length;
-    std::uint8_t* bytes = length > UINT32_MAX ? nullptr : take_string_space(length);
-    if (bytes == nullptr) return no_text();
-    copy_bytes(bytes, left.bytes, left.length);
-    copy_bytes(bytes + left.length, right.bytes, right.length);
-    return Value::of_string(bytes, static_cast<std::uint32_t>(length));
+    return joined(at, 1);
 }
 
 // The number behind a comma, or failed when it is below `lowest`.
@@ -158,6 +149,22 @@ const TextFunction* find_row(std::string_view name) {
 }
 
 }  // namespace
+
+Value joined(const Token* plus, unsigned copies) {
+    const Value left = left_text(plus);
+    if (failed(left)) return left;
+    const Value right = right_text(plus);
+    if (failed(right)) return right;
+    const std::uint64_t length = std::uint64_t{left.length} + right.length;
+    std::uint8_t* bytes = length > UINT32_MAX ? nullptr : take_string_space(length * copies);
+    if (bytes == nullptr) return no_text();
+    // Each copy is made from the parts, for what has just been written is slow to read.
+    for (std::uint8_t* copy = bytes; copies != 0; --copies, copy += length) {
+        copy_bytes(copy, left.bytes, left.length);
+        copy_bytes(copy + left.length, right.bytes, right.length);
+    }
+    return Value::of_string(bytes, static_cast<std::uint32_t>(length));
+}
 
 void set_concatenation_step(Token* at) {
     at->step.text = concatenate;

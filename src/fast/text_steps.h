@@ -9,6 +9,10 @@
 
 namespace korvane::fast {
 
+// The left and right sides of "+" joined, in as many adjacent copies in string space; gives the last one
+// taken.
+Value joined(const Token* plus, unsigned copies);
+
 // "+" between its left and right sides.
 void set_concatenation_step(Token* at);
 

@@ -1,0 +1,56 @@
+#include "fast/text_assignments.h"
+
+#include "fast/element_steps.h"
+#include "fast/text_sides.h"
+#include "fast/text_steps.h"
+
+namespace korvane::fast {
+namespace {
+
+// The place that is assigned to; null when a subscript is out of range.
+template <bool to_element>
+inline std::uint8_t* target(Token* at, const Token* equals) {
+    if constexpr (to_element) return element_place<16>(at + 1);
+    return static_cast<std::uint8_t*>(const_cast<void*>(equals->step.left_operand));
+}
+
+template <bool to_element>
+std::uint64_t let_text(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const Token* equals = to_element ? at[1].step.next : at + 1;
+    std::uint8_t* string_top = arenas.FREETOP;
+    std::uint8_t* place = target<to_element>(at, equals);
+    if (place == nullptr) return fall_back(at, left, string_top);
+    const Value text = right_text(equals);
+    if (failed(text) || !store_text(place, text)) return fall_back(at, left, string_top);
+    return proceed(equals->step.next, left);
+}
+
+// A text joined from two. Like the general evaluator, this leaves it in string space twice.
+template <bool to_element>
+std::uint64_t let_joined(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const Token* equals = to_element ? at[1].step.next : at + 1;
+    std::uint8_t* string_top = arenas.FREETOP;
+    std::uint8_t* place = target<to_element>(at, equals);
+    if (place == nullptr) return fall_back(at, left, string_top);
+    const Value text = joined(equals->step.inner, 2);
+    if (failed(text)) return fall_back(at, left, string_top);
+    write_text(place, text);
+    return proceed(equals->step.next, left);
+}
+
+bool is_joined(const Side& value) {
+    return value.inner != nullptr && value.inner->kind == '+';
+}
+
+}  // namespace
+
+Execute choose_text_assignment(const Side& value) {
+    return is_joined(value) ? let_joined<false> : let_text<false>;
+}
+Execute choose_text_element_assignment(const Side& value) {
+    return is_joined(value) ? let_joined<true> : let_text<true>;
+}
+
+}  // namespace korvane::fast
