@@ -162,7 +162,8 @@ void reset_run_state() {
     forget_error();
 }
 
-void run_from_here() {
+// These run once per run: their size matters, not their speed.
+[[gnu::cold]] void run_from_here() {
     execution.program_running = true;
     run_loop();
     execution.program_running = false;
@@ -173,7 +174,7 @@ void run_from_here() {
 namespace {
 
 // A run that was started as such also tells where Escape ended it.
-void run_and_report() {
+[[gnu::cold]] void run_and_report() {
     run_from_here();
     if (!execution.break_seen) return;
     con_put_string("Break");
@@ -183,7 +184,7 @@ void run_and_report() {
 
 }  // namespace
 
-void run_program() {
+[[gnu::cold]] void run_program() {
     if (program.count == 0) return;
     close_all_files();
     clear_data();

@@ -240,21 +240,22 @@ void put_bbs(LineText& line, const Element& node) {
 struct NodeKind {
     std::uint8_t type;
     std::uint8_t sub_type;
-    std::size_t smallest_body;  // bytes; a shorter node is shown as of unknown kind
-    std::string_view name;      // of a node shown field by field
+    std::uint8_t smallest_body;  // bytes; a shorter node is shown as of unknown kind
     std::array<std::uint8_t, 5> field_sizes;
+    char name[16];  // of a node shown field by field, zero-padded
     void (*put)(LineText& line, const Element& node);
 };
 
 constexpr NodeKind fields(std::uint8_t type, std::uint8_t sub_type, std::string_view name,
                           std::array<std::uint8_t, 5> sizes) {
-    std::size_t total = 0;
+    NodeKind kind{type, sub_type, 0, sizes, {}, nullptr};
     for (const std::uint8_t size : sizes)
-        total += size;
-    return {type, sub_type, total, name, sizes, nullptr};
+        kind.smallest_body = static_cast<std::uint8_t>(kind.smallest_body + size);
+    std::copy(name.begin(), name.end(), kind.name);
+    return kind;
 }
 
-constexpr NodeKind special(std::uint8_t type, std::uint8_t sub_type, std::size_t smallest_body,
+constexpr NodeKind special(std::uint8_t type, std::uint8_t sub_type, std::uint8_t smallest_body,
                            void (*put)(LineText&, const Element&)) {
     return {type, sub_type, smallest_body, {}, {}, put};
 }

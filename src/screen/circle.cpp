@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <array>
+#include <utility>
 
 #include "core/parse.h"
 #include "screen/console.h"
@@ -120,8 +121,11 @@ void draw_clipped(const PixelRectangle& clip, Point centre, std::int64_t radius,
         steps_inside(centre.x, length, true, clip.left, clip.right),
         steps_inside(centre.x, length, false, clip.left, clip.right),
     };
-    std::sort(visible.begin(), visible.end(),
-              [](const StepRange& left, const StepRange& right) { return left.first < right.first; });
+    // By insertion: a general sort of four ranges would be larger than all else here.
+    for (std::size_t sorted = 1; sorted < visible.size(); ++sorted) {
+        for (std::size_t i = sorted; i > 0 && visible[i].first < visible[i - 1].first; --i)
+            std::swap(visible[i], visible[i - 1]);
+    }
     std::uint64_t next = 0;  // every smaller y is done
     for (const StepRange& range : visible) {
         const std::uint64_t first = std::max(range.first, next);

@@ -68,8 +68,8 @@ ArrayBlock* allocate_block(const Bounds& bounds, Type type) {
     return block;
 }
 
-// One item of DIM.
-void dimension_array(Cursor& cursor) {
+// One item of DIM. Clearing its elements takes far longer than reading it: its size matters, not its speed.
+[[gnu::cold]] void dimension_array(Cursor& cursor) {
     if (cursor->kind != IDENTIFIER) {
         raise(message::expected_name);
         return;

@@ -1,6 +1,6 @@
 #include "values/convert.h"
 
-#include <array>
+#include <iterator>
 
 #include "core/errors.h"
 #include "core/messages.h"
@@ -35,11 +35,10 @@ double to_double(const Value& value) {
     return 0;
 }
 
-std::string_view type_name(Type type) {
-    constexpr std::array<std::string_view, 7> names = {"",       "INTEGER", "LONG",  "INT64",
-                                                       "SINGLE", "DOUBLE",  "STRING"};
+const char* type_name(Type type) {
+    static constexpr const char* names[] = {"", "INTEGER", "LONG", "INT64", "SINGLE", "DOUBLE", "STRING"};
     const auto code = static_cast<std::size_t>(type);
-    return code < names.size() ? names[code] : names[0];
+    return code < std::size(names) ? names[code] : names[0];
 }
 
 }  // namespace korvane

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 #include "values/value.h"
 
@@ -26,6 +25,6 @@ inline double to_single(double number) {
 }
 
 // "INTEGER", "LONG", "INT64", "SINGLE", "DOUBLE" or "STRING"; empty for NONE. The bytes are zero-terminated.
-std::string_view type_name(Type type);
+const char* type_name(Type type);
 
 }  // namespace korvane

@@ -151,7 +151,8 @@ Value evaluate_user_function(const Token& name, Cursor& cursor) {
     return call_user_function(*function, arguments, count);
 }
 
-void do_def(Cursor& cursor) {
+// Runs once per function: its size matters, not its speed.
+[[gnu::cold]] void do_def(Cursor& cursor) {
     ++cursor;
     if (cursor->kind != IDENTIFIER || !is_user_function_name(cursor->name)) {
         raise(message::expected_fn_name);

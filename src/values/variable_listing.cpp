@@ -60,7 +60,7 @@ void print_address(const std::uint8_t* place) {
 
 void print_type(Type type) {
     con_put_string("  ");
-    con_put_text(type_name(type));
+    con_put_string(type_name(type));
 }
 
 void print_scalar(VariableEntry& entry, Detail detail) {

@@ -67,15 +67,15 @@ TEST(ConvertTest, RoundingToSingle) {
 }
 
 TEST(ConvertTest, TypeNames) {
-    EXPECT_EQ(type_name(Type::INTEGER), "INTEGER");
-    EXPECT_EQ(type_name(Type::LONG), "LONG");
-    EXPECT_EQ(type_name(Type::INT64), "INT64");
-    EXPECT_EQ(type_name(Type::SINGLE), "SINGLE");
-    EXPECT_EQ(type_name(Type::DOUBLE), "DOUBLE");
-    EXPECT_EQ(type_name(Type::STRING), "STRING");
-    EXPECT_EQ(type_name(Type::NONE), "");
-    EXPECT_EQ(type_name(static_cast<Type>(7)), "");
-    EXPECT_EQ(type_name(static_cast<Type>(255)), "");
+    EXPECT_STREQ(type_name(Type::INTEGER), "INTEGER");
+    EXPECT_STREQ(type_name(Type::LONG), "LONG");
+    EXPECT_STREQ(type_name(Type::INT64), "INT64");
+    EXPECT_STREQ(type_name(Type::SINGLE), "SINGLE");
+    EXPECT_STREQ(type_name(Type::DOUBLE), "DOUBLE");
+    EXPECT_STREQ(type_name(Type::STRING), "STRING");
+    EXPECT_STREQ(type_name(Type::NONE), "");
+    EXPECT_STREQ(type_name(static_cast<Type>(7)), "");
+    EXPECT_STREQ(type_name(static_cast<Type>(255)), "");
 }
 
 }  // namespace
