@@ -27,7 +27,9 @@ list(FILTER KORVANE_HOT_SOURCES INCLUDE REGEX "/src/(${KORVANE_HOT_PATHS})")
 list(FILTER KORVANE_HOT_SOURCES EXCLUDE REGEX "/src/fast/(expression|parser)")  # work once for each statement
 set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES})
 list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES})
-set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS -Oz)
+set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS "-Oz;-flto")
+# They are compiled as one, which takes 5 KiB off them; the others separately, so that the code of the inner loops
+# depends on its own source alone.
 # Padding before functions and jump targets takes 4 KiB and gains nothing measurable, except between the short
 # functions of the specialised statements, which jump to one another all the time.
 set(KORVANE_PADDED_SOURCES ${KORVANE_HOT_SOURCES})
@@ -66,6 +68,8 @@ target_compile_options(
 target_link_options(
   korvane.efi
   PRIVATE -nostdlib
+          -flto
+          -flto-partition=none
           -s
           -Wl,--subsystem,10
           -Wl,-e,_ModuleEntryPoint
