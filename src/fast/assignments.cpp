@@ -6,6 +6,7 @@
 #include "fast/elements.h"
 #include "fast/expression.h"
 #include "fast/sides.h"
+#include "fast/links.h"
 #include "fast/statement.h"
 #include "fast/text_assignments.h"
 #include "platform/memory.h"
@@ -47,12 +48,6 @@ inline bool assign(std::uint8_t* place, const Token* equals) {
     return true;
 }
 
-// A statement that may have taken string space starts again with what it found.
-std::uint64_t start_again(Token* at, std::uint64_t left, std::uint8_t* string_top) {
-    arenas.FREETOP = string_top;
-    return execute_general(at, left);
-}
-
 inline std::uint8_t* place_of(const Token* equals) {
     return static_cast<std::uint8_t*>(const_cast<void*>(equals->step.left_operand));
 }
@@ -62,7 +57,7 @@ std::uint64_t let_scalar(Token* at, std::uint64_t left) {
     if (!is_current(at)) return execute_first(at, left);
     Token* equals = at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
-    if (!assign<type>(place_of(equals), equals)) return start_again(at, left, string_top);
+    if (!assign<type>(place_of(equals), equals)) return fall_back(at, left, string_top);
     return proceed(equals->step.next, left);
 }
 
@@ -174,7 +169,7 @@ std::uint64_t let_element(Token* at, std::uint64_t left) {
     Token* equals = at[1].step.next;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = find_element<storage_size(type), Subscripts::ANY>(at + 1);
-    if (place == nullptr || !assign<type>(place, equals)) return start_again(at, left, string_top);
+    if (place == nullptr || !assign<type>(place, equals)) return fall_back(at, left, string_top);
     return proceed(equals->step.next, left);
 }
 

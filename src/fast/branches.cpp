@@ -7,6 +7,7 @@
 #include "fast/conditions.h"
 #include "fast/expression.h"
 #include "fast/sides.h"
+#include "fast/links.h"
 #include "fast/statement.h"
 #include "values/convert.h"
 
@@ -31,12 +32,6 @@ bool resolve_line(Token* literal) {
     return true;
 }
 
-// What a condition that took string space and failed gives back.
-std::uint64_t start_again(Token* at, std::uint64_t left, std::uint8_t* string_top) {
-    arenas.FREETOP = string_top;
-    return execute_general(at, left);
-}
-
 // Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that. One
 // that is the whole THEN part counts as a part of the IF: nothing behind it could ask whether there was one.
 inline std::uint64_t enter_then_part(Token* at, std::uint64_t left) {
@@ -51,7 +46,7 @@ inline std::uint64_t enter_then_part(Token* at, std::uint64_t left) {
 // the statement is looked at again.
 std::uint64_t branch_first(Token* at, std::uint64_t left, std::uint8_t* string_top) {
     at->execute = execute_first;
-    return start_again(at, left, string_top);
+    return fall_back(at, left, string_top);
 }
 
 template <typename Condition, bool to_line>
@@ -59,7 +54,7 @@ std::uint64_t if_then(Token* at, std::uint64_t left) {
     if (!is_current(at)) return execute_first(at, left);
     std::uint8_t* string_top = arenas.FREETOP;
     const Truth truth = Condition::of(at);
-    if (truth == Truth::FAILED) return start_again(at, left, string_top);
+    if (truth == Truth::FAILED) return fall_back(at, left, string_top);
     if (!to_line && truth == Truth::TRUE) return enter_then_part(at, left);
     Token* target = truth == Truth::TRUE ? at->step.next : at->step.left_inner;
     return target == nullptr ? branch_first(at, left, string_top) : jump(target, left);

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "fast/places.h"
+#include "fast/links.h"
 #include "fast/statement.h"
 #include "fast/text_sides.h"
 #include "values/data_statements.h"

@@ -7,6 +7,7 @@
 #include "fast/conditions.h"
 #include "fast/expression.h"
 #include "fast/sides.h"
+#include "fast/links.h"
 #include "fast/statement.h"
 #include "platform/memory.h"
 #include "values/operators.h"

@@ -4,6 +4,7 @@
 #include "core/control_stacks.h"
 #include "core/loops.h"
 #include "fast/sides.h"
+#include "fast/links.h"
 #include "fast/statement.h"
 #include "values/variables.h"
 

@@ -70,28 +70,6 @@ inline Token* following(Token* at) {
     return at;
 }
 
-template <typename AnyToken>
-inline AnyToken* end_of_line(AnyToken* at) {
-    while (at->kind != END_OF_LINE)
-        ++at;
-    return at;
-}
-
-// Whether the THEN part of the IF at `at`, in the current line, is one statement that nothing in the line can
-// ask about: it ends the line, or it is an assignment or a line number and a single statement follows behind
-// ELSE. Such a statement counts as a part of its IF and leads out of the line at once.
-bool then_part_is_lone(const Token* at);
-
-// The statement that follows one of the current line that ended at `end`: past the end of the line it is the
-// next line's, once that is known and if no THEN part ends there.
-Token* link_behind(Token* end);
-
-// The same for an assignment, which may be a lone THEN part in front of an ELSE.
-Token* link_behind_assignment(Token* end);
-
-// The same for a jump to `at`, which leaves a THEN part wherever it goes.
-Token* link_to(Token* at);
-
 // The token array of a line when it stays in the cache, else null.
 inline Token* cached_tokens(std::uint32_t line) {
     return line < program.count ? program.lines[line].tokens : nullptr;
