@@ -6,8 +6,8 @@
 #include "core/parse.h"
 #include "fast/conditions.h"
 #include "fast/expression.h"
-#include "fast/sides.h"
 #include "fast/links.h"
+#include "fast/sides.h"
 #include "fast/statement.h"
 #include "values/convert.h"
 

@@ -6,8 +6,8 @@
 #include <limits>
 #include <string_view>
 
-#include "fast/places.h"
 #include "fast/links.h"
+#include "fast/places.h"
 #include "fast/statement.h"
 #include "fast/text_sides.h"
 #include "values/data_statements.h"

@@ -1,6 +1,6 @@
 // Specialised SWAP: the keyword holds the first place, the comma the second one.
-#include "fast/places.h"
 #include "fast/links.h"
+#include "fast/places.h"
 #include "fast/statement.h"
 #include "platform/memory.h"
 

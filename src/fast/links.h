@@ -1,8 +1,10 @@
-// Where a specialised statement leads: to the statement behind it, past the end of its line where that is possible.
+// Where a specialised statement leads: to the statement behind it, past the end of its line where that is
+// possible.
 //
-// The end record of a line keeps the next line's first token once control has passed there. From then on whoever
-// leads to the end record may lead to that token at once, unless a THEN part ends there: then the end record has
-// to say that it is over. An IF whose THEN part nothing in the line can ask about is no such hindrance.
+// The end record of a line keeps the next line's first token once control has passed there. From then on
+// whoever leads to the end record may lead to that token at once, unless a THEN part ends there: then the end
+// record has to say that it is over. An IF whose THEN part nothing in the line can ask about is no such
+// hindrance.
 #pragma once
 
 #include "core/token.h"
@@ -16,9 +18,9 @@ inline AnyToken* end_of_line(AnyToken* at) {
     return at;
 }
 
-// Whether the THEN part of the IF at `at`, in the current line, is one statement that nothing in the line can ask
-// about: it ends the line, or it is an assignment or a line number and a single statement follows behind ELSE. Such
-// a statement counts as a part of its IF and leads out of the line at once.
+// Whether the THEN part of the IF at `at`, in the current line, is one statement that nothing in the line can
+// ask about: it ends the line, or it is an assignment or a line number and a single statement follows behind
+// ELSE. Such a statement counts as a part of its IF and leads out of the line at once.
 bool then_part_is_lone(const Token* at);
 
 // The statement that follows one of the current line that ended at `end`.
@@ -30,8 +32,8 @@ Token* link_behind_assignment(Token* end);
 // The statement to which a jump to `at` leads; a jump leaves a THEN part wherever it goes.
 Token* link_to(Token* at);
 
-// For the end record of the current line, when the next line's tokens have become known: leads the statements and
-// the open loops that lead there on to the next line.
+// For the end record of the current line, when the next line's tokens have become known: leads the statements
+// and the open loops that lead there on to the next line.
 void link_line(Token* end);
 
 }  // namespace korvane::fast

@@ -3,8 +3,8 @@
 // done. As long as all of this fits, a turn is an addition and a comparison.
 #include "core/control_stacks.h"
 #include "core/loops.h"
-#include "fast/sides.h"
 #include "fast/links.h"
+#include "fast/sides.h"
 #include "fast/statement.h"
 #include "values/variables.h"
 

@@ -1,0 +1,84 @@
+// The array's name is the statement's first token and the bracket the second one.
+#include "fast/element_assignments.h"
+
+#include "fast/assign.h"
+#include "fast/elements.h"
+#include "fast/statement.h"
+#include "fast/text_assignments.h"
+
+namespace korvane::fast {
+namespace {
+
+template <Type type>
+std::uint64_t let_element(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    Token* equals = at[1].step.next;
+    std::uint8_t* string_top = arenas.FREETOP;
+    std::uint8_t* place = find_element<storage_size(type), Subscripts::ANY>(at + 1);
+    if (place == nullptr || !assign<type>(place, equals)) return fall_back(at, left, string_top);
+    return proceed(equals->step.next, left);
+}
+
+// The frequent shapes, whose value can be taken before the element is found: a plain side for a DOUBLE
+// element, and a literal for an INTEGER one.
+template <Subscripts subscripts>
+std::uint64_t let_plain_element(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const auto value = plain_right<double>(at[1].step.next);
+    std::uint8_t* place = find_element<8, subscripts>(at + 1);
+    if (place == nullptr || !is_finite(value)) return execute_general(at, left);
+    __builtin_memcpy(place, &value, sizeof value);
+    return proceed(at[1].step.next->step.next, left);
+}
+
+std::uint64_t let_integer_element(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const Token* equals = at[1].step.next;
+    const auto literal = read<std::int64_t>(equals->step.operand);
+    const auto value = static_cast<std::int16_t>(literal);
+    std::uint8_t* place = find_element<2, Subscripts::ONE>(at + 1);
+    if (place == nullptr || value != literal) return execute_general(at, left);
+    __builtin_memcpy(place, &value, sizeof value);
+    return proceed(equals->step.next, left);
+}
+
+Execute choose_element(Type type, const Side& value) {
+    switch (type) {
+        case Type::INTEGER:
+            return let_element<Type::INTEGER>;
+        case Type::LONG:
+            return let_element<Type::LONG>;
+        case Type::INT64:
+            return let_element<Type::INT64>;
+        case Type::SINGLE:
+            return let_element<Type::SINGLE>;
+        case Type::DOUBLE:
+            return let_element<Type::DOUBLE>;
+        default:
+            return choose_text_element_assignment(value);
+    }
+}
+
+// The handler for a frequent shape, or null.
+Execute choose_element_shape(const Token* bracket, Type type, std::uint8_t value_kind) {
+    const Subscripts subscripts = subscripts_of(bracket);
+    if (subscripts == Subscripts::ANY) return nullptr;
+    if (type == Type::DOUBLE && is_plain<double>(value_kind)) {
+        return subscripts == Subscripts::ONE ? let_plain_element<Subscripts::ONE>
+                                             : let_plain_element<Subscripts::TWO>;
+    }
+    const bool literal = value_kind == side_kind(I64, false, Domain::WHOLE);
+    return type == Type::INTEGER && subscripts == Subscripts::ONE && literal ? let_integer_element : nullptr;
+}
+
+}  // namespace
+
+Execute element_handler(const Token* bracket, const Specialised& element, const Specialised& value) {
+    // What takes string space has to give it back when it fails.
+    const bool allocates = element.allocates || value.allocates;
+    const Execute shape =
+        allocates ? nullptr : choose_element_shape(bracket, element.side.type, value.side.kind);
+    return shape != nullptr ? shape : choose_element(element.side.type, value.side);
+}
+
+}  // namespace korvane::fast

@@ -1,0 +1,166 @@
+// The name of the scalar is the statement's first token and "=" the second one, whose left_operand is the
+// scalar's storage.
+#include "fast/scalar_assignments.h"
+
+#include "fast/arithmetic.h"
+#include "fast/assign.h"
+#include "fast/statement.h"
+#include "fast/text_assignments.h"
+
+namespace korvane::fast {
+namespace {
+
+template <Type type>
+std::uint64_t let_scalar(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    Token* equals = at + 1;
+    std::uint8_t* string_top = arenas.FREETOP;
+    if (!assign<type>(place_of(equals), equals)) return fall_back(at, left, string_top);
+    return proceed(equals->step.next, left);
+}
+
+Execute choose_scalar(Type type, const Side& value) {
+    switch (type) {
+        case Type::INTEGER:
+            return let_scalar<Type::INTEGER>;
+        case Type::LONG:
+            return let_scalar<Type::LONG>;
+        case Type::INT64:
+            return let_scalar<Type::INT64>;
+        case Type::SINGLE:
+            return let_scalar<Type::SINGLE>;
+        case Type::DOUBLE:
+            return let_scalar<Type::DOUBLE>;
+        default:
+            return choose_text_assignment(value);
+    }
+}
+
+// The frequent shapes of a floating target whose right side is plain: a variable or literal of its type, one
+// operator between two of them, more behind that, and anything else that is a chain.
+template <typename Number>
+std::uint64_t let_copy(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    Token* equals = at + 1;
+    const auto value = read<Number>(equals->step.operand);
+    __builtin_memcpy(place_of(equals), &value, sizeof value);
+    return proceed(equals->step.next, left);
+}
+
+template <typename Number>
+inline std::uint64_t let_value(Token* at, Number value, std::uint64_t left) {
+    if (!is_finite(value)) return execute_general(at, left);
+    Token* equals = at + 1;
+    __builtin_memcpy(place_of(equals), &value, sizeof value);
+    return proceed(equals->step.next, left);
+}
+
+template <typename Number>
+std::uint64_t let_chain(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const Token* equals = at + 1;
+    return let_value(at, call_chain(read<Number>(equals->step.operand), equals->step.inner), left);
+}
+
+template <typename Number, char operation>
+inline Number first_result(const Token* equals, const Token* operation_token) {
+    return apply<operation>(read<Number>(equals->step.operand), read<Number>(operation_token->step.operand));
+}
+
+template <typename Number, char operation>
+std::uint64_t let_operation(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    return let_value(at, first_result<Number, operation>(at + 1, at[1].step.inner), left);
+}
+
+template <typename Number, char operation>
+std::uint64_t let_operations(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    const Token* first = at[1].step.inner;
+    return let_value(at, call_chain(first_result<Number, operation>(at + 1, first), first->step.next), left);
+}
+
+template <typename Number, char operation>
+Execute choose_operation(const Token* first) {
+    return first->step.next == nullptr ? let_operation<Number, operation> : let_operations<Number, operation>;
+}
+
+// The handler for a chain behind a leaf of the type; most begin with an operator between two leaves.
+template <typename Number>
+Execute choose_chain(const Token* first) {
+    if (first->right_kind != (sizeof(Number) == sizeof(double) ? F64 : F32)) return let_chain<Number>;
+    switch (first->kind) {
+        case '+':
+            return choose_operation<Number, '+'>(first);
+        case '-':
+            return choose_operation<Number, '-'>(first);
+        case '*':
+            return choose_operation<Number, '*'>(first);
+        case '/':
+            return choose_operation<Number, '/'>(first);
+        default:
+            return let_chain<Number>;
+    }
+}
+
+template <typename Number>
+Execute choose_plain(const Side& side) {
+    if ((side.kind & has_chain) == 0) return let_copy<Number>;
+    return (side.kind & leaf_mask) == COMPUTED ? let_chain<Number> : choose_chain<Number>(side.inner);
+}
+
+// Integer targets: a chain behind a leaf. A computed beginning is a chain behind a zero.
+template <typename Integer, Leaf leaf>
+std::uint64_t let_whole_chain(Token* at, std::uint64_t left) {
+    if (!is_current(at)) return execute_first(at, left);
+    Token* equals = at + 1;
+    Token* inner = equals->step.inner;
+    const Whole whole = inner->step.whole(whole_leaf<leaf>(equals->step.operand), inner);
+    const auto value = static_cast<Integer>(whole.value);
+    if (whole.failed != 0 || value != whole.value) return execute_general(at, left);
+    __builtin_memcpy(place_of(equals), &value, sizeof value);
+    return proceed(equals->step.next, left);
+}
+
+template <typename Integer>
+Execute choose_whole_chain(std::uint8_t kind) {
+    switch (kind) {
+        case side_kind(I16, true, Domain::WHOLE):
+            return let_whole_chain<Integer, I16>;
+        case side_kind(I32, true, Domain::WHOLE):
+            return let_whole_chain<Integer, I32>;
+        case side_kind(I64, true, Domain::WHOLE):
+        case side_kind(COMPUTED, true, Domain::WHOLE):
+            return let_whole_chain<Integer, I64>;
+        default:
+            return nullptr;
+    }
+}
+
+// The handler for a frequent shape, or null.
+Execute choose_shape(Type type, const Side& side) {
+    switch (type) {
+        case Type::DOUBLE:
+            return is_plain<double>(side.kind) ? choose_plain<double>(side) : nullptr;
+        case Type::SINGLE:
+            return is_plain<float>(side.kind) ? choose_plain<float>(side) : nullptr;
+        case Type::INTEGER:
+            return choose_whole_chain<std::int16_t>(side.kind);
+        case Type::LONG:
+            return choose_whole_chain<std::int32_t>(side.kind);
+        case Type::INT64:
+            return choose_whole_chain<std::int64_t>(side.kind);
+        default:
+            return nullptr;
+    }
+}
+
+}  // namespace
+
+Execute scalar_handler(Type type, const Specialised& value) {
+    // What takes string space has to give it back when it fails.
+    const Execute shape = value.allocates ? nullptr : choose_shape(type, value.side);
+    return shape != nullptr ? shape : choose_scalar(type, value.side);
+}
+
+}  // namespace korvane::fast
