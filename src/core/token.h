@@ -63,11 +63,11 @@ struct Step {
     Token* inner;         // first step of the right operand
     Token* next;  // next step of the chain; of a statement: the statement that follows; of a cached line's
                   // end record: the next line's first token, once control has passed there
+    const void* left_operand;  // the same for the left operand, where the accumulator does not carry it
     union {
-        const void* left_operand;  // the same for the left operand, where the accumulator does not carry it
-        Position own;              // of a keyword that stacks a position: that position
+        Token* left_inner;
+        Position own;  // of a keyword that stacks a position: that position
     };
-    Token* left_inner;
 };
 static_assert(sizeof(Step) == 48);
 

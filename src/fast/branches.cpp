@@ -35,7 +35,7 @@ bool resolve_line(Token* literal) {
 // Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that. One
 // that is the whole THEN part counts as a part of the IF: nothing behind it could ask whether there was one.
 inline std::uint64_t enter_then_part(Token* at, std::uint64_t left) {
-    const bool lone = at->step.own.record != 0;
+    const bool lone = (at->right_kind & lone_then_part) != 0;
     execution.then_part = !lone;
     if (state.kept_token != at) state.kept_start = at;
     state.kept_token = at->step.next;
@@ -130,8 +130,8 @@ bool specialise_if(Token* at) {
     const bool to_line = then->kind == NUMBER;
     at->step.next = to_line ? target_of(then) : following(then);
     at->step.left_inner = false_target(condition.end);
-    at->step.own = {.line = 0, .record = then_part_is_lone(at) ? 1U : 0U};
     at->execute = to_line ? handler_for<IfThenLine>(at) : handler_for<IfThenStatements>(at);
+    if (then_part_is_lone(at)) at->right_kind |= lone_then_part;
     return true;
 }
 

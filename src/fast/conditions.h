@@ -25,13 +25,13 @@ struct ComputedCondition {
     static Truth of(const Token* at) { return truth_of(at->step.inner->step.whole(0, at->step.inner)); }
 };
 
-// A comparison of two variables or literals and nothing behind it.
+// A comparison of two variables or literals and nothing behind it. The statement keeps them itself, so that a
+// long program need not fetch the comparison's record as well.
 template <int relation, typename Number>
 struct LeafComparison {
     static Truth of(const Token* at) {
-        const Token* comparison = at->step.inner;
-        const auto left = read<Number>(comparison->step.left_operand);
-        const auto right = read<Number>(comparison->step.operand);
+        const auto left = read<Number>(at->step.left_operand);
+        const auto right = read<Number>(at->step.operand);
         if (__builtin_isunordered(left, right)) return Truth::FAILED;
         return holds<relation>(left, right) ? Truth::TRUE : Truth::FALSE;
     }
@@ -54,13 +54,15 @@ Execute handler_of_comparison(int relation) {
 // The handler of a statement for the condition that it holds: `Handler` is a template of the condition's
 // type.
 template <template <typename> class Handler>
-Execute handler_for(const Token* at) {
+Execute handler_for(Token* at) {
     if (at->right_kind != side_kind(COMPUTED, true, Domain::WHOLE)) return Handler<AnyCondition>::execute;
     const Token* first = at->step.inner;
     const PlainForm form = plain_form(first);
     const bool leaves = first->step.left_inner == nullptr && first->step.inner == nullptr;
     if (form.relation == 0 || !leaves || first->step.next != nullptr)
         return Handler<ComputedCondition>::execute;
+    at->step.left_operand = first->step.left_operand;
+    at->step.operand = first->step.operand;
     return form.single ? handler_of_comparison<Handler, float>(form.relation)
                        : handler_of_comparison<Handler, double>(form.relation);
 }

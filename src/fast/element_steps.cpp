@@ -85,7 +85,7 @@ void set_single_element_step(Token* bracket) {
 }
 
 inline Whole subscript_at(const Token* mark) {
-    const bool whole = mark->right_kind >> domain_shift == static_cast<std::uint8_t>(Domain::WHOLE);
+    const bool whole = domain_of_kind(mark->right_kind) == Domain::WHOLE;
     return whole ? quick_right_whole(mark) : round_whole(quick_right_real(mark));
 }
 

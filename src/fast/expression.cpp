@@ -79,7 +79,7 @@ Side chain_of(Token* step, Domain domain, Type type) {
 // Whether an accumulator of the domain can start from the side, and go on from its last step.
 bool carries(const Side& side, Domain domain) {
     const auto leaf = static_cast<Leaf>(side.kind & leaf_mask);
-    const auto side_domain = static_cast<Domain>(side.kind >> domain_shift);
+    const Domain side_domain = domain_of_kind(side.kind);
     if ((side.kind & has_chain) != 0) return side_domain == domain;
     switch (domain) {
         case Domain::REAL:

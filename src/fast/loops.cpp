@@ -67,7 +67,7 @@ bool nothing_to_do(int order, const Value& step) {
 // Opens the loop; false when that is for the general handler to do. Apart, because a statement that has the
 // address of a local would call its successor instead of jumping to it.
 [[gnu::noinline]] bool open_loop(Token* at) {
-    Token* step_word = at->step.left_inner;
+    const Token* step_word = to_of(at)->step.left_inner;
     auto* variable = static_cast<VariableEntry*>(const_cast<void*>(at->step.operand));
     Value start;
     Value limit;
@@ -156,9 +156,9 @@ bool specialise_for(Token* at) {
     Token* to;
     Token* end;
     if (!hold_natural(at + 2, to) || to->kind != KW_TO || !hold_natural(to, end)) return false;
-    at->step.left_inner = nullptr;
+    to->step.left_inner = nullptr;
     if (end->kind == KW_STEP) {
-        at->step.left_inner = end;
+        to->step.left_inner = end;
         if (!hold_natural(end, end)) return false;
     }
     at->step.operand = variable;

@@ -33,16 +33,12 @@ std::int64_t leaf_as_whole(std::uint8_t leaf, const void* operand) {
     }
 }
 
-constexpr Domain chain_domain(std::uint8_t kind) {
-    return static_cast<Domain>(kind >> domain_shift);
-}
-
 }  // namespace
 
 double real_side(std::uint8_t kind, const void* operand, Token* inner) {
     const std::uint8_t leaf = kind & leaf_mask;
     if ((kind & has_chain) == 0) return leaf_as_real(leaf, operand);
-    switch (chain_domain(kind)) {
+    switch (domain_of_kind(kind)) {
         case Domain::REAL:
             return inner->step.real(leaf_as_real(leaf, operand), inner);
         case Domain::SINGLE:
@@ -56,7 +52,7 @@ double real_side(std::uint8_t kind, const void* operand, Token* inner) {
 
 Whole whole_side(std::uint8_t kind, const void* operand, Token* inner) {
     const std::uint8_t leaf = kind & leaf_mask;
-    if (chain_domain(kind) != Domain::WHOLE) return round_whole(real_side(kind, operand, inner));
+    if (domain_of_kind(kind) != Domain::WHOLE) return round_whole(real_side(kind, operand, inner));
     const std::int64_t start = leaf_as_whole(leaf, operand);
     return (kind & has_chain) == 0 ? Whole{start, 0} : inner->step.whole(start, inner);
 }

@@ -48,6 +48,12 @@ inline constexpr std::uint8_t leaf_mask = 7;
 inline constexpr std::uint8_t has_chain = 8;
 inline constexpr int domain_shift = 4;
 
+inline constexpr std::uint8_t lone_then_part = 0x80;  // of an IF's condition: see then_part_is_lone()
+
+constexpr Domain domain_of_kind(std::uint8_t kind) {
+    return static_cast<Domain>(kind >> domain_shift & 3);
+}
+
 constexpr std::uint8_t side_kind(Leaf leaf, bool chain, Domain domain) {
     return static_cast<std::uint8_t>(leaf | (chain ? has_chain : 0) |
                                      (static_cast<std::uint8_t>(domain) << domain_shift));

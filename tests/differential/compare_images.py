@@ -18,7 +18,7 @@ import time
 from random_program import ProgramMaker
 
 SAVED_FILES = ("VARIABLES.BIN", "ARRAYS.BIN", "STRINGS.BIN")
-TIME_LIMIT = 10  # seconds for one program
+TIME_LIMIT = 60  # seconds for one program; ample, for machines that are busy with other things
 
 
 def run(terminal, image, program):
