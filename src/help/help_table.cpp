@@ -1,7 +1,8 @@
 #include "help/help_table.h"
 
-#include <array>
 #include <cstdint>
+
+#include "help/text_packing.h"
 
 namespace korvane {
 namespace {
@@ -226,7 +227,7 @@ constexpr Row rows[] = {
 // is
 // - a byte: the length of its name where its text begins with it, else 0, plus `begins_category` where it is
 //   the first of its category;
-// - zero-terminated texts: the category if it begins one, the name if it does not begin the text, the text.
+// - zero-terminated: the category if it begins one, the name if it does not begin the text, the packed text.
 // A final byte `end_of_entries` follows the last.
 constexpr std::uint8_t begins_category = 0x80;
 constexpr std::uint8_t end_of_entries = 0x7F;
@@ -258,7 +259,8 @@ constexpr std::size_t pack(char* place) {
             static_cast<std::uint8_t>((name_in_text ? name.size() : 0) | (begins ? begins_category : 0)));
         if (begins) packer.put(category = row.category);
         if (!name_in_text) packer.put(name);
-        packer.put(std::string_view(row.text));
+        pack_text(row.text, [&packer](std::uint8_t byte) { packer.put(byte); });
+        packer.put(std::uint8_t{0});
     }
     packer.put(end_of_entries);
     return packer.size;
@@ -269,6 +271,13 @@ constexpr auto packed_entries = [] {
     pack(bytes.data());
     return bytes;
 }();
+
+static_assert([] {
+    for (const Row& row : rows) {
+        if (std::string_view(row.text).size() > longest_help_text) return false;
+    }
+    return true;
+}());
 
 // The zero-terminated text at a place, which is moved behind it.
 std::string_view take_text(const char*& at) {
@@ -287,7 +296,7 @@ bool HelpWalk::next() {
     const std::size_t name_length = head & ~begins_category;
     if ((head & begins_category) != 0) entry_.category = take_text(at_);
     if (name_length == 0) entry_.name = take_text(at_);
-    entry_.text = take_text(at_);
+    entry_.text = {text_.data(), unpack_text(at_, text_.data())};
     if (name_length != 0) entry_.name = entry_.text.substr(0, name_length);
     return true;
 }

@@ -1,9 +1,13 @@
 // The built-in language reference.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <string_view>
 
 namespace korvane {
+
+inline constexpr std::size_t longest_help_text = 128;  // bytes
 
 struct HelpEntry {
     std::string_view category;
@@ -16,15 +20,19 @@ struct HelpEntry {
 class HelpWalk {
   public:
     HelpWalk();
+    HelpWalk(const HelpWalk&) = delete;
+    HelpWalk& operator=(const HelpWalk&) = delete;
 
     // Goes to the next entry, at first to the first one; false behind the last.
     bool next();
 
+    // Its name and text are valid until the walk goes on.
     const HelpEntry& entry() const { return entry_; }
 
   private:
     const char* at_;  // of the packed entries, the next one's first byte
     HelpEntry entry_{};
+    std::array<char, longest_help_text> text_;  // of the entry
 };
 
 }  // namespace korvane
