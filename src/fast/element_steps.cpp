@@ -1,6 +1,7 @@
 #include "fast/element_steps.h"
 
 #include "fast/elements.h"
+#include "fast/text_sides.h"
 
 namespace korvane::fast {
 namespace {
@@ -23,9 +24,10 @@ Whole whole_element(std::int64_t, Token* at) {
     return element == nullptr ? Whole{0, 1} : go_on_whole(whole_leaf<leaf>(element), at);
 }
 
+template <Subscripts subscripts>
 Value text_element(Token* at) {
-    const std::uint8_t* element = element_place<16>(at);
-    if (element == nullptr) return Value::of_integer(0, Type::NONE);
+    const std::uint8_t* element = find_element<16, subscripts>(at);
+    if (element == nullptr) return no_text();
     const auto descriptor = read<StringDescriptor>(element);
     return Value::of_string(descriptor.bytes, descriptor.length);
 }
@@ -137,7 +139,8 @@ void set_element_step(Token* bracket, Type type, Domain domain) {
             set_whole_element_step(bracket, type);
             break;
         case Domain::TEXT:
-            bracket->step.text = text_element;
+            bracket->step.text = subscripts_of(bracket) == Subscripts::ONE ? text_element<Subscripts::ONE>
+                                                                           : text_element<Subscripts::ANY>;
             break;
     }
 }
