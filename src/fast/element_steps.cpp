@@ -86,11 +86,6 @@ void set_single_element_step(Token* bracket) {
     bracket->step.single = one ? single_element<Subscripts::ONE> : single_element<Subscripts::ANY>;
 }
 
-inline Whole subscript_at(const Token* mark) {
-    const bool whole = domain_of_kind(mark->right_kind) == Domain::WHOLE;
-    return whole ? quick_right_whole(mark) : round_whole(quick_right_real(mark));
-}
-
 }  // namespace
 
 template <int size>
@@ -108,7 +103,7 @@ bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& o
     const std::int64_t* bound = block->bounds;
     for (const Token* mark = bracket; mark != nullptr; mark = mark->step.left_inner, ++bound) {
         std::uint64_t along;
-        if (!subscript_offset(subscript_at(mark), *bound, along)) return false;
+        if (!subscript_offset(quick_right_index(mark), *bound, along)) return false;
         offset = offset * (static_cast<std::uint64_t>(*bound - variables.array_base) + 1) + along;
     }
     return true;

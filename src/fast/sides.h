@@ -50,7 +50,6 @@ inline std::int64_t whole_leaf(const void* operand) {
 double real_side(std::uint8_t kind, const void* operand, Token* inner);  // a NaN when it failed
 Whole whole_side(std::uint8_t kind, const void* operand,
                  Token* inner);  // floats are rounded, halves away from 0
-Value text_side(std::uint8_t kind, const void* operand, Token* inner);  // type NONE when it failed
 
 // The plain sides: a leaf of the domain's own type with or without a chain of the domain, or such a chain
 // with a beginning of its own. They are evaluated without looking at their kind.
@@ -117,6 +116,12 @@ inline Whole round_whole(double x) {
     if (__builtin_expect(fraction == 0, true)) return {truncated, 0};
     // A broken part means that |x| is below 2^53, so the step cannot leave the range.
     return {truncated + (fraction >= 0.5) - (fraction <= -0.5), 0};
+}
+
+// The right side as a subscript or a count, which may be of any kind.
+inline Whole quick_right_index(const Token* at) {
+    const bool whole = domain_of_kind(at->right_kind) == Domain::WHOLE;
+    return whole ? quick_right_whole(at) : round_whole(quick_right_real(at));
 }
 
 }  // namespace korvane::fast

@@ -23,9 +23,9 @@ Value concatenate(Token* at) {
     return joined(at, 1);
 }
 
-// The number behind a comma, or failed when it is below `lowest`.
+// The number behind a bracket or comma, or failed when it is below `lowest`.
 Whole number_at(const Token* mark, std::int64_t lowest) {
-    const Whole number = right_whole(mark);
+    const Whole number = quick_right_index(mark);
     return number.failed != 0 || number.value < lowest ? Whole{0, 1} : number;
 }
 
@@ -62,8 +62,8 @@ Value middle_part(Token* at) {
 }
 
 Value character(Token* at) {
-    const Whole code = right_whole(at);
-    if (code.failed != 0 || code.value < 0 || code.value > 255) return no_text();
+    const Whole code = number_at(at, 0);
+    if (code.failed != 0 || code.value > 255) return no_text();
     const auto byte = static_cast<std::uint8_t>(code.value);
     return copy_of(&byte, 1);
 }
