@@ -40,4 +40,21 @@ inline std::uint8_t* place_of(const Token* equals) {
     return static_cast<std::uint8_t*>(const_cast<void*>(equals->step.left_operand));
 }
 
+// The handler of a statement that assigns to a number: `Handler` is a template of the number's type.
+template <template <Type> class Handler>
+Execute handler_of_number(Type type) {
+    switch (type) {
+        case Type::INTEGER:
+            return Handler<Type::INTEGER>::execute;
+        case Type::LONG:
+            return Handler<Type::LONG>::execute;
+        case Type::INT64:
+            return Handler<Type::INT64>::execute;
+        case Type::SINGLE:
+            return Handler<Type::SINGLE>::execute;
+        default:
+            return Handler<Type::DOUBLE>::execute;
+    }
+}
+
 }  // namespace korvane::fast

@@ -19,6 +19,11 @@ std::uint64_t let_element(Token* at, std::uint64_t left) {
     return proceed(equals->step.next, left);
 }
 
+template <Type type>
+struct LetElement {
+    static constexpr Execute execute = let_element<type>;
+};
+
 // The frequent shapes, whose value can be taken before the element is found: a plain side for a DOUBLE
 // element, and a literal for an INTEGER one.
 template <Subscripts subscripts>
@@ -42,23 +47,6 @@ std::uint64_t let_integer_element(Token* at, std::uint64_t left) {
     return proceed(equals->step.next, left);
 }
 
-Execute choose_element(Type type, const Side& value) {
-    switch (type) {
-        case Type::INTEGER:
-            return let_element<Type::INTEGER>;
-        case Type::LONG:
-            return let_element<Type::LONG>;
-        case Type::INT64:
-            return let_element<Type::INT64>;
-        case Type::SINGLE:
-            return let_element<Type::SINGLE>;
-        case Type::DOUBLE:
-            return let_element<Type::DOUBLE>;
-        default:
-            return choose_text_element_assignment(value);
-    }
-}
-
 // The handler for a frequent shape, or null.
 Execute choose_element_shape(const Token* bracket, Type type, std::uint8_t value_kind) {
     const Subscripts subscripts = subscripts_of(bracket);
@@ -78,7 +66,9 @@ Execute element_handler(const Token* bracket, const Specialised& element, const 
     const bool allocates = element.allocates || value.allocates;
     const Execute shape =
         allocates ? nullptr : choose_element_shape(bracket, element.side.type, value.side.kind);
-    return shape != nullptr ? shape : choose_element(element.side.type, value.side);
+    if (shape != nullptr) return shape;
+    return element.side.type == Type::STRING ? choose_text_element_assignment(value.side)
+                                             : handler_of_number<LetElement>(element.side.type);
 }
 
 }  // namespace korvane::fast

@@ -19,22 +19,10 @@ std::uint64_t let_scalar(Token* at, std::uint64_t left) {
     return proceed(equals->step.next, left);
 }
 
-Execute choose_scalar(Type type, const Side& value) {
-    switch (type) {
-        case Type::INTEGER:
-            return let_scalar<Type::INTEGER>;
-        case Type::LONG:
-            return let_scalar<Type::LONG>;
-        case Type::INT64:
-            return let_scalar<Type::INT64>;
-        case Type::SINGLE:
-            return let_scalar<Type::SINGLE>;
-        case Type::DOUBLE:
-            return let_scalar<Type::DOUBLE>;
-        default:
-            return choose_text_assignment(value);
-    }
-}
+template <Type type>
+struct LetScalar {
+    static constexpr Execute execute = let_scalar<type>;
+};
 
 // The frequent shapes of a floating target whose right side is plain: a variable or literal of its type, one
 // operator between two of them, more behind that, and anything else that is a chain.
@@ -160,7 +148,8 @@ Execute choose_shape(Type type, const Side& side) {
 Execute scalar_handler(Type type, const Specialised& value) {
     // What takes string space has to give it back when it fails.
     const Execute shape = value.allocates ? nullptr : choose_shape(type, value.side);
-    return shape != nullptr ? shape : choose_scalar(type, value.side);
+    if (shape != nullptr) return shape;
+    return type == Type::STRING ? choose_text_assignment(value.side) : handler_of_number<LetScalar>(type);
 }
 
 }  // namespace korvane::fast
