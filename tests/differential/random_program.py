@@ -25,6 +25,7 @@ class ProgramMaker:
 
     def __init__(self, seed):
         self.random = random.Random(seed)
+        self.targets = [8000]  # lines behind the one being made; some do not exist
 
     def pick(self, weighted):
         """Calls one of the (weight, function) pairs."""
@@ -97,8 +98,20 @@ class ProgramMaker:
     def conditional(self):
         condition = self.pick([(80, lambda: self.relation(3)), (20, lambda: self.number(2))])
         more = ":" + self.statement(0) if self.random.random() < 0.3 else ""
-        otherwise = " ELSE " + self.statement(0) if self.random.random() < 0.5 else ""
-        return f"IF {condition} THEN {self.statement(0)}{more}{otherwise}"
+        otherwise = "".join(" ELSE " + self.branch() for chance in (0.5, 0.05) if self.random.random() < chance)
+        return f"IF {condition} THEN {self.branch()}{more}{otherwise}"
+
+    def branch(self):
+        """What stands behind THEN or ELSE. Line numbers are further on, so that every program ends."""
+        return self.pick([
+            (75, lambda: self.statement(0)),
+            (8, lambda: str(self.random.choice(self.targets))),
+            (3, lambda: f"GOTO {self.random.choice(self.targets)}"),
+            (6, lambda: f"IF {self.relation(1)} THEN {self.statement(0)}"),
+            (2, lambda: "RETURN"),
+            (2, lambda: "WEND"),
+            (2, lambda: ""),
+        ])
 
     def loop(self):
         """FOR with bounds of any kind; when they are far apart, NEXT stands behind a condition that ends it."""
@@ -166,6 +179,7 @@ class ProgramMaker:
         ]
         count = self.random.randint(5, 25)
         for number in range(10, 10 + 10 * count, 10):
+            self.targets = [number + 10, number + 20, number + 30, number + 15, 8000]
             second = ":" + self.statement() if self.random.random() < 0.25 else ""
             lines.append(f"{number} {self.statement()}{second}")
         if self.random.random() < 0.6:
