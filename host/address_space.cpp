@@ -43,10 +43,6 @@ Mapping::Mapping(std::uint64_t base, std::uint64_t size) : base_(base), size_(si
     void* mapped = mmap(wanted, with_guards, PROT_NONE,
                         MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE, -1, 0);
     if (mapped != wanted) fail("map", base, size);
-    // Firmware maps memory in large pages, and none of it on demand: a program that runs through its string
-    // space must not be measured with a page fault for every 4 KiB. A system without large pages has none to
-    // give.
-    madvise(mapped, with_guards, MADV_HUGEPAGE);
     protect(0, size, Access::read_write);
 }
 
