@@ -15,7 +15,7 @@ namespace {
 Value copy_of(const std::uint8_t* bytes, std::uint64_t length) {
     std::uint8_t* copy = take_string_space(length);
     if (copy == nullptr) return no_text();
-    copy_bytes(copy, bytes, length);
+    copy_text(copy, bytes, length);
     return Value::of_string(copy, static_cast<std::uint32_t>(length));
 }
 
@@ -161,7 +161,7 @@ Value joined(const Token* plus, unsigned copies) {
     // Each copy is made from the parts, for what has just been written is slow to read.
     for (std::uint8_t* copy = bytes; copies != 0; --copies, copy += length) {
         copy_bytes(copy, left.bytes, left.length);
-        copy_bytes(copy + left.length, right.bytes, right.length);
+        copy_text(copy + left.length, right.bytes, right.length);
     }
     return Value::of_string(bytes, static_cast<std::uint32_t>(length));
 }
