@@ -30,15 +30,18 @@ list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES})
 set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS "-Oz;-flto")
 # They are compiled as one, which takes 5 KiB off them; the others separately, so that the code of the inner loops
 # depends on its own source alone.
-# Padding before functions and jump targets takes 4 KiB and gains nothing measurable, except between the short
+# Padding before jump targets and functions takes 10 KiB and gains nothing measurable, except between the short
 # functions of the specialised statements, which jump to one another all the time.
-set(KORVANE_PADDED_SOURCES ${KORVANE_HOT_SOURCES})
-list(FILTER KORVANE_PADDED_SOURCES INCLUDE REGEX "/src/fast/")
+set_property(
+  SOURCE ${KORVANE_HOT_SOURCES}
+  APPEND
+  PROPERTY COMPILE_OPTIONS -fno-align-jumps -fno-align-labels -fno-align-loops)
 set(KORVANE_UNPADDED_SOURCES ${KORVANE_HOT_SOURCES})
-list(REMOVE_ITEM KORVANE_UNPADDED_SOURCES ${KORVANE_PADDED_SOURCES})
-set_source_files_properties(
-  ${KORVANE_UNPADDED_SOURCES}
-  PROPERTIES COMPILE_OPTIONS "-fno-align-functions;-fno-align-jumps;-fno-align-labels;-fno-align-loops")
+list(FILTER KORVANE_UNPADDED_SOURCES EXCLUDE REGEX "/src/fast/")
+set_property(
+  SOURCE ${KORVANE_UNPADDED_SOURCES}
+  APPEND
+  PROPERTY COMPILE_OPTIONS -fno-align-functions)
 
 target_include_directories(korvane.efi PRIVATE ${CMAKE_SOURCE_DIR}/src)
 target_link_libraries(korvane.efi PRIVATE korvane_warnings)
