@@ -133,6 +133,13 @@ std::size_t copy_word(std::string_view word, std::span<char> text) {
     return word.size();
 }
 
+// Integers of so few digits come out the same without normalization; there is a test for each of them.
+bool is_small_integer(double number, std::int64_t& integer) {
+    if (!(number > -1e6 && number < 1e6)) return false;
+    integer = static_cast<std::int64_t>(number);
+    return static_cast<double>(integer) == number;
+}
+
 }  // namespace
 
 NumberText format_number(const Value& value) {
@@ -140,9 +147,10 @@ NumberText format_number(const Value& value) {
     const std::span<char> magnitude = std::span(text.characters).subspan(1);
     bool negative = false;
     std::size_t size = 0;
-    if (is_integer(value.type)) {
-        negative = value.integer < 0;
-        const auto bits = static_cast<std::uint64_t>(value.integer);
+    std::int64_t integer = is_integer(value.type) ? value.integer : 0;
+    if (is_integer(value.type) || is_small_integer(value.real, integer)) {
+        negative = integer < 0;
+        const auto bits = static_cast<std::uint64_t>(integer);
         size = write_unsigned(negative ? ~bits + 1 : bits, magnitude);
     } else {
         negative = value.real < 0;

@@ -185,6 +185,17 @@ TEST(FormatTest, EveryFormFitsItsText) {
     EXPECT_EQ(real(-0.000123456789012345).size(), 21u);
 }
 
+TEST(FormatTest, SmallIntegersNeedNoNormalization) {
+    for (int i = 0; i < 1000000; i++) {
+        std::array<char, 32> text;
+        const std::string as_double(text.data(), format_magnitude(i, 15, 'D', text));
+        ASSERT_EQ(format_number(Value::of_real(i)).view(), ' ' + as_double + ' ');
+        const std::string as_single(text.data(), format_magnitude(i, 7, 'E', text));
+        ASSERT_EQ(format_number(Value::of_real(-i, Type::SINGLE)).view(),
+                  (i == 0 ? ' ' : '-') + as_single + ' ');
+    }
+}
+
 TEST(FormatTest, Unsigned) {
     EXPECT_EQ(format_unsigned(0).view(), "0");
     EXPECT_EQ(format_unsigned(10).view(), "10");
