@@ -203,11 +203,14 @@ constexpr Row rows[] = {
 }  // namespace
 
 // What has no row (RUN, LIST, THEN, operators, numbers and so on) cannot begin a statement.
-constexpr std::array<StatementHandler, 256> statement_handlers = [] {
-    std::array<StatementHandler, 256> table{};
-    table.fill(do_syntax_error);
-    for (const Row& row : rows)
-        table[row.kind] = row.handler;
+constexpr StatementHandlers statement_handlers = [] {
+    StatementHandlers table{};
+    std::size_t count = 0;
+    table.handlers[count++] = do_syntax_error;
+    for (const Row& row : rows) {
+        table.numbers[row.kind] = static_cast<std::uint8_t>(count);
+        table.handlers[count++] = row.handler;
+    }
     return table;
 }();
 

@@ -2,6 +2,8 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
+#include <cstdint>
 
 #include "core/token.h"
 
@@ -9,7 +11,18 @@ namespace korvane {
 
 using StatementHandler = void (*)(Cursor& cursor);
 
+// The handlers by token kind, kept as handlers by number and numbers by kind: a pointer and its relocation
+// for each of the 256 kinds would take twice the room.
+struct StatementHandlers {
+    static constexpr std::size_t most = 96;
+
+    std::array<StatementHandler, most> handlers;
+    std::array<std::uint8_t, 256> numbers;
+
+    StatementHandler operator[](std::uint8_t kind) const { return handlers[numbers[kind]]; }
+};
+
 // Every handler takes the cursor on the statement's first token and leaves it behind what it has read.
-extern const std::array<StatementHandler, 256> statement_handlers;
+extern const StatementHandlers statement_handlers;
 
 }  // namespace korvane
