@@ -115,12 +115,15 @@ ForEntry* find_entry(Cursor& cursor) {
     return &control_stacks.fors[count - 1];
 }
 
+bool serves_quick_turns(const ForEntry& entry) {
+    return entry.whole || (is_floating(entry.variable_type) && entry.limit_is_double);
+}
+
 // Finds out whether the specialised NEXT can serve the loop, and where it would go on.
 void prepare_quick_turn(ForEntry& entry) {
     entry.quick_variable = nullptr;
-    const bool simple = entry.whole || (is_floating(entry.variable_type) && entry.limit_is_double);
     // A variable may have come back with another type.
-    if (!simple || entry.variable->type != entry.variable_type) return;
+    if (!serves_quick_turns(entry) || entry.variable->type != entry.variable_type) return;
     entry.loop_token = cached_statement(entry.loop);
     if (entry.loop_token != nullptr) entry.quick_variable = entry.variable;
 }
@@ -171,20 +174,25 @@ bool find_control_variable(ForEntry& entry) {
     return true;
 }
 
-void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, const Value& limit,
-                    const Value& step, Position body) {
-    copy_bytes(entry.name, name, name_capacity);
+void set_loop_bounds(ForEntry& entry, const Value& limit, const Value& step) {
     entry.limit = limit;
     entry.step = step;
-    entry.variable = &variable;
-    entry.generation = arenas.generation;
     entry.step_as_double = to_double(step);
     entry.limit_as_double = to_double(limit);
     entry.limit_is_double = limit_fits_double(limit);
-    entry.variable_type = variable.type;
     entry.step_sign = sign_of(step);
-    entry.whole = is_integer(variable.type) && is_integer(limit.type) && is_integer(step.type);
+    entry.whole = is_integer(entry.variable_type) && is_integer(limit.type) && is_integer(step.type);
+    if (!serves_quick_turns(entry)) entry.quick_variable = nullptr;
+}
+
+void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, const Value& limit,
+                    const Value& step, Position body) {
+    copy_bytes(entry.name, name, name_capacity);
+    entry.variable = &variable;
+    entry.generation = arenas.generation;
+    entry.variable_type = variable.type;
     entry.loop = body;
+    set_loop_bounds(entry, limit, step);
     prepare_quick_turn(entry);
 }
 

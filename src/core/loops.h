@@ -17,6 +17,9 @@ void do_for(Cursor& cursor);
 void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, const Value& limit,
                     const Value& step, Position body);
 
+// The same for an entry whose loop is the one described by what is in it already: only the bounds are new.
+void set_loop_bounds(ForEntry& entry, const Value& limit, const Value& step);
+
 // Finds the control variable of an open loop again when variables may have moved; false when it is gone.
 bool find_control_variable(ForEntry& entry);
 

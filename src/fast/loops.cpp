@@ -23,11 +23,11 @@ namespace {
 bool held_value(const Token* host, Value& value) {
     const auto type = static_cast<Type>(host->value_type);
     if (is_integer(type)) {
-        const Whole whole = right_whole(host);
+        const Whole whole = quick_right_whole(host);
         value = Value::of_integer(whole.value, type);
         return whole.failed == 0;
     }
-    const double real = right_real(host);
+    const double real = quick_right_real(host);
     value = Value::of_real(real, type);
     return is_finite(real);
 }
@@ -59,9 +59,24 @@ Token* to_of(Token* at) {
     return at->step.inner;
 }
 
-bool nothing_to_do(int order, const Value& step) {
-    const bool downward = is_integer(step.type) ? step.integer < 0 : step.real < 0;
-    return downward ? order < 0 : order > 0;
+// The innermost free entry still describes the loop that was there last, which is often the same again.
+bool describes(const ForEntry& entry, const Token* at) {
+    return entry.quick_variable != nullptr && entry.quick_variable == at->step.operand &&
+           entry.generation == arenas.generation && entry.loop.line == at->step.own.line &&
+           entry.loop.record == at->step.own.record;
+}
+
+// Whether the variable is past the limit before the first turn.
+bool nothing_to_do(const ForEntry& entry) {
+    const std::uint8_t* storage = entry.variable->storage;
+    int order;
+    if (entry.variable_type == Type::DOUBLE && entry.limit_is_double) {
+        const auto start = read<double>(storage);
+        order = (start > entry.limit_as_double) - (start < entry.limit_as_double);
+    } else {
+        order = compare(load({entry.variable->storage, entry.variable_type}), entry.limit);
+    }
+    return entry.step_sign < 0 ? order < 0 : order > 0;
 }
 
 // Opens the loop; false when that is for the general handler to do. Apart, because a statement that has the
@@ -76,18 +91,21 @@ bool nothing_to_do(int order, const Value& step) {
         !held_value(to_of(at), limit) || (step_word != nullptr && !held_value(step_word, step))) {
         return false;
     }
-    const std::uint64_t size = storage_size(variable->type);
-    std::uint64_t before = 0;
-    copy_bytes(&before, variable->storage, size);
+    const auto before = read<std::uint64_t>(variable->storage);
     if (!store_start(*variable, variable->storage, start)) return false;
+    ForEntry& entry = control_stacks.fors[control_stacks.for_count];
+    if (describes(entry, at)) {
+        set_loop_bounds(entry, limit, step);
+    } else {
+        fill_for_entry(entry, at[1].name, *variable, limit, step, at->step.own);
+    }
     // A loop that has nothing to do is skipped by the general handler, which remembers where it ends. It
     // evaluates the start again, which may depend on the variable.
-    if (nothing_to_do(compare(load({variable->storage, variable->type}), limit), step)) {
-        copy_bytes(variable->storage, &before, size);
+    if (nothing_to_do(entry)) {
+        write_unaligned(variable->storage, before);
         return false;
     }
-    ForEntry& entry = control_stacks.fors[control_stacks.for_count++];
-    fill_for_entry(entry, at[1].name, *variable, limit, step, at->step.own);
+    ++control_stacks.for_count;
     return true;
 }
 

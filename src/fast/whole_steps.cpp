@@ -63,9 +63,10 @@ Whole with_side(std::int64_t accumulator, Token* at) {
 
 template <int operation>
 Whole with_both_sides(std::int64_t, Token* at) {
-    const Whole left = left_whole(at);
+    const Whole left =
+        at->left_kind == F64 ? round_whole(read<double>(at->step.left_operand)) : left_whole(at);
     if (left.failed != 0) return left;
-    const Whole right = right_whole(at);
+    const Whole right = quick_right_whole(at);
     return right.failed != 0 ? right : finish<operation>(left.value, right.value, at);
 }
 
