@@ -16,7 +16,7 @@ add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
 # that is made standalone, and firmware reads it slowly.
 set(KORVANE_HOT_PATHS
     "platform/"
-    "core/(conditions|control_stacks|dispatch|jumps|loops|program_store|run|tokenizer)"
+    "core/(conditions|control_stacks|dispatch|find_text|jumps|loops|program_store|run|tokenizer)"
     "values/(arrays|convert|data_s|evaluator|format|function_support|operators|.*kernels|angle|store|string_f)"
     "values/(user_f|variables)"
     "screen/(circle|console|framebuffer|gfx_line|image_array|output|paint|plot|text_windows)"

@@ -60,7 +60,10 @@ struct Step {
         Position jump;  // of a keyword: where a scan from it leads; of a cached line's end record: its line
     };
     const void* operand;  // leaf of the right operand
-    Token* inner;         // first step of the right operand
+    union {
+        Token* inner;             // first step of the right operand
+        std::uint8_t literal[8];  // of IF and WHILE: a literal that is compared with a variable
+    };
     Token* next;  // next step of the chain; of a statement: the statement that follows; of a cached line's
                   // end record: the next line's first token, once control has passed there
     const void* left_operand;  // the same for the left operand, where the accumulator does not carry it

@@ -25,8 +25,8 @@ struct ComputedCondition {
     static Truth of(const Token* at) { return truth_of(at->step.inner->step.whole(0, at->step.inner)); }
 };
 
-// A comparison of two variables or literals and nothing behind it. The statement keeps them itself, so that a
-// long program need not fetch the comparison's record as well.
+// A comparison of two variables or literals and nothing behind it. The statement keeps them itself, a literal
+// with its value, so that a long program need not fetch the records of the comparison as well.
 template <int relation, typename Number>
 struct LeafComparison {
     static Truth of(const Token* at) {
@@ -36,6 +36,8 @@ struct LeafComparison {
         return holds<relation>(left, right) ? Truth::TRUE : Truth::FALSE;
     }
 };
+
+void keep_leaves(Token* at, const Token* comparison, std::size_t size_of_number);
 
 template <template <typename> class Handler, typename Number>
 Execute handler_of_comparison(int relation) {
@@ -61,8 +63,7 @@ Execute handler_for(Token* at) {
     const bool leaves = first->step.left_inner == nullptr && first->step.inner == nullptr;
     if (form.relation == 0 || !leaves || first->step.next != nullptr)
         return Handler<ComputedCondition>::execute;
-    at->step.left_operand = first->step.left_operand;
-    at->step.operand = first->step.operand;
+    keep_leaves(at, first, form.single ? sizeof(float) : sizeof(double));
     return form.single ? handler_of_comparison<Handler, float>(form.relation)
                        : handler_of_comparison<Handler, double>(form.relation);
 }
