@@ -44,7 +44,9 @@ class Interpreter:
 def interpreters(image):
     terminal = str(ROOT / "build/host/host/korvane-terminal")
     return {
-        "korvane": Interpreter("korvane", "korvane.bas", "10 END\n", [terminal, "--image", str(image)], None),
+        # Firmware's memory is there before a program begins. What that costs the host belongs to the start-up.
+        "korvane": Interpreter("korvane", "korvane.bas", "10 END\n",
+                               [terminal, "--image", str(image), "--present", "80"], None),
         "brandy": Interpreter("brandy", "brandy.bbc", "10 QUIT\n", ["brandy", "-quit"], "brandy", "CHECK.TXT"),
         "yabasic": Interpreter("yabasic", "yabasic.yab", "end\n", ["yabasic"], "yabasic"),
         "bwbasic": Interpreter("bwbasic", "bwbasic.bas", "10 SYSTEM\n", ["bwbasic"], "bwbasic"),

@@ -59,6 +59,10 @@ Mapping& Mapping::operator=(Mapping&& other) noexcept {
     return *this;
 }
 
+void Mapping::make_present(std::uint64_t offset, std::uint64_t size) {
+    madvise(reinterpret_cast<void*>(base_ + offset), size, MADV_POPULATE_WRITE);
+}
+
 void Mapping::protect(std::uint64_t offset, std::uint64_t size, Access access) {
     if (size == 0) return;
     if (mprotect(reinterpret_cast<void*>(base_ + offset), size, protection(access)) != 0)

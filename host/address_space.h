@@ -23,6 +23,10 @@ class Mapping {
     bool contains(std::uint64_t address) const { return address - base_ < size_; }
     std::span<std::uint8_t> bytes() const { return {reinterpret_cast<std::uint8_t*>(base_), size_}; }
 
+    /// Takes whole pages of it from the system before they are touched. `offset` and `size` are bytes. Where
+    /// the system cannot do that, they come when they are touched, as ever.
+    void make_present(std::uint64_t offset, std::uint64_t size);
+
     /// Changes the access to whole pages of it. `offset` and `size` are bytes.
     void protect(std::uint64_t offset, std::uint64_t size, Access access);
 

@@ -44,6 +44,16 @@ Memory::Memory(const std::vector<MemoryRegion>& regions, bool descending_map)
         }
         mappings_.emplace_back(base, end - base);
     }
+    for (const MemoryRegion& region : regions)
+        make_present(region);
+}
+
+void Memory::make_present(const MemoryRegion& region) {
+    const std::uint64_t start = end_of(region.base, region.pages - region.present_pages);
+    for (Mapping& mapping : mappings_) {
+        if (region.present_pages != 0 && mapping.contains(start))
+            mapping.make_present(start - mapping.base(), region.present_pages * page_size);
+    }
 }
 
 void Memory::add(const MemoryRegion& region) {

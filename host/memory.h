@@ -43,6 +43,7 @@ class Memory {
         bool allocated;  // by allocate_pages, so that free_pages may take it back
     };
 
+    void make_present(const MemoryRegion& region);
     std::map<std::uint64_t, Range>::iterator find_free(std::uint64_t pages, std::uint64_t limit);
     bool is_whole(uefi::PhysicalAddress address, std::uint64_t pages, bool allocated) const;
     void split_at(std::uint64_t address);

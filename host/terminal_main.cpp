@@ -13,12 +13,13 @@ namespace korvane::host {
 namespace {
 
 constexpr std::string_view usage =
-    "usage: korvane-terminal --image KORVANE.EFI [--volume FOLDER] [PROGRAM.BAS]\n"
+    "usage: korvane-terminal --image KORVANE.EFI [--volume FOLDER] [--present MIB] [PROGRAM.BAS]\n"
     "\n"
     "Opens the interpreter in the terminal; Ctrl-C leaves. FOLDER is its volume. With a program, that is "
     "loaded\n"
     "and started, and its folder is the volume. When standard input or output is no terminal, the lines of\n"
-    "standard input are typed in and the screen that they lead to is printed.\n";
+    "standard input are typed in and the screen that they lead to is printed. --present has so much of the\n"
+    "machine's memory there before the start; the rest comes from the host when it is first touched.\n";
 
 [[noreturn]] void fail(std::string_view message) {
     std::cerr << "korvane-terminal: " << message << '\n';
@@ -35,6 +36,8 @@ TerminalOptions parse_options(int count, char** arguments) {
         }
         if ((argument == "--image" || argument == "--volume") && i + 1 < count) {
             (argument == "--image" ? options.image : options.volume) = arguments[++i];
+        } else if (argument == "--present" && i + 1 < count) {
+            options.present_mebibytes = std::strtoull(arguments[++i], nullptr, 10);
         } else if (!argument.empty() && argument[0] != '-' && options.program.empty()) {
             const std::filesystem::path program = std::filesystem::absolute(argument);
             options.program = program.filename().string();

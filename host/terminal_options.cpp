@@ -1,5 +1,7 @@
 #include "terminal_options.h"
 
+#include <algorithm>
+
 namespace korvane::host {
 namespace {
 
@@ -13,7 +15,9 @@ constexpr MemoryRegion spare_memory = {0x20000000, 0x10000, uefi::MemoryType::Ef
 
 Config terminal_machine(const TerminalOptions& options, std::uint32_t columns, std::uint32_t rows) {
     Config config;
-    config.memory.push_back(spare_memory);
+    MemoryRegion spare = spare_memory;
+    spare.present_pages = std::min(spare.pages, options.present_mebibytes * 256);
+    config.memory.push_back(spare);
     config.width = columns * cell_width;
     config.height = rows * cell_height;
     config.modes.insert(config.modes.begin(), {config.width, config.height, config.width});

@@ -9,9 +9,10 @@
 namespace korvane::host {
 
 struct TerminalOptions {
-    std::filesystem::path image;   // the image file to run
-    std::filesystem::path volume;  // the folder that is its volume
-    std::string program;           // name of a program on the volume to load and start; empty for none
+    std::filesystem::path image;          // the image file to run
+    std::filesystem::path volume;         // the folder that is its volume
+    std::uint64_t present_mebibytes = 0;  // of its memory that the host provides before the start
+    std::string program;                  // name of a program on the volume to load and start; empty for none
 };
 
 /// A machine with memory to spare that starts in a screen mode of the given size in text cells, and has the
