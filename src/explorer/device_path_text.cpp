@@ -48,8 +48,7 @@ void put_dotted(LineText& line, std::span<const std::uint8_t> address) {
     }
 }
 
-// ---- The formats
-// ----------------------------------------------------------------------------------------------
+// ---- The formats --------------------------------------------------------------------------------
 
 void put_pci(LineText& line, const Element& node) {
     line.put("Pci(");
@@ -233,8 +232,7 @@ void put_bbs(LineText& line, const Element& node) {
     line.put(')');
 }
 
-// ---- The kinds of nodes
-// ---------------------------------------------------------------------------------------
+// ---- The kinds of nodes -------------------------------------------------------------------------
 
 /// A node whose text is a name and up to five fields, given by their sizes in bytes; or one with a function.
 struct NodeKind {

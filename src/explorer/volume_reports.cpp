@@ -27,8 +27,7 @@ void put_record_text(LineText& line, std::span<const std::uint8_t> text, std::si
     }
 }
 
-// ---- VOLUMES
-// --------------------------------------------------------------------------------------------------
+// ---- VOLUMES ------------------------------------------------------------------------------------
 
 void list_volume_info(Listing& listing, std::uint64_t number, std::span<const std::uint8_t> record) {
     const auto field = [&record]<typename Field>(std::size_t offset, Field) {
@@ -70,8 +69,7 @@ void list_volume(Listing& listing, const VolumeWalk& volume) {
     list_device_path(listing, volume.handle(), detail_column);
 }
 
-// ---- DIRFS
-// ----------------------------------------------------------------------------------------------------
+// ---- DIRFS --------------------------------------------------------------------------------------
 
 void put_time(LineText& line, const uefi::Time& time) {
     const auto two_digits = [&line](char before, unsigned value) {

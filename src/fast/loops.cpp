@@ -16,8 +16,7 @@
 namespace korvane::fast {
 namespace {
 
-// ---- FOR
-// ----------------------------------------------------------------------------------------------------------
+// ---- FOR ----------------------------------------------------------------------------------------
 
 // A held number as a Value of its static type; false when its evaluation failed.
 bool held_value(const Token* host, Value& value) {
@@ -126,8 +125,7 @@ bool hold_natural(Token* host, Token*& end) {
     return true;
 }
 
-// ---- WHILE
-// ----------------------------------------------------------------------------------------------------------
+// ---- WHILE --------------------------------------------------------------------------------------
 
 template <typename Condition>
 std::uint64_t while_true(Token* at, std::uint64_t left) {

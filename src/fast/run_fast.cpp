@@ -22,8 +22,7 @@ std::uint64_t leave(Token* at, std::uint64_t left) {
     return left;
 }
 
-// ---- Statements that need no handler of their own
-// -------------------------------------------------------------------
+// ---- Statements that need no handler of their own -----------------------------------------------
 
 std::uint64_t pass_colons(Token* at, std::uint64_t left) {
     return proceed(following(at), left);
@@ -59,8 +58,7 @@ std::uint64_t meet_else(Token* at, std::uint64_t left) {
     return execution.then_part ? skip_to_end(at, left) : execute_general(at, left);
 }
 
-// ---- Meeting a statement for the first time
-// -------------------------------------------------------------------------
+// ---- Meeting a statement for the first time -----------------------------------------------------
 
 bool specialise_statement(Token* at) {
     switch (at->kind) {

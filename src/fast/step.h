@@ -7,8 +7,9 @@
 // a keyword, whose payload nothing else uses. A chain carries an accumulator of one domain from step to step
 // by tail calls:
 //
-//   X = Y * Z + W        "=" holds the leaf Y and the first step; "*" multiplies by Z; "+" adds W; no next
-//   step. X = Y + Z * W        "+" holds the leaf Z and an inner chain of one step, "*".
+//   X = Y * Z + W    "=" holds the leaf Y and the first step; "*" multiplies by Z; "+" adds W.
+//
+//   X = Y + Z * W    "+" holds the leaf Z and an inner chain of one step, "*".
 //
 // Domains: real (DOUBLE, a double), single (SINGLE, a float), whole (the integer types, an int64) and text.
 // Every operand is a Side: a leaf in memory (a variable or a literal), a leaf followed by a chain, or a chain

@@ -19,8 +19,7 @@ namespace {
 
 constexpr std::int64_t max_resolution = 65535;
 
-// ---- CLS
-// -------------------------------------------------------------------------------------------------------
+// ---- CLS ----------------------------------------------------------------------------------------
 
 void clear_viewport() {
     const PixelRectangle& viewport = graphics.viewport;
@@ -29,8 +28,7 @@ void clear_viewport() {
                 static_cast<std::uint32_t>(viewport.bottom - viewport.top + 1), console.background);
 }
 
-// ---- COLOR
-// -----------------------------------------------------------------------------------------------------
+// ---- COLOR --------------------------------------------------------------------------------------
 
 // The values of a COLOR that begins with a foreground: one colour, two colours, one triple or two triples.
 struct ColourList {
@@ -76,8 +74,7 @@ void set_background_alone(Cursor& cursor) {
     if (!error_pending()) console.background = colour;
 }
 
-// ---- LOCATE
-// ----------------------------------------------------------------------------------------------------
+// ---- LOCATE -------------------------------------------------------------------------------------
 
 // A 0-based cell from a 1-based number counted from `first`; raises "Illegal function call" beyond `last`.
 std::uint32_t locate_cell(std::int64_t number, std::uint32_t first, std::uint32_t last) {
@@ -112,8 +109,7 @@ std::optional<std::int64_t> parse_optional_value(Cursor& cursor) {
     return evaluate_integer(cursor);
 }
 
-// ---- TXTWINDOW
-// -------------------------------------------------------------------------------------------------
+// ---- TXTWINDOW ----------------------------------------------------------------------------------
 
 // The four bounds of TXTWINDOW, 1-based and inclusive, as cells.
 CellRectangle parse_window_bounds(Cursor& cursor) {

@@ -133,8 +133,7 @@ TEST(DevicePathReader, EndsAtImpossibleLengths) {
     EXPECT_EQ(nodes_in({1, 1, 6, 0, 0, 0}), 1u);
 }
 
-// ---- Load options
-// ---------------------------------------------------------------------------------------------
+// ---- Load options -------------------------------------------------------------------------------
 
 Bytes load_option(std::uint8_t attributes, std::uint16_t path_length, const Bytes& rest) {
     return Bytes{attributes,

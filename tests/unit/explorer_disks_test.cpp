@@ -14,8 +14,7 @@ using test::ExplorerSession;
 using test::Lines;
 using test::TemporaryFolder;
 
-// ---- Disk images
-// ----------------------------------------------------------------------------------------------
+// ---- Disk images --------------------------------------------------------------------------------
 
 /// The bytes of a small disk, put together by the tests.
 class DiskImage {
@@ -77,8 +76,7 @@ Lines partitions_of(DiskImage& image, std::uint32_t block_size = 512,
     return session.run(command);
 }
 
-// ---- DISKS and DISK
-// -------------------------------------------------------------------------------------------
+// ---- DISKS and DISK -----------------------------------------------------------------------------
 
 TEST(ExplorerDisks, WholePresentMediaAreNumberedInTheFirmwaresOrder) {
     const TemporaryFolder folder;
@@ -157,8 +155,7 @@ TEST(ExplorerDisks, SizesThatDoNotFitAreUnknown) {
         EXPECT_LE(line.size(), 128u);
 }
 
-// ---- SECTOR
-// ---------------------------------------------------------------------------------------------------
+// ---- SECTOR -------------------------------------------------------------------------------------
 
 TEST(ExplorerSector, DumpsOneBlockUnlessToldOtherwise) {
     const TemporaryFolder folder;
@@ -268,8 +265,7 @@ TEST(ExplorerSector, FailuresAreReported) {
     EXPECT_EQ(session.run("SECTOR 1 0"), Lines{"Block read failed."});
 }
 
-// ---- GPT
-// ------------------------------------------------------------------------------------------------------
+// ---- GPT ----------------------------------------------------------------------------------------
 
 TEST(ExplorerPartitions, GptEntriesAreNumberedByTheirPlace) {
     DiskImage image(64 * 512);
@@ -394,8 +390,7 @@ TEST(ExplorerPartitions, BlocksBelow512BytesAreUnsupported) {
     EXPECT_EQ(partitions_of(image, 511), Lines{"Unsupported block size."});
 }
 
-// ---- MBR
-// ------------------------------------------------------------------------------------------------------
+// ---- MBR ----------------------------------------------------------------------------------------
 
 TEST(ExplorerPartitions, MbrEntriesAreNumberedByTheirPlace) {
     DiskImage image(8 * 512);
@@ -432,8 +427,7 @@ TEST(ExplorerPartitions, DiskOfOneBlockIsReadAsMbr) {
     EXPECT_EQ(partitions_of(image), (Lines{"Disk 0  MBR", "(no partitions)"}));
 }
 
-// ---- Hostile disks
-// --------------------------------------------------------------------------------------------
+// ---- Hostile disks ------------------------------------------------------------------------------
 
 TEST(ExplorerPartitions, TablesOfAnyBytesDoNoHarm) {
     std::uint32_t random = 2463534242;

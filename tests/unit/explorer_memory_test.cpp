@@ -28,8 +28,7 @@ std::string get(std::uint64_t address, std::size_t count) {
     return {reinterpret_cast<const char*>(address), count};
 }
 
-// ---- M and M!
-// -------------------------------------------------------------------------------------------------
+// ---- M and M! -----------------------------------------------------------------------------------
 
 TEST(ExplorerDump, ShowsSixteenBytesALine) {
     ExplorerSession session;
@@ -164,8 +163,7 @@ TEST(ExplorerDump, NineRowsPauseAfterFourLines) {
     EXPECT_EQ(session.waits, 1);
 }
 
-// ---- F
-// --------------------------------------------------------------------------------------------------------
+// ---- F ------------------------------------------------------------------------------------------
 
 TEST(ExplorerFill, FillsBothEndsAndNothingElse) {
     ExplorerSession session;
@@ -200,8 +198,7 @@ TEST(ExplorerFill, StopsAtTheFirstByteThatIsNotWritable) {
     EXPECT_EQ(session.run("F 0 FFFFFFFFFFFFFFFE 0"), Lines{"Write refused/unavailable at 0000000000000000"});
 }
 
-// ---- C
-// --------------------------------------------------------------------------------------------------------
+// ---- C ------------------------------------------------------------------------------------------
 
 TEST(ExplorerCompare, ListsEveryDifferenceAndCounts) {
     ExplorerSession session;
@@ -255,8 +252,7 @@ TEST(ExplorerCompare, EightRowsNeverPause) {
     EXPECT_EQ(session.waits, 0);
 }
 
-// ---- > and A
-// --------------------------------------------------------------------------------------------------
+// ---- > and A ------------------------------------------------------------------------------------
 
 TEST(ExplorerEnter, WritesBytesInAnyNumberSyntax) {
     ExplorerSession session;
@@ -298,8 +294,7 @@ TEST(ExplorerEnter, WritesTheRestOfTheLineAsText) {
     EXPECT_EQ(get(end_of_conventional - 2, 2), "ab");
 }
 
-// ---- H and HA
-// -------------------------------------------------------------------------------------------------
+// ---- H and HA -----------------------------------------------------------------------------------
 
 TEST(ExplorerHunt, FindsOverlappingMatches) {
     ExplorerSession session;
@@ -370,8 +365,7 @@ TEST(ExplorerHunt, PausesLikeComparing) {
     EXPECT_EQ(lines.at(25), "-- press any key --");
 }
 
-// ---- T
-// --------------------------------------------------------------------------------------------------------
+// ---- T ------------------------------------------------------------------------------------------
 
 TEST(ExplorerTransfer, CopiesWithinOverlappingBlocksBothWays) {
     ExplorerSession session;
@@ -416,8 +410,7 @@ TEST(ExplorerTransfer, RangesAreChecked) {
     EXPECT_EQ(session.run("T 1 2"), Lines{"Usage: T start end dest"});
 }
 
-// ---- V
-// --------------------------------------------------------------------------------------------------------
+// ---- V ------------------------------------------------------------------------------------------
 
 TEST(ExplorerView, ShowsTheBytesAsEveryType) {
     ExplorerSession session;
@@ -454,8 +447,7 @@ TEST(ExplorerView, RefusesUnreadableAndWrappingAddresses) {
     EXPECT_EQ(session.run("V Q"), Lines{"Bad address or landmark."});
 }
 
-// ---- SAVE and LOAD
-// --------------------------------------------------------------------------------------------
+// ---- SAVE and LOAD ------------------------------------------------------------------------------
 
 TEST(ExplorerFiles, MemoryGoesToAFileAndBack) {
     const test::TemporaryFolder folder;
@@ -519,8 +511,7 @@ TEST(ExplorerFiles, WithoutAVolumeNothingIsFound) {
     EXPECT_EQ(session.run("SAVE FOUR 10100000 10100001"), Lines{"Cannot create file."});
 }
 
-// ---- The cached memory map
-// ------------------------------------------------------------------------------------
+// ---- The cached memory map ----------------------------------------------------------------------
 
 TEST(ExplorerMemoryMap, WithoutAMapNothingIsReadableAndTheMapIsTriedAgain) {
     ExplorerSession session;

@@ -31,8 +31,7 @@ void lay_out_arenas() {
     arenas.FREETOP = arenas.HIMEM = pointer(0x14000000);
 }
 
-// ---- Landmarks
-// ------------------------------------------------------------------------------------------------
+// ---- Landmarks ----------------------------------------------------------------------------------
 
 TEST(ExplorerLandmarks, AddressesAreThoseOfTheMachine) {
     ExplorerSession session;
@@ -146,8 +145,7 @@ TEST(ExplorerLandmarks, ListShowsThemInOrder) {
     EXPECT_EQ(session.run("landmarks"), lines);
 }
 
-// ---- MAP and R
-// ------------------------------------------------------------------------------------------------
+// ---- MAP and R ----------------------------------------------------------------------------------
 
 TEST(ExplorerMap, ListsEveryRegion) {
     host::Config config;
@@ -210,8 +208,7 @@ TEST(ExplorerRegion, TakesAFreshMapEachTime) {
     EXPECT_EQ(session.machine().faults().uses(host::Service::GetMemoryMap), taken + 4);
 }
 
-// ---- W
-// --------------------------------------------------------------------------------------------------------
+// ---- W ------------------------------------------------------------------------------------------
 
 TEST(ExplorerWhere, NamesTheNearestLandmarkAtOrBelow) {
     ExplorerSession session;
@@ -243,8 +240,7 @@ TEST(ExplorerWhere, BelowAllLandmarksThereIsNone) {
     EXPECT_EQ(session.run("W 20000"), Lines{"No lower known landmark."});
 }
 
-// ---- I, ? and the rest
-// ----------------------------------------------------------------------------------------
+// ---- I, ? and the rest --------------------------------------------------------------------------
 
 TEST(ExplorerInformation, ShowsPlatformAndSizes) {
     ExplorerSession session;

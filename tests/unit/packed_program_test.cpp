@@ -243,8 +243,7 @@ TEST_F(PackedProgramTest, AFailingFirmwareCallMeansNoProgram) {
     }
 }
 
-// ---- Signed images
-// -----------------------------------------------------------------------------------------------
+// ---- Signed images ------------------------------------------------------------------------------
 
 /// The headers of a PE32+ image as far as they tell where its certificate table is.
 std::string pe_headers(std::uint32_t table, std::uint32_t table_size) {
@@ -290,8 +289,7 @@ TEST_F(PackedProgramTest, HeadersThatMakeNoSensePointToNoSignature) {
     }
 }
 
-// ---- The path of the running image
-// ---------------------------------------------------------------------------------
+// ---- The path of the running image --------------------------------------------------------------
 
 std::string node(std::uint8_t type, std::uint8_t subtype, const std::u16string& text, int extra_bytes = 0) {
     const std::size_t length = 4 + text.size() * 2 + static_cast<std::size_t>(extra_bytes);
