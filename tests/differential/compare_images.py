@@ -18,6 +18,7 @@ import time
 from random_program import ProgramMaker
 
 SAVED_FILES = ("VARIABLES.BIN", "ARRAYS.BIN", "STRINGS.BIN")
+NO_END = ["(no end)"]  # the screen of a program that does not end
 TIME_LIMIT = 60  # seconds for one program; ample, for machines that are busy with other things
 
 
@@ -29,7 +30,7 @@ def run(terminal, image, program):
             done = subprocess.run(command, input=(program + "RUN\nRUN\n").encode(), stdout=subprocess.PIPE,
                                   stderr=subprocess.STDOUT, timeout=TIME_LIMIT, check=False)
         except subprocess.TimeoutExpired:
-            return ["(no end)"], []
+            return NO_END, []
         screen = done.stdout.decode("utf-8", "replace").splitlines() + [f"exit status {done.returncode}"]
         paths = [pathlib.Path(volume) / name for name in SAVED_FILES]
         return screen, [path.read_bytes() if path.exists() else None for path in paths]
@@ -79,6 +80,8 @@ def compare(arguments, seed):
     """Whether both runs saved the arena in the first image, and the difference of the images."""
     program = ProgramMaker(seed).program()
     results = [run(arguments.terminal, image, program) for image in (arguments.image, arguments.other_image)]
+    if any(screen == NO_END for screen, _ in results):
+        return False, "no end"
     return all(results[0][1]), first_difference(*results)
 
 

@@ -121,6 +121,9 @@ class ProgramMaker:
             # No statement assigns to these.
             counter = self.random.choice(["T3", "T3%", "T3&", "T3!", "T3&&"])
             start = self.random.choice(["0", "1", "2.5", "-1", "SGN(C%)"])
+            # An integer would stay at -1 for ever, since -0.5 is rounded away from zero.
+            if step == " STEP .5":
+                start = start.replace("-1", "0").replace("SGN(C%)", "ABS(SGN(C%))")
             return f"FOR {counter}={start} TO 4{step.replace('-1', '1')}: {self.statement(0)}: NEXT"
         return (f"T1=0: FOR {name}={self.number(1)} TO {self.number(1)}{step}: "
                 f"T1=T1+1: {self.statement(0)}: IF T1<20 THEN NEXT {name}")
