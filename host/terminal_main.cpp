@@ -1,7 +1,10 @@
 // korvane-terminal: the interpreter's image in a terminal.
+#include <charconv>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <string>
 #include <string_view>
 
 #include <unistd.h>
@@ -26,6 +29,13 @@ constexpr std::string_view usage =
     std::exit(EXIT_FAILURE);
 }
 
+std::uint64_t parse_number(std::string_view text) {
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc{} || end != text.data() + text.size()) fail(std::string(text) + " is no number");
+    return number;
+}
+
 TerminalOptions parse_options(int count, char** arguments) {
     TerminalOptions options;
     for (int i = 1; i < count; ++i) {
@@ -37,7 +47,7 @@ TerminalOptions parse_options(int count, char** arguments) {
         if ((argument == "--image" || argument == "--volume") && i + 1 < count) {
             (argument == "--image" ? options.image : options.volume) = arguments[++i];
         } else if (argument == "--present" && i + 1 < count) {
-            options.present_mebibytes = std::strtoull(arguments[++i], nullptr, 10);
+            options.present_mebibytes = parse_number(arguments[++i]);
         } else if (!argument.empty() && argument[0] != '-' && options.program.empty()) {
             const std::filesystem::path program = std::filesystem::absolute(argument);
             options.program = program.filename().string();

@@ -89,6 +89,14 @@ WholeStep choose(const Token* at, int relation, Domain domain) {
     }
 }
 
+// The relation of an operator, which may be two tokens long.
+int relation_at(const Token* at) {
+    if (at->kind == '=') return EQUAL;
+    if (at->kind == '>') return at[1].kind == '=' ? GREATER | EQUAL : GREATER;
+    if (at[1].kind == '=') return LESS | EQUAL;
+    return at[1].kind == '>' ? LESS | GREATER : LESS;
+}
+
 // Exchanges the sides of an operator that asks whether the left one is greater, so that numbers need only be
 // looked at the other way round; gives the relation to ask for now.
 int put_lesser_first(Token* at) {
@@ -101,13 +109,6 @@ int put_lesser_first(Token* at) {
 }
 
 }  // namespace
-
-int relation_at(const Token* at) {
-    if (at->kind == '=') return EQUAL;
-    if (at->kind == '>') return at[1].kind == '=' ? GREATER | EQUAL : GREATER;
-    if (at[1].kind == '=') return LESS | EQUAL;
-    return at[1].kind == '>' ? LESS | GREATER : LESS;
-}
 
 PlainForm plain_form(const Token* at) {
     struct Row {

@@ -9,9 +9,6 @@ namespace korvane::fast {
 // A relation is the set of outcomes for which it is true.
 enum Outcome : int { LESS = 1, EQUAL = 2, GREATER = 4 };
 
-// The relation of an operator, which may be two tokens long.
-int relation_at(const Token* at);
-
 // The step of a relational operator between numbers: `domain` is that in which its left and right sides are
 // compared. The sides may change places, so they must not both take string space, which is taken in order.
 void set_comparison_step(Token* at, Domain domain);
@@ -24,13 +21,12 @@ struct PlainForm {
 };
 PlainForm plain_form(const Token* at);
 
+// Whether a relation in order is true.
 template <int relation, typename Number>
 inline bool holds(Number left, Number right) {
     if constexpr (relation == LESS) return left < right;
     if constexpr (relation == EQUAL) return left == right;
-    if constexpr (relation == GREATER) return left > right;
     if constexpr (relation == (LESS | EQUAL)) return left <= right;
-    if constexpr (relation == (GREATER | EQUAL)) return left >= right;
     return left != right;
 }
 
