@@ -1,8 +1,13 @@
+# The console font alone: the hosted firmware reads screens by it.
+add_library(console_font STATIC ${KORVANE_FONT_SOURCE})
+target_include_directories(console_font PUBLIC ${CMAKE_SOURCE_DIR}/src)
+target_link_libraries(console_font PRIVATE korvane_warnings)
+
 # The interpreter's own sources as a native library, entered through the same entry point as the image: unit
 # tests, fuzzers and the sanitizers work on this build.
 file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cpp)
 
-add_library(interpreter STATIC ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
+add_library(interpreter STATIC ${KORVANE_SOURCES})
 target_include_directories(interpreter PUBLIC ${CMAKE_SOURCE_DIR}/src)
-target_link_libraries(interpreter PRIVATE korvane_warnings)
+target_link_libraries(interpreter PUBLIC console_font PRIVATE korvane_warnings)
 target_compile_options(interpreter PRIVATE -fno-exceptions -fno-rtti -fno-strict-aliasing -ffp-contract=off)

@@ -16,13 +16,15 @@ namespace korvane::host {
 namespace {
 
 constexpr std::string_view usage =
-    "usage: korvane-terminal --image KORVANE.EFI [--volume FOLDER] [--present MIB] [PROGRAM.BAS]\n"
+    "usage: korvane-terminal --image KORVANE.EFI [--volume FOLDER] [--size COLUMNSxROWS] [--present MIB]\n"
+    "                        [PROGRAM.BAS]\n"
     "\n"
-    "Opens the interpreter in the terminal; Ctrl-C leaves. FOLDER is its volume. With a program, that is "
-    "loaded\n"
-    "and started, and its folder is the volume. When standard input or output is no terminal, the lines of\n"
-    "standard input are typed in and the screen that they lead to is printed. --present has so much of the\n"
-    "machine's memory there before the start; the rest comes from the host when it is first touched.\n";
+    "Opens the interpreter in the terminal; Ctrl-C leaves. FOLDER is its volume. With a program, that is\n"
+    "loaded and started, and its folder is the volume. When standard input or output is no terminal,\n"
+    "the lines of standard input are typed in and the screen that they lead to is printed. --size is the\n"
+    "first screen's, 40x15 to 256x128; else it is the terminal's, or without a terminal 80x128. --present\n"
+    "has so much of the machine's memory there before the start; the rest comes from the host when it is\n"
+    "first touched.\n";
 
 [[noreturn]] void fail(std::string_view message) {
     std::cerr << "korvane-terminal: " << message << '\n';
@@ -36,6 +38,23 @@ std::uint64_t parse_number(std::string_view text) {
     return number;
 }
 
+[[noreturn]] void fail_usage(std::string_view message) {
+    std::cerr << "korvane-terminal: " << message << "; --help tells what there is\n";
+    std::exit(2);
+}
+
+/// Takes COLUMNSxROWS.
+void parse_size(std::string_view text, TerminalOptions& options) {
+    const std::size_t x = text.find('x');
+    if (x == text.npos) fail("a size is COLUMNSxROWS, not " + std::string(text));
+    const std::uint64_t columns = parse_number(text.substr(0, x));
+    const std::uint64_t rows = parse_number(text.substr(x + 1));
+    if (columns < least_columns || columns > most_columns || rows < least_rows || rows > most_rows)
+        fail("a screen has 40x15 to 256x128 characters, not " + std::string(text));
+    options.columns = static_cast<std::uint32_t>(columns);
+    options.rows = static_cast<std::uint32_t>(rows);
+}
+
 TerminalOptions parse_options(int count, char** arguments) {
     TerminalOptions options;
     for (int i = 1; i < count; ++i) {
@@ -44,23 +63,26 @@ TerminalOptions parse_options(int count, char** arguments) {
             std::cout << usage;
             std::exit(EXIT_SUCCESS);
         }
-        if ((argument == "--image" || argument == "--volume") && i + 1 < count) {
+        const bool has_value = argument == "--image" || argument == "--volume" || argument == "--size" ||
+                               argument == "--present";
+        if (has_value && i + 1 == count) fail_usage(std::string(argument) + " needs a value");
+        if (argument == "--image" || argument == "--volume") {
             (argument == "--image" ? options.image : options.volume) = arguments[++i];
-        } else if (argument == "--present" && i + 1 < count) {
+        } else if (argument == "--size") {
+            parse_size(arguments[++i], options);
+        } else if (argument == "--present") {
             options.present_mebibytes = parse_number(arguments[++i]);
-        } else if (!argument.empty() && argument[0] != '-' && options.program.empty()) {
+        } else if (argument.starts_with('-')) {
+            fail_usage("unknown option " + std::string(argument));
+        } else if (argument.empty() || !options.program.empty()) {
+            fail_usage("there is one program, and '" + std::string(argument) + "' is another");
+        } else {
             const std::filesystem::path program = std::filesystem::absolute(argument);
             options.program = program.filename().string();
             options.volume = program.parent_path();
-        } else {
-            std::cerr << usage;
-            std::exit(2);
         }
     }
-    if (options.image.empty()) {
-        std::cerr << usage;
-        std::exit(2);
-    }
+    if (options.image.empty()) fail_usage("--image is missing");
     return options;
 }
 

@@ -20,12 +20,6 @@ constexpr std::uint64_t glance_time_us = 5'000;      // between looks at the ter
 constexpr std::chrono::milliseconds frame_time{33};  // between pictures while a program runs
 constexpr int idle_wait_ms = 1000;                   // for input while the image waits for a key
 
-/// Smallest and largest screens that the image's text console knows, in cells.
-constexpr std::uint32_t least_columns = 40;
-constexpr std::uint32_t least_rows = 15;
-constexpr std::uint32_t most_columns = 256;
-constexpr std::uint32_t most_rows = 128;
-
 /// A machine's screen and keyboard on a terminal.
 class TerminalSession {
   public:

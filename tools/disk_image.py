@@ -1,16 +1,20 @@
 #!/usr/bin/env python3
 """Makes bootable disk images: GPT, one EFI system partition with FAT32, the interpreter as its boot loader.
 
-usage: disk_image.py OUTPUT.img KORVANE.EFI [FILE...]
+usage: disk_image.py OUTPUT.img KORVANE.EFI [--example FILE]... [FILE...]
 
 The interpreter becomes \\EFI\\BOOT\\BOOTX64.EFI, which firmware starts from a disk or a stick by itself; the other
-files go into the root directory. Uses sgdisk and mtools; needs no root rights and mounts nothing.
+files go into the root directory, their names in capitals. A file takes the place of an example of the same name.
+Uses sgdisk and mtools; needs no root rights and mounts nothing.
 """
 
+import argparse
 import os
 import shutil
 import subprocess
 import sys
+
+import programs
 
 BOOT_FOLDER = "EFI/BOOT"
 BOOT_FILE = "EFI/BOOT/BOOTX64.EFI"
@@ -26,12 +30,26 @@ class DiskImageError(Exception):
 
 def run(*command, **options):
     try:
-        return subprocess.run(command, check=True, capture_output=True, **options).stdout
-    except FileNotFoundError as error:
-        raise DiskImageError(f"{command[0]} is not installed") from error
+        path = programs.find(command[0])
+        return subprocess.run([path, *command[1:]], check=True, capture_output=True, **options).stdout
+    except programs.MissingProgram as error:
+        raise DiskImageError(str(error)) from error
     except subprocess.CalledProcessError as error:
         message = (error.stderr or error.stdout).decode(errors="replace").strip()
         raise DiskImageError(f"{' '.join(command)}: {message}") from error
+
+
+def root_files(files, examples=()):
+    """{name on the disk: path} of files, which must differ in their names there, and of the examples beside them."""
+    placed = {}
+    for file in files:
+        name = os.path.basename(file).upper()
+        if not os.path.isfile(file):
+            raise DiskImageError(f"{file} is a folder" if os.path.isdir(file) else f"there is no file {file}")
+        if name in placed:
+            raise DiskImageError(f"{placed[name]} and {file} would both be {name} on the disk")
+        placed[name] = file
+    return {os.path.basename(example).upper(): example for example in examples} | placed
 
 
 class DiskImage:
@@ -76,26 +94,37 @@ class DiskImage:
             image.seek(PARTITION_START)
             shutil.copyfileobj(image, file)
         try:
-            run("/sbin/fsck.fat", "-n", copy)
+            run("fsck.fat", "-n", copy)
         finally:
             os.unlink(copy)
 
-    def install(self, image, files=()):
-        """Puts the interpreter where firmware starts it, and other files into the root directory."""
+    def install(self, image, files=None):
+        """Puts the interpreter where firmware starts it, and files ({name: path}) into the root directory."""
         for folder in ("EFI", BOOT_FOLDER):
             if folder not in [name.rstrip("/") for name in self.names(os.path.dirname(folder))]:
                 self.make_folder(folder)
         self.put(image, BOOT_FILE)
-        for file in files:
-            self.put(file, os.path.basename(file).upper())
+        for name, path in (files or {}).items():
+            self.put(path, name)
         return self
 
 
 def main():
-    if len(sys.argv) < 3:
-        sys.exit(__doc__)
+    parser = argparse.ArgumentParser(usage=__doc__.split("usage: ")[1].split("\n")[0], allow_abbrev=False)
+    parser.add_argument("output")
+    parser.add_argument("image")
+    parser.add_argument("files", nargs="*")
+    parser.add_argument("--example", action="append", default=[])
+    options = parser.parse_intermixed_args()
+    unfinished = options.output + ".new"
     try:
-        DiskImage(sys.argv[1]).create().install(sys.argv[2], sys.argv[3:])
+        files = root_files(options.files, options.example)
+        try:
+            DiskImage(unfinished).create().install(options.image, files)
+            os.replace(unfinished, options.output)
+        finally:
+            if os.path.exists(unfinished):
+                os.unlink(unfinished)
     except (OSError, DiskImageError) as error:
         sys.exit(f"disk_image.py: {error}")
 

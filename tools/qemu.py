@@ -2,12 +2,13 @@
 """Boots the interpreter in a virtual PC (QEMU with OVMF).
 
 usage: qemu.py KORVANE.EFI [--disk DISK.img] [--type FILE] [--screenshot PICTURE.png] [--text] [--kvm]
-               [FILE...]
+               [--example FILE]... [FILE...]
 
 Without --type, --screenshot and --text the machine opens in a window, or without a display as a VNC server on
 this host's loopback address, and runs until it is closed. With them it boots, types FILE's lines, saves the
 picture, prints the screen's text, and ends. The other files go onto the boot disk; --disk keeps that disk for
-next time. The processor is emulated; --kvm uses the host's, which is faster but does not work inside every virtual
+next time, and examples go onto it only when it is made, as they may have been changed since. The processor is
+emulated; --kvm uses the host's, which is faster but does not work inside every virtual
 machine.
 """
 
@@ -18,17 +19,24 @@ import subprocess
 import sys
 import tempfile
 
-from disk_image import DiskImage, DiskImageError
+from disk_image import DiskImage, DiskImageError, root_files
 from qemu_machine import Machine, MachineError
 
 SETTLED_LOOKS = 3
 
 
-def prepare_disk(path, image, files):
+def prepare_disk(path, image, files, examples):
     disk = DiskImage(path)
-    if not os.path.exists(path):
-        disk.create()
-    disk.install(image, files)
+    if os.path.exists(path):
+        disk.install(image, root_files(files))
+        return
+    placed = root_files(files, examples)
+    try:
+        disk.create().install(image, placed)
+    except BaseException:
+        if os.path.exists(path):
+            os.unlink(path)
+        raise
 
 
 def has_display():
@@ -61,13 +69,11 @@ def wait_until_settled(machine):
     machine.wait_for(settled, what="a screen that stays the same")
 
 
-def run_script(disk, options):
+def run_script(disk, lines, options):
     with Machine(disk, accelerator=options.accelerator) as machine:
         machine.wait_for(lambda screen: "Ready." in screen.rows(), what="the prompt")
-        if options.type:
-            with open(options.type, encoding="ascii") as file:
-                for line in file.read().splitlines():
-                    machine.type_line(line)
+        for line in lines:
+            machine.type_line(line)
         wait_until_settled(machine)
         if options.screenshot:
             machine.screenshot(options.screenshot)
@@ -75,8 +81,15 @@ def run_script(disk, options):
             sys.stdout.write(machine.screen().text())
 
 
-def main():
-    parser = argparse.ArgumentParser(usage=__doc__.split("usage: ")[1].split("\n\n")[0])
+def read_lines(path):
+    if path is None:
+        return []
+    with open(path, encoding="ascii") as file:
+        return file.read().splitlines()
+
+
+def parse_options():
+    parser = argparse.ArgumentParser(usage=__doc__.split("usage: ")[1].split("\n\n")[0], allow_abbrev=False)
     parser.add_argument("image")
     parser.add_argument("files", nargs="*")
     parser.add_argument("--disk")
@@ -84,16 +97,22 @@ def main():
     parser.add_argument("--screenshot")
     parser.add_argument("--text", action="store_true")
     parser.add_argument("--kvm", dest="accelerator", action="store_const", const="kvm", default="tcg")
-    options = parser.parse_args()
+    parser.add_argument("--example", action="append", default=[])
+    return parser.parse_intermixed_args()
+
+
+def main():
+    options = parse_options()
     # Ended from outside, the machine is switched off all the same.
     for number in (signal.SIGTERM, signal.SIGHUP):
         signal.signal(number, lambda *_: sys.exit(1))
     try:
+        lines = read_lines(options.type)
         with tempfile.TemporaryDirectory(prefix="korvane-") as folder:
             disk = options.disk or os.path.join(folder, "boot.img")
-            prepare_disk(disk, options.image, options.files)
+            prepare_disk(disk, options.image, options.files, options.example)
             if options.type or options.screenshot or options.text:
-                run_script(disk, options)
+                run_script(disk, lines, options)
             else:
                 show(disk, options.accelerator)
     except KeyboardInterrupt:

@@ -8,6 +8,7 @@ import subprocess
 import tempfile
 import time
 
+import programs
 from screen_text import Screen
 
 QEMU = "qemu-system-x86_64"
@@ -52,9 +53,11 @@ class Machine:
         self.socket = None
         self.process = None
         try:
+            for file in (code, variables):
+                programs.require_file(file, "ovmf")
             own_variables = shutil.copy(variables, os.path.join(self.folder, "variables.fd"))
             self.start(
-                [QEMU, "-machine", "q35", "-m", str(memory), "-cpu", "max", "-accel", accelerator]
+                [programs.find(QEMU), "-machine", "q35", "-m", str(memory), "-cpu", "max", "-accel", accelerator]
                 + ["-nic", "none", "-display", display, "-serial", "none"]
                 + ["-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={code}"]
                 + ["-drive", f"if=pflash,format=raw,unit=1,file={own_variables}"]
@@ -69,13 +72,10 @@ class Machine:
         address = os.path.join(self.folder, "qmp")
         log_path = os.path.join(self.folder, "qemu.log")
         with open(log_path, "wb") as log:
-            try:
-                self.process = subprocess.Popen(
-                    command + ["-qmp", f"unix:{address},server=on,wait=off"],
-                    stdin=subprocess.DEVNULL, stdout=log, stderr=log,
-                )  # fmt: skip
-            except FileNotFoundError as error:
-                raise MachineError(f"{QEMU} is not installed") from error
+            self.process = subprocess.Popen(
+                command + ["-qmp", f"unix:{address},server=on,wait=off"],
+                stdin=subprocess.DEVNULL, stdout=log, stderr=log,
+            )  # fmt: skip
         deadline = time.monotonic() + 20
         while True:
             try:

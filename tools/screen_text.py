@@ -4,6 +4,7 @@ import collections
 import gzip
 
 import pcf_font
+import programs
 
 FONT_FILE = "/usr/share/fonts/X11/misc/ter-u16n_ibm437.pcf.gz"
 CELL_WIDTH = 8
@@ -25,7 +26,7 @@ def code_to_text(code):
 
 def glyph_texts():
     """Maps each glyph's 16 row bytes to its character; of codes that look alike the ASCII one counts."""
-    with gzip.open(FONT_FILE, "rb") as file:
+    with gzip.open(programs.require_file(FONT_FILE, "xfonts-terminus-dos"), "rb") as file:
         glyphs = pcf_font.read_glyphs(file.read())
     pcf_font.complete_cells(glyphs)
     by_glyph = {}

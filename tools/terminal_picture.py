@@ -8,6 +8,7 @@ stays the same, saves the picture, and ends the command with Ctrl-C.
 """
 
 import argparse
+import re
 import sys
 import time
 
@@ -26,6 +27,13 @@ def wait_until_settled(terminal):
             quiet_since = time.monotonic()
 
 
+def read_size(text):
+    match = re.fullmatch(r"(\d+)x(\d+)", text)
+    if not match:
+        raise ValueError(f"a size is COLUMNSxROWS, not {text}")
+    return int(match[1]), int(match[2])
+
+
 def main():
     parser = argparse.ArgumentParser(usage=__doc__.split("usage: ")[1].split("\n")[0])
     parser.add_argument("--type", required=True)
@@ -34,7 +42,7 @@ def main():
     parser.add_argument("command", nargs="+")
     options = parser.parse_args()
     try:
-        columns, rows = map(int, options.size.split("x"))
+        columns, rows = read_size(options.size)
         with open(options.type, encoding="utf-8") as file:
             lines = file.read().splitlines()
         with PseudoTerminal(options.command, columns, rows) as terminal:

@@ -1,5 +1,6 @@
 """What the system tests share: the built image, fresh boot disks, and machines booted to the prompt."""
 
+import os
 import pathlib
 import sys
 
@@ -8,11 +9,15 @@ import pytest
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tools"))
 
+import programs  # noqa: E402
 from disk_image import DiskImage  # noqa: E402
 from qemu_machine import Machine  # noqa: E402
 
 IMAGE = ROOT / "build" / "korvane.efi"
 BOOT_TIMEOUT = 90
+
+# The tests run programs that an ordinary user's PATH does not lead to.
+os.environ["PATH"] = programs.search_path()
 
 
 def make_disk(folder, image=IMAGE, files=None):
