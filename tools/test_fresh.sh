@@ -159,11 +159,11 @@ run_inside() {
     say "making a minimal system ($release)"
     make_system "$release" "$system"
     mount_devices "$system"
-    as_visitor "$system" 'git clone --quiet /tmp/korvane.bundle korvane' >>"$log" 2>&1 ||
+    as_visitor "$system" 'git -c advice.detachedHead=false clone --quiet /tmp/korvane.bundle korvane' >>"$log" 2>&1 ||
         die "could not clone the tree; build/fresh.log tells why"
     for part in "$@"; do "part_$part"; done
     {
-        printf '\n%-52s %10s %9s\n' "on $(nproc) cores, $(chroot "$system" sh -c '. /etc/os-release; echo "$PRETTY_NAME"')" \
+        printf '\n%-52s %10s %9s\n' "on $(nproc) cores, $(sed -n 's/^PRETTY_NAME="\(.*\)"/\1/p' "$system/etc/os-release")" \
             elapsed processor
         printf '%s\n' "${table[@]}"
     } | tee -a "$log"
@@ -172,6 +172,7 @@ run_inside() {
 
 # ---- The whole -------------------------------------------------------------------------------------------------
 
+work=   # the folder that holds the system
 inside= # the process in whose namespaces everything happens
 
 remove_system() {
@@ -180,11 +181,11 @@ remove_system() {
         wait "$inside" 2>/dev/null || true
     fi
     # What was killed may take a moment to end.
-    rm -rf --one-file-system "$1" 2>/dev/null || { sleep 2; rm -rf --one-file-system "$1"; }
+    rm -rf --one-file-system "$work" 2>/dev/null || { sleep 2; rm -rf --one-file-system "$work"; }
 }
 
 main() {
-    local release=bookworm parts=() work status=0
+    local release=bookworm parts=() status=0
     while [ $# -gt 0 ]; do
         case $1 in
             -h | --help)
@@ -215,7 +216,7 @@ main() {
     : >"$log"
     work=$(mktemp -d /var/tmp/korvane-fresh-XXXXXX)
     # Nothing is mounted in it any more when the processes in it have ended.
-    trap 'remove_system "$work"' EXIT
+    trap remove_system EXIT
     trap 'exit 130' INT
     trap 'exit 143' TERM HUP
     chmod 755 "$work"
