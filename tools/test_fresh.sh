@@ -16,7 +16,7 @@ usage: ./dev test fresh [--system NAME] [PART]...
   test     ./dev test
 
 Without parts it does all of them, in this order. The system is Debian's bookworm; --system takes another release of
-Debian (trixie, testing) or of Ubuntu (noble; needs the package ubuntu-keyring). It is made in /var/tmp, from the
+Debian (trixie, testing) or of Ubuntu (noble, resolute; needs its package ubuntu-keyring). It is made in /var/tmp, from the
 mirrors and with the proxies that this machine uses, takes up to 8 GB, and is removed in every case. What the commands
 say is in build/fresh.log.
 END
@@ -50,7 +50,7 @@ archives() {
     case $release in
         jammy | noble | oracular | plucky | questing | resolute)
             local keys=/usr/share/keyrings/ubuntu-archive-keyring.gpg suite
-            [ -f "$keys" ] || die "Ubuntu's keys are missing: apt-get install ubuntu-keyring"
+            [ -f "$keys" ] || die "there is no $keys; Ubuntu's package ubuntu-keyring has it"
             for suite in "$release" "$release-updates" "$release-security"; do
                 echo "deb [signed-by=$keys] http://archive.ubuntu.com/ubuntu $suite main universe"
             done
