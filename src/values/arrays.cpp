@@ -91,10 +91,9 @@ ArrayBlock* allocate_block(const Bounds& bounds, Type type) {
         return;
     }
     create_variable(name->name, true)->array = block;
-    variables.arrays_exist = true;
 }
 
-bool any_array_left() {
+bool any_array_exists() {
     for (std::uint32_t i = 0; i < variables.count; ++i) {
         if (variables.table[i].is_array()) return true;
     }
@@ -172,7 +171,6 @@ void do_erase(Cursor& cursor) {
         }
         // The block's memory is not given back; only a clear reclaims the arena (deliberate).
         remove_variable(entry);
-        variables.arrays_exist = any_array_left();
     } while (accept(cursor, ','));
 }
 
@@ -187,7 +185,7 @@ void do_option(Cursor& cursor) {
     ++cursor;
     if (base != 0 && base != 1) {
         raise(message::illegal_function_call);
-    } else if (variables.arrays_exist) {
+    } else if (any_array_exists()) {
         raise(message::duplicate_definition);
     } else {
         variables.array_base = base == 0 ? 0 : 1;

@@ -31,7 +31,6 @@ void clear_variables() {
     variables.table = reinterpret_cast<VariableEntry*>(arenas.VARTABLE);
     variables.count = 0;
     variables.array_base = 0;
-    variables.arrays_exist = false;
     variables.absence_assumed = false;
     reset_default_types();
 }

@@ -43,9 +43,8 @@ struct Variables {
     VariableEntry* table;  // VARTABLE
     std::uint32_t count;
     std::int64_t array_base;  // 0 or 1
-    bool arrays_exist;
-    bool absence_assumed;    // a specialised statement reads a name that has no variable yet
-    Type default_types[26];  // of unsuffixed names, by first letter
+    bool absence_assumed;     // a specialised statement reads a name that has no variable yet
+    Type default_types[26];   // of unsuffixed names, by first letter
 };
 extern Variables variables;
 
