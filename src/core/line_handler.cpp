@@ -26,6 +26,7 @@
 #include "files/program_files.h"
 #include "help/help.h"
 #include "platform/memory.h"
+#include "values/data_statements.h"
 
 namespace korvane {
 namespace {
@@ -72,6 +73,7 @@ void do_new_command(Cursor& cursor) {
     close_all_files();
     clear_data();
     clear_program();
+    reset_data_position();
 }
 
 struct Command {

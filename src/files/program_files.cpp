@@ -11,6 +11,7 @@
 #include "files/file_table.h"
 #include "files/program_text.h"
 #include "files/volume.h"
+#include "values/data_statements.h"
 
 namespace korvane {
 
@@ -30,6 +31,7 @@ void do_load(Cursor& cursor) {
     close_all_files();
     clear_data();
     clear_program();
+    reset_data_position();
     read_program_text(std::move(file));
     if (error_pending()) return;
     // The program that was running is gone.

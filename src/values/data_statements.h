@@ -17,7 +17,8 @@ struct DataPosition {
 };
 extern DataPosition data_position;
 
-// READ starts again at the program's first DATA; RUN and every change of the program's lines need it.
+// READ starts again at the program's first DATA. RUN, NEW, LOAD and CHAIN need it; an edit leaves the
+// position where it is.
 void reset_data_position();
 
 // Takes the next item, without the quotes or blanks around it; false when there is none. Raises nothing.
