@@ -8,10 +8,12 @@
 namespace korvane {
 
 inline constexpr std::uint32_t direct_line = 0xFFFFFFFF;  // line index of the direct line; also "no line"
+inline constexpr std::uint32_t gone_line = 0xFFFFFFFE;    // line index of a line that the program has lost
 inline constexpr std::uint32_t max_line_number = 4294967294;
 
 struct Execution {
     std::uint32_t line;             // current line index
+    std::uint32_t gone_number;      // number of the current line while `line` is gone_line
     Token* tokens;                  // current token array
     std::uint32_t record;           // where a jump wants execution to go on, in the current line
     std::uint32_t statement_start;  // record at which the statement being executed began

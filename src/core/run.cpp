@@ -23,7 +23,9 @@ namespace {
 constexpr std::uint64_t statements_per_poll = 256;
 
 std::uint32_t current_line_number() {
-    return execution.line < program.count ? program.lines[execution.line].number : 0;
+    if (execution.line < program.count) return program.lines[execution.line].number;
+    // A statement that failed may have taken its own line away.
+    return execution.line == gone_line ? execution.gone_number : 0;
 }
 
 void print_in_line(std::uint32_t number) {

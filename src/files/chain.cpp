@@ -11,6 +11,7 @@
 #include "core/messages.h"
 #include "core/parse.h"
 #include "core/program_store.h"
+#include "core/remembered_lines.h"
 #include "core/run.h"
 #include "files/program_text.h"
 #include "files/volume.h"
@@ -103,23 +104,28 @@ bool replace_program(const ChainRequest& request) {
     return !error_pending();
 }
 
-// Goes on in the program that is there now.
-void start_chained_program(const ChainRequest& request) {
-    std::uint32_t index = 0;
-    if (request.has_start) {
-        index = request.start <= max_line_number ? find_line(static_cast<std::uint32_t>(request.start))
-                                                 : direct_line;
-        if (index == direct_line) {
-            raise(message::undefined_line);
-            return;
-        }
-    }
-    if (program.count == 0) {
-        // There is nothing to go on with: the run ends.
-        execution.stop = true;
-        return;
-    }
-    chain_to_line(index);
+// Finds the line to go on with. False after an error.
+bool find_start(const ChainRequest& request, std::uint32_t& index) {
+    if (!request.has_start) return true;
+    index =
+        request.start <= max_line_number ? find_line(static_cast<std::uint32_t>(request.start)) : direct_line;
+    if (index != direct_line) return true;
+    raise(message::undefined_line);
+    return false;
+}
+
+// Everything that CHAIN does in front of going on at the line with the given index. False after an error.
+bool change_program(const ChainRequest& request, std::uint32_t& start) {
+    if (!request.keep_all) keep_common_variables();
+    if (request.has_range) delete_line_range(request.range);
+    if (error_pending() || !replace_program(request)) return false;
+
+    reset_run_state();
+    text_window_off();
+    execution.stop = false;
+    if (!request.merge) reset_default_types();
+    clear_common_list();
+    return find_start(request, start);
 }
 
 // One name of a COMMON statement. False after an error.
@@ -165,16 +171,16 @@ void do_chain(Cursor& cursor) {
     ChainRequest request{};
     if (!read_request(cursor, request)) return;
 
-    if (!request.keep_all) keep_common_variables();
-    if (request.has_range) delete_line_range(request.range);
-    if (error_pending() || !replace_program(request)) return;
-
-    reset_run_state();
-    text_window_off();
-    execution.stop = false;
-    if (!request.merge) reset_default_types();
-    clear_common_list();
-    start_chained_program(request);
+    const RememberedLines lines;
+    std::uint32_t start = 0;
+    if (!change_program(request, start)) {
+        lines.follow();
+    } else if (program.count == 0) {
+        // There is nothing to go on with: the run ends.
+        execution.stop = true;
+    } else {
+        chain_to_line(start);
+    }
 }
 
 }  // namespace korvane

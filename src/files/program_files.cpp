@@ -8,6 +8,7 @@
 #include "core/messages.h"
 #include "core/parse.h"
 #include "core/program_store.h"
+#include "core/remembered_lines.h"
 #include "files/file_table.h"
 #include "files/program_text.h"
 #include "files/volume.h"
@@ -28,12 +29,16 @@ void do_load(Cursor& cursor) {
         raise(message::file_not_found);
         return;
     }
+    const RememberedLines lines;
     close_all_files();
     clear_data();
     clear_program();
     reset_data_position();
     read_program_text(std::move(file));
-    if (error_pending()) return;
+    if (error_pending()) {
+        lines.follow();
+        return;
+    }
     // The program that was running is gone.
     execution.can_continue = false;
     execution.stop = true;
@@ -65,7 +70,9 @@ void do_merge(Cursor& cursor) {
         raise(message::file_not_found);
         return;
     }
+    const RememberedLines lines;
     read_program_text(std::move(file));
+    if (error_pending()) lines.follow();
     end_run_of_changed_program();
 }
 
