@@ -31,7 +31,8 @@ std::uint64_t data_number() {
 
 }  // namespace
 
-RememberedLines::RememberedLines() : line_count_(program.count), data_number_(data_number()) {
+RememberedLines::RememberedLines()
+    : changes_(program.changes), line_count_(program.count), data_number_(data_number()) {
     std::uint32_t* number = numbers_;
     visit_lines([&](std::uint32_t line) { *number++ = line < line_count_ ? program.lines[line].number : 0; });
 }
@@ -48,7 +49,7 @@ void RememberedLines::follow_data_line() const {
 }
 
 void RememberedLines::follow() const {
-    if (execution.line == direct_line) return;
+    if (execution.line == direct_line || program.changes == changes_) return;
     const std::uint32_t* number = numbers_;
     visit_lines([&](std::uint32_t& line) {
         const std::uint32_t old_number = *number++;

@@ -22,7 +22,7 @@ class RememberedLines {
     // After the change failed: every place moves to the line that now has its line's number, the record
     // within it being kept, or becomes one that does not exist. The current line, for ERL and RESUME, does so
     // too. READ goes on with the first DATA behind a line that is gone. The stacks may have been emptied by
-    // then. A statement typed at the keyboard is an edit: nothing moves.
+    // then. Nothing moves when nothing was changed, or by a statement typed at the keyboard: that is an edit.
     void follow() const;
 
   private:
@@ -32,6 +32,7 @@ class RememberedLines {
 
     void follow_data_line() const;
 
+    std::uint32_t changes_;
     std::uint32_t line_count_;
     std::uint64_t data_number_;        // of READ's line
     std::uint32_t numbers_[capacity];  // in the order of the visit
