@@ -56,6 +56,13 @@ void raise(const char* error_message) {
     con_put_string(error_message);
     if (!execution.program_running) con_put_char(carriage_return);
     errors.pending = true;
+    errors.is_break = false;
+}
+
+void request_break() {
+    if (errors.pending) return;
+    errors.pending = true;
+    errors.is_break = true;
 }
 
 std::int64_t error_code() {

@@ -63,6 +63,38 @@ bool trap_error() {
     return !error_pending();
 }
 
+// The user's break at the statement that begins at `record` of the current line: jumps to the ON BREAK
+// handler when there is one that is not active, else ends the run, with CONT resuming at that statement.
+// False when the handler cannot be reached.
+[[gnu::cold]] bool break_execution(std::uint32_t record) {
+    const Position at{execution.line, record};
+    if (traps.break_target != 0 && !handler_active(TrapKind::BREAK) && execution.program_running) {
+        execution.break_line = current_line_number();
+        if (push_trap_frame(TrapKind::BREAK, at)) jump_to_line(traps.break_target);
+        if (error_pending()) errors.line = execution.break_line;
+        return !error_pending();
+    }
+    execution.break_seen = true;
+    execution.break_line = current_line_number();
+    if (execution.line != direct_line) {
+        execution.continue_at = at;
+        execution.can_continue = execution.line < program.count;
+    }
+    execution.stop = true;
+    return true;
+}
+
+// What is pending behind a statement: a break, which counts at its start, or an error. True when a jump was
+// made or the stop flag set, false when an error ends the run.
+[[gnu::cold]] bool settle_pending() {
+    if (errors.is_break) {
+        errors.pending = false;
+        return break_execution(execution.statement_start);
+    }
+    errors.line = current_line_number();
+    return trap_error();
+}
+
 // Executes the statement at the cursor, or, where that is possible, as many as may follow one another until
 // the keyboard is to be asked.
 void execute(Cursor& cursor, std::uint64_t next_poll) {
@@ -88,20 +120,11 @@ bool run_line(Cursor cursor, std::uint64_t& next_poll) {
             // An error of the poll belongs to the statement about to be executed.
             execution.statement_start = record_of(cursor);
             if (poll_event_timers(record_of(cursor))) return true;
-            if (error_pending()) {
-                errors.line = current_line_number();
-                return trap_error();
-            }
+            if (error_pending()) return settle_pending();
         }
-        if (break_key_seen(next_poll)) {
-            break_execution(record_of(cursor));
-            return true;
-        }
+        if (break_key_seen(next_poll)) return break_execution(record_of(cursor));
         execute(cursor, next_poll);
-        if (error_pending()) {
-            errors.line = current_line_number();
-            return trap_error();
-        }
+        if (error_pending()) return settle_pending();
         if (execution.jumped) return true;
         if (execution.stop) return false;
     }
@@ -132,23 +155,6 @@ void run_loop() {
         if (!run_line(execution.tokens + execution.record, next_poll)) return;
         if (!execution.jumped && !execution.stop && !next_line()) return;
     }
-}
-
-void break_execution(std::uint32_t record) {
-    const Position at{execution.line, record};
-    if (traps.break_target != 0 && !handler_active(TrapKind::BREAK) && execution.program_running) {
-        execution.break_line = current_line_number();
-        if (push_trap_frame(TrapKind::BREAK, at)) jump_to_line(traps.break_target);
-        if (error_pending()) errors.line = execution.break_line;
-        return;
-    }
-    execution.break_seen = true;
-    execution.break_line = current_line_number();
-    if (execution.line != direct_line) {
-        execution.continue_at = at;
-        execution.can_continue = execution.line < program.count;
-    }
-    execution.stop = true;
 }
 
 void reset_run_state() {

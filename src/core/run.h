@@ -29,11 +29,6 @@ void chain_to_line(std::uint32_t index);
 // behind a pending error. CONT uses it.
 void run_from_here();
 
-// The user's break at the statement that begins at `record` of the current line: jumps to the ON BREAK
-// handler when there is one that is not active, else ends the run, with CONT resuming at that statement. A
-// statement that waits for keys calls it with execution.statement_start.
-void break_execution(std::uint32_t record);
-
 // Executes one statement at the cursor.
 void dispatch_statement(Cursor& cursor);
 

@@ -76,6 +76,8 @@ void do_resume(Cursor& cursor) {
         return;
     }
     const std::int64_t line = at_statement_end(cursor) ? 0 : evaluate_line_number(cursor);
+    // The RESUME that is executed again after a break leaves the same handler.
+    if (break_requested()) ++traps.count;
     if (error_pending()) return;
     if (line == 0) {
         jump_to_position(at);

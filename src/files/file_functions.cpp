@@ -4,10 +4,8 @@
 
 #include "core/arenas.h"
 #include "core/errors.h"
-#include "core/execution.h"
 #include "core/messages.h"
 #include "core/parse.h"
-#include "core/run.h"
 #include "files/file_table.h"
 #include "files/sequential_input.h"
 #include "platform/memory.h"
@@ -52,24 +50,19 @@ void read_from_file(OpenFile& file, std::uint8_t* to, std::uint64_t count) {
     }
 }
 
-// Fills `to` with keys; fewer when Escape asks for a break.
-std::uint32_t read_from_keyboard(std::uint8_t* to, std::uint32_t count) {
+// Fills `to` with keys. False when Escape, which is consumed, asks for a break.
+bool read_from_keyboard(std::uint8_t* to, std::uint32_t count) {
     std::uint32_t done = 0;
     while (done < count) {
         const std::int32_t key = key_get_nowait();
         if (key != no_key) {
             to[done++] = static_cast<std::uint8_t>(key);
         } else if (keyboard.look_ahead == break_pending) {
-            break;
+            key_break_check();
+            return false;
         }
     }
-    return done;
-}
-
-// Consumes the pending break request and does what it asks for at this statement.
-void break_from_keyboard() {
-    key_break_check();
-    break_execution(execution.statement_start);
+    return true;
 }
 
 // The arguments of INPUT$: `file` stays null without a file number. False after an error.
@@ -123,15 +116,16 @@ Value function_input_string(Cursor& cursor) {
     std::int64_t count = 0;
     OpenFile* file = nullptr;
     if (!read_input_arguments(cursor, count, file)) return Value::nothing();
-    auto length = static_cast<std::uint32_t>(count);
+    const auto length = static_cast<std::uint32_t>(count);
     std::uint8_t* bytes = allocate_string(length);
     if (error_pending()) return Value::nothing();
-    if (file == nullptr) {
-        const std::uint32_t wanted = length;
-        length = read_from_keyboard(bytes, wanted);
-        if (length < wanted) break_from_keyboard();
-    } else {
+    if (file != nullptr) {
         read_from_file(*file, bytes, length);
+    } else if (!read_from_keyboard(bytes, length)) {
+        // A statement that is broken off again and again must not use up string space.
+        arenas.FREETOP += length;
+        request_break();
+        return Value::nothing();
     }
     return Value::of_string(bytes, length);
 }

@@ -132,6 +132,23 @@ void input_variable(OpenFile& file, Cursor& cursor) {
     if (!store_item(place, text.view())) raise(message::type_mismatch);
 }
 
+// Where the next byte comes from: in the record, or in the file.
+std::uint64_t input_position(const OpenFile& file) {
+    return file.mode == FileMode::random ? file.buffer_position : file.consumed;
+}
+
+[[gnu::cold]] void go_back(OpenFile& file, std::uint64_t position) {
+    if (file.mode == FileMode::random) {
+        file.buffer_position = static_cast<std::uint32_t>(position);
+        return;
+    }
+    if (file.consumed == position) return;
+    set_file_position(file.handle, position);
+    file.consumed = position;
+    file.input_next = 0;
+    file.input_count = 0;
+}
+
 // "#n," of both statements.
 OpenFile* read_file_prefix(Cursor& cursor) {
     OpenFile* file = lookup_input_file(cursor);
@@ -169,9 +186,12 @@ void do_input_file(Cursor& cursor) {
     ++cursor;
     OpenFile* file = read_file_prefix(cursor);
     if (file == nullptr) return;
+    const std::uint64_t start = input_position(*file);
     do {
         input_variable(*file, cursor);
     } while (!error_pending() && accept(cursor, ','));
+    // Executed again after a break, the statement reads the same items.
+    if (break_requested()) go_back(*file, start);
 }
 
 void do_line_input_file(Cursor& cursor) {

@@ -6,9 +6,8 @@
 #include <span>
 #include <string_view>
 
-#include "core/execution.h"
+#include "core/errors.h"
 #include "core/parse.h"
-#include "core/run.h"
 #include "files/sequential_input.h"
 #include "screen/console.h"
 #include "screen/input_fields.h"
@@ -63,14 +62,14 @@ void read_variables(Cursor& cursor, InputRequest& request) {
     } while (accept(cursor, ','));
 }
 
-// The user's line; nothing when Escape was pressed, which breaks as it does between statements.
+// The user's line; nothing when Escape was pressed, which asks for a break.
 std::optional<std::string_view> ask(std::string_view prompt, bool asks, ReplyBuffer& buffer) {
     con_put_text(prompt);
     if (asks) con_put_string("? ");
     const std::int32_t length = key_read_line(buffer);
     if (length == line_aborted) {
         con_put_char('\r');
-        break_execution(execution.statement_start);
+        request_break();
         return std::nullopt;
     }
     return std::string_view(reinterpret_cast<const char*>(buffer.data()), static_cast<std::size_t>(length));

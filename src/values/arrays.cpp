@@ -100,6 +100,16 @@ bool any_array_exists() {
     return false;
 }
 
+// The arrays that a DIM made before a break: executed again it makes them once more. They are those from
+// entry `first` on, and their blocks begin at `bottom`.
+[[gnu::cold]] void forget_arrays(std::uint32_t first, std::uint8_t* bottom) {
+    for (std::uint32_t i = variables.count; i-- > first;) {
+        if (variables.table[i].is_array()) remove_variable(&variables.table[i]);
+    }
+    arenas.FREEBOT = bottom;
+    variables.arrays_exist = any_array_left();
+}
+
 }  // namespace
 
 std::uint64_t element_count(const VariableEntry& entry) {
@@ -150,10 +160,13 @@ VariableEntry* expect_array(Cursor& cursor) {
 
 void do_dim(Cursor& cursor) {
     ++cursor;
+    const std::uint32_t first = variables.count;
+    std::uint8_t* const bottom = arenas.FREEBOT;
     // Items dimensioned before one that fails stay dimensioned.
     do {
         dimension_array(cursor);
     } while (!error_pending() && accept(cursor, ','));
+    if (break_requested()) forget_arrays(first, bottom);
 }
 
 void do_erase(Cursor& cursor) {

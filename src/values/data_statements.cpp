@@ -109,8 +109,11 @@ void do_data(Cursor& cursor) {
 
 void do_read(Cursor& cursor) {
     ++cursor;
+    const DataPosition start = data_position;
     do {
         const Reference target = resolve_reference(cursor);
+        // Executed again after a break, the statement reads the same items.
+        if (break_requested()) data_position = start;
         if (error_pending()) return;
         std::string_view item;
         if (!next_data_item(item)) {

@@ -39,23 +39,33 @@ LinkedSession::~LinkedSession() {
     std::filesystem::remove_all(folder_);
 }
 
-bool LinkedSession::type(std::string_view line) {
-    if (broke_down_) return false;
+void LinkedSession::queue_keys(std::string_view keys) {
+    constexpr std::uint16_t escape_scan_code = 23;
     host::Keyboard& keyboard = machine_.firmware().keyboard();
-    for (const char character : line) {
-        keyboard.press({.ScanCode = 0, .UnicodeChar = static_cast<unsigned char>(character)});
+    for (const char key : keys) {
+        if (key == escape_key) {
+            keyboard.press({.ScanCode = escape_scan_code, .UnicodeChar = 0});
+        } else {
+            keyboard.press({.ScanCode = 0, .UnicodeChar = static_cast<unsigned char>(key)});
+        }
     }
-    keyboard.press({.ScanCode = 0, .UnicodeChar = u'\r'});
+}
+
+bool LinkedSession::run() {
+    if (broke_down_) return false;
     broke_down_ = machine_.run() != host::Stop::waits_for_key;
     return !broke_down_;
 }
 
+bool LinkedSession::type(std::string_view line) {
+    queue_keys(line);
+    queue_keys("\r");
+    return run();
+}
+
 bool LinkedSession::press_escape() {
-    constexpr std::uint16_t escape_scan_code = 23;
-    if (broke_down_) return false;
-    machine_.firmware().keyboard().press({.ScanCode = escape_scan_code, .UnicodeChar = 0});
-    broke_down_ = machine_.run() != host::Stop::waits_for_key;
-    return !broke_down_;
+    queue_keys({&escape_key, 1});
+    return run();
 }
 
 void LinkedSession::write_file(const std::string& name, std::string_view content) const {

@@ -12,6 +12,8 @@
 
 namespace korvane::test {
 
+inline constexpr char escape_key = 27;  // stands for the key, which has no character, among keys
+
 class LinkedSession {
   public:
     /// Starts the interpreter in this screen mode, up to its prompt.
@@ -20,6 +22,9 @@ class LinkedSession {
     LinkedSession(const LinkedSession&) = delete;
     LinkedSession& operator=(const LinkedSession&) = delete;
 
+    /// Runs until the queue is empty and the next key is wanted; as type().
+    bool run();
+
     /// Types a line and Enter and runs until the next key is wanted; false when the interpreter broke down,
     /// see problem().
     bool type(std::string_view line);
@@ -27,7 +32,14 @@ class LinkedSession {
     /// Presses Escape and runs until the next key is wanted; as type().
     bool press_escape();
 
+    /// Puts keys into the keyboard's queue, to be read whenever the interpreter looks; `escape_key` is
+    /// Escape.
+    void queue_keys(std::string_view keys);
+
     void write_file(const std::string& name, std::string_view content) const;
+
+    /// The folder that is the volume.
+    const std::filesystem::path& folder() const { return folder_; }
 
     /// What the firmware complains about, or how the interpreter broke down; empty when all is well.
     std::string problem() const;
