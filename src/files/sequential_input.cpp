@@ -142,8 +142,8 @@ std::uint64_t input_position(const OpenFile& file) {
         file.buffer_position = static_cast<std::uint32_t>(position);
         return;
     }
-    if (file.consumed == position) return;
-    set_file_position(file.handle, position);
+    // Where the firmware refuses, reading goes on behind what has been read.
+    if (file.consumed == position || !set_file_position(file.handle, position)) return;
     file.consumed = position;
     file.input_next = 0;
     file.input_count = 0;
