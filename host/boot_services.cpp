@@ -101,7 +101,8 @@ struct HandleServices {
         if (protocol == nullptr || interface == nullptr) return uefi::invalid_parameter;
         *interface = nullptr;
         if (!database().is_handle(handle)) {
-            active->misuse().report("HandleProtocol of what is no handle");
+            if (!database().was_handle(handle))
+                active->misuse().report("HandleProtocol of what is no handle");
             return uefi::invalid_parameter;
         }
         *interface = database().find(handle, *protocol);

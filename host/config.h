@@ -34,6 +34,9 @@ struct VolumeConfig {
     bool read_only = false;
     std::uint64_t capacity = std::uint64_t{1} << 40;  // bytes by which files may still grow
     std::u16string label = u"KORVANE";
+    /// What the device path ends with: nothing, so that there is no device path; a USB device; or a partition
+    /// of one.
+    enum class DevicePath { none, stick, partition } device_path = DevicePath::none;
 };
 
 /// A block device over a raw image file.

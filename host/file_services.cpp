@@ -35,8 +35,10 @@ std::vector<std::u16string> split(std::u16string_view name) {
     return parts;
 }
 
-// FAT does not keep the dots and blanks at the end of a name.
-std::u16string_view without_trailing_dots(std::u16string_view name) {
+// FAT keeps neither the blanks in front of a name nor the dots and blanks at its end.
+std::u16string_view kept_name(std::u16string_view name) {
+    while (!name.empty() && name.front() == u' ')
+        name.remove_prefix(1);
     while (!name.empty() && (name.back() == u'.' || name.back() == u' '))
         name.remove_suffix(1);
     return name;
@@ -54,7 +56,8 @@ uefi::FileProtocol FileServices::table() {
             get_position,           set_position, get_info, set_info, flush};
 }
 
-// What every service begins with: the injected failure, and the check that the handle is open.
+// What every service begins with: the check that the handle is open, the injected failure, and the check that
+// the media is there.
 uefi::Status FileServices::begin(uefi::FileProtocol* self, Service service, OpenFile*& file) {
     if (self == nullptr) return uefi::invalid_parameter;
     file = static_cast<OpenFile*>(self);
@@ -62,7 +65,7 @@ uefi::Status FileServices::begin(uefi::FileProtocol* self, Service service, Open
         file->volume.misuse_.report(std::string(service_name(service)) + " on a closed file handle");
         return uefi::invalid_parameter;
     }
-    return file->volume.faults_.strike(service).value_or(uefi::success);
+    return file->volume.faults_.strike(service).value_or(file->volume.lost_);
 }
 
 uefi::Status FileServices::locate(const OpenFile& from, std::u16string_view name, Place& place) {
@@ -80,7 +83,7 @@ uefi::Status FileServices::locate(const OpenFile& from, std::u16string_view name
             place.path.pop_back();
             continue;
         }
-        const std::string wanted = to_utf8(without_trailing_dots(part));
+        const std::string wanted = to_utf8(kept_name(part));
         if (!is_legal_name(wanted)) return uefi::invalid_parameter;
         const auto found = folder.find(place.path, wanted);
         place.exists = found.has_value();
@@ -94,8 +97,13 @@ uefi::Status FileServices::open_lent(const OpenFile& from, std::u16string_view n
     Volume& volume = from.volume;
     if (!volume.lent_) return uefi::not_found;
     std::vector<std::string> wanted = name.front() == u'\\' ? FolderPath{} : from.path;
-    for (const std::u16string& part : split(name))
-        if (part != u".") wanted.push_back(to_utf8(part));
+    for (const std::u16string& part : split(name)) {
+        if (part == u"." || (part == u".." && wanted.empty())) continue;
+        if (part == u"..")
+            wanted.pop_back();
+        else
+            wanted.push_back(to_utf8(kept_name(part)));
+    }
     if (!std::equal(wanted.begin(), wanted.end(), volume.lent_->path.begin(), volume.lent_->path.end(),
                     same_name))
         return uefi::not_found;
@@ -226,28 +234,37 @@ uefi::Status EFIAPI FileServices::read(uefi::FileProtocol* self, std::uint64_t* 
     return uefi::success;
 }
 
+// Whoever goes on writing behind a write that failed leaves a file with a gap.
 uefi::Status EFIAPI FileServices::write(uefi::FileProtocol* self, std::uint64_t* size, const void* buffer) {
     OpenFile* file = nullptr;
-    if (auto status = begin(self, Service::FileWrite, file); status != uefi::success) return status;
+    uefi::Status status = begin(self, Service::FileWrite, file);
+    if (file == nullptr || file->closed) return status;
+    if (file->write_failed) file->volume.misuse_.report("FileWrite behind a write that failed");
     if (size == nullptr || (buffer == nullptr && *size != 0)) return uefi::invalid_parameter;
-    if (file->directory) return uefi::unsupported;
-    if (!file->writable) return uefi::access_denied;
+    if (status == uefi::success) status = write_bytes(*file, size, buffer);
+    file->write_failed = status != uefi::success;
+    return status;
+}
+
+uefi::Status FileServices::write_bytes(OpenFile& file, std::uint64_t* size, const void* buffer) {
+    if (file.directory) return uefi::unsupported;
+    if (!file.writable) return uefi::access_denied;
 
     // FAT holds files of less than 4 GiB.
     constexpr std::uint64_t largest_file = 0xFFFFFFFF;
-    if (file->position > largest_file || *size > largest_file - file->position) return uefi::volume_full;
-    const std::uint64_t old_size = size_of(*file);
-    const std::uint64_t end = file->position + *size;
+    if (file.position > largest_file || *size > largest_file - file.position) return uefi::volume_full;
+    const std::uint64_t old_size = size_of(file);
+    const std::uint64_t end = file.position + *size;
     const std::uint64_t growth = end > old_size ? end - old_size : 0;
-    const bool full = growth > file->volume.free_bytes_;
-    if (full) *size -= std::min(*size, growth - file->volume.free_bytes_);
+    const bool full = growth > file.volume.free_bytes_;
+    if (full) *size -= std::min(*size, growth - file.volume.free_bytes_);
     const ssize_t count =
-        pwrite(file->descriptor.number(), buffer, *size, static_cast<off_t>(file->position));
+        pwrite(file.descriptor.number(), buffer, *size, static_cast<off_t>(file.position));
     if (count < 0) return uefi::device_error;
     *size = static_cast<std::uint64_t>(count);
-    file->position += *size;
-    const std::uint64_t new_size = size_of(*file);
-    if (new_size > old_size) file->volume.free_bytes_ -= new_size - old_size;
+    file.position += *size;
+    const std::uint64_t new_size = size_of(file);
+    if (new_size > old_size) file.volume.free_bytes_ -= new_size - old_size;
     return full ? uefi::volume_full : uefi::success;
 }
 
@@ -264,6 +281,7 @@ uefi::Status EFIAPI FileServices::set_position(uefi::FileProtocol* self, std::ui
     OpenFile* file = nullptr;
     if (auto status = begin(self, Service::FileSetPosition, file); status != uefi::success) return status;
     if (file->directory && position != 0) return uefi::unsupported;
+    file->write_failed = false;
     file->position = position == uefi::end_of_file_position ? size_of(*file) : position;
     return uefi::success;
 }
@@ -319,12 +337,21 @@ uefi::Status FileServices::rename(OpenFile& file, std::u16string_view name) {
     if (place.exists) {
         // The same entry: only the spelling may change.
         const auto parts = split(name);
-        const std::string spelling = to_utf8(without_trailing_dots(parts.back()));
+        const std::string spelling = to_utf8(kept_name(parts.back()));
         if (!is_legal_name(spelling)) return uefi::invalid_parameter;
         place.path.back() = spelling;
     }
-    if (!file.volume.folder_.rename(file.path, place.path)) return uefi::access_denied;
-    file.path = place.path;
+    const FolderPath old_path = file.path;
+    if (!file.volume.folder_.rename(old_path, place.path)) return uefi::access_denied;
+    // Other handles stay with their file, or with what lies in the directory.
+    for (const auto& handle : file.volume.handles_) {
+        FolderPath& path = handle->path;
+        const auto rest = std::mismatch(old_path.begin(), old_path.end(), path.begin(), path.end());
+        if (rest.first != old_path.end()) continue;
+        FolderPath moved = place.path;
+        moved.insert(moved.end(), rest.second, path.end());
+        path = std::move(moved);
+    }
     return uefi::success;
 }
 

@@ -40,6 +40,7 @@ struct FileServices {
                                   uefi::FileProtocol** opened);
     static uefi::Status open_existing(Volume& volume, const FolderPath& path, std::uint64_t mode,
                                       std::uint64_t attributes, uefi::FileProtocol** opened);
+    static uefi::Status write_bytes(OpenFile& file, std::uint64_t* size, const void* buffer);
     static uefi::Status read_entry(OpenFile& directory, std::uint64_t* size, void* buffer);
     static uefi::Status rename(OpenFile& file, std::u16string_view name);
     static uefi::Status change_size(OpenFile& file, std::uint64_t size);

@@ -99,12 +99,12 @@ void Firmware::build_handles() {
         tables_->cpu.SetMemoryAttributes = BootServiceFunctions::set_memory_attributes;
         handles_.install(handles_.add(), uefi::cpu_arch_guid, &tables_->cpu);
     }
-    uefi::Handle boot_device = nullptr;
-    for (const auto& volume : volumes_) {
+    for (std::size_t i = 0; i < volumes_.size(); ++i) {
         const uefi::Handle device = handles_.add();
-        handles_.install(device, uefi::simple_file_system_guid,
-                         static_cast<uefi::SimpleFileSystemProtocol*>(volume.get()));
-        if (boot_device == nullptr) boot_device = device;
+        if (void* path = build_device_path(config_.volumes[i].device_path))
+            handles_.install(device, uefi::device_path_guid, path);
+        install_volume(device, *volumes_[i]);
+        if (boot_device_ == nullptr) boot_device_ = device;
     }
     for (const auto& device : block_devices_)
         handles_.install(handles_.add(), uefi::block_io_guid,
@@ -114,7 +114,7 @@ void Firmware::build_handles() {
     uefi::LoadedImageProtocol& image = tables_->loaded_image;
     image.Revision = 0x1000;
     image.SystemTable = &system;
-    image.DeviceHandle = boot_device;
+    image.DeviceHandle = boot_device_;
     image.FilePath = reinterpret_cast<uefi::DevicePathNode*>(device_path_.data());
     if (config_.load_options) {
         load_options_ = *config_.load_options;
@@ -147,6 +147,60 @@ void Firmware::build_image_path() {
     if (name != std::u16string_view::npos)
         add_node(uefi::device_path_media, uefi::device_path_media_file_path, path.substr(name));
     add_node(uefi::device_path_end, uefi::device_path_end_entire, {});
+}
+
+void Firmware::install_volume(uefi::Handle device, Volume& volume) {
+    handles_.install(device, uefi::simple_file_system_guid,
+                     static_cast<uefi::SimpleFileSystemProtocol*>(&volume));
+}
+
+// A USB node, a hard drive node for a partition, and the end. Null for no path.
+void* Firmware::build_device_path(VolumeConfig::DevicePath kind) {
+    if (kind == VolumeConfig::DevicePath::none) return nullptr;
+    std::vector<std::uint8_t>& path = volume_paths_.emplace_back();
+    path = {3, 5, 6, 0, stick_port_, 0};
+    if (kind == VolumeConfig::DevicePath::partition) {
+        constexpr std::size_t node_size = 42;
+        std::vector<std::uint8_t> node(node_size);
+        node[0] = uefi::device_path_media;
+        node[1] = 1;
+        node[2] = node_size;
+        node[4] = 1;                  // the partition's number
+        node[9] = 8;                  // its first block is 2048
+        node[24] = stick_signature_;  // the first byte of its GUID
+        node[40] = 2;                 // of a GPT
+        node[41] = 2;                 // identified by a GUID
+        path.insert(path.end(), node.begin(), node.end());
+    }
+    path.insert(path.end(), {uefi::device_path_end, uefi::device_path_end_entire, 4, 0});
+    return path.data();
+}
+
+void Firmware::pull_stick() {
+    volumes_.front()->lose(uefi::no_media);
+    handles_.uninstall(boot_device_, uefi::simple_file_system_guid);
+    handles_.uninstall(boot_device_, uefi::device_path_guid);
+}
+
+void Firmware::plug_stick(Replugged where, const std::filesystem::path& folder) {
+    VolumeConfig config = config_.volumes.front();
+    config.folder = folder;
+    auto volume = std::make_unique<Volume>(config, faults_, misuse_);
+    if (const auto& lent = volumes_.front()->lent(); lent && where != Replugged::other_stick)
+        volume->lend(*lent);
+    if (where == Replugged::other_port) ++stick_port_;
+    if (where == Replugged::other_stick) ++stick_signature_;
+    if (where == Replugged::same_handle) {
+        volumes_.front()->lose(uefi::media_changed);
+        handles_.uninstall(boot_device_, uefi::simple_file_system_guid);
+    } else {
+        boot_device_ = handles_.add();
+        if (void* path = build_device_path(config.device_path))
+            handles_.install(boot_device_, uefi::device_path_guid, path);
+    }
+    install_volume(boot_device_, *volume);
+    lost_volumes_.push_back(std::move(volumes_.front()));
+    volumes_.front() = std::move(volume);
 }
 
 void Firmware::place_image(std::uint64_t base, std::uint64_t size, const std::filesystem::path& file) {

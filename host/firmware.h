@@ -11,6 +11,8 @@
 #pragma once
 
 #include <cstdint>
+#include <deque>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -41,6 +43,14 @@ inline constexpr std::uint64_t pool_size = 16 * 1024 * 1024;
 inline constexpr std::uint64_t image_base = 0x0E000000;
 inline constexpr std::uint64_t framebuffer_base = 0x70000000;
 
+/// Where a stick is when it is back.
+enum class Replugged {
+    same_port,    // under a new handle with the old device path
+    other_port,   // under a new handle; only the partition is the same
+    same_handle,  // as a medium in its drive: the handle has stayed
+    other_stick,  // it is another one, with a partition of its own
+};
+
 class Firmware {
   public:
     explicit Firmware(Config config);
@@ -70,6 +80,11 @@ class Firmware {
     /// Called, on the image's stack, when the image calls Exit.
     void on_exit(std::function<void(uefi::Status)> exit) { exit_ = std::move(exit); }
 
+    /// Pulls out the stick that the first volume is on: its handles go, and every use of its files fails.
+    void pull_stick();
+    /// Puts it back, with `folder` on it; its free space is the volume's first one again.
+    void plug_stick(Replugged where, const std::filesystem::path& folder);
+
     void set_time(const std::optional<uefi::Time>& time) { config_.time = time; }
 
     /// Everything the image did wrong so far, damaged pool borders included.
@@ -92,6 +107,8 @@ class Firmware {
     void build_tables();
     void build_handles();
     void build_image_path();
+    void install_volume(uefi::Handle device, Volume& volume);
+    void* build_device_path(VolumeConfig::DevicePath kind);
     void enter_own_memory();
 
     Config config_;
@@ -107,10 +124,15 @@ class Firmware {
     TextConsole text_console_;
     std::unique_ptr<Display> display_;
     std::vector<std::unique_ptr<Volume>> volumes_;
+    std::vector<std::unique_ptr<Volume>> lost_volumes_;  // their handles may still be used
     std::vector<std::unique_ptr<BlockDevice>> block_devices_;
     HandleDatabase handles_;
     uefi::Handle image_handle_ = nullptr;
     std::vector<std::uint8_t> device_path_;  // of the image file on its volume
+    std::deque<std::vector<std::uint8_t>> volume_paths_;
+    uefi::Handle boot_device_ = nullptr;
+    std::uint8_t stick_port_ = 1;
+    std::uint8_t stick_signature_ = 1;
     std::u16string load_options_;
     std::function<void(uefi::Status)> exit_;
 };

@@ -7,7 +7,15 @@ uefi::Handle HandleDatabase::add() {
 }
 
 void HandleDatabase::install(uefi::Handle handle, const uefi::Guid& protocol, void* interface) {
-    static_cast<Entry*>(handle)->interfaces.push_back({protocol, interface});
+    Entry& known = *static_cast<Entry*>(handle);
+    known.interfaces.push_back({protocol, interface});
+    known.gone = false;
+}
+
+void HandleDatabase::uninstall(uefi::Handle handle, const uefi::Guid& protocol) {
+    Entry& known = *static_cast<Entry*>(handle);
+    std::erase_if(known.interfaces, [&](const Interface& one) { return one.protocol == protocol; });
+    known.gone = known.interfaces.empty();
 }
 
 const HandleDatabase::Entry* HandleDatabase::entry(uefi::Handle handle) const {
@@ -17,7 +25,8 @@ const HandleDatabase::Entry* HandleDatabase::entry(uefi::Handle handle) const {
 }
 
 bool HandleDatabase::is_handle(uefi::Handle handle) const {
-    return entry(handle) != nullptr;
+    const Entry* known = entry(handle);
+    return known != nullptr && !known->gone;
 }
 
 void* HandleDatabase::find(uefi::Handle handle, const uefi::Guid& protocol) const {
@@ -38,7 +47,7 @@ std::vector<uefi::Handle> HandleDatabase::all_with(const uefi::Guid& protocol) c
 std::vector<uefi::Handle> HandleDatabase::all() const {
     std::vector<uefi::Handle> handles;
     for (const Entry& known : entries_)
-        handles.push_back(const_cast<Entry*>(&known));
+        if (!known.gone) handles.push_back(const_cast<Entry*>(&known));
     return handles;
 }
 

@@ -15,8 +15,12 @@ class HandleDatabase {
     /// A new handle; handles keep the order of their making.
     uefi::Handle add();
     void install(uefi::Handle handle, const uefi::Guid& protocol, void* interface);
+    /// Takes the interface away; a handle that carries nothing any more is none any more.
+    void uninstall(uefi::Handle handle, const uefi::Guid& protocol);
 
     bool is_handle(uefi::Handle handle) const;
+    /// True also for a handle that has gone.
+    bool was_handle(uefi::Handle handle) const { return entry(handle) != nullptr; }
     /// Null when the handle does not carry the protocol.
     void* find(uefi::Handle handle, const uefi::Guid& protocol) const;
     /// The handles that carry the protocol.
@@ -30,6 +34,7 @@ class HandleDatabase {
     };
     struct Entry {
         std::vector<Interface> interfaces;
+        bool gone = false;
     };
 
     const Entry* entry(uefi::Handle handle) const;

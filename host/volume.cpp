@@ -24,6 +24,10 @@ Volume::Volume(const VolumeConfig& config, ServiceFaults& faults, Misuse& misuse
       faults_(faults),
       misuse_(misuse) {}
 
+void Volume::lend(LentFile file) {
+    if (!folder_.status(file.path)) lent_ = std::move(file);
+}
+
 OpenFile* Volume::add_handle(FolderPath path) {
     handles_.push_back(std::make_unique<OpenFile>(*this, std::move(path)));
     return handles_.back().get();
@@ -32,13 +36,14 @@ OpenFile* Volume::add_handle(FolderPath path) {
 std::vector<const OpenFile*> Volume::open_files() const {
     std::vector<const OpenFile*> open;
     for (const auto& handle : handles_)
-        if (!handle->closed) open.push_back(handle.get());
+        if (!handle->closed && lost_ == uefi::success) open.push_back(handle.get());
     return open;
 }
 
 uefi::Status EFIAPI Volume::open_volume(uefi::SimpleFileSystemProtocol* self, uefi::FileProtocol** root) {
     auto& volume = *static_cast<Volume*>(self);
     if (auto failure = volume.faults_.strike(Service::OpenVolume)) return *failure;
+    if (volume.lost_ != uefi::success) return volume.lost_;
     if (root == nullptr) return uefi::invalid_parameter;
     OpenFile* opened = volume.add_handle({});
     opened->directory = true;

@@ -29,6 +29,7 @@ struct OpenFile : uefi::FileProtocol {
     bool directory = false;
     bool writable = false;
     bool closed = false;
+    bool write_failed = false;         // the last write, unless the position has been set since
     std::uint64_t position = 0;        // bytes in a file, entries in a directory
     std::vector<std::string> entries;  // of a directory, read when its listing begins
 };
@@ -45,9 +46,14 @@ class Volume : public uefi::SimpleFileSystemProtocol {
 
     /// Puts another folder in the place of this one. Open handles keep their paths.
     void replace_folder(const std::filesystem::path& folder) { folder_ = Folder(folder); }
-    void lend(LentFile file) { lent_ = std::move(file); }
+    /// A file that the folder holds itself is not lent.
+    void lend(LentFile file);
+    const std::optional<LentFile>& lent() const { return lent_; }
 
-    /// Handles that are open, the volume's root included.
+    /// The media has gone: every use of the volume and of its files fails so from now on.
+    void lose(uefi::Status status) { lost_ = status; }
+
+    /// Handles that are open, the volume's root included; none of a volume that has gone.
     std::vector<const OpenFile*> open_files() const;
 
   private:
@@ -62,6 +68,7 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     std::uint64_t free_bytes_;
     std::u16string label_;
     std::optional<LentFile> lent_;
+    uefi::Status lost_ = uefi::success;
     ServiceFaults& faults_;
     Misuse& misuse_;
     std::vector<std::unique_ptr<OpenFile>> handles_;

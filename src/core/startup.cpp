@@ -16,6 +16,7 @@
 #include "core/trace.h"
 #include "explorer/explorer.h"
 #include "files/file_table.h"
+#include "files/program_text.h"
 #include "files/volume.h"
 #include "image/packed_program.h"
 #include "platform/clock.h"
@@ -85,7 +86,7 @@ void take_memory() {
 }
 
 bool startup_program_exists() {
-    return static_cast<bool>(OpenFileByName("STARTUP.BAS", OpenMode::read));
+    return static_cast<bool>(open_program("STARTUP.BAS"));
 }
 
 void run_startup_program() {

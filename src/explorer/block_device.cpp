@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "explorer/handle_list.h"
+#include "platform/handle_list.h"
 #include "platform/memory.h"
 
 namespace korvane {

@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <span>
 
-#include "explorer/device_path.h"
+#include "platform/device_path.h"
 #include "explorer/line_text.h"
 #include "explorer/report.h"
 

@@ -4,7 +4,7 @@
 
 #include "explorer/block_device.h"
 #include "explorer/device_path_text.h"
-#include "explorer/handle_list.h"
+#include "platform/handle_list.h"
 #include "explorer/hex_line.h"
 #include "explorer/number_syntax.h"
 #include "explorer/report.h"

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "explorer/handle_list.h"
+#include "platform/handle_list.h"
 #include "files/volume.h"
 #include "platform/uefi.h"
 

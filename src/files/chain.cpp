@@ -94,7 +94,7 @@ void keep_common_variables() {
 
 // Brings the new program text in. False after an error.
 bool replace_program(const ChainRequest& request) {
-    FileHandle file = OpenFileByName(request.name.view(), OpenMode::read);
+    FileHandle file = open_program(request.name.view());
     if (!file) {
         raise(message::file_not_found);
         return false;

@@ -16,14 +16,13 @@ namespace {
 constexpr std::uint64_t read_write = uefi::file_mode_read | uefi::file_mode_write;
 
 bool remove_directory(const FirmwareName& name) {
-    FileHandle directory = open_below(base_directory(), name.text, read_write);
+    FileHandle directory = open_named(name, read_write);
     return IsDirectory(directory.get()) && directory.remove();
 }
 
 bool make_directory(const FirmwareName& name) {
-    if (open_below(base_directory(), name.text, uefi::file_mode_read)) return false;
-    return bool(
-        open_below(base_directory(), name.text, uefi::file_mode_create | read_write, uefi::file_directory));
+    if (open_named(name, uefi::file_mode_read)) return false;
+    return bool(open_named(name, uefi::file_mode_create | read_write, uefi::file_directory));
 }
 
 }  // namespace
@@ -64,13 +63,14 @@ void do_chdir(Cursor& cursor) {
     ++cursor;
     char path[path_capacity];
     if (!GetPathArgument(cursor, path)) return;
-    FileHandle directory = open_below(base_directory(), FirmwareName(path).text, uefi::file_mode_read);
+    const FirmwareName name(path);
+    FileHandle directory = open_named(name, uefi::file_mode_read);
     if (!IsDirectory(directory.get())) {
         directory.close();
         raise(message::path_not_found);
         return;
     }
-    set_current_directory(std::move(directory));
+    set_current_directory(std::move(directory), name);
 }
 
 }  // namespace korvane

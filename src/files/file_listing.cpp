@@ -208,10 +208,10 @@ void list_files(std::string_view pattern, std::uint8_t flags) {
     start_listing(flags);
     const std::string_view path(listing.path, listing.path_length);
     if (path == ".") {
-        list_directory(base_directory(), 0);
+        if (uefi::FileProtocol* directory = live_base_directory()) list_directory(directory, 0);
         return;
     }
-    const FileHandle directory = open_below(base_directory(), FirmwareName(path).text, uefi::file_mode_read);
+    const FileHandle directory = open_named(FirmwareName(path), uefi::file_mode_read);
     if (IsDirectory(directory.get())) list_directory(directory.get(), 0);
 }
 

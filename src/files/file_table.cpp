@@ -21,6 +21,7 @@ void reset_entry(OpenFile& file) {
     file.column = 0;
     file.pending = 0;
     file.written = 0;
+    file.write_failed = false;
     file.input_next = 0;
     file.input_count = 0;
     file.consumed = 0;
@@ -104,7 +105,9 @@ bool flush_output(OpenFile& file) {
     const auto wanted = static_cast<std::uint64_t>(file.pending);
     std::uint64_t done = wanted;
     file.pending = 0;
-    return write_file(file.handle, file.output, done) && done == wanted;
+    if (!file.write_failed)
+        file.write_failed = !write_file(file.handle, file.output, done) || done != wanted;
+    return !file.write_failed;
 }
 
 void close_file(OpenFile& file) {

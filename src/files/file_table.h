@@ -27,6 +27,7 @@ struct OpenFile {
     std::uint32_t column;   // characters since the last line end, as TAB and print zones count them
     std::int32_t pending;   // bytes waiting in `output`
     std::uint64_t written;  // bytes sent to the file since OPEN, pending ones included
+    bool write_failed;      // from then on nothing is written: the file stays without a gap
     std::uint8_t output[output_buffer_size];
 
     // Sequential input
@@ -72,8 +73,8 @@ void file_put_byte(OpenFile& file, std::uint8_t byte);
 // Ends a line of text: bytes 13 and 10, column 0.
 void file_end_line(OpenFile& file);
 
-// Writes pending output of a sequential file. False when the firmware could not write all of it; the bytes
-// are given up either way.
+// Writes pending output of a sequential file. False when the firmware could not write all of it, now or once
+// before; the bytes are given up either way.
 bool flush_output(OpenFile& file);
 
 // Closes one number: pending output is written, without looking at the result. A closed number is left alone.

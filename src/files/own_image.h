@@ -1,8 +1,6 @@
 // The file that the running image was loaded from.
 #pragma once
 
-#include <string_view>
-
 #include "files/volume.h"
 
 namespace korvane {
@@ -11,8 +9,10 @@ namespace korvane {
 // the current directory is. Empty when the device path does not name a file of at most 511 8-bit characters.
 FileHandle open_own_image();
 
-// True when a name means the running image's own file, as far as names tell: one that is relative to a
-// current directory never does.
-bool names_own_image(std::string_view name);
+// True when the file, which was opened under `name`, is the running image's own. The volume's own spelling of
+// its name, and of the directories up to the root, tells: the name may have been spelled in any way. A file of
+// the same name whose directories the firmware does not show counts as the image, and so does every file while
+// the firmware does not tell what the image is.
+bool is_own_image(uefi::FileProtocol* file, const FirmwareName& name);
 
 }  // namespace korvane

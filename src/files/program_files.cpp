@@ -24,7 +24,7 @@ void do_load(Cursor& cursor) {
     const bool named = name.length != 0;
     if (named && !name.add_default_extension(".bas")) return;
     FileHandle file;
-    if (named) file = OpenFileByName(name.view(), OpenMode::read);
+    if (named) file = open_program(name.view());
     if (!file) {
         raise(message::file_not_found);
         return;
@@ -65,7 +65,7 @@ void do_merge(Cursor& cursor) {
     ++cursor;
     const FileName name = read_file_name(cursor);
     if (error_pending()) return;
-    FileHandle file = OpenFileByName(name.view(), OpenMode::read);
+    FileHandle file = open_program(name.view());
     if (!file) {
         raise(message::file_not_found);
         return;

@@ -28,9 +28,13 @@ bool enter_line(std::string_view line, FileHandle& file) {
     return !error_pending();
 }
 
-void write_text(const FileHandle& file, std::string_view text) {
-    std::uint64_t size = text.size();
-    file.write(text.data(), size);
+bool write_text(const FileHandle& file, std::string_view text) {
+    return file.write_exactly(text.data(), text.size());
+}
+
+bool write_line(const FileHandle& file, std::uint32_t number, std::string_view text) {
+    return write_text(file, format_unsigned(number).view()) && write_text(file, " ") &&
+           write_text(file, text) && write_text(file, "\r\n");
 }
 
 }  // namespace
@@ -71,6 +75,12 @@ const char* split_program_line(std::string_view line, NumberedLine& numbered) {
     return nullptr;
 }
 
+FileHandle open_program(std::string_view name) {
+    FileHandle file = OpenFileByName(name, OpenMode::read);
+    if (IsDirectory(file.get())) file.close();
+    return file;
+}
+
 void read_program_text(FileHandle file) {
     LineAssembler assembler;
     char block[block_size];
@@ -90,12 +100,9 @@ void read_program_text(FileHandle file) {
 }
 
 void write_program_text(const FileHandle& file) {
-    for (std::uint32_t i = 0; i < program.count; ++i) {
-        write_text(file, format_unsigned(program.lines[i].number).view());
-        write_text(file, " ");
-        write_text(file, line_text(i));
-        write_text(file, "\r\n");
-    }
+    // What would still fit behind a piece that did not is no part of a program.
+    for (std::uint32_t i = 0; i < program.count; ++i)
+        if (!write_line(file, program.lines[i].number, line_text(i))) return;
 }
 
 }  // namespace korvane

@@ -43,12 +43,16 @@ struct NumberedLine {
 // (above 4294967294). Raises nothing.
 const char* split_program_line(std::string_view line, NumberedLine& numbered);
 
+// Opens a program text file for reading. Empty on any failure and for a directory; raises nothing.
+FileHandle open_program(std::string_view name);
+
 // Stores the lines of an open file, replacing lines of the same number. Stops at the first error: what
 // split_program_line() and store_line() raise, and "Disk I/O error" when the firmware cannot read; the lines
 // before it stay stored, and the file is closed before the error is raised.
 void read_program_text(FileHandle file);
 
-// Writes the program. Write errors are not reported: the caller closes the file either way.
+// Writes the program up to the first piece that cannot be written whole, so that the file is a beginning of it.
+// Write errors are not reported: the caller closes the file either way.
 void write_program_text(const FileHandle& file);
 
 }  // namespace korvane

@@ -10,20 +10,20 @@
 #include "files/volume.h"
 #include "image/image_blocks.h"
 #include "image/packed_program.h"
+#include "platform/firmware.h"
 #include "screen/console.h"
 
 namespace korvane {
 
 namespace {
 
-// Copies the image file from its start. It may carry a packed program already: that becomes dead bytes,
-// because only the last trailer counts.
-bool copy_image(const FileHandle& image, std::uint64_t size, const FileHandle& output) {
-    while (size != 0) {
-        std::uint64_t done = std::min<std::uint64_t>(size, image_block_size);
-        if (!image.read(image_block.bytes, done) || done == 0) return false;
-        if (!write_all(output, image_block.bytes, done)) return false;
-        size -= done;
+// Reads the whole image file. It may carry a packed program already: that becomes dead bytes, because only the
+// last trailer counts.
+bool read_image(const FileHandle& image, const PoolBuffer& copy) {
+    std::uint64_t done = 0;
+    for (std::uint64_t at = 0; at < copy.size(); at += done) {
+        done = std::min<std::uint64_t>(copy.size() - at, image_block_size);
+        if (!image.read(copy.data() + at, done) || done == 0) return false;
     }
     return true;
 }
@@ -60,14 +60,15 @@ const char* create_image(const FileName& name) {
     if (!image.find_size(size) || static_cast<std::int64_t>(size) <= 0 || !image.set_position(0)) {
         return message::disk_i_o_error;
     }
-    // Creating the output would empty the image that is still to be copied, and leave neither.
-    if (names_own_image(name.view())) return message::bad_file_name;
+    // Nothing is given up for the output before everything that goes into it is there.
+    const PoolBuffer copy(size);
+    if (!copy) return message::out_of_memory;
+    if (!read_image(image, copy)) return message::disk_i_o_error;
+    image.close();
+
     FileHandle output = OpenFileByName(name.view(), OpenMode::create);
     if (!output) return message::bad_file_name;
-
-    const bool copied = copy_image(image, size, output);
-    image.close();
-    const bool written = copied && write_packed_program(output);
+    const bool written = write_all(output, copy.data(), size) && write_packed_program(output);
     output.close();
     if (written) return nullptr;
     DeleteFileByName(name.view());

@@ -333,6 +333,7 @@ static_assert(sizeof(BlockIoProtocol) == 48);
 // Device paths (chapter 10) and the loaded image (section 9.1)
 
 inline constexpr std::uint8_t device_path_media = 4;
+inline constexpr std::uint8_t device_path_media_hard_drive = 1;
 inline constexpr std::uint8_t device_path_media_file_path = 4;
 inline constexpr std::uint8_t device_path_end = 0x7F;
 inline constexpr std::uint8_t device_path_end_entire = 0xFF;

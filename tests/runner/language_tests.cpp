@@ -169,6 +169,11 @@ class Worker {
     ForkedResult play_case(const Case& test, std::unique_ptr<host::Machine>& machine, bool own_start) {
         const std::filesystem::path folder = scratch_ / "case";
         std::filesystem::remove_all(folder);
+        if (own_start && test.image_on_volume) {
+            const std::filesystem::path copy = image_file(test, folder);
+            std::filesystem::create_directories(copy.parent_path());
+            std::filesystem::copy_file(image_.path, copy);
+        }
         if (own_start) {
             machine = std::make_unique<host::Machine>(build_config(test, folder, true), image_);
         } else {

@@ -1,7 +1,10 @@
 #include "machine_builder.h"
 
+#include <algorithm>
 #include <fstream>
 #include <string>
+
+#include "unicode.h"
 
 namespace korvane::transcript {
 
@@ -22,6 +25,12 @@ void make_disk(const std::filesystem::path& image, std::uint64_t size, const Cas
 
 std::filesystem::path volume_folder(const std::filesystem::path& scratch, std::size_t volume) {
     return scratch / ("volume" + std::to_string(volume));
+}
+
+std::filesystem::path image_file(const Case& test, const std::filesystem::path& scratch) {
+    std::string path = host::to_utf8(test.config.image_path);
+    std::replace(path.begin(), path.end(), '\\', '/');
+    return volume_folder(scratch, 0) / path.substr(1);
 }
 
 void write_files(const Case& test, const std::filesystem::path& scratch) {

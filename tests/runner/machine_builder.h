@@ -13,6 +13,9 @@ namespace korvane::transcript {
 /// into the configuration. Files are written when `with_files`.
 host::Config build_config(const Case& test, const std::filesystem::path& scratch, bool with_files);
 
+/// Where the image file lies on the first volume.
+std::filesystem::path image_file(const Case& test, const std::filesystem::path& scratch);
+
 /// Writes the case's initial files below `scratch`.
 void write_files(const Case& test, const std::filesystem::path& scratch);
 

@@ -126,6 +126,12 @@ void Player::play_step(const Step& step) {
         case Action::leaves_open:
             files_left_open_ = step.numbers[0];
             return;
+        case Action::image_kept:
+            return check_image();
+        case Action::pull_stick:
+            return firmware.pull_stick();
+        case Action::plug_stick:
+            return plug_stick(step);
         case Action::restart:
             return restart(step);
         case Action::time:

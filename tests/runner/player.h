@@ -62,10 +62,12 @@ class Player {
     void check_colours(const Step& step);
     void check_cursor(const Step& step);
     void check_file(const Step& step);
+    void check_image();
     void check_exit(const Step& step);
     void check_end();
 
     void restart(const Step& step);
+    void plug_stick(const Step& step);
     void use_own_copy_of_volume(const std::string& name);
     void fail_each(std::size_t index);
     std::size_t after_failure(std::size_t index) const;

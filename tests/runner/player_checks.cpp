@@ -129,6 +129,14 @@ void Player::check_exit(const Step& step) {
     if (machine_->status() != step.numbers[0]) fail("it ended with status " + in_hex(machine_->status()));
 }
 
+void Player::check_image() {
+    const auto content = [](const std::filesystem::path& file) {
+        std::ifstream stream(file, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(stream), {});
+    };
+    if (content(image_file(test_, scratch_)) != content(image_.path)) fail("the image file has changed");
+}
+
 void Player::check_file(const Step& step) {
     std::ifstream stream(on_volume(step.name), std::ios::binary);
     if (!stream) fail("there is no file " + step.name);

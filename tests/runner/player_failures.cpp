@@ -45,6 +45,15 @@ void Player::restart(const Step& step) {
     note_start();
 }
 
+// Another stick is an empty one.
+void Player::plug_stick(const Step& step) {
+    const auto where = static_cast<host::Replugged>(step.numbers[0]);
+    const bool other = where == host::Replugged::other_stick;
+    const std::filesystem::path folder = other ? scratch_ / "other-stick" : volume_folder(scratch_, 0);
+    std::filesystem::create_directories(folder);
+    machine_->firmware().plug_stick(where, folder);
+}
+
 void Player::use_own_copy_of_volume(const std::string& name) {
     const std::filesystem::path copy = scratch_ / name;
     std::filesystem::create_directories(copy);

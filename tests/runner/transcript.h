@@ -40,6 +40,9 @@ enum class Action {
     fail_each,      // plays the next step with each use of `services` failing in turn
     in_any_case,  // ends the steps that count only when the failing step of `fail_each` came out as expected
     leaves_open,  // expects `numbers[0]` files other than folders to stay open at the end
+    image_kept,   // expects the image file on the volume to be as it was
+    pull_stick,   // the stick of the first volume is pulled out
+    plug_stick,   // and is back as `numbers[0]`, a host::Replugged, says
     restart,      // starts the image `name` of the volume anew
     time,         // sets the clock to `time`
 };
@@ -82,6 +85,7 @@ struct Case {
     std::vector<std::uint64_t> disk_sizes;  // bytes
     std::vector<DiskPatch> disk_patches;
     std::vector<InitialFile> files;
+    bool image_on_volume = false;  // the image file lies on the volume, where the image path says
     std::vector<Step> steps;
     std::vector<host::ServiceFault> start_faults;  // armed while the machine starts
     std::vector<host::Service> start_fail_each;    // each use of these while it starts fails in turn

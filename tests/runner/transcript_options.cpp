@@ -100,6 +100,20 @@ bool Parser::image_path(const Words& words, std::string_view) {
     return path.has_value();
 }
 
+bool Parser::image_on_volume(const Words& words, std::string_view) {
+    cases_.back().image_on_volume = true;
+    cases_.back().own_start = true;
+    return words.size() == 1;
+}
+
+// @stick [whole]
+bool Parser::stick(const Words& words, std::string_view) {
+    const bool whole = words.size() == 2 && words[1] == "whole";
+    using DevicePath = host::VolumeConfig::DevicePath;
+    cases_.back().config.volumes.front().device_path = whole ? DevicePath::stick : DevicePath::partition;
+    return words.size() == 1 || whole;
+}
+
 bool Parser::without(const Words& words, std::string_view) {
     host::Config& config = cases_.back().config;
     for (std::size_t i = 1; i < words.size(); ++i) {

@@ -60,6 +60,9 @@ class Parser {
     static bool services(const Words& words, std::vector<host::Service>& into);
     bool in_any_case(const Words& words, std::string_view);
     bool leaves_open(const Words& words, std::string_view);
+    bool image_kept(const Words& words, std::string_view);
+    bool pull_stick(const Words& words, std::string_view);
+    bool plug_stick(const Words& words, std::string_view);
     bool restart(const Words& words, std::string_view);
     // Options, or steps once there is one
     bool time(const Words&, std::string_view rest);
@@ -75,6 +78,8 @@ class Parser {
     bool read_only(const Words& words, std::string_view);
     bool capacity(const Words& words, std::string_view);
     bool image_path(const Words& words, std::string_view);
+    bool image_on_volume(const Words& words, std::string_view);
+    bool stick(const Words& words, std::string_view);
     bool without(const Words& words, std::string_view);
     bool disk(const Words& words, std::string_view);
     bool disk_bytes(const Words& words, std::string_view rest);

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "firmware.h"
 #include "text_syntax.h"
 #include "transcript_parser.h"
 
@@ -139,6 +140,31 @@ bool Parser::in_any_case(const Words& words, std::string_view) {
 
 bool Parser::leaves_open(const Words& words, std::string_view) {
     return words.size() == 2 && numbers(words, 1, 1, add_step(Action::leaves_open).numbers);
+}
+
+bool Parser::image_kept(const Words& words, std::string_view) {
+    add_step(Action::image_kept);
+    return words.size() == 1 && cases_.back().image_on_volume;
+}
+
+bool Parser::pull_stick(const Words& words, std::string_view) {
+    add_step(Action::pull_stick);
+    return words.size() == 1;
+}
+
+// @plug [other-port | same-handle | other-stick]
+bool Parser::plug_stick(const Words& words, std::string_view) {
+    host::Replugged where = host::Replugged::same_port;
+    if (words.size() == 2 && words[1] == "other-port")
+        where = host::Replugged::other_port;
+    else if (words.size() == 2 && words[1] == "same-handle")
+        where = host::Replugged::same_handle;
+    else if (words.size() == 2 && words[1] == "other-stick")
+        where = host::Replugged::other_stick;
+    else if (words.size() != 1)
+        return false;
+    add_step(Action::plug_stick).numbers.push_back(static_cast<std::uint64_t>(where));
+    return true;
 }
 
 bool Parser::restart(const Words& words, std::string_view) {

@@ -350,18 +350,33 @@ TEST_F(ImagePathTest, PathsEndAt511Characters) {
 }
 
 TEST_F(ImagePathTest, TheRunningImageIsKnownByName) {
-    EXPECT_TRUE(names_own_image("APP.EFI"));
-    EXPECT_TRUE(names_own_image("\\app.efi"));
-    EXPECT_TRUE(names_own_image("//App.efi"));
-    EXPECT_FALSE(names_own_image("APP.EF"));
-    EXPECT_FALSE(names_own_image("APP.EFI2"));
-    EXPECT_FALSE(names_own_image("SUB\\APP.EFI"));
-    EXPECT_FALSE(names_own_image(""));
+    const auto is_own = [](std::string_view name) {
+        const FileHandle file = OpenFileByName(name, OpenMode::read);
+        EXPECT_TRUE(file) << name;
+        return is_own_image(file.get(), FirmwareName(name));
+    };
     std::filesystem::create_directory(folder_.path() / "SUB");
-    set_current_directory(OpenFileByName("SUB", OpenMode::read));
-    EXPECT_FALSE(names_own_image("APP.EFI"));
-    EXPECT_TRUE(names_own_image("/APP.EFI"));
-    set_current_directory(FileHandle());
+    folder_.write("SUB/APP.EFI", "x");
+    folder_.write("APP.EF", "x");
+    folder_.write("APP.EFI2", "x");
+    for (const bool image_was_opened : {false, true}) {
+        if (image_was_opened) EXPECT_TRUE(open_own_image());
+        EXPECT_TRUE(is_own("APP.EFI"));
+        EXPECT_TRUE(is_own("\\app.efi"));
+        EXPECT_TRUE(is_own("//App.efi"));
+        EXPECT_TRUE(is_own("APP.EFI."));
+        EXPECT_TRUE(is_own("SUB\\..\\ APP.EFI/"));
+        EXPECT_FALSE(is_own("APP.EF"));
+        EXPECT_FALSE(is_own("APP.EFI2"));
+        EXPECT_FALSE(is_own("SUB\\APP.EFI"));
+        EXPECT_FALSE(is_own("SUB"));
+    }
+    const FirmwareName sub("SUB");
+    set_current_directory(open_named(sub, uefi::file_mode_read), sub);
+    EXPECT_FALSE(is_own("APP.EFI"));
+    EXPECT_TRUE(is_own("../APP.EFI"));
+    EXPECT_TRUE(is_own("/APP.EFI"));
+    initialize_volume();
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-#include "explorer/handle_list.h"
+#include "platform/handle_list.h"
 
 #include "platform/firmware.h"
 

@@ -1,4 +1,4 @@
-#include "explorer/device_path.h"
+#include "platform/device_path.h"
 
 #include "platform/firmware.h"
 
