@@ -43,7 +43,8 @@ struct Node {
 
 constexpr std::int16_t none = -1;
 constexpr double unbounded = 1e300;
-constexpr double exact_integers = 9007199254740992.0;  // doubles hold every integer up to 2^53
+// Doubles hold every integer up to 2^53; but a bound of 2^53 may be one of 2^53 + 1 that was rounded itself.
+constexpr double exact_integers = 9007199254740991.0;
 
 // The nodes of the expression being looked at, and how many. Expressions inside brackets are finished before
 // the outer ones go on, so one pool serves them all; a line's tokens bound how many there can be.

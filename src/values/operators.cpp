@@ -110,10 +110,13 @@ int compare_exactly(std::int64_t integer, double real) {
     return sign_of(fraction > 0, fraction < 0);
 }
 
-int compare_mixed(std::int64_t integer, double real) {
+// An INTEGER or LONG can be as large as an INT64 when a suffix types a hexadecimal literal, and is converted
+// to a double all the same.
+int compare_mixed(const Value& integer, double real) {
     constexpr std::int64_t two_to_53 = 9007199254740992;
-    if (integer > two_to_53 || integer < -two_to_53) return compare_exactly(integer, real);
-    const auto left = static_cast<double>(integer);
+    const bool exact = integer.integer >= -two_to_53 && integer.integer <= two_to_53;
+    if (integer.type == Type::INT64 && !exact) return compare_exactly(integer.integer, real);
+    const auto left = static_cast<double>(integer.integer);
     return sign_of(left<real, left> real);
 }
 
@@ -129,8 +132,8 @@ int compare_numbers(const Value& left, const Value& right) {
         raise(message::illegal_function_call);
         return 0;
     }
-    if (is_integer(left.type)) return compare_mixed(left.integer, right.real);
-    if (is_integer(right.type)) return -compare_mixed(right.integer, left.real);
+    if (is_integer(left.type)) return compare_mixed(left, right.real);
+    if (is_integer(right.type)) return -compare_mixed(right, left.real);
     return sign_of(left.real<right.real, left.real> right.real);
 }
 
