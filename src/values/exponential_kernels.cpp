@@ -100,11 +100,12 @@ double kernel_log(double x) {
 }
 
 double kernel_pow(double base, double exponent) {
-    if (!(base < infinity)) return base != base ? base : exponent > 0 ? infinity : 0;
+    if (base != base || exponent != exponent) return base + exponent;
+    if (!(base < infinity)) return exponent > 0 ? infinity : 0;
     const DoubleDouble log = logarithm(base);
-    if (log.high == 0 || exponent == 0) return 1;
     const double product = log.high * exponent;
     if (product != product) return product;
+    if (log.high == 0 || exponent == 0) return 1;
     if (product > certain_overflow) return infinity;
     if (product < certain_underflow) return 0;
     // The exponent is below 2^63 here: the logarithm of a number other than 1 is at least 2^-53.

@@ -25,7 +25,7 @@ double kernel_exp(double x);
 double kernel_log(double x);
 
 // base^exponent for a positive base, as e^(exponent ln base) with a logarithm of about 68 bits; an
-// infinity or 0 where the result leaves the binary64 range.
+// infinity or 0 where the result leaves the binary64 range, and a NaN for 1 to the power of an infinity.
 double kernel_pow(double base, double exponent);
 
 // Square root by the processor's instruction, correctly rounded; a NaN for negative numbers.

@@ -31,7 +31,7 @@ bool is_squaring_exponent(double exponent) {
 
 double power_or_nan(double base, double exponent) {
     if (exponent == 0) return 1;
-    if (base == 0) return exponent < 0 ? __builtin_nan("") : 0;
+    if (base == 0) return exponent > 0 ? 0 : __builtin_nan("");
     if (is_squaring_exponent(exponent)) return repeated_squaring(base, static_cast<std::int32_t>(exponent));
     return base < 0 ? __builtin_nan("") : kernel_pow(base, exponent);
 }
@@ -39,7 +39,7 @@ double power_or_nan(double base, double exponent) {
 double power(double base, double exponent) {
     const double result = power_or_nan(base, exponent);
     if (__builtin_isfinite(result)) return result;
-    if (base == 0) {
+    if (base == 0 && exponent < 0) {
         raise(message::division_by_zero);
     } else if (base < 0 && !is_squaring_exponent(exponent)) {
         raise(message::illegal_function_call);
