@@ -153,6 +153,13 @@ void turn_by(Pen& pen) {
     pen.angle += static_cast<double>(read_required(pen, -360, 360)) * pi / 180;
 }
 
+// A n. Negative quarter turns go the other way round; only what is left of whole turns counts, so that the
+// angle is exact for any number of them.
+void set_angle(Pen& pen) {
+    const std::int64_t quarters = read_required(pen, std::numeric_limits<std::int64_t>::min(), 3);
+    pen.angle = static_cast<double>(quarters % 4) * pi / 2;
+}
+
 void set_colour(Pen& pen) {
     const std::int64_t value = read_required(pen, 0, std::numeric_limits<std::int64_t>::max());
     if (!error_pending()) pen.colour = colour_from_value(value);
@@ -173,7 +180,7 @@ void carry_out(Pen& pen, char command) {
             pen.scale = read_required(pen, 1, 255);
             return;
         case 'A':
-            pen.angle = static_cast<double>(read_required(pen, 0, 3)) * pi / 2;
+            set_angle(pen);
             return;
         case 'T':
             turn_by(pen);
