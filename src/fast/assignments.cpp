@@ -24,7 +24,6 @@ bool specialise_value(Token* equals, Type type, Specialised& value) {
 }
 
 bool specialise_scalar(Token* at) {
-    if (is_system_variable(at->name)) return false;
     const VariableEntry* entry = find_variable(at->name, false);
     Specialised value;
     if (entry == nullptr || !specialise_value(at + 1, entry->type, value)) return false;
@@ -59,6 +58,7 @@ bool specialise_assignment(Token* at) {
         at->execute = let_with_word;
         return true;
     }
+    if (is_system_variable(at->name)) return false;
     if (at[1].kind != '(') return specialise_scalar(at);
     return !is_word(at, "MID$") && !is_word(at, "TIMER") && specialise_array_element(at);
 }

@@ -7,7 +7,7 @@
 namespace korvane::fast {
 
 bool bind_place(Token* host, Token*& at) {
-    if (at->kind != IDENTIFIER) return false;
+    if (at->kind != IDENTIFIER || is_system_variable(at->name)) return false;
     Token* name = at;
     if (name[1].kind == '(') {
         Specialised element;
@@ -19,7 +19,7 @@ bool bind_place(Token* host, Token*& at) {
         return true;
     }
     const VariableEntry* entry = find_variable(name->name, false);
-    if (entry == nullptr || is_system_variable(name->name)) return false;
+    if (entry == nullptr) return false;
     host->step.left_operand = entry->storage;
     host->left_kind = static_cast<std::uint8_t>(entry->type);
     host->right_kind = 0;

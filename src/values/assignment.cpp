@@ -51,6 +51,15 @@ void do_mid_statement(Cursor& cursor) {
 }  // namespace
 
 Reference resolve_reference(Cursor& cursor) {
+    // A name that was found as a variable or an array before is known to be none of these.
+    if (cursor->kind == IDENTIFIER && cursor->resolution == UNRESOLVED && is_system_variable(cursor->name)) {
+        raise(message::illegal_function_call);
+        return {nullptr, Type::NONE};
+    }
+    return resolve_place(cursor);
+}
+
+Reference resolve_place(Cursor& cursor) {
     if (cursor->kind != IDENTIFIER) {
         raise(message::expected_variable);
         return {nullptr, Type::NONE};

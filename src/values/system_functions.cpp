@@ -65,7 +65,7 @@ Value function_fre(const Value&) {
 
 Value function_varptr(Cursor& cursor) {
     ++cursor;
-    const Reference place = resolve_reference(cursor);
+    const Reference place = resolve_place(cursor);
     if (error_pending() || !expect(cursor, ')', message::expected_right_parenthesis)) return Value::nothing();
     return address_value(place.storage);
 }

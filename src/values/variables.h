@@ -99,6 +99,9 @@ VariableEntry* expect_array(Cursor& cursor);
 // dimensioned", subscript errors, "Too many variables"; a system variable's name is "Illegal function call".
 Reference resolve_reference(Cursor& cursor);
 
+// The same for a place that is only looked at: the elements of an array may have a system variable's name.
+Reference resolve_place(Cursor& cursor);
+
 // The datum at a place. A STRING refers to the variable's own bytes.
 Value load(const Reference& reference);
 
