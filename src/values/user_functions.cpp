@@ -61,19 +61,6 @@ std::int32_t read_call_arguments(Cursor& cursor, Value* arguments) {
     return expect(cursor, ')', message::expected_right_parenthesis) ? count : -1;
 }
 
-UserFunction* find_or_add_function(const char* name) {
-    UserFunction* function = find_user_function(name);
-    if (function != nullptr) return function;
-    if (user_functions.count == max_user_functions) {
-        raise(message::too_many_def_fn);
-        return nullptr;
-    }
-    function = &user_functions.functions[user_functions.count++];
-    fill_bytes(function, 0, sizeof *function);
-    copy_bytes(function->name, name, name_capacity);
-    return function;
-}
-
 // The names in parentheses, up to and including ")".
 bool read_parameters(Cursor& cursor, UserFunction& function) {
     do {
@@ -92,22 +79,35 @@ bool read_parameters(Cursor& cursor, UserFunction& function) {
 }
 
 // Copies the expression's tokens. Text literals move to string space, so that the function outlives the line.
-bool copy_body(Cursor& cursor, UserFunction& function) {
+void copy_body(Cursor& cursor, UserFunction& function) {
     for (; !at_statement_end(cursor); ++cursor) {
         if (function.body_length == max_tokens_per_line) {
             raise(message::def_fn_too_long);
-            return false;
+            return;
         }
         Token& token = function.body[function.body_length];
         token = *cursor;
         if (token.kind == STRING_LITERAL) {
             token.string.bytes = new_string_of(cursor->string.bytes, cursor->string.length).bytes;
-            if (error_pending()) return false;
+            if (error_pending()) return;
         }
         ++function.body_length;
     }
     function.body[function.body_length] = Token{};
-    return true;
+}
+
+// Everything behind the name. Raises on a fault.
+void read_definition(Cursor& cursor, UserFunction& function) {
+    if (accept(cursor, '(') && !read_parameters(cursor, function)) return;
+    if (expect(cursor, '=', message::expected_equals)) copy_body(cursor, function);
+}
+
+// Overwrites a definition with another one of its name.
+void replace_definition(UserFunction& function, const UserFunction& made) {
+    function.parameter_count = made.parameter_count;
+    function.body_length = made.body_length;
+    copy_bytes(function.parameters, made.parameters, sizeof made.parameters);
+    copy_bytes(function.body, made.body, (static_cast<std::size_t>(made.body_length) + 1) * sizeof(Token));
 }
 
 }  // namespace
@@ -120,7 +120,7 @@ UserFunction* find_user_function(const char* name) {
     if (!is_user_function_name(name)) return nullptr;
     for (std::uint32_t i = 0; i < user_functions.count; ++i) {
         UserFunction& function = user_functions.functions[i];
-        if (function.defined && compare_bytes(function.name, name, name_capacity) == 0) return &function;
+        if (compare_bytes(function.name, name, name_capacity) == 0) return &function;
     }
     return nullptr;
 }
@@ -158,18 +158,25 @@ Value evaluate_user_function(const Token& name, Cursor& cursor) {
         raise(message::expected_fn_name);
         return;
     }
-    UserFunction* function = find_or_add_function(cursor->name);
-    if (function == nullptr) return;
+    UserFunction* function = find_user_function(cursor->name);
+    if (function == nullptr && user_functions.count == max_user_functions) {
+        raise(message::too_many_def_fn);
+        return;
+    }
+    UserFunction& made = user_functions.functions[user_functions.count];
+    copy_bytes(made.name, cursor->name, name_capacity);
+    made.parameter_count = 0;
+    made.body_length = 0;
     ++cursor;
+    read_definition(cursor, made);
+    if (error_pending()) return;
     // What was learned about calls of the old definition is no longer true.
     ++arenas.generation;
-    // Until the definition is complete the name is undefined.
-    function->defined = false;
-    function->parameter_count = 0;
-    function->body_length = 0;
-    if (accept(cursor, '(') && !read_parameters(cursor, *function)) return;
-    if (!expect(cursor, '=', message::expected_equals)) return;
-    function->defined = copy_body(cursor, *function);
+    if (function != nullptr) {
+        replace_definition(*function, made);
+    } else {
+        ++user_functions.count;
+    }
 }
 
 }  // namespace korvane

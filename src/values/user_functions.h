@@ -22,7 +22,6 @@ struct UserFunction {
     char parameters[max_parameters][name_capacity];
     Token body[max_token_records];  // the defining expression and an end record
     std::int32_t body_length;       // tokens in it, the end record not counted
-    bool defined;
     // Of specialised calls: the body as the right side of a token of its own, and the parameters' variables.
     Token head;
     VariableEntry* entries[max_parameters];
@@ -31,7 +30,8 @@ struct UserFunction {
 
 struct UserFunctions {
     std::uint32_t count;
-    UserFunction functions[max_user_functions];
+    // Behind the last definition the next one is made, so that one that fails leaves all others as they are.
+    UserFunction functions[max_user_functions + 1];
 };
 extern UserFunctions user_functions;
 
