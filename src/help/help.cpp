@@ -21,13 +21,9 @@ void end_line() {
     con_put_char(carriage_return);
 }
 
-// Ends a line of this many characters. One that fills the text area has wrapped by itself.
-void end_names(std::uint32_t column) {
-    if (column < out_width()) end_line();
-}
-
-// The names of the category at which the walk stands, on lines of at most `width` characters. False when it
-// was the last one; else the walk is left at the first entry of the next.
+// The names of the category at which the walk stands, on lines of at most `width` characters; what fills the
+// text area has ended its line by itself. False when the category was the last one; else the walk is left at
+// the first entry of the next.
 bool print_names(HelpWalk& walk, std::uint32_t width) {
     std::uint32_t column = 0;
     bool more = true;
@@ -36,7 +32,7 @@ bool print_names(HelpWalk& walk, std::uint32_t width) {
         const std::string_view name = walk.entry().name;
         const auto length = static_cast<std::uint32_t>(name.size());
         if (column > 0 && column + gap + length > width) {
-            end_names(column);
+            print_newline_if_needed();
             column = 0;
         }
         if (column > 0) {
@@ -46,7 +42,7 @@ bool print_names(HelpWalk& walk, std::uint32_t width) {
         con_put_text(name);
         column += length;
     }
-    end_names(column);
+    print_newline_if_needed();
     return more;
 }
 
