@@ -24,7 +24,10 @@ constexpr std::uint8_t paged = 0x04;
 constexpr std::uint32_t max_depth = 64;
 constexpr std::uint32_t pattern_capacity = 256;
 constexpr std::uint32_t max_display_path = 511;
-constexpr std::uint32_t entry_buffer_size = 512;
+// Most records fit in the first of these, with names of up to 215 characters; the second one is for all
+// others.
+constexpr std::uint32_t usual_entry_size = 512;
+constexpr std::uint32_t entry_buffer_size = 4096;
 constexpr std::uint32_t max_entry_name = 255;
 
 struct Listing {
@@ -63,10 +66,20 @@ bool end_line() {
     return !listing.aborted;
 }
 
+// Reads the next entry of a directory into the first `room` bytes of the buffer.
+uefi::Status read_record(uefi::FileProtocol* directory, std::uint64_t room) {
+    listing.entry_size = room;
+    const uefi::Status status = directory->Read(directory, &listing.entry_size, listing.entry);
+    listing.entry_size = std::min(listing.entry_size, room);
+    return status;
+}
+
 // Reads the next entry of a directory. False at its end and when the firmware fails.
 bool read_entry(uefi::FileProtocol* directory) {
-    listing.entry_size = entry_buffer_size;
-    if (!read_file(directory, listing.entry, listing.entry_size) || listing.entry_size == 0) return false;
+    uefi::Status status = read_record(directory, usual_entry_size);
+    // The firmware stays at an entry that it has no room for.
+    if (status == uefi::buffer_too_small) status = read_record(directory, entry_buffer_size);
+    if (uefi::is_error(status) || listing.entry_size == 0) return false;
 
     // The name may lack its terminator: it ends with the record at the latest.
     listing.name_length = 0;
@@ -100,7 +113,7 @@ bool print_wide(std::string_view name, bool is_directory) {
     const std::uint32_t room = width > decoration ? width - decoration : 1;
     const bool cut = name.size() > room;
     if (is_directory) con_put_char('[');
-    con_put_text(cut ? name.substr(0, room - 1) : name);
+    con_put_glyphs(cut ? name.substr(0, room - 1) : name);
     if (cut) con_put_char('~');
     if (is_directory) con_put_char(']');
     const auto name_cells = static_cast<std::uint32_t>(cut ? room : name.size());
@@ -113,7 +126,7 @@ bool print_wide(std::string_view name, bool is_directory) {
 bool print_entry(std::string_view name, bool is_directory) {
     if ((listing.flags & wide) != 0) return print_wide(name, is_directory);
     // The plain listing does not mark directories: deliberate, a program can read it back name by name.
-    con_put_text(name);
+    con_put_glyphs(name);
     return end_line();
 }
 
@@ -121,8 +134,8 @@ bool print_directory_heading() {
     if (listing.column != 0 && !end_line()) return false;
     if (listing.lines != 0 && !end_line()) return false;
     con_put_string("Directory of ");
-    con_put_text(listing.path_length == 0 ? std::string_view(".")
-                                          : std::string_view(listing.path, listing.path_length));
+    con_put_glyphs(listing.path_length == 0 ? std::string_view(".")
+                                            : std::string_view(listing.path, listing.path_length));
     return end_line();
 }
 

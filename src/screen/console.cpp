@@ -21,6 +21,35 @@ void clear_grid() {
     fill_bytes(console.grid, blank, sizeof console.grid);
 }
 
+// Inlined in both of its users: PRINT sends every character this way.
+inline void put(std::uint8_t code, bool ends_line) {
+    const CellRectangle area = con_text_area();
+    con_clamp_cursor(area);
+
+    bool wrapped = false;
+    if (ends_line) {
+        ++console.cursor_row;
+        console.cursor_column = area.left;
+    } else {
+        con_draw_cell(console.cursor_row, console.cursor_column, code);
+        ++console.cursor_column;
+    }
+    if (console.cursor_column > area.right) {
+        console.cursor_column = area.left;
+        ++console.cursor_row;
+        wrapped = !ends_line;
+    }
+    if (console.cursor_row > area.bottom) {
+        con_scroll();
+        console.cursor_row = area.bottom;
+        console.cursor_column = area.left;
+    }
+    if (console.cursor_row < max_text_rows) {
+        if (ends_line) console.continuation[console.cursor_row] = 0;
+        if (wrapped) console.continuation[console.cursor_row] = 1;
+    }
+}
+
 }  // namespace
 
 std::uint32_t text_columns() {
@@ -55,31 +84,12 @@ void con_clamp_cursor(const CellRectangle& area) {
 }
 
 void con_put_char(std::uint8_t code) {
-    const CellRectangle area = con_text_area();
-    con_clamp_cursor(area);
+    put(code, code == carriage_return);
+}
 
-    bool wrapped = false;
-    if (code == carriage_return) {
-        ++console.cursor_row;
-        console.cursor_column = area.left;
-    } else {
-        con_draw_cell(console.cursor_row, console.cursor_column, code);
-        ++console.cursor_column;
-    }
-    if (console.cursor_column > area.right) {
-        console.cursor_column = area.left;
-        ++console.cursor_row;
-        wrapped = code != carriage_return;
-    }
-    if (console.cursor_row > area.bottom) {
-        con_scroll();
-        console.cursor_row = area.bottom;
-        console.cursor_column = area.left;
-    }
-    if (console.cursor_row < max_text_rows) {
-        if (code == carriage_return) console.continuation[console.cursor_row] = 0;
-        if (wrapped) console.continuation[console.cursor_row] = 1;
-    }
+void con_put_glyphs(std::string_view text) {
+    for (const char character : text)
+        put(static_cast<std::uint8_t>(character), false);
 }
 
 std::uint32_t con_put_string(const char* text) {

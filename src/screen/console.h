@@ -66,6 +66,9 @@ std::uint32_t con_put_string(const char* text);
 // The same for counted bytes.
 void con_put_text(std::string_view text);
 
+// The same for text of which every byte is shown as a character, 13 as well, which is a line end otherwise.
+void con_put_glyphs(std::string_view text);
+
 // Draws a character in the current colours into a cell and notes it in the grid. Moves nothing.
 void con_draw_cell(std::uint32_t row, std::uint32_t column, std::uint8_t code);
 
