@@ -26,11 +26,11 @@ bool is_blank(std::int32_t byte) {
 }
 
 // Text being read, of unknown length. It collects at the bottom of the free data memory without being
-// allocated there, and takes at most half of it, so that storing it as a string never overlaps it.
+// allocated there, and may take all of it.
 class CollectedText {
   public:
     CollectedText()
-        : bytes_(arenas.FREEBOT), capacity_(std::min<std::uint64_t>(free_data_bytes() / 2, UINT32_MAX)) {}
+        : bytes_(arenas.FREEBOT), capacity_(std::min<std::uint64_t>(free_data_bytes(), UINT32_MAX)) {}
 
     // Raises "Out of string space" when the text would outgrow its place.
     void append(std::span<const std::uint8_t> bytes) {
@@ -123,13 +123,25 @@ void read_item(OpenFile& file, Type type, CollectedText& text) {
     }
 }
 
+// Stores the text as an item. False when it is no number but has to be one.
+bool store_collected(const Reference& place, std::string_view text) {
+    if (place.type != Type::STRING) return store_item(place, text);
+    // The string's place reaches into the collected text when that fills more than half of the free memory.
+    std::uint8_t* bytes = allocate_string(text.size());
+    if (error_pending()) return true;
+    move_bytes(bytes, text.data(), text.size());
+    const auto length = static_cast<std::uint32_t>(text.size());
+    write_unaligned(place.storage, StringDescriptor{.length = length, .zero = 0, .bytes = bytes});
+    return true;
+}
+
 void input_variable(OpenFile& file, Cursor& cursor) {
     const Reference place = resolve_reference(cursor);
     if (error_pending()) return;
     CollectedText text;
     read_item(file, place.type, text);
     if (error_pending()) return;
-    if (!store_item(place, text.view())) raise(message::type_mismatch);
+    if (!store_collected(place, text.view())) raise(message::type_mismatch);
 }
 
 // Where the next byte comes from: in the record, or in the file.
@@ -211,7 +223,7 @@ void do_line_input_file(Cursor& cursor) {
     CollectedText text;
     collect_until(*file, is_line_end, text);
     if (error_pending()) return;
-    store_item(place, text.view());
+    store_collected(place, text.view());
     take_line_end(*file);
 }
 
