@@ -5,7 +5,9 @@
 #include "core/characters.h"
 #include "core/execution.h"
 #include "core/program_store.h"
+#include "core/tokenizer.h"
 #include "values/format.h"
+#include "values/literals.h"
 
 namespace korvane {
 namespace {
@@ -49,15 +51,15 @@ class Rewriter {
     Rewriting run() {
         while (!rest_.empty() && outcome_ == Rewriting::done) {
             const char character = rest_.front();
-            if (character == '"') {
-                copy_string();
+            if (is_blank(character)) {
+                copy(1);
             } else if (character == '\'') {
                 copy(rest_.size());
             } else if (is_letter(character)) {
                 copy_word();
             } else {
-                if (character != ' ' && character != '\t') previous_word_ = {};
-                copy(1);
+                previous_word_ = {};
+                copy(token_length(rest_bytes()));
             }
         }
         return outcome_;
@@ -87,24 +89,17 @@ class Rewriter {
         rest_.remove_prefix(count);
     }
 
-    void copy_string() {
-        const std::size_t close = rest_.find('"', 1);
-        copy(close == std::string_view::npos ? rest_.size() : close + 1);
-    }
+    const std::uint8_t* rest_bytes() const { return reinterpret_cast<const std::uint8_t*>(rest_.data()); }
 
     void copy_blanks() {
-        std::size_t count = 0;
-        while (count < rest_.size() && (rest_[count] == ' ' || rest_[count] == '\t'))
-            ++count;
-        copy(count);
+        while (!rest_.empty() && is_blank(rest_.front()))
+            copy(1);
     }
 
+    // A keyword, or a name with its suffix.
     void copy_word() {
-        std::size_t size = 0;
-        while (size < rest_.size() && (is_letter(rest_[size]) || is_digit(rest_[size])))
-            ++size;
-        const std::string_view word = rest_.substr(0, size);
-        copy(size);
+        const std::string_view word = rest_.substr(0, token_length(rest_bytes()));
+        copy(word.size());
         if (same_word(word, "REM")) {
             copy(rest_.size());
             return;
@@ -154,30 +149,23 @@ class Rewriter {
         copy_reference(false);
     }
 
-    // Digits that go on as a decimal literal (10.5, 1E3) are no line number.
-    bool ends_as_integer(std::size_t digits) const {
-        const auto at = [this](std::size_t place) { return place < rest_.size() ? rest_[place] : '\0'; };
-        const char next = at(digits);
-        if (next == '.') return false;
-        if (next != 'E' && next != 'e' && next != 'D' && next != 'd') return true;
-        const bool sign = at(digits + 1) == '+' || at(digits + 1) == '-';
-        return !is_digit(at(digits + (sign ? 2 : 1)));
-    }
-
     // Replaces the number that comes next; false when none does. RESUME 0 does not name line 0 but means "the
     // same statement again", and a trap set to 0 is switched off: there a zero is kept.
     bool copy_reference(bool keep_zero) {
+        if (rest_.empty() || !begins_literal(rest_bytes())) return false;
+        const std::string_view literal = rest_.substr(0, literal_length(rest_bytes()));
         std::size_t digits = 0;
         std::uint64_t number = 0;
-        while (digits < rest_.size() && is_digit(rest_[digits])) {
+        for (; digits < literal.size() && is_digit(literal[digits]); ++digits) {
             // Beyond the largest line number the value no longer matters, only that it stays there.
             if (number <= max_line_number)
-                number = number * 10 + static_cast<std::uint64_t>(rest_[digits] - '0');
-            ++digits;
+                number = number * 10 + static_cast<std::uint64_t>(literal[digits] - '0');
         }
-        if (digits == 0) return false;
-        if (number > max_line_number || (keep_zero && number == 0) || !ends_as_integer(digits)) {
-            copy(digits);
+        // Other literals (10.5, 1E3, &H10) are no line numbers; a suffix may follow one.
+        const char behind = digits < literal.size() ? literal[digits] : '\0';
+        const bool whole = digits != 0 && behind != '.' && !is_letter(behind);
+        if (!whole || number > max_line_number || (keep_zero && number == 0)) {
+            copy(literal.size());
             return true;
         }
         const auto line = static_cast<std::uint32_t>(number);
@@ -188,6 +176,7 @@ class Rewriter {
             put(format_unsigned(renumbered).view());
             rest_.remove_prefix(digits);
         }
+        copy(literal.size() - digits);
         return true;
     }
 

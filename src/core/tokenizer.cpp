@@ -24,15 +24,6 @@ constexpr bool is_punctuation(std::uint8_t c) {
     return false;
 }
 
-// "&" is no token of its own; it only begins a hexadecimal or octal number.
-constexpr bool begins_radix_literal(const std::uint8_t* text) {
-    return text[0] == '&' && (fold(text[1]) == 'H' || fold(text[1]) == 'O');
-}
-
-constexpr bool begins_number(const std::uint8_t* text) {
-    return is_digit(text[0]) || (text[0] == '.' && is_digit(text[1])) || begins_radix_literal(text);
-}
-
 void skip_blanks(const std::uint8_t*& text) {
     while (is_blank(*text))
         ++text;
@@ -43,12 +34,18 @@ void clear(Token& token) {
     token.execute = execute_first;
 }
 
+// From behind an opening quote to the closing one or the end of the text.
+const std::uint8_t* end_of_string(const std::uint8_t* text) {
+    while (*text != 0 && *text != '"')
+        ++text;
+    return text;
+}
+
 // `text` stands behind the opening quote.
 void read_string(const std::uint8_t*& text, Token& token, bool quote_may_be_missing) {
     token.kind = STRING_LITERAL;
     token.string.bytes = text;
-    while (*text != 0 && *text != '"')
-        ++text;
+    text = end_of_string(text);
     token.string.length = static_cast<std::uint32_t>(text - token.string.bytes);
     if (*text == '"') {
         ++text;
@@ -66,38 +63,48 @@ void read_number(const std::uint8_t*& text, Token& token) {
     token.number.as_double = is_integer(value.type) ? static_cast<double>(value.integer) : value.real;
 }
 
-// One type suffix; two ampersands are taken together.
-void append_suffix(const std::uint8_t*& text, Token& token, int length) {
-    const std::uint8_t suffix = *text;
-    if (suffix != '%' && suffix != '!' && suffix != '#' && suffix != '$' && suffix != '&') return;
-    token.name[length] = static_cast<char>(suffix);
-    ++text;
-    if (suffix == '&' && *text == '&') {
-        token.name[length + 1] = '&';
-        ++text;
+// The characters of one type suffix, 0 when there is none; two ampersands are taken together.
+std::size_t suffix_length(const std::uint8_t* text) {
+    switch (*text) {
+        case '%':
+        case '!':
+        case '#':
+        case '$':
+            return 1;
+        case '&':
+            return text[1] == '&' ? 2 : 1;
+        default:
+            return 0;
     }
 }
 
 // A word runs over letters and digits. Only the first 37 characters of a name count.
+struct Word {
+    char characters[max_identifier_characters];  // in upper case
+    std::size_t length;                          // of these
+    const std::uint8_t* end;                     // behind the word in the text
+    std::uint8_t keyword;                        // 0: a name
+
+    explicit Word(const std::uint8_t* text) : length(0), end(text) {
+        for (; is_letter(*end) || is_digit(*end); ++end) {
+            if (length < max_identifier_characters) characters[length++] = fold(*end);
+        }
+        keyword = end == text + length ? find_keyword({characters, length}) : 0;
+        // INPUT is the only keyword that takes a suffix: with "$" it is the name of a function.
+        if (keyword == KW_INPUT && *end == '$') keyword = 0;
+    }
+};
+
 void read_word(const std::uint8_t*& text, Token& token) {
-    char word[max_identifier_characters + 1];
-    int length = 0;
-    const std::uint8_t* start = text;
-    for (; is_letter(*text) || is_digit(*text); ++text) {
-        if (length < max_identifier_characters) word[length++] = fold(*text);
-    }
-    const auto full_length = text - start;
-    const std::uint8_t keyword =
-        full_length == length ? find_keyword({word, static_cast<std::size_t>(length)}) : 0;
-    // INPUT is the only keyword that takes a suffix: with "$" it is the name of a function.
-    const bool is_input_function = keyword == KW_INPUT && *text == '$';
-    if (keyword != 0 && !is_input_function) {
-        token.kind = keyword;
-        return;
-    }
+    const Word word(text);
+    text = word.end;
+    token.kind = word.keyword;
+    if (word.keyword != 0) return;
     token.kind = IDENTIFIER;
-    copy_bytes(token.name, word, static_cast<std::size_t>(length));
-    append_suffix(text, token, length);
+    const std::size_t suffix = suffix_length(text);
+    copy_bytes(token.name, word.characters, word.length);
+    copy_bytes(token.name + word.length, text, suffix);
+    text += suffix;
 }
 
 void read_punctuation(const std::uint8_t*& text, Token& token) {
@@ -117,7 +124,7 @@ void read_punctuation(const std::uint8_t*& text, Token& token) {
 bool read_token(const std::uint8_t*& text, Token& token, bool after_load) {
     if (*text == '"') {
         read_string(++text, token, after_load);
-    } else if (begins_number(text)) {
+    } else if (begins_literal(text)) {
         read_number(text, token);
     } else if (is_letter(*text)) {
         read_word(text, token);
@@ -128,6 +135,23 @@ bool read_token(const std::uint8_t*& text, Token& token, bool after_load) {
 }
 
 }  // namespace
+
+std::size_t token_length(const std::uint8_t* text) {
+    if (*text == '"') {
+        const std::uint8_t* end = end_of_string(text + 1);
+        return static_cast<std::size_t>(end - text) + (*end == '"');
+    }
+    if (begins_literal(text)) return literal_length(text);
+    if (!is_letter(*text)) return 1;
+    const std::uint8_t* end = text;
+    while (is_letter(*end) || is_digit(*end))
+        ++end;
+    // Only a name takes the character behind it. Most words are followed by another one, so that it need not
+    // be found out what they are.
+    const std::size_t suffix = suffix_length(end);
+    const bool takes_suffix = suffix != 0 && Word(text).keyword == 0;
+    return static_cast<std::size_t>(end - text) + (takes_suffix ? suffix : 0);
+}
 
 int tokenize(const std::uint8_t* text) {
     int count = 0;

@@ -1,25 +1,27 @@
 #include "core/word_scan.h"
 
 #include "core/characters.h"
+#include "core/tokenizer.h"
 
 namespace korvane {
 
 bool WordScan::next_word() {
-    bool quoted = false;
-    for (; position_ < text_.size(); ++position_) {
-        const char c = text_[position_];
-        if (c == '"') quoted = !quoted;
-        if (quoted) continue;
-        if (c == '\'') break;
-        if (!is_letter(c)) continue;
+    while (position_ < text_.size() && text_[position_] != '\'') {
         word_start_ = position_;
-        while (position_ < text_.size() && (is_letter(text_[position_]) || is_digit(text_[position_])))
-            ++position_;
+        const bool is_word = is_letter(text_[position_]);
+        position_ += token_length_at(position_);
+        if (!is_word) continue;
         if (!word_is("REM")) return true;
         break;
     }
     position_ = static_cast<std::uint32_t>(text_.size());
     return false;
+}
+
+std::uint32_t WordScan::token_length_at(std::uint32_t position) const {
+    if (is_blank(text_[position])) return 1;
+    return static_cast<std::uint32_t>(
+        token_length(reinterpret_cast<const std::uint8_t*>(text_.data()) + position));
 }
 
 bool WordScan::word_is(std::string_view word) const {

@@ -1,4 +1,5 @@
-// Walks the words of a line's raw text: what lies in quotes is passed over, a remark ends the line.
+// Walks the words of a line's raw text as the tokenizer cuts it: what lies in quotes is passed over, a number
+// joined to a word is not part of it, a remark ends the line.
 #pragma once
 
 #include <cstdint>
@@ -8,10 +9,11 @@ namespace korvane {
 
 class WordScan {
   public:
+    // `text`: a zero follows it.
     WordScan(std::string_view text, std::uint32_t start)
         : text_(text), position_(start), word_start_(start) {}
 
-    // Moves behind the next word (a letter, then letters and digits); false at the end of the line.
+    // Moves behind the next word (a keyword, or a name with its suffix); false at the end of the line.
     bool next_word();
 
     // Compares the word, without regard to case, with an upper-case one.
@@ -21,6 +23,9 @@ class WordScan {
     std::uint32_t position() const { return position_; }
 
   private:
+    // Of a blank as well.
+    std::uint32_t token_length_at(std::uint32_t position) const;
+
     std::string_view text_;
     std::uint32_t position_;
     std::uint32_t word_start_;

@@ -23,6 +23,7 @@ void move_to_line(std::uint32_t line) {
     data_position.line = line;
     data_position.offset = 0;
     data_position.in_statement = false;
+    data_position.end = 0;
 }
 
 // Moves to the text of the next DATA statement; false when the program has none left.
@@ -38,6 +39,7 @@ bool find_next_data() {
         if (!found) continue;
         data_position.offset = scan.position();
         data_position.in_statement = true;
+        data_position.end = 0;
         break;
     }
     if (from_start) {
@@ -52,11 +54,27 @@ void skip_blanks(std::string_view text) {
         ++data_position.offset;
 }
 
-bool at_data_end(std::string_view text) {
-    return data_position.offset >= text.size() || text[data_position.offset] == ':';
+// The line's text up to the end of the DATA text, as far as that is known.
+std::string_view data_text() {
+    const std::string_view text = line_text(data_position.line);
+    return data_position.end == 0 ? text : text.substr(0, data_position.end);
 }
 
-// From behind the opening quote to the closing one, or to the end of the line when it is missing.
+bool at_data_end(std::string_view text) {
+    if (data_position.offset >= text.size()) return true;
+    return data_position.end == 0 && text[data_position.offset] == ':';
+}
+
+// The end of the DATA text, looked for from a quotation mark on: at the first ":" between no two marks.
+std::uint32_t end_behind_quote(std::string_view text, std::uint32_t quote) {
+    bool quoted = false;
+    for (; quote < text.size() && (quoted || text[quote] != ':'); ++quote) {
+        if (text[quote] == '"') quoted = !quoted;
+    }
+    return quote;
+}
+
+// From behind the opening quote to the closing one, or to the end of the text when it is missing.
 std::string_view take_quoted(std::string_view text) {
     const std::uint32_t start = data_position.offset + 1;
     std::uint32_t end = start;
@@ -70,8 +88,13 @@ std::string_view take_quoted(std::string_view text) {
 std::string_view take_unquoted(std::string_view text) {
     const std::uint32_t start = data_position.offset;
     std::uint32_t end = start;
-    while (end < text.size() && text[end] != ':' && text[end] != ',')
-        ++end;
+    for (; end < text.size() && text[end] != ','; ++end) {
+        if (data_position.end != 0) continue;
+        if (text[end] == ':') break;
+        if (text[end] != '"') continue;
+        data_position.end = end_behind_quote(text, end);
+        text = text.substr(0, data_position.end);
+    }
     data_position.offset = end;
     while (end != start && is_blank(text[end - 1]))
         --end;
@@ -83,7 +106,7 @@ std::string_view take_unquoted(std::string_view text) {
 bool next_data_item(std::string_view& item) {
     for (;;) {
         if (data_position.line < program.count && data_position.in_statement) {
-            const std::string_view text = line_text(data_position.line);
+            const std::string_view text = data_text();
             skip_blanks(text);
             if (!at_data_end(text)) {
                 item = text[data_position.offset] == '"' ? take_quoted(text) : take_unquoted(text);

@@ -103,38 +103,75 @@ std::string_view decimal_extent(const std::uint8_t* text) {
     }
 }
 
-bool read_decimal(const std::uint8_t*& text, Value& value) {
+struct DecimalLiteral {
+    std::string_view number;  // without its suffix
+    DecimalShape shape;
+    Suffix suffix;
+};
+
+DecimalLiteral scan_decimal_literal(const std::uint8_t* text) {
     const std::string_view extent = decimal_extent(text);
     const DecimalShape shape = scan_decimal(extent);
-    const std::string_view number = extent.substr(0, shape.length);
-    text += shape.length;
-    const Suffix suffix = scan_suffix(text);
-    text += suffix.length;
-    if (is_integer(suffix.type)) return read_integer(number, shape, suffix.type, value);
-    if (is_floating(suffix.type)) return read_floating(number, suffix.type, value);
-    return read_without_suffix(number, shape, value);
+    return {extent.substr(0, shape.length), shape, scan_suffix(text + shape.length)};
 }
 
-// A hexadecimal or octal literal.
-bool read_prefixed(const std::uint8_t*& text, Value& value) {
+bool read_decimal(const std::uint8_t*& text, Value& value) {
+    const DecimalLiteral literal = scan_decimal_literal(text);
+    const Suffix suffix = literal.suffix;
+    text += literal.number.size() + suffix.length;
+    if (is_integer(suffix.type)) return read_integer(literal.number, literal.shape, suffix.type, value);
+    if (is_floating(suffix.type)) return read_floating(literal.number, suffix.type, value);
+    return read_without_suffix(literal.number, literal.shape, value);
+}
+
+// A hexadecimal or octal literal, whose suffix is one of the integer types' or none.
+struct PrefixedLiteral {
+    PrefixedNumber number;
+    Suffix suffix;
+};
+
+PrefixedLiteral scan_prefixed_literal(const std::uint8_t* text) {
     std::size_t length = 2;
     while (digit_value(static_cast<char>(text[length])) < 16)
         length++;
     const PrefixedNumber number = scan_prefixed({reinterpret_cast<const char*>(text), length});
+    const Suffix suffix = scan_suffix(text + number.length);
+    return {number, is_integer(suffix.type) ? suffix : Suffix{Type::NONE, 0}};
+}
+
+bool read_prefixed(const std::uint8_t*& text, Value& value) {
+    const PrefixedLiteral literal = scan_prefixed_literal(text);
+    const PrefixedNumber& number = literal.number;
     if (number.length == 0) return fail(message::syntax_error);
     if (number.too_large) return fail(message::overflow);
-    text += number.length;
-    const Suffix suffix = scan_suffix(text);
-    if (!is_integer(suffix.type)) {
-        value = narrowest_of_bits(number.bits);
-        return true;
-    }
-    text += suffix.length;
-    value = Value::of_integer(static_cast<std::int64_t>(number.bits), suffix.type);
+    text += number.length + literal.suffix.length;
+    value = literal.suffix.length == 0
+                ? narrowest_of_bits(number.bits)
+                : Value::of_integer(static_cast<std::int64_t>(number.bits), literal.suffix.type);
     return true;
 }
 
+constexpr bool is_letter_of_base(std::uint8_t character) {
+    const char letter = fold_to_upper(static_cast<char>(character));
+    return letter == 'H' || letter == 'O';
+}
+
 }  // namespace
+
+bool begins_literal(const std::uint8_t* text) {
+    if (text[0] == '&') return is_letter_of_base(text[1]);
+    return is_digit(text[0]) || (text[0] == '.' && is_digit(text[1]));
+}
+
+std::size_t literal_length(const std::uint8_t* text) {
+    if (text[0] != '&') {
+        const DecimalLiteral literal = scan_decimal_literal(text);
+        return literal.number.size() + literal.suffix.length;
+    }
+    constexpr std::size_t prefix = 2;
+    const PrefixedLiteral literal = scan_prefixed_literal(text);
+    return literal.number.length == 0 ? prefix : literal.number.length + literal.suffix.length;
+}
 
 bool read_literal(const std::uint8_t*& text, Value& value) {
     return text[0] == '&' ? read_prefixed(text, value) : read_decimal(text, value);

@@ -13,11 +13,20 @@
 // on the INT64 with those bits.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 #include "values/value.h"
 
 namespace korvane {
+
+// Whether a zero-terminated text begins with a literal. "&" is no token of its own: it only begins a
+// hexadecimal or octal number.
+bool begins_literal(const std::uint8_t* text);
+
+// The characters of the literal that a zero-terminated text begins with, its suffix included, whatever its
+// value; "&H" or "&O" alone where no digit follows.
+std::size_t literal_length(const std::uint8_t* text);
 
 // Reads the literal at a zero-terminated text that begins with a digit, a point before a digit, or "&", and
 // advances past it. On failure raises "Overflow" (too large for its suffix, for a DOUBLE or for 64 bits) or

@@ -7,6 +7,11 @@
 #include <random>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "core/keywords.h"
+#include "core/tokenizer.h"
+#include "raised_error.h"
 
 namespace korvane {
 namespace {
@@ -134,6 +139,103 @@ TEST(LineReferences, NothingIsLostFromRandomText) {
         ASSERT_EQ(rewrite_line_references(text, same, nullptr, buffer, length), Rewriting::done);
         ASSERT_EQ(std::string_view(reinterpret_cast<const char*>(buffer.data()), length), text);
     }
+}
+
+TEST(LineReferences, KeywordsJoinedToLiterals) {
+    EXPECT_EQ(rewritten("IF X=1E1GOTO 6"), "IF X=1E1GOTO 600");
+    EXPECT_EQ(rewritten("IF X=&HATHEN 8"), "IF X=&HATHEN 800");
+    EXPECT_EQ(rewritten("IF X=&HA%THEN 8"), "IF X=&HA%THEN 800");
+    EXPECT_EQ(rewritten("IF X=1#THEN 8ELSE 7"), "IF X=1#THEN 800ELSE 700");
+    EXPECT_EQ(rewritten("X=1E1REM GOTO 7"), "X=1E1REM GOTO 7");
+    EXPECT_EQ(rewritten("X=&HFELSE 7"), "X=&HFELSE 7");
+    EXPECT_EQ(rewritten("X=A&HTHEN 7"), "X=A&HTHEN 7");
+    EXPECT_EQ(rewritten("X=1EGOTO 7"), "X=1EGOTO 7");
+    // A literal that cannot be read ends where the tokenizer would look on if it could.
+    EXPECT_EQ(rewritten("X=1E999GOTO 7"), "X=1E999GOTO 700");
+    EXPECT_EQ(rewritten("X=&HGOTO 7"), "X=&HGOTO 700");
+    EXPECT_EQ(rewritten("X=&H11111111111111111GOTO 7"), "X=&H11111111111111111GOTO 700");
+}
+
+// What the tokens of a rewritten line must be: those of the line with other numbers where a reference stands.
+// Decimal integers are the only numbers below 10 in the lines that are tried.
+std::vector<Token> with_references_rewritten(std::vector<Token> tokens) {
+    const auto rewrite = [&](std::size_t at) {
+        Token& token = tokens[at];
+        if (token.kind != NUMBER) return false;
+        if (token.value_type <= Type::INT64 && token.number.integer >= 0 && token.number.integer < 10) {
+            token.number.integer = hundredfold(static_cast<std::uint32_t>(token.number.integer), nullptr);
+        }
+        return true;
+    };
+    for (std::size_t at = 0; at + 1 < tokens.size(); ++at) {
+        const std::uint8_t kind = tokens[at].kind;
+        if (kind == KW_THEN || kind == KW_ELSE || kind == KW_RESTORE) rewrite(at + 1);
+        if (kind == KW_RESUME && tokens[at + 1].number.integer != 0) rewrite(at + 1);
+        if (kind == KW_GOTO || kind == KW_GOSUB) {
+            std::size_t number = at + 1;
+            while (rewrite(number) && tokens[number + 1].kind == ',')
+                number += 2;
+        }
+        if (kind == IDENTIFIER && std::string_view(tokens[at].name) == "ERL") {
+            const auto is_relation = [&](std::size_t place) {
+                return tokens[place].kind == '<' || tokens[place].kind == '=' || tokens[place].kind == '>';
+            };
+            if (!is_relation(at + 1)) continue;
+            rewrite(is_relation(at + 2) ? at + 3 : at + 2);
+        }
+    }
+    return tokens;
+}
+
+std::vector<Token> tokens_of(const std::string& text) {
+    const int count = tokenize(reinterpret_cast<const std::uint8_t*>(text.c_str()));
+    return {tokenizer.scratch, tokenizer.scratch + count};
+}
+
+std::string described(const Token& token) {
+    std::string text = std::to_string(token.kind);
+    if (token.kind == NUMBER) text += " " + std::to_string(token.number.integer);
+    if (token.kind == IDENTIFIER) text += " " + std::string(token.name);
+    if (token.kind == STRING_LITERAL) text += " " + std::to_string(token.string.length);
+    return text;
+}
+
+// Pieces of lines with and without blanks between them: whatever they make together, the tokens of the
+// rewritten line must be those of the line but for the references.
+TEST(LineReferences, StandWhereTheTokenizerSeesThem) {
+    constexpr std::array<std::string_view, 36> pieces{
+        "GOTO", "GOSUB", "THEN",  "ELSE", "RESTORE", "RESUME",     "ERL", "REM", "DATA",
+        "END",  "IF",    "INPUT", "7",    "0",       "3",          "1E1", "&HA", "&O17",
+        "7.5",  ".5D1",  "12%",   "&H1F", "1D+2",    "\"GOTO 7\"", "X",   "A&",  "B%",
+        "C$",   "E",     "D",     "&",    ",",       ":",          "(",   "+",   "?",
+    };
+    constexpr std::array<std::string_view, 4> relations{"=", "<>", "<=", ">"};
+    std::mt19937 random(20261121);
+    const auto blank = [&] { return random() % 2 == 0 ? " " : ""; };
+    int compared = 0;
+    int changed = 0;
+    for (int round = 0; round < 200000; ++round) {
+        std::string text;
+        const auto count = 2 + random() % 8;
+        for (std::uint32_t i = 0; i < count; ++i) {
+            text.append(pieces[random() % pieces.size()]).append(blank());
+            if (random() % 6 == 0)
+                text.append("ERL").append(relations[random() % relations.size()]).append(blank());
+        }
+        const std::vector<Token> expected = with_references_rewritten(tokens_of(text));
+        if (!test::take_error().empty()) continue;
+        const std::string result = rewritten(text);
+        const std::vector<Token> actual = tokens_of(result);
+        // A number with a suffix may become too large for it.
+        if (!test::take_error().empty()) continue;
+        ASSERT_EQ(actual.size(), expected.size()) << text << "\n" << result;
+        for (std::size_t i = 0; i < actual.size(); ++i)
+            ASSERT_EQ(described(actual[i]), described(expected[i])) << text << "\n" << result;
+        ++compared;
+        changed += result != text ? 1 : 0;
+    }
+    EXPECT_GT(compared, 50000);
+    EXPECT_GT(changed, 10000);
 }
 
 TEST(LineReferences, TheBufferIsNotOverrun) {
