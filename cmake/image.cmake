@@ -51,6 +51,11 @@ option(KORVANE_GENERAL_ONLY "Run every statement by its general handler" OFF)
 if(KORVANE_GENERAL_ONLY)
   target_compile_definitions(korvane.efi PRIVATE KORVANE_GENERAL_ONLY)
 endif()
+# With little room for token arrays: lines run from the execution buffer, as in programs that fill the arena.
+set(KORVANE_TOKEN_CACHE_LIMIT "" CACHE STRING "Bytes of the token cache, for tests; empty for all that is free")
+if(KORVANE_TOKEN_CACHE_LIMIT)
+  target_compile_definitions(korvane.efi PRIVATE KORVANE_TOKEN_CACHE_LIMIT=${KORVANE_TOKEN_CACHE_LIMIT})
+endif()
 target_compile_options(
   korvane.efi
   PRIVATE -O2
@@ -79,7 +84,7 @@ target_link_options(
           -Wl,--dynamicbase
           -Wl,--no-insert-timestamp)
 
-if(NOT KORVANE_GENERAL_ONLY)
+if(NOT KORVANE_GENERAL_ONLY AND NOT KORVANE_TOKEN_CACHE_LIMIT)
   add_custom_command(
     TARGET korvane.efi
     POST_BUILD

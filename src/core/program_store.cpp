@@ -13,6 +13,13 @@ ProgramStore program;
 
 namespace {
 
+// Tests make the token cache small, to fill it with a few lines.
+#ifdef KORVANE_TOKEN_CACHE_LIMIT
+constexpr std::uint64_t token_cache_limit = KORVANE_TOKEN_CACHE_LIMIT;
+#else
+constexpr std::uint64_t token_cache_limit = program_arena_size;
+#endif
+
 std::uint32_t stored_text_length(const std::uint8_t* record) {
     return read_unaligned<std::uint32_t>(record + 4);
 }
@@ -78,8 +85,10 @@ Token* cache_tokens(std::uint32_t count) {
         program.cache_end = program.cache_start;
     }
     const std::uint64_t size = std::uint64_t{count} * sizeof(Token);
+    const auto used = static_cast<std::uint64_t>(program.cache_end - program.cache_start);
     if (program.cache_end > arenas.CODEEND ||
-        size > static_cast<std::uint64_t>(arenas.CODEEND - program.cache_end)) {
+        size > static_cast<std::uint64_t>(arenas.CODEEND - program.cache_end) ||
+        used + size > token_cache_limit) {
         return nullptr;
     }
     auto* tokens = reinterpret_cast<Token*>(program.cache_end);
