@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "core/execution.h"
+#include "core/positions.h"
 #include "core/token.h"
 #include "values/value.h"
 
@@ -11,7 +12,6 @@ namespace korvane {
 
 struct VariableEntry;
 
-inline constexpr std::uint32_t no_epoch = 0;  // of no token cache
 inline constexpr std::uint32_t max_gosub_depth = 128;
 inline constexpr std::uint32_t max_for_depth = 64;
 inline constexpr std::uint32_t max_while_depth = 64;
@@ -23,7 +23,7 @@ struct GosubEntry {
     std::uint32_t record;
     GosubKind kind;
     std::uint8_t timer;   // event timer that a TIMER entry makes ready again
-    std::uint32_t epoch;  // of the token cache in which `token` is good; 0 is none
+    std::uint32_t epoch;  // in which the position was taken and `token` is good
     Token* token;         // the statement to return to
 };
 
@@ -40,6 +40,7 @@ struct ForEntry {
     std::int32_t step_sign;  // -1, 0 or 1
     bool whole;              // variable, limit and step are integers
     Position loop;           // the record after the FOR statement
+    std::uint32_t epoch;     // in which `loop` was taken
     // What the specialised NEXT needs, good while `generation` is current: the loop's first statement, and
     // the variable again if that NEXT can serve this loop, else null.
     Token* loop_token;
@@ -48,7 +49,7 @@ struct ForEntry {
 
 struct WhileEntry {
     Position start;  // the WHILE token
-    Token* token;    // the same, good while `epoch` is the token cache's own
+    Token* token;    // the same, good in the epoch in which it was taken
     std::uint32_t epoch;
 };
 

@@ -40,7 +40,7 @@ bool fire(int number, std::uint32_t record) {
                      .record = record,
                      .kind = GosubKind::TIMER,
                      .timer = static_cast<std::uint8_t>(number),
-                     .epoch = no_epoch,
+                     .epoch = epoch_here(),
                      .token = nullptr})) {
         return false;
     }

@@ -31,12 +31,14 @@ void jump_to_value(const Value& value) {
 }
 
 bool push_return(Cursor cursor) {
-    return push_gosub({.line = execution.line,
-                       .record = record_of(cursor),
+    const Position position{execution.line, record_of(cursor)};
+    const std::uint32_t epoch = epoch_here();
+    return push_gosub({.line = position.line,
+                       .record = position.record,
                        .kind = GosubKind::GOSUB,
                        .timer = 0,
-                       .epoch = no_epoch,
-                       .token = nullptr});
+                       .epoch = epoch,
+                       .token = epoch == no_epoch ? nullptr : cached_statement(position)});
 }
 
 // The jump of a GOSUB whose entry is already stacked: a failing one takes the entry back.
@@ -88,10 +90,11 @@ void do_on_list(Cursor& cursor) {
 }  // namespace
 
 void jump_to_literal(Token& literal) {
-    // The record lives no longer than the program is unchanged, so the line index stays good.
     if (literal.number.target == nullptr) {
+        // The jump may overwrite the literal, if that is in the execution buffer.
+        const bool remembers = remembers_lines(&literal);
         jump_to_value(literal_value(literal));
-        if (error_pending()) return;
+        if (!remembers || error_pending()) return;
         literal.number.target = execution.tokens;
         literal.number.target_line = execution.line;
         return;
@@ -135,7 +138,7 @@ void do_return(Cursor& cursor) {
         execution.jumped = true;
         return;
     }
-    jump_to_position({entry.line, entry.record});
+    jump_to_position({entry.line, entry.record}, entry.epoch);
 }
 
 void do_on(Cursor& cursor) {

@@ -42,13 +42,13 @@ bool find_closer(Token& opener, std::uint8_t closer, Position& found) {
         found = opener.step.jump;
         return true;
     }
-    const std::uint32_t start_line = execution.line;
+    const bool remembers = execution.line == direct_line || remembers_lines(&opener);
     if (!find_closer(record_of(&opener) + 1, opener.kind, closer, found)) {
         if (!error_pending()) execution.stop = true;
         return false;
     }
-    // A line that runs from the execution buffer has lost its tokens when the scan left it.
-    if (start_line == direct_line || program.lines[start_line].tokens != nullptr) {
+    // The scan may have overwritten what runs from the execution buffer.
+    if (remembers) {
         opener.step.jump = found;
         opener.jump_known = true;
     }
@@ -65,7 +65,7 @@ void skip_loop(Token& opener, Cursor& cursor) {
         if (cursor->kind == IDENTIFIER) ++cursor;
         return;
     }
-    jump_to_position(next);
+    jump_to_position(next, program.cache_epoch);
     if (error_pending()) return;
     ++execution.record;
     if (execution.tokens[execution.record].kind == IDENTIFIER) ++execution.record;
@@ -122,6 +122,7 @@ bool serves_quick_turns(const ForEntry& entry) {
 // Finds out whether the specialised NEXT can serve the loop, and where it would go on.
 void prepare_quick_turn(ForEntry& entry) {
     entry.quick_variable = nullptr;
+    if (entry.epoch != program.cache_epoch) return;
     // A variable may have come back with another type.
     if (!serves_quick_turns(entry) || entry.variable->type != entry.variable_type) return;
     entry.loop_token = cached_statement(entry.loop);
@@ -192,6 +193,7 @@ void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, 
     entry.generation = arenas.generation;
     entry.variable_type = variable.type;
     entry.loop = body;
+    entry.epoch = epoch_here();
     set_loop_bounds(entry, limit, step);
     prepare_quick_turn(entry);
 }
@@ -245,7 +247,7 @@ void do_next(Cursor& cursor) {
     if (past_limit(entry->step_sign, order)) {
         --control_stacks.for_count;
     } else {
-        jump_to_position(entry->loop);
+        jump_to_position(entry->loop, entry->epoch);
     }
 }
 
@@ -257,7 +259,7 @@ void do_while(Cursor& cursor) {
     if (!truth) {
         Position wend;
         if (!find_closer(opener, KW_WEND, wend)) return;
-        jump_to_position({wend.line, wend.record + 1});
+        jump_to_position({wend.line, wend.record + 1}, program.cache_epoch);
         return;
     }
     if (control_stacks.while_count == max_while_depth) {
@@ -265,7 +267,7 @@ void do_while(Cursor& cursor) {
         return;
     }
     control_stacks.whiles[control_stacks.while_count++] = {
-        .start = start, .token = nullptr, .epoch = no_epoch};
+        .start = start, .token = &opener, .epoch = epoch_here()};
 }
 
 void do_wend(Cursor& cursor) {
@@ -274,7 +276,8 @@ void do_wend(Cursor& cursor) {
         raise(message::wend_without_while);
         return;
     }
-    jump_to_position(control_stacks.whiles[--control_stacks.while_count].start);
+    const WhileEntry& entry = control_stacks.whiles[--control_stacks.while_count];
+    jump_to_position(entry.start, entry.epoch);
 }
 
 }  // namespace korvane

@@ -5,6 +5,7 @@
 #include "core/execution.h"
 #include "core/messages.h"
 #include "core/tokenizer.h"
+#include "fast/run_fast.h"
 #include "platform/memory.h"
 
 namespace korvane {
@@ -102,6 +103,7 @@ void forget_cache() {
     program.cache_end = nullptr;
     ++program.cache_epoch;
     ++arenas.generation;  // open loops remember tokens for one generation
+    fast::forget_kept_statement();
 }
 
 }  // namespace
@@ -227,7 +229,7 @@ void jump_to_line(std::int64_t number) {
     jump_to_position({index, 0});
 }
 
-void jump_to_position(Position position) {
+void jump_to_position(Position position, std::uint32_t epoch) {
     // A position may be older than the program: stacks survive an edit.
     const bool direct = position.line == direct_line;
     if (!direct && position.line >= program.count) {
@@ -244,6 +246,9 @@ void jump_to_position(Position position) {
         count = prepare_line(position.line);
     }
     if (!error_pending() && position.record >= count) raise(message::undefined_line_number);
+    const bool known = direct || epoch == program.cache_epoch;
+    if (!known && !error_pending() && !begins_statement(execution.tokens, position.record))
+        run_from_copy(count);
     // A line that cannot be tokenized has no statement to point at but its start.
     if (error_pending()) execution.statement_start = 0;
 }

@@ -16,6 +16,7 @@
 #include <string_view>
 
 #include "core/execution.h"
+#include "core/positions.h"
 #include "core/token.h"
 
 namespace korvane {
@@ -42,9 +43,8 @@ struct ProgramStore {
     std::uint8_t* write;        // first byte after the last record
     std::uint8_t* cache_start;  // token cache, or null until the first line is cached after a change
     std::uint8_t* cache_end;
-    std::uint32_t
-        cache_epoch;        // counts the times that the cache was emptied; pointers into it are good for one
-    std::uint32_t changes;  // counts the changes of the text; what is known about it is good for one
+    std::uint32_t cache_epoch;  // counts the times that the cache was emptied: core/positions.h
+    std::uint32_t changes;      // counts the changes of the text; what is known about it is good for one
     LineEntry lines[max_program_lines];
 };
 extern ProgramStore program;
@@ -80,16 +80,16 @@ void empty_token_cache();
 // its number of records. A tokenizing error is raised with its line set to this line's number.
 std::uint32_t prepare_line(std::uint32_t index);
 
-// The statement at a position, colons and, where possible, the end of the line passed over; null when the
-// line's tokens are not in the cache.
+// The statement at a position of the current epoch, colons and, where possible, the end of the line passed
+// over; null when the line's tokens are not in the cache.
 Token* cached_statement(Position position);
 
 // Transfers control to the first statement of the line with this number. Raises "Undefined line number" when
 // the number is above 4,294,967,294, negative, or not in the program.
 void jump_to_line(std::int64_t number);
 
-// Transfers control to a position: makes its line current and sets the jumped flag. The direct line is a
-// position like any other.
-void jump_to_position(Position position);
+// Transfers control to a position that was taken in the epoch: makes its line current and sets the jumped
+// flag. The direct line is a position like any other.
+void jump_to_position(Position position, std::uint32_t epoch = no_epoch);
 
 }  // namespace korvane

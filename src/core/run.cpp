@@ -151,6 +151,7 @@ void run_loop() {
     while (!execution.stop && !error_pending()) {
         execution.jumped = false;
         execution.then_part = false;
+        fast::forget_kept_statement();
         if (execution.line != direct_line && execution.record == 0 && begin_line()) return;
         if (!run_line(execution.tokens + execution.record, next_poll)) return;
         if (!execution.jumped && !execution.stop && !next_line()) return;

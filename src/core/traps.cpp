@@ -19,7 +19,7 @@ void resume_next(Position at) {
     if (error_pending()) return;
     for (std::uint32_t record = at.record; execution.tokens[record].kind != END_OF_LINE; ++record) {
         if (execution.tokens[record].kind == ':') {
-            execution.record = record + 1;
+            jump_to_position({at.line, record + 1});
             return;
         }
     }

@@ -107,12 +107,10 @@ std::uint64_t gosub_line(Token* at, std::uint64_t left) {
 std::uint64_t return_to_line(Token* at, std::uint64_t left) {
     if (control_stacks.gosub_count == 0) return execute_general(at, left);
     const GosubEntry& entry = control_stacks.gosubs[control_stacks.gosub_count - 1];
-    if (entry.kind != GosubKind::GOSUB) return execute_general(at, left);
-    Token* target =
-        entry.epoch == program.cache_epoch ? entry.token : cached_statement({entry.line, entry.record});
-    if (target == nullptr) return execute_general(at, left);
+    if (entry.kind != GosubKind::GOSUB || entry.epoch != program.cache_epoch)
+        return execute_general(at, left);
     --control_stacks.gosub_count;
-    return jump(target, left);
+    return jump(entry.token, left);
 }
 
 bool is_lone_literal(const Token* at) {

@@ -147,20 +147,13 @@ struct While {
     static constexpr Execute execute = while_true<Condition>;
 };
 
-// Where the innermost WHILE stands, or null when that is for the general handler to find.
-Token* innermost_while() {
-    if (control_stacks.while_count == 0) return nullptr;
-    const WhileEntry& entry = control_stacks.whiles[control_stacks.while_count - 1];
-    if (__builtin_expect(entry.epoch == program.cache_epoch, true)) return entry.token;
-    return cached_statement(entry.start);
-}
-
 std::uint64_t wend(Token* at, std::uint64_t left) {
-    Token* start = innermost_while();
-    if (start == nullptr) return execute_general(at, left);
+    if (control_stacks.while_count == 0) return execute_general(at, left);
+    const WhileEntry& entry = control_stacks.whiles[control_stacks.while_count - 1];
+    if (entry.epoch != program.cache_epoch) return execute_general(at, left);
     --control_stacks.while_count;
     state.kept_token = nullptr;
-    return jump(start, left);
+    return jump(entry.token, left);
 }
 
 }  // namespace

@@ -167,6 +167,10 @@ void enter_line_of(const Token* at) {
     execution.tokens = program.lines[execution.line].tokens;
 }
 
+void forget_kept_statement() {
+    state.kept_token = nullptr;
+}
+
 bool may_run() {
 #ifdef KORVANE_GENERAL_ONLY
     return false;

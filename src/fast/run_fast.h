@@ -14,6 +14,9 @@ namespace korvane::fast {
 // switched on.
 Token* run(Token* at, std::uint64_t budget);
 
+// Forgets the statement that an IF was about to go on with behind THEN: for whoever goes on elsewhere.
+void forget_kept_statement();
+
 // True while nothing asks for a look before each statement or line.
 bool may_run();
 
