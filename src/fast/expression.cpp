@@ -114,22 +114,9 @@ void hold_left(Token* operation, const Side& left) {
     operation->step.left_inner = left.inner;
 }
 
-// An integer expression may be computed in doubles when every intermediate result is exact and none can be a
-// negative zero, which integers do not have.
-bool exact_in_doubles(std::int16_t index) {
-    const Node& node = node_at(index);
-    if (!is_integer(node.type) || node.bound > exact_integers) return false;
-    if (node.form == Form::VARIABLE || node.form == Form::LITERAL || node.form == Form::ELEMENT) return true;
-    if (node.form != Form::BINARY || !exact_in_doubles(node.left) || !exact_in_doubles(node.right))
-        return false;
-    if (node.token->kind == '+' || node.token->kind == '-') return true;
-    return false;
-}
-
-bool emit_binary(std::int16_t index, Domain wanted, Side& side) {
-    const Node node = node_at(index);
+bool emit_binary(const Node& node, Domain wanted, Side& side) {
     Domain domain = domain_of(node.type);
-    if (domain == Domain::WHOLE && wanted != Domain::WHOLE && exact_in_doubles(index)) domain = Domain::REAL;
+    if (domain == Domain::WHOLE && wanted != Domain::WHOLE && node.exact) domain = Domain::REAL;
     Side left;
     Side right;
     if (!emit(node.left, domain, left) || !emit(node.right, domain, right)) return false;
@@ -176,17 +163,30 @@ bool emit_operands(const Node& node, Domain domain) {
     return true;
 }
 
+// Whether the node's side is plain when it is wanted as a float: of the type itself, and no chain that begins
+// with an INTEGER.
+bool is_plain_single(const Node& operand) {
+    const Node* first = &operand;
+    while (first->form == Form::BINARY && first->type == Type::SINGLE) {
+        const Node& left = node_at(first->left);
+        if (left.form == Form::VARIABLE && left.type == Type::INTEGER) return false;
+        if (left.form != Form::BINARY) return true;
+        first = &left;
+    }
+    if (first != &operand) return true;
+    if (operand.form != Form::LITERAL) return operand.type == Type::SINGLE;
+    const double number = operand.token->number.as_double;
+    return static_cast<double>(static_cast<float>(number)) == number;
+}
+
 bool emit_relation(const Node& node, Side& side) {
+    const Node& left = node_at(node.left);
+    const Node& right = node_at(node.right);
     Domain domain;
-    if (!comparison_domain(node_at(node.left), node_at(node.right), domain) || !emit_operands(node, domain)) {
-        return false;
-    }
+    if (!comparison_domain(left, right, domain)) return false;
+    if (domain == Domain::SINGLE && !(is_plain_single(left) && is_plain_single(right))) domain = Domain::REAL;
+    if (!emit_operands(node, domain)) return false;
     Token* relation = node.token;
-    const bool singles = is_plain<float>(relation->left_kind) && is_plain<float>(relation->right_kind);
-    if (domain == Domain::SINGLE && !singles) {
-        domain = Domain::REAL;
-        if (!emit_operands(node, domain)) return false;
-    }
     if (domain == Domain::TEXT) {
         set_text_comparison_step(relation);
     } else if (node.keeps_order) {
@@ -220,7 +220,8 @@ bool emit_not(const Node& node, Side& side) {
 }  // namespace
 
 bool emit(std::int16_t index, Domain wanted, Side& side) {
-    const Node node = node_at(index);
+    if (stack_exhausted()) return false;
+    const Node& node = node_at(index);
     Domain domain = domain_of(node.type);
     switch (node.form) {
         case Form::VARIABLE:
@@ -228,7 +229,7 @@ bool emit(std::int16_t index, Domain wanted, Side& side) {
             emit_leaf(node, wanted, side);
             return true;
         case Form::BINARY:
-            return emit_binary(index, wanted, side);
+            return emit_binary(node, wanted, side);
         case Form::RELATION:
             return emit_relation(node, side);
         case Form::SIGN:
@@ -269,23 +270,21 @@ void hold(Token* host, const Side& side) {
 }
 
 bool specialise(Token* start, Domain wanted, Specialised& result) {
-    pool.count = 0;
-    pool.allocates = false;
+    pool.progress = {};
     result.end = start;
     const std::int16_t root = parse_expression(result.end, 1);
     if (root == none) return false;
     const Domain natural = domain_of(node_at(root).type);
     if (natural == Domain::TEXT && wanted != Domain::TEXT) return false;
     if (!emit(root, wanted, result.side)) return false;
-    result.allocates = pool.allocates;
+    result.allocates = pool.progress.allocates;
     return true;
 }
 
 bool specialise_element(Token* name, Specialised& result) {
-    pool.count = 0;
-    pool.allocates = false;
+    pool.progress = {};
     if (!bind_element(name, result.end, result.side.type)) return false;
-    result.allocates = pool.allocates;
+    result.allocates = pool.progress.allocates;
     return true;
 }
 

@@ -8,6 +8,7 @@
 
 #include "core/token.h"
 #include "fast/expression.h"
+#include "platform/stack.h"
 
 namespace korvane {
 struct UserFunction;
@@ -38,6 +39,7 @@ struct Node {
     std::int16_t left;  // nodes of the operands; the only operand of a sign is the right one
     std::int16_t right;
     double bound;              // of an integer: its magnitude is at most this
+    bool exact = false;        // of an integer: doubles compute it exactly, and it is no negative zero there
     bool keeps_order = false;  // of a relation: both operands take string space, one after the other
 };
 
@@ -50,10 +52,37 @@ constexpr double exact_integers = 9007199254740991.0;
 // the outer ones go on, so one pool serves them all; a line's tokens bound how many there can be.
 struct NodePool {
     std::array<Node, 4 * max_token_records> nodes;
-    std::int16_t count;
-    bool allocates;
+
+    struct Progress {
+        std::int16_t count;
+        bool allocates;  // evaluating what has been looked at takes string space
+        int depth;       // levels of brackets, right operands, signs and calls that are open
+        int deepest;     // the most there have been
+    } progress;
 };
 extern NodePool pool;
+
+// An expression of more levels than this is left to the general evaluator, which can be sure of the stack for
+// as many. So whether the stack is enough for one that is deeper does not depend on how it is executed.
+constexpr int max_depth = 64;
+constexpr int levels_of_call = 3;  // a user function's call takes the stack of so many
+
+// Notes so many levels within the open ones; false when they are too many.
+inline bool note_levels(int levels) {
+    if (pool.progress.depth + levels > pool.progress.deepest) pool.progress.deepest = pool.progress.depth + levels;
+    return pool.progress.depth + levels <= max_depth && !stack_exhausted();
+}
+
+// A level of the descent, open for the life of this object.
+class Level {
+  public:
+    Level() { ++pool.progress.depth; }
+    ~Level() { --pool.progress.depth; }
+    Level(const Level&) = delete;
+    Level& operator=(const Level&) = delete;
+
+    bool too_deep() const { return !note_levels(0); }
+};
 
 inline const Node& node_at(std::int16_t index) {
     return pool.nodes[static_cast<std::size_t>(index)];

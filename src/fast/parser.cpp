@@ -3,6 +3,7 @@
 // front of them.
 #include <string_view>
 
+#include "core/arenas.h"
 #include "core/keywords.h"
 #include "fast/element_steps.h"
 #include "fast/function_steps.h"
@@ -22,10 +23,21 @@ namespace {
 // What names without a variable are read from: a zero of every type, and an empty string's descriptor.
 constexpr StringDescriptor absent{.length = 0, .zero = 0, .bytes = nullptr};
 
+// An integer expression may be computed in doubles when every intermediate result is exact and none can be a
+// negative zero, which integers do not have.
+bool exact_in_doubles(const Node& node) {
+    if (!is_integer(node.type) || node.bound > exact_integers) return false;
+    if (node.form == Form::VARIABLE || node.form == Form::LITERAL || node.form == Form::ELEMENT) return true;
+    return node.form == Form::BINARY && (node.token->kind == '+' || node.token->kind == '-') &&
+           node_at(node.left).exact && node_at(node.right).exact;
+}
+
 std::int16_t add(const Node& node) {
-    if (pool.count == static_cast<std::int16_t>(pool.nodes.size())) return none;
-    pool.nodes[static_cast<std::size_t>(pool.count)] = node;
-    return pool.count++;
+    if (pool.progress.count == static_cast<std::int16_t>(pool.nodes.size())) return none;
+    Node& added = pool.nodes[static_cast<std::size_t>(pool.progress.count)];
+    added = node;
+    added.exact = exact_in_doubles(node);
+    return pool.progress.count++;
 }
 
 double bound_of(Type type) {
@@ -112,7 +124,7 @@ std::int16_t parse_element(Token*& at) {
 }
 
 // The definition's body, held by the function's head, and the parameters' variables.
-bool specialise_body(UserFunction& function) {
+bool hold_body(UserFunction& function) {
     for (std::int32_t i = 0; i < function.parameter_count; ++i) {
         function.entries[i] = find_variable(function.parameters[i], false);
         if (function.entries[i] == nullptr || !is_numeric(function.entries[i]->type)) return false;
@@ -122,6 +134,23 @@ bool specialise_body(UserFunction& function) {
     return parse_held(&function.head, at, type) && at->kind == END_OF_LINE && is_numeric(type);
 }
 
+// Looks at the body once for all calls: again only in a new generation, and one that had no specialised form
+// when variables have been created since. A body that is being looked at calls its own function.
+bool specialise_body(UserFunction& function) {
+    const bool known = function.generation == arenas.generation;
+    if (known && (function.has_steps || function.variables_seen == variables.count)) return function.has_steps;
+    function.generation = arenas.generation;
+    function.variables_seen = variables.count;
+    function.has_steps = false;
+    const NodePool::Progress outer = pool.progress;
+    pool.progress = {.count = outer.count, .allocates = false, .depth = 0, .deepest = 0};
+    function.has_steps = hold_body(function);
+    function.depth = pool.progress.deepest;
+    function.allocates = pool.progress.allocates;
+    pool.progress = outer;
+    return function.has_steps;
+}
+
 Type body_type(const UserFunction& function) {
     return static_cast<Type>(function.head.value_type);
 }
@@ -129,16 +158,14 @@ Type body_type(const UserFunction& function) {
 std::int16_t parse_user_call(Token*& at) {
     Token* name = at;
     UserFunction* function = find_user_function(name->name);
-    if (function == nullptr || function->being_specialised || function->parameter_count == 0) return none;
-    function->being_specialised = true;
-    const bool body_is_good = specialise_body(*function);
-    function->being_specialised = false;
+    if (function == nullptr || function->parameter_count == 0) return none;
     int count;
-    if (!body_is_good ||
+    if (!specialise_body(*function) || !note_levels(levels_of_call + function->depth) ||
         !parse_arguments(name + 1, at, count, [](int, Type argument) { return is_numeric(argument); }) ||
         count != function->parameter_count) {
         return none;
     }
+    if (function->allocates) pool.progress.allocates = true;
     return add({.form = Form::USER,
                 .type = body_type(*function),
                 .token = name + 1,
@@ -165,7 +192,7 @@ std::int16_t parse_built_in_call(Token*& at) {
     if (!parse_arguments(bracket, at, count, accept) || !arguments.are_complete()) return none;
     if (gives_text) {
         set_text_function_step(bracket, name->name, last);
-        pool.allocates = true;
+        pool.progress.allocates = true;
     }
     return add({.form = gives_text ? Form::TEXT_CALL : Form::CALL,
                 .type = gives_text ? Type::STRING : function_result(name->name, last),
@@ -217,6 +244,8 @@ std::int16_t parse_signed(Token*& at) {
     while (at->kind == '+')
         ++at;
     if (at->kind == '-') {
+        const Level level;
+        if (level.too_deep()) return none;
         Token* sign = at++;
         const std::int16_t operand = parse_signed(at);
         if (operand == none || !is_numeric(node_at(operand).type)) return none;
@@ -224,6 +253,8 @@ std::int16_t parse_signed(Token*& at) {
     }
     std::int16_t left = parse_primary(at);
     while (left != none && at->kind == '^') {
+        const Level level;
+        if (level.too_deep()) return none;
         Token* operation = at++;
         const std::int16_t right = parse_signed(at);
         if (right == none || !is_numeric(node_at(left).type) || !is_numeric(node_at(right).type)) return none;
@@ -266,12 +297,12 @@ std::int16_t parse_relation(Token*& at, std::int16_t left) {
     Token* operation = at++;
     if (operation->kind == '<' && (at->kind == '=' || at->kind == '>')) ++at;
     if (operation->kind == '>' && at->kind == '=') ++at;
-    const bool left_allocates = pool.allocates;
-    pool.allocates = false;
+    const bool left_allocates = pool.progress.allocates;
+    pool.progress.allocates = false;
     const std::int16_t right = parse_expression(at, relational_strength + 1);
     if (right == none) return none;
-    const bool both_allocate = left_allocates && pool.allocates;
-    pool.allocates = left_allocates || pool.allocates;
+    const bool both_allocate = left_allocates && pool.progress.allocates;
+    pool.progress.allocates = left_allocates || pool.progress.allocates;
     if ((node_at(left).type == Type::STRING) != (node_at(right).type == Type::STRING)) return none;
     const std::int16_t relation = add_operator(Form::RELATION, Type::INT64, operation, left, right, 1);
     if (relation != none) pool.nodes[static_cast<std::size_t>(relation)].keeps_order = both_allocate;
@@ -286,7 +317,7 @@ std::int16_t parse_binary(Token*& at, std::int16_t left) {
     const Node& b = node_at(right);
     const Type type = result_type(operation->kind, a.type, b.type);
     if (type == Type::NONE) return none;
-    if (type == Type::STRING) pool.allocates = true;
+    if (type == Type::STRING) pool.progress.allocates = true;
     return add_operator(Form::BINARY, type, operation, left, right,
                         result_bound(operation->kind, a.bound, b.bound));
 }
@@ -307,6 +338,8 @@ bool bind_element(Token* name, Token*& at, Type& type) {
 }
 
 std::int16_t parse_expression(Token*& at, int minimum) {
+    const Level level;
+    if (level.too_deep()) return none;
     std::int16_t left;
     if (at->kind == KW_NOT) {
         Token* operation = at++;

@@ -25,7 +25,11 @@ struct UserFunction {
     // Of specialised calls: the body as the right side of a token of its own, and the parameters' variables.
     Token head;
     VariableEntry* entries[max_parameters];
-    bool being_specialised;  // guards against a body that calls its own function
+    std::uint32_t generation;      // clear generation in which the body was looked at
+    std::uint32_t variables_seen;  // how many variables there were then
+    bool has_steps;                // the body is specialised
+    bool allocates;                // evaluating it takes string space
+    int depth;                     // levels of its descent (fast/nodes.h)
 };
 
 struct UserFunctions {
