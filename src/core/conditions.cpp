@@ -18,10 +18,11 @@ void skip_to_line_end(Cursor& cursor) {
 }
 
 // The first ELSE behind the condition, or the end of the line.
-Cursor find_else(Cursor cursor) {
-    while (cursor->kind != KW_ELSE && cursor->kind != END_OF_LINE)
-        ++cursor;
-    return cursor;
+template <typename AnyToken>
+AnyToken* find_else(AnyToken* at) {
+    while (at->kind != KW_ELSE && at->kind != END_OF_LINE)
+        ++at;
+    return at;
 }
 
 void take_then_part(Cursor& cursor) {
@@ -36,7 +37,7 @@ void take_then_part(Cursor& cursor) {
 void take_else_part(Token& opener, Cursor& cursor) {
     execution.then_part = false;
     if (!opener.jump_known) {
-        opener.step.jump = {execution.line, record_of(find_else(cursor))};
+        opener.step.jump.record = record_of(find_else(cursor));
         opener.jump_known = true;
     }
     cursor = execution.tokens + opener.step.jump.record;
@@ -45,6 +46,11 @@ void take_else_part(Token& opener, Cursor& cursor) {
 }
 
 }  // namespace
+
+std::uint32_t statements_of_if(const Token* opener) {
+    // Each takes a token at least, and so does the condition.
+    return static_cast<std::uint32_t>(find_else(opener) - opener);
+}
 
 void do_if(Cursor& cursor) {
     Token& opener = *cursor++;

@@ -2,10 +2,12 @@
 
 #include "core/breakpoints.h"
 #include "core/clear.h"
+#include "core/conditions.h"
 #include "core/control_stacks.h"
 #include "core/dispatch.h"
 #include "core/errors.h"
 #include "core/event_timers.h"
+#include "core/keywords.h"
 #include "core/program_store.h"
 #include "core/trace.h"
 #include "core/traps.h"
@@ -43,11 +45,14 @@ bool begin_line() {
     return false;
 }
 
-// The keyboard is asked every 256 statements, because asking the firmware is slow. Not inside a THEN part: a
-// break there could not be continued, since the ELSE behind it would have lost its IF.
-bool break_key_seen(std::uint64_t& next_poll) {
-    if (execution.statement_count < next_poll || execution.then_part) return false;
-    next_poll = (execution.statement_count / statements_per_poll + 1) * statements_per_poll;
+// The keyboard is asked after 256 statements, because asking the firmware is slow. Not inside a THEN part: a
+// break there could not be continued, since the ELSE behind it would have lost its IF. So an IF that could
+// take more statements than are left has it asked now.
+bool break_key_seen(const Token* at, std::uint64_t& next_poll) {
+    if (execution.statement_count + max_tokens_per_line < next_poll || execution.then_part) return false;
+    const std::uint32_t needed = at->kind == KW_IF ? statements_of_if(at) : 1;
+    if (execution.statement_count + needed <= next_poll) return false;
+    next_poll = execution.statement_count + statements_per_poll;
     return key_break_check();
 }
 
@@ -122,7 +127,7 @@ bool run_line(Cursor cursor, std::uint64_t& next_poll) {
             if (poll_event_timers(record_of(cursor))) return true;
             if (error_pending()) return settle_pending();
         }
-        if (break_key_seen(next_poll)) return break_execution(record_of(cursor));
+        if (break_key_seen(cursor, next_poll)) return break_execution(record_of(cursor));
         execute(cursor, next_poll);
         if (error_pending()) return settle_pending();
         if (execution.jumped) return true;

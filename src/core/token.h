@@ -57,7 +57,8 @@ struct Step {
         float (*single)(float accumulator, Token* at);
         Whole (*whole)(std::int64_t accumulator, Token* at);
         Value (*text)(Token* at);
-        Position jump;  // of a keyword: where a scan from it leads; of a cached line's end record: its line
+        Position jump;  // of a keyword: where a scan from it leads; of a cached line's end record: its line;
+                        // IF has the record alone, and in `line` what fast/branches.cpp says
     };
     const void* operand;  // leaf of the right operand
     union {

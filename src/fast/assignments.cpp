@@ -14,19 +14,19 @@
 namespace korvane::fast {
 namespace {
 
-// The expression behind "=": it must be of the target's kind and end the statement.
-bool specialise_value(Token* equals, Type type, Specialised& value) {
+// The expression behind the "=" of the assignment at `at`: it must be of the target's kind.
+bool specialise_value(const Token* at, Token* equals, Type type, Specialised& value) {
     if (equals->kind != '=' || !specialise(equals + 1, domain_of(type), value)) return false;
     if ((value.side.type == Type::STRING) != (type == Type::STRING)) return false;
     hold(equals, value.side);
-    equals->step.next = link_behind_assignment(value.end);
+    equals->step.next = link_behind_assignment(at, value.end);
     return true;
 }
 
 bool specialise_scalar(Token* at) {
     const VariableEntry* entry = find_variable(at->name, false);
     Specialised value;
-    if (entry == nullptr || !specialise_value(at + 1, entry->type, value)) return false;
+    if (entry == nullptr || !specialise_value(at, at + 1, entry->type, value)) return false;
     at[1].step.left_operand = entry->storage;
     at->execute = scalar_handler(entry->type, value);
     return true;
@@ -35,7 +35,7 @@ bool specialise_scalar(Token* at) {
 bool specialise_array_element(Token* at) {
     Specialised element;
     Specialised value;
-    if (!specialise_element(at, element) || !specialise_value(element.end, element.side.type, value))
+    if (!specialise_element(at, element) || !specialise_value(at, element.end, element.side.type, value))
         return false;
     at[1].step.next = element.end;
     at->execute = element_handler(at + 1, element, value);

@@ -1,6 +1,7 @@
 // Specialised IF, GOTO, GOSUB and RETURN. IF holds its condition as its right side; next is the statement to
-// which a true one leads, left_inner that to which a false one does. A line number literal keeps the first
-// token of its line.
+// which a true one leads, left_inner that to which a false one does; step.jump.line is how many statements it
+// may take to the end of the THEN part. A line number literal keeps the first token of its line.
+#include "core/conditions.h"
 #include "core/control_stacks.h"
 #include "core/keywords.h"
 #include "core/parse.h"
@@ -9,6 +10,7 @@
 #include "fast/links.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
+#include "fast/statement_end.h"
 #include "values/convert.h"
 
 namespace korvane::fast {
@@ -32,21 +34,34 @@ bool resolve_line(Token* literal) {
     return true;
 }
 
-// Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that. One
-// that is the whole THEN part counts as a part of the IF: nothing behind it could ask whether there was one.
-inline std::uint64_t enter_then_part(Token* at, std::uint64_t left) {
-    const bool lone = (at->right_kind & lone_then_part) != 0;
-    execution.then_part = !lone;
+std::uint64_t fall_back_if(Token* at, std::uint64_t left, std::uint8_t* string_top) {
+    arenas.FREETOP = string_top;
+    return execute_general_if(at, left);
+}
+
+// Fewer statements are left than the THEN part may take: as the keyboard is not looked at inside it, that is
+// done now. An IF within a THEN part has been counted by the one around it.
+std::uint64_t pause_before(Token* at, std::uint64_t left, std::uint8_t* string_top) {
+    if (execution.then_part) return fall_back_if(at, left, string_top);
+    arenas.FREETOP = string_top;
+    return pause(at);
+}
+
+// Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that.
+// Nothing behind one that is the whole THEN part could ask whether there was one.
+inline std::uint64_t enter_then_part(Token* at, std::uint64_t left, std::uint8_t* string_top) {
+    if (left < at->step.jump.line) return pause_before(at, left, string_top);
+    execution.then_part = (at->right_kind & lone_then_part) == 0;
     if (state.kept_token != at) state.kept_start = at;
     state.kept_token = at->step.next;
-    return proceed(at->step.next, left + (lone ? 1 : 0));
+    return at->step.next->execute(at->step.next, left - 1);
 }
 
 // A branch to a line that has not been tokenized, for which null stands: the general handler goes there, and
 // the statement is looked at again.
 std::uint64_t branch_first(Token* at, std::uint64_t left, std::uint8_t* string_top) {
     at->execute = execute_first;
-    return fall_back(at, left, string_top);
+    return fall_back_if(at, left, string_top);
 }
 
 template <typename Condition, bool to_line>
@@ -54,8 +69,8 @@ std::uint64_t if_then(Token* at, std::uint64_t left) {
     if (!is_current(at)) return execute_first(at, left);
     std::uint8_t* string_top = arenas.FREETOP;
     const Truth truth = Condition::of(at);
-    if (truth == Truth::FAILED) return fall_back(at, left, string_top);
-    if (!to_line && truth == Truth::TRUE) return enter_then_part(at, left);
+    if (truth == Truth::FAILED) return fall_back_if(at, left, string_top);
+    if (!to_line && truth == Truth::TRUE) return enter_then_part(at, left, string_top);
     Token* target = truth == Truth::TRUE ? at->step.next : at->step.left_inner;
     return target == nullptr ? branch_first(at, left, string_top) : jump(target, left);
 }
@@ -129,7 +144,10 @@ bool specialise_if(Token* at) {
     at->step.next = to_line ? target_of(then) : following(then);
     at->step.left_inner = false_target(condition.end);
     at->execute = to_line ? handler_for<IfThenLine>(at) : handler_for<IfThenStatements>(at);
-    if (then_part_is_lone(at)) at->right_kind |= lone_then_part;
+    const bool lone = then_part_is_lone(at);
+    if (lone) at->right_kind |= lone_then_part;
+    // The IF, the statement and perhaps the ELSE behind it.
+    at->step.jump.line = lone ? 3 : statements_of_if(at);
     return true;
 }
 

@@ -4,7 +4,7 @@
 // The end record of a line keeps the next line's first token once control has passed there. From then on
 // whoever leads to the end record may lead to that token at once, unless a THEN part ends there: then the end
 // record has to say that it is over. An IF whose THEN part nothing in the line can ask about is no such
-// hindrance.
+// hindrance, and behind an ELSE no THEN part is open.
 #pragma once
 
 #include "core/token.h"
@@ -18,16 +18,11 @@ inline AnyToken* end_of_line(AnyToken* at) {
     return at;
 }
 
-// Whether the THEN part of the IF at `at`, in the current line, is one statement that nothing in the line can
-// ask about: it ends the line, or it is an assignment or a line number and a single statement follows behind
-// ELSE. Such a statement counts as a part of its IF and leads out of the line at once.
-bool then_part_is_lone(const Token* at);
-
 // The statement that follows one of the current line that ended at `end`.
 Token* link_behind(Token* end);
 
-// The same for an assignment, which may be a lone THEN part in front of an ELSE.
-Token* link_behind_assignment(Token* end);
+// The same for the assignment at `at`, which may be a lone THEN part in front of an ELSE.
+Token* link_behind_assignment(const Token* at, Token* end);
 
 // The statement to which a jump to `at` leads; a jump leaves a THEN part wherever it goes.
 Token* link_to(Token* at);

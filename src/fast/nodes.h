@@ -69,7 +69,8 @@ constexpr int levels_of_call = 3;  // a user function's call takes the stack of 
 
 // Notes so many levels within the open ones; false when they are too many.
 inline bool note_levels(int levels) {
-    if (pool.progress.depth + levels > pool.progress.deepest) pool.progress.deepest = pool.progress.depth + levels;
+    if (pool.progress.depth + levels > pool.progress.deepest)
+        pool.progress.deepest = pool.progress.depth + levels;
     return pool.progress.depth + levels <= max_depth && !stack_exhausted();
 }
 

@@ -138,7 +138,8 @@ bool hold_body(UserFunction& function) {
 // when variables have been created since. A body that is being looked at calls its own function.
 bool specialise_body(UserFunction& function) {
     const bool known = function.generation == arenas.generation;
-    if (known && (function.has_steps || function.variables_seen == variables.count)) return function.has_steps;
+    if (known && (function.has_steps || function.variables_seen == variables.count))
+        return function.has_steps;
     function.generation = arenas.generation;
     function.variables_seen = variables.count;
     function.has_steps = false;

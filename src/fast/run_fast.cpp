@@ -1,6 +1,7 @@
 #include "fast/run_fast.h"
 
 #include "core/breakpoints.h"
+#include "core/conditions.h"
 #include "core/control_stacks.h"
 #include "core/dispatch.h"
 #include "core/errors.h"
@@ -121,11 +122,16 @@ Execute plain_form(std::uint8_t kind) {
     }
 }
 
+// By its general handler, but for the forms that never change.
+inline std::uint64_t execute_unspecialised(Token* at, std::uint64_t left) {
+    return at->kind == KW_IF ? execute_general_if(at, left) : execute_general(at, left);
+}
+
 // A statement that could not be specialised is worth another look when variables have been created since, for
 // a name without a variable is what stands in the way most often.
 std::uint64_t execute_until_variables_change(Token* at, std::uint64_t left) {
     const auto seen = static_cast<std::uint8_t>(variables.count);
-    if (is_current(at) && at->right_kind == seen) return execute_general(at, left);
+    if (is_current(at) && at->right_kind == seen) return execute_unspecialised(at, left);
     at->execute = execute_first;
     return execute_first(at, left);
 }
@@ -153,6 +159,18 @@ Token* handle(Token* at) {
 std::uint64_t execute_general(Token* at, std::uint64_t left) {
     enter_line_of(at);
     Token* next = handle(at);
+    return next == nullptr ? left - 1 : proceed(next, left);
+}
+
+std::uint64_t execute_general_if(Token* at, std::uint64_t left) {
+    if (left < statements_of_if(at) && !execution.then_part) return pause(at);
+    enter_line_of(at);
+    const std::uint64_t before = execution.statement_count;
+    Token* next = handle(at);
+    // The statements that it has executed are taken from those left, as run() will count them.
+    const std::uint64_t nested = execution.statement_count - before;
+    execution.statement_count = before;
+    left -= nested < left ? nested : left - 1;
     return next == nullptr ? left - 1 : proceed(next, left);
 }
 
@@ -202,7 +220,7 @@ std::uint64_t execute_first(Token* at, std::uint64_t left) {
     if (specialised) return at->execute(at, left);
     at->execute = state.target_not_ready ? execute_first : execute_until_variables_change;
     at->right_kind = static_cast<std::uint8_t>(variables.count);
-    return execute_general(at, left);
+    return execute_unspecialised(at, left);
 }
 
 }  // namespace korvane

@@ -31,6 +31,9 @@ extern State state;
 // look: an error, a stop, or something switched on that it checks before each statement.
 std::uint64_t execute_general(Token* at, std::uint64_t left);
 
+// The same for an IF, whose general handler also executes the first statement of the THEN part.
+std::uint64_t execute_general_if(Token* at, std::uint64_t left);
+
 // The same for a statement that may have taken string space before it failed: it starts again with what it
 // found.
 inline std::uint64_t fall_back(Token* at, std::uint64_t left, std::uint8_t* string_top) {

@@ -49,7 +49,7 @@ inline constexpr std::uint8_t leaf_mask = 7;
 inline constexpr std::uint8_t has_chain = 8;
 inline constexpr int domain_shift = 4;
 
-inline constexpr std::uint8_t lone_then_part = 0x80;  // of an IF's condition: see then_part_is_lone()
+inline constexpr std::uint8_t lone_then_part = 0x80;  // of an IF's condition: see fast/statement_end.h
 
 constexpr Domain domain_of_kind(std::uint8_t kind) {
     return static_cast<Domain>(kind >> domain_shift & 3);
