@@ -9,6 +9,7 @@
 #include "explorer/report.h"
 #include "explorer/reports.h"
 #include "screen/line_editor.h"
+#include "values/variables.h"
 
 namespace korvane {
 namespace {
@@ -62,6 +63,7 @@ void do_korvane(Cursor& cursor) {
     ++cursor;
     if (at_statement_end(cursor)) {
         run_explorer();
+        note_written_names();  // it can write memory by many means
         return;
     }
     const Token* word = cursor++;

@@ -213,6 +213,13 @@ std::uint64_t execute_first(Token* at, std::uint64_t left) {
         at->execute = plain;
         return plain(at, left);
     }
+    // A statement is worth specialising when it is met a second time: in a loop that ends its generation at
+    // each turn (ERASE, DEF FN) none is.
+    if (!is_current(at)) {
+        enter_generation(at);
+        at->execute = execute_first;
+        return execute_unspecialised(at, left);
+    }
     enter_line_of(at);
     state.target_not_ready = false;
     const bool specialised = specialise_statement(at);

@@ -88,6 +88,7 @@ void keep_common_variables() {
         if (is_common(entry.name, entry.is_array())) variables.table[kept++] = entry;
     }
     variables.count = kept;
+    note_written_names();
     // Entries have moved: cached references must not find them.
     ++arenas.generation;
 }

@@ -6,6 +6,7 @@
 #include "files/volume.h"
 #include "platform/memory.h"
 #include "values/evaluator.h"
+#include "values/variables.h"
 
 namespace korvane {
 
@@ -62,7 +63,9 @@ const char* read_image(const FileName& name, bool address_given, std::int64_t ad
     if (address < least_load_address) return message::illegal_function_call;
     if (header.length() == 0) return nullptr;
     auto* bytes = reinterpret_cast<void*>(static_cast<std::uintptr_t>(address));
-    return file.read_exactly(bytes, header.length()) ? nullptr : message::disk_i_o_error;
+    const bool complete = file.read_exactly(bytes, header.length());
+    note_written_memory(static_cast<std::uint64_t>(address), header.length());
+    return complete ? nullptr : message::disk_i_o_error;
 }
 
 }  // namespace

@@ -114,11 +114,13 @@ void replace_definition(UserFunction& function, const UserFunction& made) {
 
 void forget_user_functions() {
     user_functions.count = 0;
+    user_functions.names.clear();
 }
 
 UserFunction* find_user_function(const char* name) {
     if (!is_user_function_name(name)) return nullptr;
-    for (std::uint32_t i = 0; i < user_functions.count; ++i) {
+    const auto& names = user_functions.names;
+    for (std::uint16_t i = names.first(name); i != names.none; i = names.next(i)) {
         UserFunction& function = user_functions.functions[i];
         if (compare_bytes(function.name, name, name_capacity) == 0) return &function;
     }
@@ -175,7 +177,7 @@ Value evaluate_user_function(const Token& name, Cursor& cursor) {
     if (function != nullptr) {
         replace_definition(*function, made);
     } else {
-        ++user_functions.count;
+        user_functions.names.add(made.name, static_cast<std::uint16_t>(user_functions.count++));
     }
 }
 

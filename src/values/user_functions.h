@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "core/token.h"
+#include "values/name_index.h"
 #include "values/value.h"
 
 namespace korvane {
@@ -34,6 +35,7 @@ struct UserFunction {
 
 struct UserFunctions {
     std::uint32_t count;
+    NameIndex<max_user_functions> names;
     // Behind the last definition the next one is made, so that one that fails leaves all others as they are.
     UserFunction functions[max_user_functions + 1];
 };

@@ -6,6 +6,7 @@
 #include "core/messages.h"
 #include "core/parse.h"
 #include "platform/memory.h"
+#include "values/name_index.h"
 
 namespace korvane {
 
@@ -14,6 +15,23 @@ Variables variables;
 namespace {
 
 constexpr std::uint8_t array_flag = 1;
+
+NameIndex<max_variables> names;
+
+// Makes the index from the table, so that of equal names the first one is found.
+[[gnu::cold, gnu::noinline]] void rebuild_index() {
+    names.clear();
+    variables.arrays = 0;
+    for (std::uint32_t i = variables.count; i-- > 0;) {
+        names.add(variables.table[i].name, static_cast<std::uint16_t>(i));
+        if (variables.table[i].is_array()) ++variables.arrays;
+    }
+    variables.index_stale = false;
+}
+
+inline void refresh_index() {
+    if (__builtin_expect(variables.index_stale, false)) rebuild_index();
+}
 
 // Names are zero-padded, so two of them are equal exactly when all 40 bytes are.
 bool same_name(const char* left, const char* right) {
@@ -31,6 +49,9 @@ void clear_variables() {
     variables.table = reinterpret_cast<VariableEntry*>(arenas.VARTABLE);
     variables.count = 0;
     variables.array_base = 0;
+    variables.arrays = 0;
+    variables.index_stale = false;
+    names.clear();
     variables.absence_assumed = false;
     reset_default_types();
 }
@@ -56,11 +77,23 @@ Type type_of_name(const char* name) {
 }
 
 VariableEntry* find_variable(const char* name, bool is_array) {
-    for (std::uint32_t i = 0; i < variables.count; ++i) {
+    refresh_index();
+    for (std::uint16_t i = names.first(name); i != names.none; i = names.next(i)) {
         VariableEntry& entry = variables.table[i];
         if (entry.is_array() == is_array && same_name(entry.name, name)) return &entry;
     }
     return nullptr;
+}
+
+void note_written_memory(std::uint64_t address, std::uint64_t size) {
+    const std::uint64_t offset = address - reinterpret_cast<std::uint64_t>(variables.table);
+    // What reaches into the table from below counts as well.
+    if (offset >= variable_table_size && offset + size > offset) return;
+    // A variable's value may be written as often as one likes.
+    const std::uint64_t in_entry = offset % sizeof(VariableEntry);
+    const bool value_only =
+        in_entry >= __builtin_offsetof(VariableEntry, storage) && in_entry + size <= sizeof(VariableEntry);
+    if (!value_only) note_written_names();
 }
 
 void forget_absence() {
@@ -75,17 +108,28 @@ VariableEntry* create_variable(const char* name, bool is_array) {
         return nullptr;
     }
     forget_absence();
+    refresh_index();
     VariableEntry& entry = variables.table[variables.count++];
     fill_bytes(&entry, 0, sizeof entry);
     copy_bytes(entry.name, name, name_capacity);
     entry.name[name_capacity - 1] = 0;
     entry.type = type_of_name(entry.name);
     entry.flags = is_array ? array_flag : 0;
+    if (is_array) ++variables.arrays;
+    names.add(entry.name, static_cast<std::uint16_t>(variables.count - 1));
     return &entry;
 }
 
 void remove_variable(VariableEntry* entry) {
+    refresh_index();
     VariableEntry* end = variables.table + variables.count;
+    const auto number_of = [](const VariableEntry* of) {
+        return static_cast<std::uint16_t>(of - variables.table);
+    };
+    if (entry->is_array()) --variables.arrays;
+    names.remove(entry->name, number_of(entry));
+    for (const VariableEntry* later = entry + 1; later != end; ++later)
+        names.move_down(later->name, number_of(later));
     move_bytes(entry, entry + 1, static_cast<std::size_t>(end - (entry + 1)) * sizeof(VariableEntry));
     --variables.count;
     ++arenas.generation;

@@ -1,4 +1,5 @@
-// Variables and arrays: one table of at most 4096 entries, searched by name in creation order.
+// Variables and arrays: one table of at most 4096 entries in creation order, found by name through an index
+// beside it. Of two entries with one name, which only POKE can make, the first one counts.
 //
 // Scalars and arrays are separate name spaces. Reading never creates an entry; assignment, INPUT, READ, FOR
 // and the like do. Only ERASE and CHAIN remove entries.
@@ -43,6 +44,8 @@ struct Variables {
     VariableEntry* table;  // VARTABLE
     std::uint32_t count;
     std::int64_t array_base;  // 0 or 1
+    std::uint32_t arrays;     // how many entries are arrays
+    bool index_stale;         // names in the table have changed without the index
     bool absence_assumed;     // a specialised statement reads a name that has no variable yet
     Type default_types[26];   // of unsuffixed names, by first letter
 };
@@ -65,6 +68,13 @@ Type type_of_name(const char* name);
 void reset_default_types();
 
 VariableEntry* find_variable(const char* name, bool is_array);
+
+// After entries have been moved or memory been written by other means than these functions: memory at an
+// address, or anywhere.
+void note_written_memory(std::uint64_t address, std::uint64_t size);
+inline void note_written_names() {
+    variables.index_stale = true;
+}
 
 // Ends what was specialised on the assumption that names have no variable: before one is created, or the
 // types of unset names change.

@@ -1,0 +1,60 @@
+// Finds the entries of a table by their names, however many there are: for each hash the entries that have
+// it, as chains of entry numbers beside the table, whose own layout is fixed.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "core/token.h"
+#include "platform/memory.h"
+
+namespace korvane {
+
+template <std::uint32_t capacity>
+class NameIndex {
+  public:
+    static constexpr std::uint16_t none = 0xFFFF;
+
+    void clear() { fill_bytes(heads_.data(), 0xFF, sizeof heads_); }
+
+    // The first and the next entry that a name may belong to, or none.
+    std::uint16_t first(const char* name) const { return heads_[slot(name)]; }
+    std::uint16_t next(std::uint16_t entry) const { return next_[entry]; }
+
+    // Entries are added in front of those with the same hash.
+    void add(const char* name, std::uint16_t entry) {
+        std::uint16_t& head = heads_[slot(name)];
+        next_[entry] = head;
+        head = entry;
+    }
+    void remove(const char* name, std::uint16_t entry) { *link_to(name, entry) = next_[entry]; }
+
+    // Gives an entry the number before its own, which no other one has.
+    void move_down(const char* name, std::uint16_t entry) {
+        next_[entry - 1] = next_[entry];
+        *link_to(name, entry) = static_cast<std::uint16_t>(entry - 1);
+    }
+
+  private:
+    static_assert((capacity & (capacity - 1)) == 0 && capacity < none);
+
+    // Names are zero-padded, so that all their bytes can be taken.
+    static std::uint32_t slot(const char* name) {
+        std::uint64_t hash = 0;
+        for (int i = 0; i < name_capacity; i += 8)
+            hash = (hash ^ read_unaligned<std::uint64_t>(name + i)) * 0x9E3779B97F4A7C15;
+        return static_cast<std::uint32_t>(hash >> 32) & (capacity - 1);
+    }
+
+    std::uint16_t* link_to(const char* name, std::uint16_t entry) {
+        std::uint16_t* link = &heads_[slot(name)];
+        while (*link != entry)
+            link = &next_[*link];
+        return link;
+    }
+
+    std::array<std::uint16_t, capacity> heads_;
+    std::array<std::uint16_t, capacity> next_;
+};
+
+}  // namespace korvane
