@@ -1,0 +1,81 @@
+"""Machines that sessions are typed into, each a process of its own that plays every session on a fresh copy."""
+
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import threading
+
+# Lines of many tokens that fill the token cache when they run: 2,090 times 125 records of 64 bytes are nearly the
+# program arena's 16 MiB, and their text is the rest of it.
+FILLING_LINES = 2200
+FILLING_TEXT = "IF Q0 THEN " + ":" * 122
+
+
+class Step:
+    """What one line of a session showed: rows of the screen and how often a key was looked for."""
+
+    def __init__(self, kind, polls, rows):
+        self.kind, self.polls, self.rows = kind, polls, rows
+
+
+class Result:
+    """The steps of a session that show something, and the fault that ended it (None when there was none)."""
+
+    def __init__(self, steps, fault):
+        self.steps, self.fault = steps, fault
+
+
+class Player:
+    """One image on one machine; with `filled` its program begins with lines that fill the token cache."""
+
+    def __init__(self, program, image, filled=False, linked=False, patience=None):
+        self.volume = pathlib.Path(tempfile.mkdtemp(prefix="korvane-sessions-"))
+        command = [program, "--image", image, "--volume", str(self.volume)]
+        if linked:
+            command.append("--linked")
+        if patience:
+            command += ["--patience", str(patience)]
+        if filled:
+            lines = "".join(f"{number} {FILLING_TEXT}\r\n" for number in range(1, FILLING_LINES + 1))
+            (self.volume / "KEEP.BAS").write_text(lines)
+            command += ["--prepare", 'LOAD "KEEP.BAS"', "--prepare", "CLS"]
+        self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+
+    def close(self):
+        self.process.stdin.close()
+        self.process.wait()
+        shutil.rmtree(self.volume, ignore_errors=True)
+
+    def begin(self, sessions):
+        """Starts playing; end() gives the results. Several players can play at the same time."""
+        text = "".join(line + "\n" for session in sessions for line in [*session, "."])
+        self.expected = len(sessions)
+        self.writer = threading.Thread(target=self.write, args=(text.encode("latin-1"),))
+        self.writer.start()
+
+    def write(self, text):
+        self.process.stdin.write(text)
+        self.process.stdin.flush()
+
+    def end(self):
+        results = [self.read_result() for _ in range(self.expected)]
+        self.writer.join()
+        return results
+
+    def read_line(self):
+        line = self.process.stdout.readline()
+        if not line:
+            raise SystemExit("the session player has ended")
+        return line.decode("utf-8", "replace").rstrip("\n")
+
+    def read_result(self):
+        steps = []
+        while True:
+            kind, _, rest = self.read_line().partition(" ")
+            if kind == "END":
+                return Result(steps, None)
+            if kind == "FAULT":
+                return Result(steps, rest)
+            polls, rows = map(int, rest.split())
+            steps.append(Step(kind, polls, [self.read_line() for _ in range(rows)]))

@@ -1,0 +1,305 @@
+// Plays sessions for a program that makes and judges them: reads sessions from standard input, each on a copy
+// of one started machine, and writes what each step showed to standard output.
+//
+// A session is a list of lines, ended by a line with a single dot:
+//
+//     TEXT          types the text and Enter
+//     @keys KEYS    presses keys, with the names of the transcripts in braces
+//     @escape N     Escape arrives when the machine looks for a key for the N-th time in the next typed
+//     line's run
+//     @fail SERVICE N   use N of a firmware service from now on, and every later one, is a device error
+//     @heal         no service fails any more
+//     @files        shows the volume
+//
+// The answer is one line "STEPS" per session, then for each step a line "KIND POLLS ROWS" with so many rows
+// of the screen behind it, then "END" or "FAULT text". KIND is "shown" for the rows below the typed line,
+// "screen" when the typed line is gone and all rows are given, and "broken" when Escape had to end the step.
+// Lines that are only stored are no steps.
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <sstream>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "forked.h"
+#include "machine.h"
+#include "screen_text.h"
+#include "text_syntax.h"
+
+// The entry point of the interpreter when it is linked into this program.
+extern "C" __attribute__((weak)) korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle,
+                                                                                korvane::uefi::SystemTable*);
+
+namespace korvane::fuzz {
+namespace {
+
+using transcript::CellPosition;
+using transcript::ForkedResult;
+using transcript::ScreenText;
+
+using Session = std::vector<std::string>;
+
+constexpr uefi::InputKey escape{23, 0};
+
+struct Options {
+    std::filesystem::path image = "build/korvane.efi";
+    std::filesystem::path volume;
+    bool linked = false;
+    std::vector<std::string> prepared;          // lines typed once, before the machine is copied
+    std::chrono::milliseconds patience{4'000};  // for one step, in processor time
+};
+
+[[noreturn]] void usage() {
+    std::fputs(
+        "usage: session_player --volume FOLDER [options] <SESSIONS >RESULTS\n"
+        "  --image FILE      the application (build/korvane.efi)\n"
+        "  --linked          the interpreter that is linked into this program\n"
+        "  --prepare LINE    typed once before the first session; may be repeated\n"
+        "  --patience MS     processor time that a step may take (4000)\n"
+        "The folder is emptied before every session, but for files whose name begins with KEEP.\n",
+        stderr);
+    std::exit(2);
+}
+
+Options parse_options(int count, char** words) {
+    Options options;
+    for (int i = 1; i < count; ++i) {
+        const std::string_view word = words[i];
+        const auto value = [&]() -> std::string {
+            if (i + 1 >= count) usage();
+            return words[++i];
+        };
+        if (word == "--image")
+            options.image = value();
+        else if (word == "--volume")
+            options.volume = value();
+        else if (word == "--linked")
+            options.linked = true;
+        else if (word == "--prepare")
+            options.prepared.push_back(value());
+        else if (word == "--patience")
+            options.patience = std::chrono::milliseconds(std::atoi(value().c_str()));
+        else
+            usage();
+    }
+    if (options.volume.empty()) usage();
+    return options;
+}
+
+// The folders and files of a volume with what they hold, in a fixed order.
+std::vector<std::string> describe_volume(const std::filesystem::path& folder) {
+    std::vector<std::string> rows;
+    for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
+        std::string row = std::filesystem::relative(entry.path(), folder).string();
+        if (row.starts_with("KEEP")) continue;
+        if (entry.is_regular_file()) {
+            std::ifstream stream(entry.path(), std::ios::binary);
+            std::ostringstream content;
+            content << stream.rdbuf();
+            row += ": ";
+            for (const char c : content.str().substr(0, 2000))
+                row += c == '\r' ? std::string("\\r") : c == '\n' ? std::string("\\n") : std::string(1, c);
+        }
+        rows.push_back(row);
+    }
+    std::sort(rows.begin(), rows.end());
+    return rows;
+}
+
+// A machine at its first prompt; sessions are typed into copies of it.
+class Typist {
+  public:
+    explicit Typist(const Options& options) : options_(options) {
+        host::Config config;
+        config.width = 640;
+        config.height = 2048;
+        config.volumes.resize(1);
+        config.volumes[0].folder = options.volume;
+        config.volumes[0].capacity = 1 << 20;
+        config.time = uefi::Time{};
+        config.time->Year = 2024;
+        config.time->Month = config.time->Day = 1;
+        host::ImageSource source{options.image, nullptr};
+        if (options.linked) source.linked_code = _ModuleEntryPoint;
+        machine_ = std::make_unique<host::Machine>(std::move(config), source);
+        machine_->run(options.patience);
+        machine_->learn_waiting_place();
+        for (const std::string& line : options.prepared) {
+            press(line + "\r");
+            machine_->run({});
+        }
+    }
+
+    // Types the session in a process of its own; `shown` is the answer's part for the steps.
+    ForkedResult type(const Session& session) {
+        empty_volume();
+        return transcript::run_forked([&] { return type_here(session); });
+    }
+
+  private:
+    void empty_volume() const {
+        for (const auto& entry : std::filesystem::directory_iterator(options_.volume)) {
+            if (!entry.path().filename().string().starts_with("KEEP")) std::filesystem::remove_all(entry);
+        }
+    }
+
+    void press(std::string_view text) {
+        for (const char c : text)
+            machine_->firmware().keyboard().press({0, static_cast<char16_t>(static_cast<unsigned char>(c))});
+    }
+
+    ForkedResult type_here(const Session& session) {
+        ForkedResult result;
+        screen_ = transcript::read_screen(*machine_->firmware().display(), true);
+        // A program that waits for single keys looks for them many times before it is known to wait.
+        const bool presses_keys = std::any_of(session.begin(), session.end(), [](const std::string& line) {
+            return line.starts_with("@keys ");
+        });
+        patient_polls_ = presses_keys ? 40'000 : 60;
+        for (const std::string& line : session) {
+            const std::string fault = step(line, result.shown);
+            if (fault.empty()) continue;
+            result.report = fault + " at the line: " + line;
+            return result;
+        }
+        const auto& misuse = machine_->firmware().misuse().reports;
+        if (!misuse.empty()) result.report = "misuse of the firmware: " + misuse.front();
+        return result;
+    }
+
+    // Does one line of the session and adds what it showed; gives what went wrong.
+    std::string step(const std::string& line, std::string& shown) {
+        if (line.starts_with("@keys ")) {
+            const auto keys = transcript::named_keys(line.substr(6));
+            if (!keys) return "no such key";
+            for (const uefi::InputKey& key : *keys)
+                machine_->firmware().keyboard().press(key);
+            return run(keys->size(), true, shown);
+        }
+        if (line.starts_with("@escape ")) {
+            escape_at_ = std::strtoull(line.c_str() + 8, nullptr, 10);
+            return {};
+        }
+        if (line == "@files") {
+            add("shown", 0, describe_volume(options_.volume), shown);
+            return {};
+        }
+        if (line.starts_with("@fail ")) {
+            const std::vector<std::string> words = transcript::split_words(line);
+            const auto service = words.size() == 3 ? host::find_service(words[1]) : std::nullopt;
+            if (!service) return "no such service";
+            const std::uint64_t first = std::strtoull(words[2].c_str(), nullptr, 10);
+            machine_->firmware().faults().arm({{*service, first, ~0ull - first, uefi::device_error}});
+            return {};
+        }
+        if (line == "@heal") {
+            machine_->firmware().faults().arm({});
+            return {};
+        }
+        press(line);
+        press("\r");
+        typed_.push_back(line);
+        const bool stores_line = !line.empty() && line[0] >= '0' && line[0] <= '9';
+        return run(line.size() + 1, !stores_line, shown);
+    }
+
+    std::string run(std::size_t keys, bool looks, std::string& shown) {
+        host::Keyboard& keyboard = machine_->firmware().keyboard();
+        const std::uint64_t polls = keyboard.polls();
+        if (escape_at_ != 0) keyboard.press_at_poll(keys + escape_at_, escape);
+        escape_at_ = 0;
+        // The key of somebody who loses patience, soon and again and again.
+        for (std::uint64_t n = patient_polls_; n < 64 * patient_polls_; n += n / 2)
+            keyboard.press_at_poll(keys + n, escape);
+        const host::Stop stop = machine_->run(options_.patience);
+        if (stop == host::Stop::fault) return machine_->fault_report();
+        if (stop == host::Stop::timed_out) return "it does not end";
+        if (stop == host::Stop::returned) return "the application has ended";
+        const std::uint64_t used =
+            keyboard.polls() - polls - std::min<std::uint64_t>(keys, keyboard.polls() - polls);
+        keyboard.clear();
+        if (looks) show(used, shown);
+        return {};
+    }
+
+    void show(std::uint64_t polls, std::string& shown) {
+        // Without the editor's cursor a program waits, whose output goes on below.
+        const std::size_t first = screen_.cursor ? screen_.cursor->row : screen_.used_rows();
+        const std::size_t above = first == 0 ? 0 : first - 1;
+        const std::string row_above = screen_.rows[above];
+        screen_ = transcript::read_screen(*machine_->firmware().display(), !machine_->waits_in_event());
+        // Near the end of the screen it may have scrolled.
+        const bool in_place =
+            first != 0 && screen_.rows[above] == row_above && screen_.used_rows() + 3 < screen_.rows.size();
+        std::size_t begin = in_place ? first : 0;
+        if (in_place) {
+            for (const std::string& line : typed_)
+                begin += rows_of(line, begin);
+        }
+        typed_.clear();
+        std::vector<std::string> rows;
+        for (std::size_t row = begin; row < screen_.used_rows(); ++row)
+            rows.push_back(screen_.rows[row]);
+        const char* kind = polls >= patient_polls_ ? "broken" : in_place ? "shown" : "screen";
+        add(kind, polls, rows, shown);
+    }
+
+    // How many rows from `row` on show a typed line and nothing else; 0 when they do not.
+    std::size_t rows_of(const std::string& line, std::size_t row) const {
+        const std::size_t count = line.size() / screen_.columns + 1;
+        if (row + count > screen_.rows.size()) return 0;
+        std::string text;
+        for (std::size_t i = 0; i < count; ++i) {
+            text.resize(i * screen_.columns, ' ');
+            text += screen_.rows[row + i];
+        }
+        return text == transcript::without_trailing_blanks(line) ? count : 0;
+    }
+
+    static void add(const char* kind, std::uint64_t polls, const std::vector<std::string>& rows,
+                    std::string& shown) {
+        shown += std::string(kind) + " " + std::to_string(polls) + " " + std::to_string(rows.size()) + "\n";
+        for (const std::string& row : rows)
+            shown += row + "\n";
+    }
+
+    const Options& options_;
+    std::unique_ptr<host::Machine> machine_;
+    ScreenText screen_;
+    std::vector<std::string> typed_;  // since the screen was looked at
+    std::uint64_t escape_at_ = 0;
+    std::uint64_t patient_polls_ = 0;  // looks for a key in one step until Escape is pressed
+};
+
+int play_all(const Options& options) {
+    std::filesystem::create_directories(options.volume);
+    Typist typist(options);
+    Session session;
+    for (std::string line; std::getline(std::cin, line);) {
+        if (line != ".") {
+            session.push_back(line);
+            continue;
+        }
+        const ForkedResult result = typist.type(session);
+        std::string report = result.report;
+        std::replace(report.begin(), report.end(), '\n', ' ');
+        std::cout << result.shown << (report.empty() ? "END" : "FAULT " + report) << "\n" << std::flush;
+        session.clear();
+    }
+    return 0;
+}
+
+}  // namespace
+}  // namespace korvane::fuzz
+
+int main(int count, char** words) {
+    return korvane::fuzz::play_all(korvane::fuzz::parse_options(count, words));
+}

@@ -1,0 +1,421 @@
+"""Random sessions from a seed, each about one way in which statements can get into each other's way. A theme has a
+relation (relations.py) that its sessions must keep."""
+
+import random
+
+SMALL = "0 1 2 3 5".split()
+NAMES = ["A", "B", "C", "X", "Y", "N%", "S!"]
+
+
+class Maker:
+    """Parts that the themes share; all choices come from one generator."""
+
+    def __init__(self, seed):
+        self.random = random.Random(seed)
+
+    def chance(self, percent):
+        return self.random.random() * 100 < percent
+
+    def choose(self, *things):
+        return self.random.choice(things)
+
+    def some(self, least, most, make):
+        return [make() for _ in range(self.random.randint(least, most))]
+
+    def name(self):
+        return self.choose(*NAMES)
+
+    def value(self):
+        return self.choose(*SMALL, "A", "B", "C", "A+1", "B*2", "-1", ".5", "M(1)", "X")
+
+    def comparison(self):
+        """Tails of these are assignments of their own when something starts in their middle."""
+        name, other = self.name(), self.name()
+        return self.choose(
+            f"{name}={other}", f"{name}={self.value()}", f"{name}={other} AND {self.name()}",
+            f"0+{name}={self.value()}", f"{name}={other}={self.name()}", f"({name}={other})", f"NOT {name}={other}",
+            f"M({name}=B)={self.value()}", f"A$=B$", f"A$=B$+\"x\"", f"{name}<{self.value()}", f"{name}>{other}",
+            f"1 OR {name}={other}", f"FNA({name})={self.value()}", f"{name}+{other}={self.value()}")
+
+    def print_item(self):
+        return self.choose('"x"', '"EQ"', "A", "B;C", "1;2;X", self.comparison(), "A$", "M(1);M(2)")
+
+    def simple(self):
+        name = self.name()
+        return self.choose(
+            f"{name}={self.value()}", f"{name}={name}+1", f"{name}={self.comparison()}", f"PRINT {self.print_item()}",
+            f"PRINT {self.print_item()};", f"M({self.choose('1', '2', 'A=B', 'A')})={self.value()}",
+            'A$=B$+"q"', "A$=\"x\"", "SWAP A,B", "READ C", "B$=A$", f"{name}={self.value()}*{self.value()}+1",
+            f"PRINT {self.print_item()}")
+
+    def rich(self):
+        """A statement with much in it that is specialised."""
+        condition = self.comparison()
+        return self.choose(
+            f"IF {condition} THEN {self.simple()}", f"IF {condition} THEN {self.simple()} ELSE {self.simple()}",
+            f"IF {condition} THEN {self.simple()}:{self.simple()} ELSE {self.simple()}:{self.simple()}",
+            f"PRINT {condition}", f"X={condition}", f"FOR I={condition} TO 2:{self.simple()}:NEXT",
+            f"W=0:WHILE W<2 AND ({condition}) OR W<1:W=W+1:{self.simple()}:WEND", f"M({condition})={self.value()}",
+            self.simple(), self.simple(), f"ON 1+({condition}) GOTO {self.target()},{self.target()}",
+            f"IF {condition} THEN {self.target()} ELSE {self.target()}", f"IF {condition} GOTO {self.target()}")
+
+    targets = ["900"]
+
+    def target(self):
+        return self.choose(*self.targets)
+
+    def line(self, number, colons=4):
+        text = ":" * self.random.randint(0, colons) if self.chance(60) else ""
+        return f"{number} {text}" + ":".join(self.some(1, 2, self.rich))
+
+
+# ---- Edits between runs
+
+def edits(maker):
+    """Something keeps a position (RETURN, NEXT, WEND, RESUME, CONT); the program is changed; the position is used."""
+    choose, chance = maker.choose, maker.chance
+    lines = ["DIM M(9):A=1:B=1:C=1"] * chance(30)
+    taker = choose("GOSUB 100", "FOR J=1 TO 3", "WHILE V<3", "ERROR 5", "GOSUB 100:PRINT 7")
+    before = ":".join(maker.some(0, 3, maker.simple))
+    first = choose(10, 20)
+    text = f"{before}:{taker}" if before and chance(50) else taker
+    setup = "DIM M(9):DEF FNA(X)=X+1"
+    if taker == "ERROR 5":
+        setup += ":ON ERROR GOTO 100"
+    lines += [f"5 {setup}"] * chance(80) + [f"{first} {text}"]
+    if first == 10 and chance(50):
+        lines.append(maker.line(20))
+    if taker.startswith("FOR") or taker.startswith("WHILE"):
+        lines.append(f"30 V=V+1:{choose('STOP', 'ERROR 7', 'END')}:" + choose("NEXT", "WEND"))
+    else:
+        lines.append(f"30 {choose('PRINT 3:', '')}END")
+    lines += [f"100 {choose('STOP', 'END', 'ERROR 7', 'PRINT 1:STOP:RETURN')}", "900 PRINT 900:END", "950 DATA 1,2,3,4,5"]
+    lines.append("RUN")
+    for _ in range(maker.random.randint(1, 3)):
+        for _ in range(maker.random.randint(0, 2)):
+            number = choose(1, 5, 7, 10, 10, 15, 20, 20, 25)
+            lines.append(choose(maker.line(number), maker.line(number), f"{number} {maker.simple()}", str(number)))
+        if chance(60):
+            lines.append("A=1:B=1:C=1" if chance(60) else maker.simple())
+        if chance(20):
+            lines.append("DIM M(9)")
+        again = f"GOTO {choose(10, 10, 15, 20, 20)}"
+        back = choose("RETURN", "NEXT", "WEND", "RESUME", "RESUME NEXT", "CONT", "RUN")
+        back = {"GOSUB": "RETURN", "FOR": "NEXT", "WHILE": "WEND", "ERROR": "RESUME"}[taker.split()[0]] if chance(
+            75) else back
+        lines += [again] * chance(80) + [back] + [again] * chance(90) + [back, again] * chance(30)
+    return lines + ["VARINFO FULL"]
+
+
+def state(maker):
+    """Sessions on both sides of NEW, with direct lines, READ, runs and edits in each."""
+    choose, chance = maker.choose, maker.chance
+
+    def part():
+        lines = []
+        for number in maker.random.sample([10, 20, 30, 40, 50], maker.random.randint(1, 4)):
+            text = choose(
+                "DATA 1,2,3", "DATA 4,5,6:?1 ELSE ?22", "DATA 7,8:PRINT 1", "A=1:ELSE", "READ A:PRINT A",
+                ":" * maker.random.randint(0, 5) + choose("TROFF", "ELSE", "?1", "CLEAR") + ":" + choose("ELSE", "?2"),
+                "Y=0", "IF Y=0 THEN Y=1", "IF 1 THEN A=1", "IF A THEN ?1 ELSE ?2", maker.rich(), maker.rich(),
+                "DATA 1,2,3,4" + ":" * maker.random.randint(0, 4) + "?1 ELSE ?22", "RESTORE:READ B:PRINT B",
+                f"?1{choose(' ', ':')}ELSE ?2", "GOSUB 900", "IF A=0 THEN IF B THEN ?1 ELSE ?2")
+            lines.append(f"{number} {text}")
+        if chance(70):
+            lines.append("900 RETURN")
+        return lines
+
+    def use():
+        return choose("RUN", "RUN", "GOTO 10", "GOTO 20", "READ A:PRINT A", "READ A,B:PRINT A;B", "A=1", "RUN")
+
+    first = part() + maker.some(1, 3, use)
+    if chance(30):
+        return first + part() + maker.some(1, 4, use)
+    return first + part() * chance(30) + ["NEW"] + part() + maker.some(1, 4, lambda: choose(
+        "READ A:PRINT A", "READ B:PRINT B", "RUN", "RUN", "PRINT A;B;Y"))
+
+
+def repeated(maker):
+    """Programs whose lines are typed again while positions in them are kept; nothing is continued."""
+    return [line for line in edits(maker) if line != "CONT"]
+
+
+# ---- Statements side by side
+
+def branches(maker):
+    """THEN and ELSE parts with statements that no colon parts, jumps in them, and returns into them."""
+    choose, chance = maker.choose, maker.chance
+    maker.targets = ["100", "200", "300", "100"]
+
+    def plain():
+        name = choose("B", "C", "X")
+        return choose(f"{name}={maker.value()}", f"{name}={name}+1", "PRINT 6;", "PRINT B;C;", "GOSUB 100", "GOSUB 200",
+                      "B=5", "GOTO 300", "IF B THEN C=C+1", "PRINT \"t\";", "SWAP B,C", "M(1)=M(1)+1", "PRINT K;",
+                      "A$=A$+\"z\"", "ON K GOSUB 100,200", "ON K GOTO 300,50", "READ C", "TROFF", "ELSE PRINT 9;",
+                      "REM", "RETURN", "NEXT", "B=B-1", "ON B GOSUB 200,100,200")
+
+    def several():
+        text = plain()
+        for _ in range(choose(0, 1, 1, 2)):
+            text += choose(" ", " ", ":", ": ") + plain()
+        return text
+
+    def conditional():
+        text = f"IF {choose('K', 'K=2', 'K>1', 'B', 'C=0', 'K AND 1', '1', '0')} THEN {choose(several(), several(), '300')}"
+        if chance(70):
+            text += f" ELSE {choose(several(), several(), '300')}"
+        return text
+
+    lines = ["5 DIM M(3)", f"10 {choose('B=0', 'B=1', 'C=2', 'REM')}:FOR K=1 TO {choose(2, 3, 4)}"]
+    lines.append(f"20 {conditional()}")
+    if chance(40):
+        lines.append(f"25 {choose(conditional(), several())}")
+    lines += ["30 NEXT", f"40 PRINT B;C;X;K{choose('', ':END')}"]
+    lines += ["50 END"] * chance(70)
+    lines += [f"100 {choose('RETURN', 'B=B+1:RETURN', 'PRINT 7;:RETURN', 'X=X+1 RETURN')}", "200 C=C+2:RETURN",
+              f"300 Q=Q+1:IF Q<4 THEN {choose('30', '20', 'NEXT', 'PRINT 3;:GOTO 30')}", "310 PRINT B;C;X;K;M(1);A$:END",
+              "400 DATA 1,2,3,4,5,6,7,8"]
+    return lines + ["RUN"] + choose([], [conditional().replace("K", "1")], ["RUN"]) + ["VARINFO FULL"]
+
+
+# ---- A full token cache
+
+def full_cache(maker):
+    """Programs of many lines and jumps, which run from the execution buffer when the cache is full."""
+    choose, chance = maker.choose, maker.chance
+    count = maker.random.randint(4, 10)
+    numbers = [9000 + 10 * i for i in range(count)]
+    lines = []
+    if chance(40):
+        # Some lines still find room in the cache.
+        lines.append(f"8000 IF Q0 THEN {':' * maker.random.randint(1, 120)}")
+    lines.append("8900 DIM M(9):DEF FNA(X)=X+1:N=0")
+    for place, number in enumerate(numbers):
+        later = numbers[place + 1:] + [9500]
+        maker.targets = [str(choose(*later)) for _ in range(2)]
+        target, other = maker.target(), maker.target()
+        text = choose(
+            f"N=N+1:GOTO {target}", f"IF N=0 THEN {target} ELSE {other}", f"IF N THEN {target}", f"GOSUB {9700 + choose(0, 10)}",
+            f"ON {choose('1', '2', 'N', '3')} GOTO {target},{other}", f"ON 1+N AND 1 GOSUB 9700,9710:N=N+1", maker.rich(),
+            f"V=5:IF V=5 THEN {target}", f"N=N+1:IF N<3 THEN GOTO {target}:PRINT 4 ELSE {other}", "PRINT 1;2;N;V",
+            f"FOR I=1 TO 3:GOSUB 9700:NEXT:GOTO {target}", f"FOR I=1 TO 2:N=N+1", "W=0:WHILE W<3:W=W+1:GOSUB 9710:WEND",
+            f"IF V THEN GOSUB 9700:PRINT N ELSE GOSUB 9710:PRINT V", "PRINT N;", f"ON ERROR GOTO 9600:N=N+FNB(1)",
+            maker.simple())
+        lines.append(f"{number} {text}")
+    lines += ["9500 PRINT N;V;I;W;A$:Q=Q+1:IF Q<3 THEN " + str(choose(*numbers)), "9510 END", "9600 RESUME NEXT",
+              f"9700 N=N+1:{choose('', 'PRINT N;:', 'V=V+N:')}RETURN", "9710 V=V+2:RETURN", "9800 DATA 1,2,3,4,5"]
+    # Each run first passes the lines that fill the cache.
+    return lines + choose(["RUN"], ["RUN", "GOTO 9000"], ["RUN", maker.line(9005), "RUN"])
+
+
+# ---- Programs that change while they run
+
+def merges(maker):
+    """MERGE, DELETE and CHAIN in loops of direct lines and programs: what a line remembers of its targets is over."""
+    choose, chance = maker.choose, maker.chance
+    lines = []
+    for name in "AB":
+        number = choose(1, 2, 3, 15, 20, 25, 30)
+        text = choose("REM", 'PRINT "W":END', "PRINT I;:NEXT", "PRINT 5", 'PRINT "Q";:RETURN', "Z=Z+1")
+        lines += [f"{number} {text}", f'SAVE "{name}.BAS"', "NEW"]
+    lines += [f"20 {choose('PRINT I;:NEXT', 'PRINT I;:RETURN', 'PRINT Z;:NEXT', 'Z=Z+1:NEXT')}", '25 PRINT "END":END',
+              "30 PRINT 30;:" + choose("NEXT", "RETURN", "END")]
+    jump = choose("GOTO 20", "GOTO 30", "IF 1 THEN 20", "IF I=1 THEN 20 ELSE 30", "GOSUB 20", "ON I GOTO 20,30",
+                  "ON 1 GOTO 20", "IF I THEN GOTO 20", "IF I=3 THEN 30 ELSE 20", "ON I GOSUB 20,30")
+    change = choose('MERGE CHR$(64+I)+".BAS"', 'MERGE CHR$(64+I)+".BAS"', 'MERGE "A.BAS"', "DELETE 25",
+                    'IF I=2 THEN MERGE "B.BAS"')
+    direct = f"FOR I=1 TO {choose(2, 2, 3)}:{change}:{jump}"
+    lines += [direct] + [direct] * chance(30)
+    return lines + [choose("RUN", "I=2:GOTO 20", "LIST NOWAIT", "GOSUB 20")]
+
+
+# ---- Breaks
+
+def input_breaks(maker):
+    """Escape in INPUT$, which stands in statements of every kind; "@break N KEYS" marks where."""
+    choose, chance = maker.choose, maker.chance
+    handled = chance(40)
+    uses = [
+        ('IF INPUT$(1)="y" THEN PRINT "yes" ELSE PRINT "no"', ["y", "n"]),
+        ("FOR I=1 TO VAL(INPUT$(1)):PRINT I;:NEXT:PRINT", ["3", "1"]),
+        ("GOTO 500+VAL(INPUT$(1))", ["1", "2"]), ("GOSUB 500+VAL(INPUT$(1)):PRINT 8", ["3", "4"]),
+        ("KILL INPUT$(3)", ["K.1", "K.2"]), ("OPEN INPUT$(3) FOR OUTPUT AS 1:PRINT #1,7:CLOSE 1", ["K.1", "K.3"]),
+        ('OPEN "K.4" FOR OUTPUT AS 1:PRINT #1,1:PRINT #1,INPUT$(3);"]":CLOSE 1', ["abc", "xyz"]),
+        ("DIM D(VAL(INPUT$(2))):PRINT 2", ["12", "07"]), ("A$=INPUT$(1)+INPUT$(1):PRINT A$", ["ab", "qr"]),
+        ("PRINT INPUT$(2)", ["ab", "12"]), ("X=VAL(INPUT$(1)):PRINT X", ["5", "7"]),
+        ('WHILE INPUT$(1)<>"q":WEND:PRINT 4', ["q", "q"]), ("ON VAL(INPUT$(1)) GOTO 501,502", ["1", "2"]),
+        ("ON VAL(INPUT$(1)) GOSUB 503,504:PRINT 5", ["1", "2"]), ("M(VAL(INPUT$(1)))=5:PRINT M(1);M(2)", ["1", "2"]),
+        ("PRINT LEN(INPUT$(3));9", ["abc", "  x"]), ("MKDIR INPUT$(2)", ["DA", "DB"]), ("NAME \"K.1\" AS INPUT$(3)", ["K.5", "K.6"]),
+        ("SAVE INPUT$(3)", ["S.1", "S.2"]), ("IF VAL(INPUT$(1)) THEN 501 ELSE 502", ["0", "1"]),
+        ('DEF FNB(X)=X+VAL(INPUT$(1)):PRINT 3*FNB(1)', ["4", "5"]), ("ERASE M:DIM M(VAL(INPUT$(1))):PRINT M(0)", ["4", "3"]),
+        ('MID$(B$,VAL(INPUT$(1)))="!":PRINT B$', ["1", "2"]), ("SWAP M(VAL(INPUT$(1))),X:PRINT X", ["1", "2"]),
+        ("READ M(VAL(INPUT$(1))):PRINT M(1)", ["1", "2"]), ("WRITE INPUT$(2)", ["uv", "zz"]), ("CHDIR INPUT$(1)", ["D", "D"]),
+        ("A$=INPUT$(2):IF A$=\"go\" THEN PRINT 1;A$ ELSE PRINT A$", ["go", "no"]), ("ERROR VAL(INPUT$(1)):PRINT 0", ["5", "6"]),
+        ("B$=STR$(1)+INPUT$(1)+CHR$(65):PRINT B$", ["x", "y"]), ("IF 1 THEN A$=INPUT$(1):PRINT A$ ELSE PRINT 2", ["e", "f"]),
+        ("RESTORE 700+VAL(INPUT$(1)):READ A:PRINT A", ["0", "0"]), ("LOCATE CSRLIN,VAL(INPUT$(1)):PRINT 1", ["3", "4"]),
+        ("PRINT USING INPUT$(2);7", ["##", "#!"]), ("COLOR VAL(INPUT$(1)):COLOR 7:PRINT 1", ["3", "4"]),
+        ("KILL INPUT$(1)+\".1\"", ["K", "K"]), ("RANDOMIZE VAL(INPUT$(2)):PRINT RND", ["12", "34"]),
+    ]
+    lines = ['OPEN "K.1" FOR OUTPUT AS 1:PRINT #1,"keep":CLOSE 1', 'OPEN "K.2" FOR OUTPUT AS 1:PRINT #1,"me":CLOSE 1',
+             'MKDIR "D"', '10 DIM M(9):B$="abc":ON ERROR GOTO 800']
+    if handled:
+        lines.append("20 ON BREAK GOTO 900")
+    keys = []
+    for number in range(30, 30 + 10 * maker.random.randint(1, 4), 10):
+        text, answers = choose(*uses)
+        answer = choose(*answers)
+        if chance(25):
+            text = f"X=1:{text}"
+        lines.append(f"{number} {text}")
+        keys.append(f"@break {maker.random.randrange(len(answer))} {answer}" if chance(75) else f"@keys {answer}")
+    lines += ['400 PRINT "end";X;A$:END', "501 PRINT 501:END", "502 PRINT 502:END", "503 PRINT 503:RETURN", "504 RETURN",
+              "700 DATA 9,8,7", "800 PRINT ERL:RESUME NEXT", "900 RESUME"]
+    return lines + ["RUN", *keys, "@files", "PRINT 6*7", "VARINFO"]
+
+
+def poll_breaks(maker):
+    """Escape at some look for a key between statements, then CONT: the program shows what it shows without."""
+    choose, chance = maker.choose, maker.chance
+    lines = ["5 DIM M(9):DEF FNA(X)=X+1:ON ERROR GOTO 800"]
+    if chance(30):
+        lines.append("6 ON BREAK GOTO 900")
+    count = choose(100, 300, 700)
+    body = choose(
+        "IF Y>2 THEN X=X+1:A=A+2", "X=X+1", "GOSUB 500", "IF 1 THEN GOSUB 500:A=A+1", "M(1)=M(1)+I:A=A+M(1)", "::X=X+I",
+        "FOR J=1 TO 2:X=X+J:NEXT", "W=0:WHILE W<2:W=W+1:X=X+W:WEND", "ON 1+(I AND 1) GOSUB 500,510", "IF X<50 THEN X=X+1",
+        "IF Y=0 THEN Y=1", "A=A+1 B=B+1", "IF 1 THEN IF 1 THEN X=X+1:B=B+1", "A$=LEFT$(A$+\"x\",5)", "N=FNA(N)", "SWAP A,B",
+        "IF I MOD 50=0 THEN ERROR 5", "IF I MOD 70=0 THEN PRINT I", "READ C:RESTORE")
+    more = choose("", ":X=X+1", ":B=B+X", ":GOSUB 510")
+    loop = choose(f"10 FOR I=1 TO {count}:{body}{more}:NEXT", None, None)
+    if loop:
+        lines.append(loop)
+    else:
+        lines += [f"10 I=0", f"20 I=I+1:{body}{more}", f"30 IF I<{count} THEN 20"]
+        if chance(30):
+            lines[-2:] = [f"20 WHILE I<{count}:I=I+1", f"25 {body}{more}", "30 WEND"]
+    lines += ["400 PRINT A;B;C;X;Y;N;I;J;W;M(1);A$:END", "500 A=A+1:RETURN", "510 B=B+1:X=X+B:RETURN", "600 DATA 4",
+              "800 RESUME NEXT", "900 RESUME"]
+    return lines + [f"@break-at {choose(1, 1, 2, 3, 4, 5)}", "RUN", "PRINT A;B;X;Y"]
+
+
+def counted_loops(maker):
+    """Endless loops that count in Y at most the statements they execute."""
+    choose, chance = maker.choose, maker.chance
+    count = "Y=Y+1"
+    inner = lambda: choose(
+        count, f"IF 1 THEN {count}", f"IF Y>=0 THEN {count}", f"IF 0 THEN Z=1 ELSE {count}", "GOSUB 100", f":::{count}",
+        f"IF 1 THEN {count}:{count}", f"IF 1 THEN {count} {count}", f"FOR I=1 TO 3:{count}:NEXT", f"{count} {count}", "ON 1 GOSUB 100,100",
+        f"IF Y>=0 THEN IF 1 THEN {count}", f"IF Z THEN 400 ELSE {count}", f"W=0:WHILE W<3:W=W+1:{count}:WEND", f"LET {count}",
+        "A$=B$:" + count, "IF 1 THEN GOSUB 100", f"IF 1 THEN Z=0:{count}", "READ Z:RESTORE:" + count)
+    lines = ["10 Y=0"] + [f"{number} {':'.join(maker.some(1, 2, inner))}" for number in (20, 22, 24)[:choose(1, 1, 2, 3)]]
+    lines.append(choose("30 GOTO 20", "30 IF 1 THEN 20", f"30 IF 1 THEN {count}:GOTO 20", "30 ON 1 GOTO 20", f"30 {count}:GOTO 20",
+                        "30 IF Y<0 THEN 400 ELSE 20"))
+    if chance(30):
+        lines = ["10 Y=0", f"20 {choose('WHILE 1', 'FOR K=1 TO 2 STEP 0')}:" + ":".join(maker.some(1, 3, inner))]
+        lines.append("30 WEND" if "WHILE 1" in lines[1] else "30 NEXT K")
+    return lines + [f"100 {count}:RETURN", "400 END", "500 DATA 0", f"@escape {choose(1, 1, 2, 3)}", "RUN", "PRINT Y"]
+
+
+# ---- The specialiser's own work
+
+def deep(maker):
+    """Long and deep expressions, and chains of functions."""
+    choose, chance = maker.choose, maker.chance
+    kind = choose("relations", "functions", "functions", "brackets", "operators", "relations", "logic")
+    if kind == "functions":
+        functions = maker.random.randint(2, 12)
+        brackets = maker.random.randint(1, 58)
+        lines = []
+        for i in range(functions):
+            inner = f"FN{chr(66 + i)}(X)" if i < functions - 1 else choose("X", "X+1", "X*X")
+            before = choose("", "1+", "-", "NOT ")
+            lines.append(f"{10 + i} DEF FN{chr(65 + i)}(X)={'(' * brackets}{before}{inner}{')' * brackets}")
+        use = choose("Y=FNA(1)", "PRINT FNA(1)", "IF FNA(1)=1 THEN PRINT 1", "Y=FNA(FNA(1))", "M(FNA(1))=1")
+        lines += ["100 X=1:DIM M(9)", f"110 FOR I=1 TO 3:{use}:NEXT", "120 PRINT Y;X"]
+        return lines + ["RUN", "Y=FNA(1)", "PRINT Y"]
+    names = [name + choose("", "!", "#", "%", "&") for name in "AB"]
+    operators = {"relations": ["<", ">", "=", "<=", "<>"], "logic": [" AND ", " OR ", " XOR ", " IMP "],
+                 "operators": ["+", "-", "*", "/", "^"], "brackets": ["+", "-", "<"]}[kind]
+    count = maker.random.randint(2, 55)
+    text = choose(*names)
+    for _ in range(count):
+        text += choose(*operators) + choose(*names, "1", "2", "X" if chance(30) else "1")
+    if kind == "brackets":
+        depth = maker.random.randint(1, 50)
+        text = "(" * depth + "A" + choose("<", "+", "=") + "1" + ")" * depth
+        text = choose("", "-", "NOT ") * choose(1, 1, 30) + text
+    use = choose(f"X={text}", f"IF {text} THEN X=X+1", f"PRINT {text}", f"M(0)={text}", f"WHILE X<0 AND {text}:WEND")
+    lines = [f"10 DIM M(1):{names[0]}=1:{names[1]}=2:X=0:FOR I=1 TO 3", f"20 {use[:230]}", "30 NEXT:PRINT X;M(0)"]
+    return lines + ["RUN", "PRINT X"]
+
+
+# ---- Program files that fail
+
+def failing_files(maker):
+    """A statement in braces that fails where ERROR could stand, in loops, subroutines, handlers and readers."""
+    choose, chance = maker.choose, maker.chance
+    bad = choose("missing", "missing", "direct")
+    lines = []
+    if bad == "direct":
+        # A file whose first line is a bare statement.
+        lines += ['OPEN "BAD.BAS" FOR OUTPUT AS 1:PRINT #1,"PRINT 1":CLOSE 1']
+    name = "BAD.BAS" if bad == "direct" else "NOSUCH"
+    removes = choose("15-16", "10-16", "11-12", "15-")
+    removed = removes if removes != "15-" else "15-16"
+    statement = choose(f'CHAIN MERGE "{name}",,ALL,DELETE {removed}', f'CHAIN MERGE "{name}",,ALL,DELETE {removed}',
+                       'CHAIN "NOSUCH",,ALL', f'CHAIN MERGE "{name}",,ALL', 'LOAD "NOSUCH"', 'MERGE "NOSUCH"',
+                       f'CHAIN MERGE "{name}",50,ALL,DELETE {removed}')
+    failing = "{" + statement + "}"
+    # The lines that may go are behind the program when it fails.
+    head = ["10 REM", "11 A=1", "12 REM", "15 A=A+1", "16 REM"]
+    trap = ["5 ON ERROR GOTO 100"] * chance(80)
+    body = choose(
+        [f"40 {failing}", "50 PRINT 50", "60 PRINT 60;A"],
+        [f"40 PRINT 4:{failing}:PRINT 41", "50 PRINT 50"],
+        ["30 GOSUB 80", "40 PRINT 40", "50 END", f"80 {failing}", "90 PRINT 90:RETURN"],
+        ["30 FOR I=1 TO 3", f"40 {failing}", "50 PRINT I;", "60 NEXT"],
+        ["30 W=0:WHILE W<3:W=W+1", f"40 {failing}", "50 WEND:PRINT W"],
+        ["30 READ A:PRINT A", f"40 {failing}", "50 READ A:PRINT A", "60 DATA 7,8,9"],
+        ["20 DATA 7,8", "30 READ A:PRINT A", f"40 {failing}", "50 READ A:PRINT A", "60 DATA 9"],
+        [f"40 IF 1 THEN {failing} ELSE PRINT 3", "50 PRINT 50"],
+        ["30 FOR I=1 TO 2:GOSUB 80:NEXT", "40 PRINT 40", "50 END", "80 READ A", f"85 {failing}", "90 PRINT A:RETURN",
+         "95 DATA 4,5,6"],
+        ["30 ON 1 GOSUB 80", "40 PRINT 40:END", f"80 FOR J=1 TO 2:{failing}:PRINT J:NEXT:RETURN"],
+    )
+    tail = ["70 END", f"100 PRINT ERL;:RESUME {choose('NEXT', 'NEXT', 'NEXT', '70')}"]
+    keys = {line.split()[0]: line for line in trap + head + tail + body}
+    lines += [keys[number] for number in sorted(keys, key=int)]
+    lines += ["RUN"] + choose([], ["RETURN"], ["NEXT"], ["READ A:PRINT A"], ["CONT"])
+    return lines
+
+
+def chains(maker):
+    """A program that COMMON variables reach by CHAIN."""
+    choose, chance = maker.choose, maker.chance
+    first = ["10 " + choose("DIM A(3)", "REM", "DEFINT X-Z", "FOR I=1 TO 3", "GOSUB 20", "ON ERROR GOTO 90", "WHILE 1", "DIM A(2),B(2)")]
+    names = [name for name in ("P", "Q%", "R$") if chance(50)]
+    values = {"P": "1.5", "Q%": "7", "R$": '"text"'}
+    common = ":".join(f"{name}={values[name]}" for name in names)
+    if names:
+        first.append("20 COMMON " + ",".join(names) + ":" + common)
+    if chance(40):
+        first.append("30 READ Z1:DATA 1,2,3")
+    first += ['40 CHAIN "N.BAS"', "90 PRINT \"trap\":END"]
+    second = ["10 " + choose("OPTION BASE 1", "DIM A(2)", "READ A:PRINT A", "NEXT", "RETURN", "WEND", "PRINT P;Q%;R$", "X=1.5:PRINT X",
+                             "PRINT A", "RESUME"), f"20 {maker.rich()}", "30 PRINT P;Q%;R$", "40 END", "50 DATA 5,6",
+              "900 PRINT 900:END"]
+    return first + ([f"@common {common}"] if names else []) + ["@program"] + second + ["PRINT P;Q%;R$", "READ A:PRINT A"]
+
+
+THEMES = {
+    "edits": ("images", edits), "repeated": ("repeated", repeated), "state": ("fresh", state),
+    "branches": ("images", branches), "full cache": ("full cache", full_cache), "merges": ("computed targets", merges),
+    "input breaks": ("interrupted", input_breaks), "poll breaks": ("interrupted", poll_breaks),
+    "counted loops": ("bound", counted_loops), "deep": ("images", deep),
+    "failing files": ("fails like ERROR", failing_files), "chains": ("chained", chains),
+}
+
+
+def make_session(theme, seed):
+    """The session's lines; the same theme and seed always give the same."""
+    return [line[:250] for line in THEMES[theme][1](Maker(f"{theme} {seed}"))]
