@@ -13,10 +13,10 @@ FILLING_TEXT = "IF Q0 THEN " + ":" * 122
 
 
 class Step:
-    """What one line of a session showed: rows of the screen and how often a key was looked for."""
+    """What one line of a session showed: rows of the screen, how often a key was looked for and the time it took."""
 
-    def __init__(self, kind, polls, rows):
-        self.kind, self.polls, self.rows = kind, polls, rows
+    def __init__(self, kind, polls, microseconds, rows):
+        self.kind, self.polls, self.microseconds, self.rows = kind, polls, microseconds, rows
 
 
 class Result:
@@ -77,5 +77,5 @@ class Player:
                 return Result(steps, None)
             if kind == "FAULT":
                 return Result(steps, rest)
-            polls, rows = map(int, rest.split())
-            steps.append(Step(kind, polls, [self.read_line() for _ in range(rows)]))
+            polls, microseconds, rows = map(int, rest.split())
+            steps.append(Step(kind, polls, microseconds, [self.read_line() for _ in range(rows)]))

@@ -88,7 +88,7 @@ class Fresh(Relation):
     def difference(self, results):
         several = [comparable_steps(result) for result in results]
         length = min(len(steps) for steps, _ in several)
-        same_kind = first_difference(several[:2]) or first_difference(several[2:])
+        same_kind = first_difference(several[:2]) or (first_difference(several[2:]) if several[2:] else None)
         if same_kind or len(several) < 3:
             return same_kind
         if any(broken for _, broken in several):
@@ -122,6 +122,7 @@ class Interrupted(Relation):
     first; "@break-at N" in front of a line is Escape at its N-th look for a key."""
 
     def variants(self, lines):
+        self.lines = lines
         handled = any("ON BREAK" in line for line in lines)
         plain, broken = [], []
         going_on = None
@@ -146,8 +147,12 @@ class Interrupted(Relation):
         return [(player, variant) for variant in (plain, broken) for player in ("image", "general")]
 
     def difference(self, results):
-        if any(step.kind == "broken" for result in results for step in result.steps):
-            return "a step does not end"
+        ends = [all(step.kind == "shown" for step in result.steps) for result in results]
+        # A session whose keys do not fit its program says nothing.
+        if not all(ends[:2]) or not any(line.startswith("@break") for line in self.lines):
+            return None
+        if not all(ends):
+            return "other keys are asked for, or a step does not end"
         return first_difference([([told(result)], None) for result in results])
 
 
@@ -188,7 +193,11 @@ class FailsLikeError(Relation):
 
     @staticmethod
     def errors_alike(rows):
-        return [re.sub(r"^(?!Ready|Break)[A-Z][A-Za-z' -]+( in \d+)?$", r"error\1", row) for row in rows]
+        return [FAILURES.sub("error", row) for row in rows]
+
+
+FAILURES = re.compile("File not found|Direct statement in file|Illegal direct|Illegal function call|"
+                      "Undefined line number|User-defined error")
 
 
 class Chained(Relation):
@@ -196,8 +205,8 @@ class Chained(Relation):
     of the chained program, "@common TEXT" holds assignments that are its variables."""
 
     def variants(self, lines):
-        if "@program" not in lines:
-            return super().variants(lines)
+        if not any('CHAIN "N.BAS"' in line for line in lines) or "@program" not in lines:
+            return []
         place = lines.index("@program")
         first, second = lines[:place], lines[place + 1:]
         common = next((line[8:] for line in first if line.startswith("@common ")), "")
@@ -209,13 +218,30 @@ class Chained(Relation):
         return [(player, variant) for variant in (chained, typed) for player in ("image", "general")]
 
     def difference(self, results):
+        if not results:
+            return None
         several = [comparable_steps(result) for result in results]
         length = min(len(steps) for steps, _ in several)
         return first_difference([(tail(steps, length), None) for steps, _ in several])
 
 
+class Costs(Relation):
+    """The specialised image takes no more processor time than the general one, apart from what measuring is off."""
+
+    turns = 4
+
+    def variants(self, lines):
+        return [(player, lines) for player in ("image", "general")] * self.turns
+
+    def difference(self, results):
+        times = [min((sum(step.microseconds for step in result.steps) for result in results[i::2])) for i in (0, 1)]
+        if times[0] > 1.35 * times[1] + 300:
+            return f"{times[0]} microseconds where {times[1]} do"
+        return first_difference([comparable_steps(result) for result in results])
+
+
 RELATIONS = {
     "images": Images, "full cache": FullCache, "computed targets": ComputedTargets, "fresh": Fresh,
     "repeated": Repeated, "interrupted": Interrupted, "bound": Bound, "fails like ERROR": FailsLikeError,
-    "chained": Chained,
+    "chained": Chained, "costs": Costs,
 }

@@ -14,7 +14,10 @@
 // The answer is one line "STEPS" per session, then for each step a line "KIND POLLS ROWS" with so many rows
 // of the screen behind it, then "END" or "FAULT text". KIND is "shown" for the rows below the typed line,
 // "screen" when the typed line is gone and all rows are given, and "broken" when Escape had to end the step.
-// Lines that are only stored are no steps.
+// A step "astray" in front says that a line was typed into a program that waits for keys, or keys at the
+// prompt. Lines that are only stored are no steps.
+#include <time.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -94,6 +97,12 @@ Options parse_options(int count, char** words) {
     return options;
 }
 
+std::int64_t processor_microseconds() {
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return std::int64_t{time.tv_sec} * 1'000'000 + time.tv_nsec / 1000;
+}
+
 // The folders and files of a volume with what they hold, in a fixed order.
 std::vector<std::string> describe_volume(const std::filesystem::path& folder) {
     std::vector<std::string> rows;
@@ -163,7 +172,7 @@ class Typist {
         const bool presses_keys = std::any_of(session.begin(), session.end(), [](const std::string& line) {
             return line.starts_with("@keys ");
         });
-        patient_polls_ = presses_keys ? 40'000 : 60;
+        patient_polls_ = presses_keys ? 30'000 : 60;
         for (const std::string& line : session) {
             const std::string fault = step(line, result.shown);
             if (fault.empty()) continue;
@@ -180,6 +189,8 @@ class Typist {
         if (line.starts_with("@keys ")) {
             const auto keys = transcript::named_keys(line.substr(6));
             if (!keys) return "no such key";
+            // The line editor shows its cursor: no program asks for these keys.
+            if (screen_.cursor) add("astray", 0, {}, shown);
             for (const uefi::InputKey& key : *keys)
                 machine_->firmware().keyboard().press(key);
             return run(keys->size(), true, shown);
@@ -204,6 +215,7 @@ class Typist {
             machine_->firmware().faults().arm({});
             return {};
         }
+        if (!screen_.cursor) add("astray", 0, {}, shown);
         press(line);
         press("\r");
         typed_.push_back(line);
@@ -217,9 +229,11 @@ class Typist {
         if (escape_at_ != 0) keyboard.press_at_poll(keys + escape_at_, escape);
         escape_at_ = 0;
         // The key of somebody who loses patience, soon and again and again.
-        for (std::uint64_t n = patient_polls_; n < 64 * patient_polls_; n += n / 2)
+        for (std::uint64_t n = patient_polls_; n < 4 * patient_polls_ + 4000; n += n / 2)
             keyboard.press_at_poll(keys + n, escape);
+        const std::int64_t began = processor_microseconds();
         const host::Stop stop = machine_->run(options_.patience);
+        microseconds_ = processor_microseconds() - began;
         if (stop == host::Stop::fault) return machine_->fault_report();
         if (stop == host::Stop::timed_out) return "it does not end";
         if (stop == host::Stop::returned) return "the application has ended";
@@ -264,9 +278,10 @@ class Typist {
         return text == transcript::without_trailing_blanks(line) ? count : 0;
     }
 
-    static void add(const char* kind, std::uint64_t polls, const std::vector<std::string>& rows,
-                    std::string& shown) {
-        shown += std::string(kind) + " " + std::to_string(polls) + " " + std::to_string(rows.size()) + "\n";
+    void add(const char* kind, std::uint64_t polls, const std::vector<std::string>& rows,
+             std::string& shown) const {
+        shown += std::string(kind) + " " + std::to_string(polls) + " " + std::to_string(microseconds_) + " " +
+                 std::to_string(rows.size()) + "\n";
         for (const std::string& row : rows)
             shown += row + "\n";
     }
@@ -276,6 +291,7 @@ class Typist {
     ScreenText screen_;
     std::vector<std::string> typed_;  // since the screen was looked at
     std::uint64_t escape_at_ = 0;
+    std::clock_t microseconds_ = 0;    // of processor time of processor time that the last run took
     std::uint64_t patient_polls_ = 0;  // looks for a key in one step until Escape is pressed
 };
 

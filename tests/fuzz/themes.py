@@ -91,6 +91,12 @@ def edits(maker):
         lines.append(f"30 {choose('PRINT 3:', '')}END")
     lines += [f"100 {choose('STOP', 'END', 'ERROR 7', 'PRINT 1:STOP:RETURN')}", "900 PRINT 900:END", "950 DATA 1,2,3,4,5"]
     lines.append("RUN")
+    if chance(60):
+        # A line in the taker's place, run before and after the position is used.
+        number = choose(first, 7)
+        lines += [f"{number} {':' * choose(0, 0, 1, 1, 2, 3)}{maker.rich()}", f"A={choose(0, 1)}:B=1:C=1"]
+        again, back = f"GOTO {number}", {"G": "RETURN", "F": "NEXT", "W": "WEND", "E": "RESUME"}[taker[0]]
+        return lines + [again, back, again] + [back, again] * chance(50) + ["VARINFO FULL"]
     for _ in range(maker.random.randint(1, 3)):
         for _ in range(maker.random.randint(0, 2)):
             number = choose(1, 5, 7, 10, 10, 15, 20, 20, 25)
@@ -226,7 +232,7 @@ def merges(maker):
                     'IF I=2 THEN MERGE "B.BAS"')
     direct = f"FOR I=1 TO {choose(2, 2, 3)}:{change}:{jump}"
     lines += [direct] + [direct] * chance(30)
-    return lines + [choose("RUN", "I=2:GOTO 20", "LIST NOWAIT", "GOSUB 20")]
+    return lines + [choose("RUN", "LIST NOWAIT", "PRINT I;Z")]
 
 
 # ---- Breaks
@@ -323,7 +329,7 @@ def deep(maker):
     choose, chance = maker.choose, maker.chance
     kind = choose("relations", "functions", "functions", "brackets", "operators", "relations", "logic")
     if kind == "functions":
-        functions = maker.random.randint(2, 12)
+        functions = maker.random.randint(2, 25)
         brackets = maker.random.randint(1, 58)
         lines = []
         for i in range(functions):
@@ -337,9 +343,9 @@ def deep(maker):
     operators = {"relations": ["<", ">", "=", "<=", "<>"], "logic": [" AND ", " OR ", " XOR ", " IMP "],
                  "operators": ["+", "-", "*", "/", "^"], "brackets": ["+", "-", "<"]}[kind]
     count = maker.random.randint(2, 55)
-    text = choose(*names)
+    text, alike = choose(*names), chance(50)
     for _ in range(count):
-        text += choose(*operators) + choose(*names, "1", "2", "X" if chance(30) else "1")
+        text += choose(*operators) + (text[:2].rstrip("".join(operators)) if alike else choose(*names, "1", "2"))
     if kind == "brackets":
         depth = maker.random.randint(1, 50)
         text = "(" * depth + "A" + choose("<", "+", "=") + "1" + ")" * depth
@@ -400,11 +406,32 @@ def chains(maker):
         first.append("20 COMMON " + ",".join(names) + ":" + common)
     if chance(40):
         first.append("30 READ Z1:DATA 1,2,3")
+    if not names:
+        first.append("20 REM")
     first += ['40 CHAIN "N.BAS"', "90 PRINT \"trap\":END"]
     second = ["10 " + choose("OPTION BASE 1", "DIM A(2)", "READ A:PRINT A", "NEXT", "RETURN", "WEND", "PRINT P;Q%;R$", "X=1.5:PRINT X",
                              "PRINT A", "RESUME"), f"20 {maker.rich()}", "30 PRINT P;Q%;R$", "40 END", "50 DATA 5,6",
               "900 PRINT 900:END"]
     return first + ([f"@common {common}"] if names else []) + ["@program"] + second + ["PRINT P;Q%;R$", "READ A:PRINT A"]
+
+
+# ---- What statements cost
+
+def costs(maker):
+    """Loops of statements that make what others remember out of date, with few or many variables."""
+    choose, chance = maker.choose, maker.chance
+    turns = choose(1000, 2000)
+    statement = lambda: choose("ERASE A:DIM A(3)", "DEF FNA(X)=X+1", "X=X+A(1)", "X=FNA(I)", "A$=STR$(I)", "IF X<5 THEN X=X+1",
+                               "SWAP X,Y", "ERASE A:DIM A(3):X=A(1)", "DIM Z(1):ERASE Z", "GOSUB 100", "Y=X*2-I/3", "READ Q:RESTORE",
+                               "Q=FNB(X,I)", "PRINT LEFT$(A$,0);", "FOR J=1 TO 2:Y=Y+J:NEXT", "ON 1 GOSUB 100", "IF X=Y AND X=0 OR Q<>1 THEN X=Y")
+    lines = ["10 DIM A(3):DEF FNA(X)=X*2:DEF FNB(X,Y)=X+Y*FNA(X)"]
+    if chance(50):
+        count = choose(300, 1500, 3000)
+        lines += ['OPEN "V.BAS" FOR OUTPUT AS 1', f'FOR I=1 TO {count // 20}:PRINT #1,9+I;:FOR J=1 TO 20:PRINT #1,":V"+MID$(STR$(I),2)+"X"+MID$(STR$(J),2)+"=1";:NEXT:PRINT #1,"":NEXT',
+                  "CLOSE 1"]
+    body = ":".join(maker.some(1, 3, statement))
+    return lines + [f"50 FOR I=1 TO {turns}:{body}:NEXT", "60 PRINT X;Y;A(1):END", "100 Y=Y+1:RETURN", "200 DATA 1"] + (
+        ["RUN"] if len(lines) == 1 else ['MERGE "V.BAS"', "RUN"])
 
 
 THEMES = {
@@ -413,6 +440,7 @@ THEMES = {
     "input breaks": ("interrupted", input_breaks), "poll breaks": ("interrupted", poll_breaks),
     "counted loops": ("bound", counted_loops), "deep": ("images", deep),
     "failing files": ("fails like ERROR", failing_files), "chains": ("chained", chains),
+    "costs": ("costs", costs),
 }
 
 
