@@ -123,7 +123,9 @@ uefi::Status FileServices::open_existing(Volume& volume, const FolderPath& path,
     const bool directory = S_ISDIR(status->st_mode);
     const bool writable = (mode & uefi::file_mode_write) != 0;
     const bool creating = (mode & uefi::file_mode_create) != 0;
-    if (creating && directory != ((attributes & uefi::file_directory) != 0)) return uefi::access_denied;
+    // A directory where a file was to be created is opened as it is, as the FAT driver of the reference
+    // firmware does it.
+    if (creating && !directory && (attributes & uefi::file_directory) != 0) return uefi::access_denied;
     if (writable && (attributes_of(*status) & uefi::file_read_only) != 0) return uefi::access_denied;
 
     Descriptor descriptor;
@@ -258,8 +260,7 @@ uefi::Status FileServices::write_bytes(OpenFile& file, std::uint64_t* size, cons
     const std::uint64_t growth = end > old_size ? end - old_size : 0;
     const bool full = growth > file.volume.free_bytes_;
     if (full) *size -= std::min(*size, growth - file.volume.free_bytes_);
-    const ssize_t count =
-        pwrite(file.descriptor.number(), buffer, *size, static_cast<off_t>(file.position));
+    const ssize_t count = pwrite(file.descriptor.number(), buffer, *size, static_cast<off_t>(file.position));
     if (count < 0) return uefi::device_error;
     *size = static_cast<std::uint64_t>(count);
     file.position += *size;

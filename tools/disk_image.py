@@ -10,6 +10,7 @@ Uses sgdisk and mtools; needs no root rights and mounts nothing.
 
 import argparse
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -86,6 +87,12 @@ class DiskImage:
         """The names in a folder, as mtools lists them."""
         listing = run("mdir", "-i", self.drive, "-b", f"::/{folder}").decode(errors="replace")
         return [line.removeprefix("::/") for line in listing.splitlines()]
+
+    def fill(self, sectors):
+        """Leaves so many sectors free, by a file of zeros."""
+        listing = run("mdir", "-i", self.drive, "::/").decode(errors="replace")
+        free = re.search(r"([0-9 ]+) bytes free", listing)[1].replace(" ", "")
+        self.put_bytes(b"\0" * (int(free) - sectors * SECTOR), "FILLER.BIN")
 
     def check(self):
         """Runs fsck.fat over a copy of the file system; raises DiskImageError when it finds fault."""

@@ -4,9 +4,9 @@
 #include <cstdint>
 #include <span>
 
-#include "platform/device_path.h"
 #include "explorer/line_text.h"
 #include "explorer/report.h"
+#include "platform/device_path.h"
 
 namespace korvane {
 

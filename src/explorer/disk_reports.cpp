@@ -4,10 +4,10 @@
 
 #include "explorer/block_device.h"
 #include "explorer/device_path_text.h"
-#include "platform/handle_list.h"
 #include "explorer/hex_line.h"
 #include "explorer/number_syntax.h"
 #include "explorer/report.h"
+#include "platform/handle_list.h"
 
 namespace korvane {
 namespace {

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <utility>
 
-#include "platform/handle_list.h"
 #include "files/volume.h"
+#include "platform/handle_list.h"
 #include "platform/uefi.h"
 
 namespace korvane {

@@ -105,8 +105,7 @@ bool flush_output(OpenFile& file) {
     const auto wanted = static_cast<std::uint64_t>(file.pending);
     std::uint64_t done = wanted;
     file.pending = 0;
-    if (!file.write_failed)
-        file.write_failed = !write_file(file.handle, file.output, done) || done != wanted;
+    if (!file.write_failed) file.write_failed = !write_file(file.handle, file.output, done) || done != wanted;
     return !file.write_failed;
 }
 

@@ -10,9 +10,9 @@ namespace korvane {
 FileHandle open_own_image();
 
 // True when the file, which was opened under `name`, is the running image's own. The volume's own spelling of
-// its name, and of the directories up to the root, tells: the name may have been spelled in any way. A file of
-// the same name whose directories the firmware does not show counts as the image, and so does every file while
-// the firmware does not tell what the image is.
+// its name, and of the directories up to the root, tells: the name may have been spelled in any way. A file
+// of the same name whose directories the firmware does not show counts as the image, and so does every file
+// while the firmware does not tell what the image is.
 bool is_own_image(uefi::FileProtocol* file, const FirmwareName& name);
 
 }  // namespace korvane

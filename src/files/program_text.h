@@ -51,8 +51,8 @@ FileHandle open_program(std::string_view name);
 // before it stay stored, and the file is closed before the error is raised.
 void read_program_text(FileHandle file);
 
-// Writes the program up to the first piece that cannot be written whole, so that the file is a beginning of it.
-// Write errors are not reported: the caller closes the file either way.
+// Writes the program up to the first piece that cannot be written whole, so that the file is a beginning of
+// it. Write errors are not reported: the caller closes the file either way.
 void write_program_text(const FileHandle& file);
 
 }  // namespace korvane

@@ -55,14 +55,21 @@ std::string_view up_to_zero(std::string_view text) {
     return text.substr(0, text.find('\0'));
 }
 
+// Some firmware opens a directory where a file is to be created, and lets it be deleted if it is empty.
+FileHandle open_for_writing(const FirmwareName& name) {
+    FileHandle file = open_named(name, create_read_write);
+    if (IsDirectory(file.get())) file.close();
+    return file;
+}
+
 FileHandle create_empty(const FirmwareName& name) {
-    FileHandle old = open_named(name, create_read_write);
+    FileHandle old = open_for_writing(name);
     if (!old || is_own_image(old.get(), name) || !old.remove()) return FileHandle();
     return open_named(name, create_read_write);
 }
 
 FileHandle open_at_end(const FirmwareName& name) {
-    FileHandle file = open_named(name, create_read_write);
+    FileHandle file = open_for_writing(name);
     if (!file.set_position(uefi::end_of_file_position)) file.close();
     return file;
 }
@@ -277,7 +284,7 @@ FileHandle OpenFileByName(std::string_view name, OpenMode mode) {
         case OpenMode::append:
             return open_at_end(converted);
         case OpenMode::update:
-            return open_named(converted, create_read_write);
+            return open_for_writing(converted);
     }
     return FileHandle();
 }

@@ -6,8 +6,8 @@
 // resolves them.
 //
 // Both directories may go away while the interpreter runs: the current one may be deleted, and a stick may be
-// pulled out and put back. Nobody tells, so when a name cannot be opened, it is asked whether its directory is
-// still there; if not, the volume is looked for anew, and the current directory by its name.
+// pulled out and put back. Nobody tells, so when a name cannot be opened, it is asked whether its directory
+// is still there; if not, the volume is looked for anew, and the current directory by its name.
 #pragma once
 
 #include <cstdint>
@@ -125,7 +125,8 @@ FileHandle open_named(const FirmwareName& name, std::uint64_t firmware_mode, std
 // The same for a firmware name that starts at the root whether it begins with a separator or not.
 FileHandle open_from_root(const char16_t* name, std::uint64_t firmware_mode, std::uint64_t attributes = 0);
 
-// Opens a file relative to the base directory. The running image is never created anew. Empty on any failure; raises nothing.
+// Opens a file relative to the base directory. The running image is never created anew. Empty on any failure;
+// raises nothing.
 FileHandle OpenFileByName(std::string_view name, OpenMode mode);
 
 // True when the file could be opened for writing and deleted. Raises nothing.

@@ -17,8 +17,8 @@ namespace korvane {
 
 namespace {
 
-// Reads the whole image file. It may carry a packed program already: that becomes dead bytes, because only the
-// last trailer counts.
+// Reads the whole image file. It may carry a packed program already: that becomes dead bytes, because only
+// the last trailer counts.
 bool read_image(const FileHandle& image, const PoolBuffer& copy) {
     std::uint64_t done = 0;
     for (std::uint64_t at = 0; at < copy.size(); at += done) {

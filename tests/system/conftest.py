@@ -20,17 +20,19 @@ BOOT_TIMEOUT = 90
 os.environ["PATH"] = programs.search_path()
 
 
-def make_disk(folder, image=IMAGE, files=None):
-    """A boot disk with an image (a path) and files ({name: bytes}) in its root directory."""
+def make_disk(folder, image=IMAGE, files=None, folders=()):
+    """A boot disk with an image (a path), files ({name: bytes}) and folders."""
     disk = DiskImage(folder / "boot.img").create().install(image)
+    for name in folders:
+        disk.make_folder(name)
     for name, data in (files or {}).items():
         disk.put_bytes(data, name)
     return disk
 
 
 def boot(disk, **options):
-    """A machine booted from a disk to the prompt; close it (or use it in a with statement)."""
-    machine = Machine(disk.path, **options)
+    """A machine booted from a disk (None: from what the options give it) to the prompt; close it (or use it in a with statement)."""
+    machine = Machine(disk and disk.path, **options)
     try:
         machine.wait_for(lambda screen: "Ready." in screen.rows(), BOOT_TIMEOUT, "the prompt")
     except BaseException:

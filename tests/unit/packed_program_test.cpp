@@ -356,6 +356,7 @@ TEST_F(ImagePathTest, TheRunningImageIsKnownByName) {
         return is_own_image(file.get(), FirmwareName(name));
     };
     std::filesystem::create_directory(folder_.path() / "SUB");
+    folder_.write("APP.EFI", "x");
     folder_.write("SUB/APP.EFI", "x");
     folder_.write("APP.EF", "x");
     folder_.write("APP.EFI2", "x");
@@ -378,7 +379,7 @@ TEST_F(ImagePathTest, TheRunningImageIsKnownByName) {
     EXPECT_FALSE(is_own("APP.EFI"));
     EXPECT_TRUE(is_own("../APP.EFI"));
     EXPECT_TRUE(is_own("/APP.EFI"));
-    initialize_volume();
+    set_current_directory(FileHandle(), FirmwareName("\\"));
 }
 
 }  // namespace
