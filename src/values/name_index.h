@@ -10,6 +10,14 @@
 
 namespace korvane {
 
+// Names are zero-padded, so two of them are equal exactly when all their bytes are.
+inline bool same_name(const char* left, const char* right) {
+    std::uint64_t difference = 0;
+    for (int i = 0; i < name_capacity; i += 8)
+        difference |= read_unaligned<std::uint64_t>(left + i) ^ read_unaligned<std::uint64_t>(right + i);
+    return difference == 0;
+}
+
 template <std::uint32_t capacity>
 class NameIndex {
   public:
@@ -38,11 +46,14 @@ class NameIndex {
   private:
     static_assert((capacity & (capacity - 1)) == 0 && capacity < none);
 
-    // Names are zero-padded, so that all their bytes can be taken.
+    // Names are zero-padded, and most of them have no more than eight characters.
     static std::uint32_t slot(const char* name) {
         std::uint64_t hash = 0;
-        for (int i = 0; i < name_capacity; i += 8)
-            hash = (hash ^ read_unaligned<std::uint64_t>(name + i)) * 0x9E3779B97F4A7C15;
+        for (int i = 0; i < name_capacity; i += 8) {
+            const auto characters = read_unaligned<std::uint64_t>(name + i);
+            if (characters == 0) break;
+            hash = (hash ^ characters) * 0x9E3779B97F4A7C15;
+        }
         return static_cast<std::uint32_t>(hash >> 32) & (capacity - 1);
     }
 

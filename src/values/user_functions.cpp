@@ -122,7 +122,7 @@ UserFunction* find_user_function(const char* name) {
     const auto& names = user_functions.names;
     for (std::uint16_t i = names.first(name); i != names.none; i = names.next(i)) {
         UserFunction& function = user_functions.functions[i];
-        if (compare_bytes(function.name, name, name_capacity) == 0) return &function;
+        if (same_name(function.name, name)) return &function;
     }
     return nullptr;
 }

@@ -33,11 +33,6 @@ inline void refresh_index() {
     if (__builtin_expect(variables.index_stale, false)) rebuild_index();
 }
 
-// Names are zero-padded, so two of them are equal exactly when all 40 bytes are.
-bool same_name(const char* left, const char* right) {
-    return compare_bytes(left, right, 1) == 0 && compare_bytes(left, right, name_capacity) == 0;
-}
-
 }  // namespace
 
 void reset_default_types() {
@@ -85,10 +80,7 @@ VariableEntry* find_variable(const char* name, bool is_array) {
     return nullptr;
 }
 
-void note_written_memory(std::uint64_t address, std::uint64_t size) {
-    const std::uint64_t offset = address - reinterpret_cast<std::uint64_t>(variables.table);
-    // What reaches into the table from below counts as well.
-    if (offset >= variable_table_size && offset + size > offset) return;
+void note_written_table(std::uint64_t offset, std::uint64_t size) {
     // A variable's value may be written as often as one likes.
     const std::uint64_t in_entry = offset % sizeof(VariableEntry);
     const bool value_only =

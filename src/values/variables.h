@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "core/arenas.h"
 #include "core/token.h"
 #include "values/value.h"
 
@@ -69,11 +70,15 @@ void reset_default_types();
 
 VariableEntry* find_variable(const char* name, bool is_array);
 
-// After entries have been moved or memory been written by other means than these functions: memory at an
-// address, or anywhere.
-void note_written_memory(std::uint64_t address, std::uint64_t size);
+// After entries have been moved, or memory been written by other means than these functions: anywhere, or at
+// an address. Also what is written in front of the table may reach into it.
 inline void note_written_names() {
     variables.index_stale = true;
+}
+void note_written_table(std::uint64_t offset, std::uint64_t size);
+inline void note_written_memory(std::uint64_t address, std::uint64_t size) {
+    const std::uint64_t offset = address - reinterpret_cast<std::uint64_t>(variables.table);
+    if (offset < variable_table_size || offset + size < size) note_written_table(offset, size);
 }
 
 // Ends what was specialised on the assumption that names have no variable: before one is created, or the
