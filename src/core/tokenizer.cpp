@@ -141,8 +141,7 @@ std::size_t token_length(const std::uint8_t* text) {
         const std::uint8_t* end = end_of_string(text + 1);
         return static_cast<std::size_t>(end - text) + (*end == '"');
     }
-    if (begins_literal(text)) return literal_length(text);
-    if (!is_letter(*text)) return 1;
+    if (!is_letter(*text)) return begins_literal(text) ? literal_length(text) : 1;
     const std::uint8_t* end = text;
     while (is_letter(*end) || is_digit(*end))
         ++end;

@@ -13,7 +13,8 @@ class WordScan {
     WordScan(std::string_view text, std::uint32_t start)
         : text_(text), position_(start), word_start_(start) {}
 
-    // Moves behind the next word (a keyword, or a name with its suffix); false at the end of the line.
+    // Moves behind the next word (a keyword or a name, its suffix not counted unless it is "&"); false at the
+    // end of the line.
     bool next_word();
 
     // Compares the word, without regard to case, with an upper-case one.
@@ -23,8 +24,7 @@ class WordScan {
     std::uint32_t position() const { return position_; }
 
   private:
-    // Of a blank as well.
-    std::uint32_t token_length_at(std::uint32_t position) const;
+    void pass_token();
 
     std::string_view text_;
     std::uint32_t position_;

@@ -61,53 +61,68 @@ std::int32_t read_call_arguments(Cursor& cursor, Value* arguments) {
     return expect(cursor, ')', message::expected_right_parenthesis) ? count : -1;
 }
 
+// The parts of a definition behind its name, where they stand in the line.
+struct Definition {
+    const Token* parameters;  // names, with a token between two of them
+    std::int32_t parameter_count;
+    const Token* body;
+    std::int32_t body_length;
+    std::uint64_t text_bytes;  // of the text literals in the body
+};
+
 // The names in parentheses, up to and including ")".
-bool read_parameters(Cursor& cursor, UserFunction& function) {
+bool read_parameters(Cursor& cursor, Definition& definition) {
+    definition.parameters = cursor;
     do {
         if (cursor->kind != IDENTIFIER) {
             raise(message::expected_parameter);
             return false;
         }
-        if (function.parameter_count == max_parameters) {
+        if (definition.parameter_count == max_parameters) {
             raise(message::too_many_params);
             return false;
         }
-        copy_bytes(function.parameters[function.parameter_count++], cursor->name, name_capacity);
+        ++definition.parameter_count;
         ++cursor;
     } while (accept(cursor, ','));
     return expect(cursor, ')', message::expected_right_parenthesis);
 }
 
-// Copies the expression's tokens. Text literals move to string space, so that the function outlives the line.
-void copy_body(Cursor& cursor, UserFunction& function) {
+bool read_body(Cursor& cursor, Definition& definition) {
+    definition.body = cursor;
     for (; !at_statement_end(cursor); ++cursor) {
-        if (function.body_length == max_tokens_per_line) {
+        if (definition.body_length == max_tokens_per_line) {
             raise(message::def_fn_too_long);
-            return;
+            return false;
         }
-        Token& token = function.body[function.body_length];
-        token = *cursor;
-        if (token.kind == STRING_LITERAL) {
-            token.string.bytes = new_string_of(cursor->string.bytes, cursor->string.length).bytes;
-            if (error_pending()) return;
-        }
-        ++function.body_length;
+        ++definition.body_length;
+        if (cursor->kind == STRING_LITERAL) definition.text_bytes += cursor->string.length;
     }
-    function.body[function.body_length] = Token{};
+    if (definition.text_bytes <= free_data_bytes()) return true;
+    raise(message::out_of_string_space);
+    return false;
 }
 
-// Everything behind the name. Raises on a fault.
-void read_definition(Cursor& cursor, UserFunction& function) {
-    if (accept(cursor, '(') && !read_parameters(cursor, function)) return;
-    if (expect(cursor, '=', message::expected_equals)) copy_body(cursor, function);
+bool read_definition(Cursor& cursor, Definition& definition) {
+    if (accept(cursor, '(') && !read_parameters(cursor, definition)) return false;
+    return expect(cursor, '=', message::expected_equals) && read_body(cursor, definition);
 }
 
-// Overwrites a definition with another one of its name.
-void replace_definition(UserFunction& function, const UserFunction& made) {
-    function.parameter_count = made.parameter_count;
-    function.body_length = made.body_length;
-    copy_bytes(function.parameters, made.parameters, sizeof made.parameters);
-    copy_bytes(function.body, made.body, (static_cast<std::size_t>(made.body_length) + 1) * sizeof(Token));
+// Text literals move to string space, so that the function outlives the line. Nothing here fails.
+void define(UserFunction& function, const Definition& definition) {
+    function.parameter_count = definition.parameter_count;
+    for (std::int32_t i = 0; i < definition.parameter_count; ++i)
+        copy_bytes(function.parameters[i], definition.parameters[2 * i].name, name_capacity);
+    function.body_length = definition.body_length;
+    const auto length = static_cast<std::size_t>(definition.body_length);
+    copy_bytes(function.body, definition.body, length * sizeof(Token));
+    function.body[length] = Token{};
+    if (definition.text_bytes == 0) return;
+    for (std::size_t i = 0; i < length; ++i) {
+        Token& token = function.body[i];
+        if (token.kind != STRING_LITERAL) continue;
+        token.string.bytes = new_string_of(token.string.bytes, token.string.length).bytes;
+    }
 }
 
 }  // namespace
@@ -165,20 +180,19 @@ Value evaluate_user_function(const Token& name, Cursor& cursor) {
         raise(message::too_many_def_fn);
         return;
     }
-    UserFunction& made = user_functions.functions[user_functions.count];
-    copy_bytes(made.name, cursor->name, name_capacity);
-    made.parameter_count = 0;
-    made.body_length = 0;
-    ++cursor;
-    read_definition(cursor, made);
-    if (error_pending()) return;
+    const char* name = (cursor++)->name;
+    // Nothing is changed before the whole definition has been found to be good.
+    Definition definition{};
+    if (!read_definition(cursor, definition)) return;
+    if (function == nullptr) {
+        user_functions.names.add(name, static_cast<std::uint16_t>(user_functions.count));
+        function = &user_functions.functions[user_functions.count++];
+        fill_bytes(function, 0, sizeof *function);
+        copy_bytes(function->name, name, name_capacity);
+    }
     // What was learned about calls of the old definition is no longer true.
     ++arenas.generation;
-    if (function != nullptr) {
-        replace_definition(*function, made);
-    } else {
-        user_functions.names.add(made.name, static_cast<std::uint16_t>(user_functions.count++));
-    }
+    define(*function, definition);
 }
 
 }  // namespace korvane

@@ -36,8 +36,7 @@ struct UserFunction {
 struct UserFunctions {
     std::uint32_t count;
     NameIndex<max_user_functions> names;
-    // Behind the last definition the next one is made, so that one that fails leaves all others as they are.
-    UserFunction functions[max_user_functions + 1];
+    UserFunction functions[max_user_functions];
 };
 extern UserFunctions user_functions;
 
