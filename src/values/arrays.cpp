@@ -93,6 +93,13 @@ ArrayBlock* allocate_block(const Bounds& bounds, Type type) {
     create_variable(name->name, true)->array = block;
 }
 
+bool any_array_exists() {
+    for (std::uint32_t i = 0; i < variables.count; ++i) {
+        if (variables.table[i].is_array()) return true;
+    }
+    return false;
+}
+
 // The arrays that a DIM made before a break: executed again it makes them once more. They are those from
 // entry `first` on, and their blocks begin at `bottom`.
 [[gnu::cold]] void forget_arrays(std::uint32_t first, std::uint8_t* bottom) {
@@ -190,7 +197,7 @@ void do_option(Cursor& cursor) {
     ++cursor;
     if (base != 0 && base != 1) {
         raise(message::illegal_function_call);
-    } else if (variables.arrays != 0) {
+    } else if (any_array_exists()) {
         raise(message::duplicate_definition);
     } else {
         variables.array_base = base == 0 ? 0 : 1;

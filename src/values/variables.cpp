@@ -21,11 +21,8 @@ NameIndex<max_variables> names;
 // Makes the index from the table, so that of equal names the first one is found.
 [[gnu::cold, gnu::noinline]] void rebuild_index() {
     names.clear();
-    variables.arrays = 0;
-    for (std::uint32_t i = variables.count; i-- > 0;) {
+    for (std::uint32_t i = variables.count; i-- > 0;)
         names.add(variables.table[i].name, static_cast<std::uint16_t>(i));
-        if (variables.table[i].is_array()) ++variables.arrays;
-    }
     variables.index_stale = false;
 }
 
@@ -44,7 +41,6 @@ void clear_variables() {
     variables.table = reinterpret_cast<VariableEntry*>(arenas.VARTABLE);
     variables.count = 0;
     variables.array_base = 0;
-    variables.arrays = 0;
     variables.index_stale = false;
     names.clear();
     variables.absence_assumed = false;
@@ -107,7 +103,6 @@ VariableEntry* create_variable(const char* name, bool is_array) {
     entry.name[name_capacity - 1] = 0;
     entry.type = type_of_name(entry.name);
     entry.flags = is_array ? array_flag : 0;
-    if (is_array) ++variables.arrays;
     names.add(entry.name, static_cast<std::uint16_t>(variables.count - 1));
     return &entry;
 }
@@ -118,7 +113,6 @@ void remove_variable(VariableEntry* entry) {
     const auto number_of = [](const VariableEntry* of) {
         return static_cast<std::uint16_t>(of - variables.table);
     };
-    if (entry->is_array()) --variables.arrays;
     names.remove(entry->name, number_of(entry));
     for (const VariableEntry* later = entry + 1; later != end; ++later)
         names.move_down(later->name, number_of(later));

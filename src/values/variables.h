@@ -45,7 +45,6 @@ struct Variables {
     VariableEntry* table;  // VARTABLE
     std::uint32_t count;
     std::int64_t array_base;  // 0 or 1
-    std::uint32_t arrays;     // how many entries are arrays
     bool index_stale;         // names in the table have changed without the index
     bool absence_assumed;     // a specialised statement reads a name that has no variable yet
     Type default_types[26];   // of unsuffixed names, by first letter

@@ -56,7 +56,7 @@ void describe_variables(std::ostream& out) {
         }
         out << '\n';
     }
-    out << "base " << variables.array_base << " arrays " << (variables.arrays != 0) << '\n'
+    out << "base " << variables.array_base << '\n'
         << "free from " << arenas.FREEBOT - arenas.LOMEM << " to " << arenas.HIMEM - arenas.FREETOP << '\n'
         << "random " << random_state.seed << ' ' << random_state.last << '\n'
         << "functions " << user_functions.count << " common " << common_list.count << '\n';
