@@ -59,7 +59,7 @@ endif()
 target_compile_options(
   korvane.efi
   PRIVATE -O2
-          -ffreestanding
+          -fno-builtin
           -fno-exceptions
           -fno-rtti
           -fno-threadsafe-statics

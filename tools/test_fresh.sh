@@ -78,7 +78,7 @@ make_system() {
     network_settings >"$system.apt"
     mapfile -t lines < <(archives "$release")
     [ ${#lines[@]} -gt 0 ] || exit 1
-    mmdebstrap --quiet --mode=root --variant=minbase --include=ca-certificates,sudo,git --aptopt="$system.apt" \
+    mmdebstrap --quiet --mode=root --variant=minbase --include=apt,ca-certificates,sudo,git --aptopt="$system.apt" \
         "$release" "$system" "${lines[@]}" >>"$log" 2>&1 ||
         die "could not make the minimal system; build/fresh.log tells why"
     cp /etc/hosts "$system/etc/hosts"
