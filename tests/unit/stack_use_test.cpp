@@ -92,6 +92,45 @@ TEST_F(StackUseTest, RunawayRecursionLeavesRoomForTheFirmware) {
     EXPECT_GE(untouched(), reserve);
 }
 
+TEST_F(StackUseTest, LookingAtStatementsLeavesRoomForTheFirmware) {
+    // Each function calls the next one, from the end of a long sum or inside brackets, signs or subscripts.
+    type("10 DIM A(3):X=1");
+    const auto name = [](int i) {
+        return std::string{static_cast<char>('A' + i / 8), static_cast<char>('A' + i % 8)};
+    };
+    for (int i = 0; i < 60; ++i) {
+        const std::string next = i == 59 ? "X" : "FN" + name(i + 1) + "(X)";
+        std::string body;
+        switch (i % 4) {
+            case 0:
+                for (int k = 0; k < 50; ++k)
+                    body += "X+";
+                body += next;
+                break;
+            case 1:
+                body = std::string(50, '(') + next + std::string(50, ')');
+                break;
+            case 2:
+                body = std::string(90, '-') + next;
+                break;
+            default:
+                for (int k = 0; k < 20; ++k)
+                    body += "A(0*";
+                body += next + std::string(20, ')');
+                break;
+        }
+        type(std::to_string(100 + i) + " DEF FN" + name(i) + "(X)=" + body);
+    }
+    type("900 N=N+1:ON ERROR GOTO 3000");
+    for (int i = 0; i < 60; ++i)
+        type(std::to_string(1000 + i) + " Y=FN" + name(i) + "(1)");
+    type("2000 IF N<3 THEN 900 ELSE END");
+    type("3000 RESUME NEXT");
+    type("RUN");
+    std::printf("stack: %zu bytes untouched after looking at statements\n", untouched());
+    EXPECT_GE(untouched(), reserve);
+}
+
 TEST_F(StackUseTest, TheDeepestParenthesesOfALine) {
     type("A=" + std::string(62, '(') + "1" + std::string(62, ')'));
     type("PRINT " + std::string(126, '('));
