@@ -13,18 +13,33 @@ file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cp
 
 add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
 # Whatever does not run in a program's inner loops is compiled for size: the image is copied into every program
-# that is made standalone, and firmware reads it slowly.
-set(KORVANE_HOT_PATHS
-    "platform/"
-    "core/(conditions|control_stacks|dispatch|find_text|jumps|loops|program_store|run|tokenizer)"
-    "values/(arrays|convert|data_s|evaluator|format|function_support|operators|.*kernels|angle|store|string_f)"
-    "values/(user_f|variables)"
-    "screen/(circle|console|framebuffer|gfx_line|image_array|output|paint|plot|text_windows)"
-    "fast/")
-list(JOIN KORVANE_HOT_PATHS "|" KORVANE_HOT_PATHS)
-set(KORVANE_HOT_SOURCES ${KORVANE_SOURCES})
-list(FILTER KORVANE_HOT_SOURCES INCLUDE REGEX "/src/(${KORVANE_HOT_PATHS})")
-list(FILTER KORVANE_HOT_SOURCES EXCLUDE REGEX "/src/fast/(expression|parser)")  # work once for each statement
+# that is made standalone, and firmware reads it slowly. What is named here is compiled for speed; a name that
+# stands for no file stops the configuration.
+set(KORVANE_HOT_NAMES
+    dispatch
+    fast/assignments fast/branches fast/comparison_steps fast/conditions fast/data_items fast/element_assignments
+    fast/element_steps fast/exchange fast/function_steps fast/links fast/loops fast/next fast/places fast/real_steps
+    fast/run_fast fast/scalar_assignments fast/sides fast/single_steps fast/statement_end fast/text_assignments
+    fast/text_comparisons fast/text_steps fast/whole_steps
+    files/output
+    numbers/angle_reduction numbers/circular_kernels numbers/exponential_kernels numbers/format
+    platform/clock platform/firmware platform/memory platform/stack
+    program/program_store program/tokenizer
+    prompt/find_text
+    run/conditions run/control_stacks run/jumps run/loops run/run
+    screen/console screen/framebuffer screen/gfx_line screen/plot screen/text_windows
+    statements/graphics/circle statements/graphics/image_array statements/graphics/paint
+    statements/graphics/plot_statements
+    values/arrays values/convert values/data_statements values/evaluator values/function_support values/operators
+    values/store values/string_functions values/user_functions values/variables)
+set(KORVANE_HOT_SOURCES)
+foreach(name ${KORVANE_HOT_NAMES})
+  set(source ${CMAKE_SOURCE_DIR}/src/${name}.cpp)
+  if(NOT EXISTS ${source})
+    message(FATAL_ERROR "cmake/image.cmake: src/${name}.cpp is to be compiled for speed, but there is no such file")
+  endif()
+  list(APPEND KORVANE_HOT_SOURCES ${source})
+endforeach()
 set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES})
 list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES})
 set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS "-Oz;-flto")

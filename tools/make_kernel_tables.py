@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Writes src/values/kernel_tables.cpp, the constants of the numeric kernels, from their definitions.
+"""Writes src/numbers/kernel_tables.cpp, the constants of the numeric kernels, from their definitions.
 
 Everything is computed with Python's integers as fixed-point numbers of `bits` fraction bits, by Taylor series
 and integer square roots, so the tables need no trust in any mathematical library. Run from the repository's
@@ -205,7 +205,7 @@ def main() -> None:
     ]
     source = [
         "// Written by tools/make_kernel_tables.py; do not edit.",
-        '#include "values/kernel_tables.h"',
+        '#include "numbers/kernel_tables.h"',
         "",
         "namespace korvane {",
         "",
@@ -224,7 +224,7 @@ def main() -> None:
         "}  // namespace korvane",
         "",
     ]
-    files = {"src/values/kernel_tables.h": header, "src/values/kernel_tables.cpp": source}
+    files = {"src/numbers/kernel_tables.h": header, "src/numbers/kernel_tables.cpp": source}
     for name, lines in files.items():
         if "--check" in sys.argv:
             with open(name, encoding="ascii") as file:

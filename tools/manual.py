@@ -114,7 +114,7 @@ def problems():
 def undescribed_messages():
     """Error messages that docs/errors.md leaves out. Those that begin alike share a row."""
     page = (DOCS / "errors.md").read_text()
-    messages = re.findall(r"inline constexpr char \w+\[\] = (%s);" % STRING, (ROOT / "src/core/messages.h").read_text())
+    messages = re.findall(r"inline constexpr char \w+\[\] = (%s);" % STRING, (ROOT / "src/program/messages.h").read_text())
     return ["errors.md: %s is missing" % message for message in messages
             if not unquote(message).startswith(("Expected ", "Too many ")) and unquote(message) not in page]
 

@@ -1,8 +1,8 @@
 #include "explorer/command.h"
 
-#include "explorer/landmarks.h"
 #include "explorer/number_syntax.h"
 #include "explorer/report.h"
+#include "program/landmarks.h"
 
 namespace korvane {
 

@@ -1,10 +1,10 @@
 #include "explorer/compare.h"
 
 #include "explorer/byte_search.h"
-#include "explorer/memory_map.h"
 #include "explorer/memory_range.h"
 #include "explorer/report.h"
-#include "values/memory_access.h"
+#include "platform/memory_map.h"
+#include "statements/data/memory_access.h"
 
 namespace korvane {
 namespace {

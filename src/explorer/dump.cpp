@@ -3,11 +3,11 @@
 #include <algorithm>
 
 #include "explorer/hex_line.h"
-#include "explorer/memory_map.h"
 #include "explorer/memory_range.h"
 #include "explorer/number_syntax.h"
 #include "explorer/report.h"
-#include "values/memory_access.h"
+#include "platform/memory_map.h"
+#include "statements/data/memory_access.h"
 
 namespace korvane {
 namespace {

@@ -2,12 +2,12 @@
 
 #include <array>
 
-#include "core/parse.h"
 #include "explorer/command_table.h"
 #include "explorer/dump.h"
-#include "explorer/memory_map.h"
 #include "explorer/report.h"
 #include "explorer/reports.h"
+#include "platform/memory_map.h"
+#include "program/parse.h"
 #include "screen/line_editor.h"
 #include "values/variables.h"
 

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
-#include "core/token.h"
 #include "explorer/command.h"
+#include "program/token.h"
 
 namespace korvane {
 

@@ -4,10 +4,10 @@
 #include <span>
 
 #include "explorer/byte_search.h"
-#include "explorer/memory_map.h"
 #include "explorer/memory_range.h"
 #include "explorer/number_syntax.h"
 #include "explorer/report.h"
+#include "platform/memory_map.h"
 
 namespace korvane {
 namespace {

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "explorer/memory_map.h"
 #include "explorer/memory_range.h"
 #include "explorer/number_syntax.h"
 #include "explorer/report.h"
 #include "platform/memory.h"
-#include "values/memory_access.h"
+#include "platform/memory_map.h"
+#include "statements/data/memory_access.h"
 
 namespace korvane {
 namespace {

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "explorer/memory_map.h"
 #include "explorer/memory_range.h"
 #include "explorer/report.h"
 #include "files/volume.h"
+#include "platform/memory_map.h"
 
 namespace korvane {
 namespace {

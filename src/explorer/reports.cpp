@@ -1,10 +1,10 @@
 #include "explorer/reports.h"
 
-#include "core/arenas.h"
-#include "explorer/landmarks.h"
-#include "explorer/memory_map.h"
 #include "explorer/report.h"
 #include "platform/firmware.h"
+#include "platform/memory_map.h"
+#include "program/arenas.h"
+#include "program/landmarks.h"
 #include "screen/framebuffer.h"
 
 namespace korvane {

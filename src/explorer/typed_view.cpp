@@ -2,11 +2,11 @@
 
 #include <bit>
 
-#include "explorer/memory_map.h"
 #include "explorer/memory_range.h"
 #include "explorer/report.h"
-#include "values/format.h"
-#include "values/memory_access.h"
+#include "numbers/format.h"
+#include "platform/memory_map.h"
+#include "statements/data/memory_access.h"
 
 namespace korvane {
 namespace {

@@ -1,12 +1,12 @@
 // Specialised assignments. "=" holds the expression as its right side, the place in left_operand and the
 // following statement in next; the bracket of an element begins no chain, its next leads to "=".
-#include "core/keywords.h"
-#include "core/parse.h"
 #include "fast/element_assignments.h"
 #include "fast/expression.h"
 #include "fast/links.h"
 #include "fast/scalar_assignments.h"
 #include "fast/statement.h"
+#include "program/keywords.h"
+#include "program/parse.h"
 #include "values/functions.h"
 #include "values/user_functions.h"
 #include "values/variables.h"

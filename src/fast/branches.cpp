@@ -1,16 +1,16 @@
 // Specialised IF, GOTO, GOSUB and RETURN. IF holds its condition as its right side; next is the statement to
 // which a true one leads, left_inner that to which a false one does; step.jump.line is how many statements it
 // may take to the end of the THEN part. A line number literal keeps the first token of its line.
-#include "core/conditions.h"
-#include "core/control_stacks.h"
-#include "core/keywords.h"
-#include "core/parse.h"
 #include "fast/conditions.h"
 #include "fast/expression.h"
 #include "fast/links.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
 #include "fast/statement_end.h"
+#include "program/keywords.h"
+#include "program/parse.h"
+#include "run/conditions.h"
+#include "run/control_stacks.h"
 #include "values/convert.h"
 
 namespace korvane::fast {

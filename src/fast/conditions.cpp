@@ -1,8 +1,8 @@
 #include "fast/conditions.h"
 
-#include "core/execution.h"
 #include "fast/links.h"
 #include "platform/memory.h"
+#include "program/execution.h"
 
 namespace korvane::fast {
 namespace {

@@ -1,8 +1,8 @@
 // Assignments to array elements.
 #pragma once
 
-#include "core/token.h"
 #include "fast/expression.h"
+#include "program/token.h"
 
 namespace korvane::fast {
 

@@ -2,9 +2,9 @@
 
 #include "fast/sides.h"
 #include "fast/text_sides.h"
+#include "numbers/kernels.h"
+#include "numbers/rounding.h"
 #include "platform/stack.h"
-#include "values/kernels.h"
-#include "values/rounding.h"
 #include "values/string_functions.h"
 #include "values/text_number.h"
 #include "values/user_functions.h"

@@ -1,10 +1,10 @@
 #include "fast/links.h"
 
-#include "core/control_stacks.h"
-#include "core/execution.h"
-#include "core/keywords.h"
 #include "fast/statement.h"
 #include "fast/statement_end.h"
+#include "program/execution.h"
+#include "program/keywords.h"
+#include "run/control_stacks.h"
 
 namespace korvane::fast {
 namespace {

@@ -7,7 +7,7 @@
 // hindrance, and behind an ELSE no THEN part is open.
 #pragma once
 
-#include "core/token.h"
+#include "program/token.h"
 
 namespace korvane::fast {
 

@@ -1,15 +1,15 @@
 // Specialised FOR, WHILE and WEND. FOR keeps its expressions at "=", TO and STEP and the place behind a loop
 // that is skipped in step.jump. WHILE holds its condition as its right side.
-#include "core/loops.h"
-#include "core/control_stacks.h"
-#include "core/keywords.h"
-#include "core/parse.h"
+#include "run/loops.h"
 #include "fast/conditions.h"
 #include "fast/expression.h"
 #include "fast/links.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
 #include "platform/memory.h"
+#include "program/keywords.h"
+#include "program/parse.h"
+#include "run/control_stacks.h"
 #include "values/operators.h"
 #include "values/variables.h"
 

@@ -1,11 +1,11 @@
 // Specialised NEXT. It is made for a variable and for the depth at which its loop is open: operand is the
 // loop's entry, left_operand the variable, right_kind the depth, next the statement behind a loop that is
 // done. As long as all of this fits, a turn is an addition and a comparison.
-#include "core/control_stacks.h"
-#include "core/loops.h"
 #include "fast/links.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
+#include "run/control_stacks.h"
+#include "run/loops.h"
 #include "values/variables.h"
 
 namespace korvane::fast {

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <string_view>
 
-#include "core/token.h"
 #include "fast/expression.h"
 #include "platform/stack.h"
+#include "program/token.h"
 
 namespace korvane {
 struct UserFunction;

@@ -3,12 +3,12 @@
 // front of them.
 #include <string_view>
 
-#include "core/arenas.h"
-#include "core/keywords.h"
 #include "fast/element_steps.h"
 #include "fast/function_steps.h"
 #include "fast/nodes.h"
 #include "fast/text_steps.h"
+#include "program/arenas.h"
+#include "program/keywords.h"
 #include "values/functions.h"
 #include "values/operator_strength.h"
 #include "values/user_functions.h"

@@ -1,8 +1,8 @@
 // Places to be written: scalars and array elements, found when the statement is looked at.
 #pragma once
 
-#include "core/token.h"
 #include "fast/element_steps.h"
+#include "program/token.h"
 
 namespace korvane::fast {
 

@@ -1,15 +1,15 @@
 #include "fast/run_fast.h"
 
-#include "core/breakpoints.h"
-#include "core/conditions.h"
-#include "core/control_stacks.h"
-#include "core/dispatch.h"
-#include "core/errors.h"
-#include "core/event_timers.h"
-#include "core/keywords.h"
-#include "core/trace.h"
 #include "fast/links.h"
 #include "fast/statement.h"
+#include "program/errors.h"
+#include "program/keywords.h"
+#include "run/breakpoints.h"
+#include "run/conditions.h"
+#include "run/control_stacks.h"
+#include "run/dispatch.h"
+#include "run/event_timers.h"
+#include "run/trace.h"
 #include "values/variables.h"
 
 namespace korvane::fast {

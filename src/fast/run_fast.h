@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "core/token.h"
+#include "program/token.h"
 
 namespace korvane::fast {
 

@@ -1,8 +1,8 @@
 // Assignments to scalars.
 #pragma once
 
-#include "core/token.h"
 #include "fast/expression.h"
+#include "program/token.h"
 
 namespace korvane::fast {
 

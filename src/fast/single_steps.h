@@ -1,7 +1,7 @@
 // The single domain's part of fast/number_steps.h.
 #pragma once
 
-#include "core/token.h"
+#include "program/token.h"
 
 namespace korvane::fast {
 

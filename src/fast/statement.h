@@ -9,10 +9,10 @@
 
 #include <cstdint>
 
-#include "core/arenas.h"
-#include "core/execution.h"
-#include "core/program_store.h"
-#include "core/token.h"
+#include "program/arenas.h"
+#include "program/execution.h"
+#include "program/program_store.h"
+#include "program/token.h"
 
 namespace korvane::fast {
 

@@ -1,7 +1,7 @@
 #include "fast/statement_end.h"
 
-#include "core/execution.h"
-#include "core/keywords.h"
+#include "program/execution.h"
+#include "program/keywords.h"
 #include "values/operator_strength.h"
 
 namespace korvane::fast {

@@ -2,7 +2,7 @@
 // by side without a colon, so a colon says nothing about that.
 #pragma once
 
-#include "core/token.h"
+#include "program/token.h"
 
 namespace korvane::fast {
 

@@ -26,7 +26,7 @@
 
 #include <cstdint>
 
-#include "core/token.h"
+#include "program/token.h"
 
 namespace korvane::fast {
 

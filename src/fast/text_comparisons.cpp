@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "core/arenas.h"
 #include "fast/sides.h"
 #include "fast/text_sides.h"
 #include "platform/memory.h"
+#include "program/arenas.h"
 
 namespace korvane::fast {
 namespace {

@@ -1,9 +1,9 @@
 // Evaluating a side of the text domain: a variable, a literal, or a chain.
 #pragma once
 
-#include "core/arenas.h"
 #include "fast/step.h"
 #include "platform/memory.h"
+#include "program/arenas.h"
 
 namespace korvane::fast {
 

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "core/arenas.h"
 #include "fast/sides.h"
 #include "fast/text_sides.h"
+#include "numbers/format.h"
 #include "platform/memory.h"
-#include "values/format.h"
+#include "program/arenas.h"
 #include "values/string_functions.h"
 
 namespace korvane::fast {

@@ -2,9 +2,9 @@
 // chain as failed: the general evaluator makes a DOUBLE of it.
 #include "fast/whole_steps.h"
 
-#include "core/keywords.h"
 #include "fast/number_steps.h"
 #include "fast/sides.h"
+#include "program/keywords.h"
 
 namespace korvane::fast {
 namespace {

@@ -2,10 +2,10 @@
 
 #include <algorithm>
 
-#include "core/errors.h"
-#include "core/messages.h"
-#include "core/parse.h"
 #include "platform/memory.h"
+#include "program/errors.h"
+#include "program/messages.h"
+#include "program/parse.h"
 #include "values/evaluator.h"
 
 namespace korvane {

@@ -6,8 +6,8 @@
 
 #include <cstdint>
 
-#include "core/token.h"
 #include "files/volume.h"
+#include "program/token.h"
 
 namespace korvane {
 

@@ -1,10 +1,10 @@
 #include "files/program_text.h"
 
-#include "core/errors.h"
-#include "core/execution.h"
-#include "core/messages.h"
-#include "core/program_store.h"
-#include "values/format.h"
+#include "numbers/format.h"
+#include "program/errors.h"
+#include "program/execution.h"
+#include "program/messages.h"
+#include "program/program_store.h"
 
 namespace korvane {
 

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
-#include "core/errors.h"
-#include "core/messages.h"
 #include "files/boot_volume.h"
 #include "files/own_image.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
+#include "program/errors.h"
+#include "program/messages.h"
 #include "values/evaluator.h"
 
 namespace korvane {

@@ -14,8 +14,8 @@
 #include <optional>
 #include <string_view>
 
-#include "core/token.h"
 #include "platform/uefi.h"
+#include "program/token.h"
 
 namespace korvane {
 

@@ -3,13 +3,13 @@
 #include <algorithm>
 #include <string_view>
 
-#include "core/errors.h"
-#include "core/keywords.h"
-#include "core/messages.h"
-#include "core/parse.h"
+#include "files/output.h"
 #include "help/help_table.h"
+#include "program/errors.h"
+#include "program/keywords.h"
+#include "program/messages.h"
+#include "program/parse.h"
 #include "screen/console.h"
-#include "screen/output.h"
 
 namespace korvane {
 namespace {

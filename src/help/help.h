@@ -1,7 +1,7 @@
 // HELP: the categorised built-in language reference.
 #pragma once
 
-#include "core/token.h"
+#include "program/token.h"
 
 namespace korvane {
 

@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
-#include "core/errors.h"
-#include "core/execution.h"
-#include "core/messages.h"
-#include "core/program_store.h"
 #include "files/own_image.h"
 #include "files/volume.h"
 #include "image/image_blocks.h"
 #include "image/packed_program.h"
 #include "platform/firmware.h"
+#include "program/errors.h"
+#include "program/execution.h"
+#include "program/messages.h"
+#include "program/program_store.h"
 #include "screen/console.h"
 
 namespace korvane {

@@ -1,7 +1,7 @@
 // CREATEEFI file$: writes a standalone application that runs the program in memory.
 #pragma once
 
-#include "core/token.h"
+#include "program/token.h"
 
 namespace korvane {
 

@@ -2,14 +2,14 @@
 
 #include <string_view>
 
-#include "core/errors.h"
-#include "core/execution.h"
-#include "core/program_store.h"
 #include "files/own_image.h"
 #include "files/volume.h"
 #include "image/certificate_table.h"
 #include "image/image_blocks.h"
 #include "platform/memory.h"
+#include "program/errors.h"
+#include "program/execution.h"
+#include "program/program_store.h"
 
 namespace korvane {
 

@@ -1,7 +1,7 @@
 #include "screen/colour.h"
 
-#include "core/errors.h"
-#include "core/messages.h"
+#include "program/errors.h"
+#include "program/messages.h"
 
 namespace korvane {
 

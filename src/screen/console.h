@@ -6,7 +6,7 @@
 // narrow. Coordinates are 0-based. Carriage return (13) is the only control code; every other code is drawn
 // as its glyph, line feed, backspace, tab and bell included, which is deliberate.
 //
-// Messages are printed with these operations; what statements print goes through screen/output.h.
+// Messages are printed with these operations; what statements print goes through files/output.h.
 #pragma once
 
 #include <cstdint>

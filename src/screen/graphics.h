@@ -2,8 +2,8 @@
 // coordinates.
 //
 // This is the lowest layer of the graphics: it knows neither the framebuffer nor the console, so that the
-// console can reset it on a clear or a mode change. screen/plot.h draws, screen/coordinates.h maps and parses
-// points. The rows of VIEW PRINT confine text, not graphics; they belong to the console.
+// console can reset it on a clear or a mode change. screen/plot.h draws, statements/graphics/coordinates.h
+// maps and parses points. The rows of VIEW PRINT confine text, not graphics; they belong to the console.
 #pragma once
 
 #include <cstdint>

@@ -1,8 +1,8 @@
 #include "screen/video_mode.h"
 
-#include "core/errors.h"
-#include "core/messages.h"
 #include "platform/firmware.h"
+#include "program/errors.h"
+#include "program/messages.h"
 #include "screen/console.h"
 #include "screen/graphics.h"
 

@@ -2,7 +2,7 @@
 // RANDOMIZE.
 #pragma once
 
-#include "core/token.h"
+#include "program/token.h"
 
 namespace korvane {
 

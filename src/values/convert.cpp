@@ -2,8 +2,8 @@
 
 #include <iterator>
 
-#include "core/errors.h"
-#include "core/messages.h"
+#include "program/errors.h"
+#include "program/messages.h"
 
 namespace korvane {
 

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "values/value.h"
+#include "numbers/value.h"
 
 namespace korvane {
 

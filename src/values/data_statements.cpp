@@ -2,13 +2,13 @@
 
 #include <string_view>
 
-#include "core/characters.h"
-#include "core/errors.h"
-#include "core/execution.h"
-#include "core/messages.h"
-#include "core/parse.h"
-#include "core/program_store.h"
-#include "core/word_scan.h"
+#include "platform/characters.h"
+#include "program/errors.h"
+#include "program/execution.h"
+#include "program/messages.h"
+#include "program/parse.h"
+#include "program/program_store.h"
+#include "program/word_scan.h"
 #include "values/evaluator.h"
 #include "values/item_value.h"
 #include "values/variables.h"

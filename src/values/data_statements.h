@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "core/token.h"
+#include "program/token.h"
 
 namespace korvane {
 

@@ -2,13 +2,13 @@
 
 #include <algorithm>
 
-#include "core/arenas.h"
-#include "core/errors.h"
-#include "core/keywords.h"
-#include "core/messages.h"
-#include "core/parse.h"
 #include "platform/memory.h"
 #include "platform/stack.h"
+#include "program/arenas.h"
+#include "program/errors.h"
+#include "program/keywords.h"
+#include "program/messages.h"
+#include "program/parse.h"
 #include "values/convert.h"
 #include "values/functions.h"
 #include "values/operator_strength.h"

@@ -1,8 +1,8 @@
-#include "core/arenas.h"
-#include "core/errors.h"
-#include "core/messages.h"
-#include "core/parse.h"
 #include "platform/memory.h"
+#include "program/arenas.h"
+#include "program/errors.h"
+#include "program/messages.h"
+#include "program/parse.h"
 #include "values/evaluator.h"
 #include "values/functions.h"
 

@@ -8,8 +8,8 @@
 #include <cstdint>
 #include <string_view>
 
-#include "core/token.h"
-#include "values/value.h"
+#include "numbers/value.h"
+#include "program/token.h"
 
 namespace korvane {
 

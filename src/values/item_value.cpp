@@ -1,6 +1,6 @@
 #include "values/item_value.h"
 
-#include "core/errors.h"
+#include "program/errors.h"
 #include "values/text_number.h"
 
 namespace korvane {

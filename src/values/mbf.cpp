@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <bit>
 
-#include "core/errors.h"
-#include "core/messages.h"
+#include "program/errors.h"
+#include "program/messages.h"
 
 namespace korvane {
 namespace {

@@ -5,8 +5,8 @@
 #include <array>
 #include <cstdint>
 
-#include "core/token.h"
 #include "platform/memory.h"
+#include "program/token.h"
 
 namespace korvane {
 

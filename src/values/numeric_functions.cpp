@@ -1,13 +1,13 @@
 #include "values/numeric_functions.h"
 
-#include "core/errors.h"
-#include "core/messages.h"
+#include "numbers/kernels.h"
+#include "numbers/rounding.h"
+#include "program/errors.h"
+#include "program/messages.h"
 #include "values/convert.h"
 #include "values/functions.h"
-#include "values/kernels.h"
 #include "values/operators.h"
 #include "values/random.h"
-#include "values/rounding.h"
 
 namespace korvane {
 namespace {

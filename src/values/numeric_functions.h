@@ -1,7 +1,7 @@
 // Built-in functions of numbers. Each takes its evaluated argument; a string raises "Type mismatch".
 #pragma once
 
-#include "values/value.h"
+#include "numbers/value.h"
 
 namespace korvane {
 

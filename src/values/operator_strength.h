@@ -5,7 +5,7 @@
 #include <array>
 #include <cstdint>
 
-#include "core/keywords.h"
+#include "program/keywords.h"
 
 namespace korvane {
 

@@ -2,11 +2,11 @@
 
 #include <algorithm>
 
-#include "core/arenas.h"
-#include "core/errors.h"
-#include "core/keywords.h"
-#include "core/messages.h"
 #include "platform/memory.h"
+#include "program/arenas.h"
+#include "program/errors.h"
+#include "program/keywords.h"
+#include "program/messages.h"
 #include "values/convert.h"
 #include "values/functions.h"
 #include "values/power.h"

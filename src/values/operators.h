@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "values/value.h"
+#include "numbers/value.h"
 
 namespace korvane {
 

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "core/errors.h"
-#include "core/messages.h"
-#include "values/kernels.h"
+#include "numbers/kernels.h"
+#include "program/errors.h"
+#include "program/messages.h"
 
 namespace korvane {
 namespace {

@@ -1,7 +1,7 @@
 #include "values/random.h"
 
-#include "core/errors.h"
-#include "core/messages.h"
+#include "program/errors.h"
+#include "program/messages.h"
 #include "values/convert.h"
 
 namespace korvane {

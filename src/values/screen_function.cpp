@@ -1,8 +1,8 @@
 #include "values/screen_function.h"
 
-#include "core/errors.h"
-#include "core/messages.h"
-#include "core/parse.h"
+#include "program/errors.h"
+#include "program/messages.h"
+#include "program/parse.h"
 #include "screen/console.h"
 #include "values/convert.h"
 #include "values/functions.h"

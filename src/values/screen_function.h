@@ -1,8 +1,8 @@
 // SCREEN(row, column[, mode]) as a function: what stands on the text screen.
 #pragma once
 
-#include "core/token.h"
-#include "values/value.h"
+#include "numbers/value.h"
+#include "program/token.h"
 
 namespace korvane {
 

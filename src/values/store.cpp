@@ -1,8 +1,8 @@
 // The store rule: how a Value becomes the content of a variable of a given type.
-#include "core/arenas.h"
-#include "core/errors.h"
-#include "core/messages.h"
 #include "platform/memory.h"
+#include "program/arenas.h"
+#include "program/errors.h"
+#include "program/messages.h"
 #include "values/convert.h"
 #include "values/variables.h"
 

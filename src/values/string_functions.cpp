@@ -4,13 +4,13 @@
 #include <span>
 #include <string_view>
 
-#include "core/errors.h"
-#include "core/messages.h"
-#include "core/parse.h"
+#include "numbers/format.h"
 #include "platform/memory.h"
+#include "program/errors.h"
+#include "program/messages.h"
+#include "program/parse.h"
 #include "values/convert.h"
 #include "values/evaluator.h"
-#include "values/format.h"
 #include "values/functions.h"
 #include "values/mbf.h"
 #include "values/text_number.h"

@@ -3,8 +3,8 @@
 // "Type mismatch".
 #pragma once
 
-#include "core/token.h"
-#include "values/value.h"
+#include "numbers/value.h"
+#include "program/token.h"
 
 namespace korvane {
 

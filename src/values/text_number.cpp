@@ -1,10 +1,10 @@
 #include "values/text_number.h"
 
-#include "core/characters.h"
-#include "core/errors.h"
-#include "core/messages.h"
-#include "values/decimal.h"
-#include "values/prefixed_number.h"
+#include "numbers/decimal.h"
+#include "numbers/prefixed_number.h"
+#include "platform/characters.h"
+#include "program/errors.h"
+#include "program/messages.h"
 
 namespace korvane {
 namespace {

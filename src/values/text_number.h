@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "values/value.h"
+#include "numbers/value.h"
 
 namespace korvane {
 

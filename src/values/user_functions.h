@@ -6,9 +6,9 @@
 
 #include <cstdint>
 
-#include "core/token.h"
+#include "numbers/value.h"
+#include "program/token.h"
 #include "values/name_index.h"
-#include "values/value.h"
 
 namespace korvane {
 

@@ -1,11 +1,11 @@
 #include "values/variables.h"
 
-#include "core/arenas.h"
-#include "core/characters.h"
-#include "core/errors.h"
-#include "core/messages.h"
-#include "core/parse.h"
+#include "platform/characters.h"
 #include "platform/memory.h"
+#include "program/arenas.h"
+#include "program/errors.h"
+#include "program/messages.h"
+#include "program/parse.h"
 #include "values/name_index.h"
 
 namespace korvane {

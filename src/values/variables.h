@@ -7,9 +7,9 @@
 
 #include <cstdint>
 
-#include "core/arenas.h"
-#include "core/token.h"
-#include "values/value.h"
+#include "numbers/value.h"
+#include "program/arenas.h"
+#include "program/token.h"
 
 namespace korvane {
 
@@ -57,7 +57,7 @@ struct Reference {
     Type type;
 };
 
-// Empties the table at VARTABLE and sets default types and array base back; core/clear.h is the whole
+// Empties the table at VARTABLE and sets default types and array base back; values/clear.h is the whole
 // operation.
 void clear_variables();
 

@@ -9,7 +9,7 @@
 
 #include "linked_session.h"
 #include "platform/memory.h"
-#include "screen/bitmaps.h"
+#include "statements/graphics/bitmaps.h"
 #include "values/variables.h"
 
 namespace korvane::test {

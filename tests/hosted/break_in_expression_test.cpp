@@ -6,14 +6,14 @@
 #include <string>
 #include <string_view>
 
-#include "core/dispatch.h"
-#include "core/execution.h"
-#include "core/keywords.h"
-#include "core/tokenizer.h"
 #include "forked.h"
 #include "help/help_table.h"
 #include "interrupted_statements.h"
 #include "linked_session.h"
+#include "program/execution.h"
+#include "program/keywords.h"
+#include "program/tokenizer.h"
+#include "run/dispatch.h"
 #include "screen/console.h"
 #include "session_state.h"
 #include "values/functions.h"

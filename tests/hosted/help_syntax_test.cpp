@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-#include "core/errors.h"
 #include "help/help_table.h"
 #include "linked_session.h"
+#include "program/errors.h"
 
 namespace korvane::test {
 namespace {

@@ -1,4 +1,4 @@
-#include "screen/circle.h"
+#include "statements/graphics/circle.h"
 
 #include <gtest/gtest.h>
 

@@ -1,5 +1,5 @@
 // Conversion of decimal text, with the C library's correctly rounded strtod and strtof as the oracle.
-#include "values/decimal.h"
+#include "numbers/decimal.h"
 
 #include <gtest/gtest.h>
 

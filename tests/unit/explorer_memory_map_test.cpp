@@ -3,8 +3,8 @@
 #include <cstring>
 #include <vector>
 
-#include "explorer/memory_map.h"
 #include "explorer/memory_range.h"
+#include "platform/memory_map.h"
 
 namespace korvane {
 namespace {

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <string>
 
-#include "explorer/landmarks.h"
 #include "explorer/line_text.h"
 #include "explorer_session.h"
+#include "program/landmarks.h"
 
 namespace korvane {
 namespace {

@@ -12,12 +12,12 @@
 #include <string_view>
 #include <vector>
 
-#include "core/arenas.h"
 #include "explorer/explorer.h"
-#include "explorer/memory_map.h"
 #include "files/volume.h"
 #include "firmware.h"
 #include "platform/firmware.h"
+#include "platform/memory_map.h"
+#include "program/arenas.h"
 #include "screen/console.h"
 #include "screen/graphics.h"
 #include "screen/keyboard.h"

@@ -1,6 +1,6 @@
 // Number formatting: known forms, and random numbers against a plain re-implementation of the formatter's
 // steps.
-#include "values/format.h"
+#include "numbers/format.h"
 
 #include <gtest/gtest.h>
 

@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "core/keywords.h"
 #include "explorer_session.h"
-#include "files/file_listing.h"
 #include "files/volume.h"
+#include "program/keywords.h"
+#include "statements/files/file_listing.h"
 
 namespace korvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "screen/input_fields.h"
+#include "statements/text/input_fields.h"
 
 #include <gtest/gtest.h>
 
@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "core/errors.h"
+#include "program/errors.h"
 
 namespace korvane {
 namespace {

@@ -1,7 +1,7 @@
 // The numeric kernels against MPFR. Every random argument's error is measured in units in the last place of
 // the exact result, and the worst one is printed; KORVANE_NUMERIC_ARGUMENTS sets how many arguments each
 // function gets.
-#include "values/kernels.h"
+#include "numbers/kernels.h"
 
 #include <gtest/gtest.h>
 #include <mpfr.h>

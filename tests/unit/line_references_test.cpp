@@ -1,4 +1,4 @@
-#include "core/line_references.h"
+#include "program/line_references.h"
 
 #include <gtest/gtest.h>
 
@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/keywords.h"
-#include "core/tokenizer.h"
+#include "program/keywords.h"
+#include "program/tokenizer.h"
 #include "raised_error.h"
 
 namespace korvane {

@@ -1,4 +1,4 @@
-#include "values/literals.h"
+#include "program/literals.h"
 
 #include <gtest/gtest.h>
 

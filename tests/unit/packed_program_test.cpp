@@ -7,11 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "core/arenas.h"
-#include "core/errors.h"
-#include "core/program_store.h"
 #include "explorer_session.h"
 #include "files/own_image.h"
+#include "program/arenas.h"
+#include "program/errors.h"
+#include "program/program_store.h"
 
 namespace korvane {
 namespace {

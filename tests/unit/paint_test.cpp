@@ -1,4 +1,4 @@
-#include "screen/paint.h"
+#include "statements/graphics/paint.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 // The field language of PRINT USING: taking formats apart, known fields, and random fields against a plain
 // re-implementation of the formatter's steps.
-#include "values/print_using.h"
+#include "numbers/print_using.h"
 
 #include <gtest/gtest.h>
 
@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
+#include "numbers/format.h"
 #include "random_bits.h"
-#include "values/format.h"
 
 namespace korvane {
 namespace {

@@ -1,4 +1,4 @@
-#include "core/program_store.h"
+#include "program/program_store.h"
 
 #include <gtest/gtest.h>
 
@@ -10,9 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "core/arenas.h"
-#include "core/errors.h"
-#include "core/keywords.h"
+#include "program/arenas.h"
+#include "program/errors.h"
+#include "program/keywords.h"
 #include "raised_error.h"
 #include "random_bits.h"
 

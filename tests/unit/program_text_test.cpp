@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "core/messages.h"
+#include "program/messages.h"
 
 namespace korvane {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "core/errors.h"
+#include "program/errors.h"
 
 namespace korvane::test {
 

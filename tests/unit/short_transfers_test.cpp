@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
-#include "core/arenas.h"
-#include "core/errors.h"
-#include "core/program_store.h"
 #include "files/file_table.h"
 #include "files/program_text.h"
-#include "files/sequential_input.h"
 #include "image/image_blocks.h"
+#include "program/arenas.h"
+#include "program/errors.h"
+#include "program/program_store.h"
+#include "statements/files/sequential_input.h"
 
 namespace korvane {
 namespace {

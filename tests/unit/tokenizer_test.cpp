@@ -1,4 +1,4 @@
-#include "core/tokenizer.h"
+#include "program/tokenizer.h"
 
 #include <gtest/gtest.h>
 
@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "core/errors.h"
-#include "core/keywords.h"
+#include "program/errors.h"
+#include "program/keywords.h"
 #include "raised_error.h"
 #include "random_bits.h"
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <vector>
 
-#include "core/errors.h"
 #include "memory_screen.h"
+#include "program/errors.h"
 #include "screen/colour.h"
 
 namespace korvane {

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "core/errors.h"
-#include "core/messages.h"
+#include "program/errors.h"
+#include "program/messages.h"
 
 namespace korvane {
 namespace {

@@ -1,8 +1,0 @@
-#include "core/execution.h"
-
-namespace korvane {
-
-Execution execution;
-ExecutionBuffer execution_buffer;
-
-}  // namespace korvane

@@ -1,0 +1,62 @@
+#include "program/line_range.h"
+
+#include "program/parse.h"
+
+namespace korvane {
+
+std::optional<std::uint32_t> line_number_of(const Token& number) {
+    if (is_integer(number.value_type)) {
+        const std::int64_t integer = number.number.integer;
+        if (integer < 0 || integer > max_line_number) return std::nullopt;
+        return static_cast<std::uint32_t>(integer);
+    }
+    const double real = number.number.real;
+    // Literals are not negative; the comparison also refuses an infinity and a NaN.
+    if (!(real >= 0 && real < max_line_number + 0.5)) return std::nullopt;
+    const auto whole = static_cast<std::int64_t>(real);
+    const bool rounds_up = real - static_cast<double>(whole) >= 0.5;
+    return static_cast<std::uint32_t>(whole + (rounds_up ? 1 : 0));
+}
+
+std::optional<std::uint32_t> read_line_number(Cursor& cursor, const char* not_a_number,
+                                              const char* out_of_range) {
+    if (cursor->kind != NUMBER) {
+        raise(not_a_number);
+        return std::nullopt;
+    }
+    const auto number = line_number_of(*cursor);
+    if (!number) {
+        raise(out_of_range);
+        return std::nullopt;
+    }
+    ++cursor;
+    return number;
+}
+
+bool read_line_range(Cursor& cursor, const LineRangeMessages& messages, LineRange& range) {
+    if (cursor->kind == NUMBER) {
+        const auto first = read_line_number(cursor, messages.malformed, messages.out_of_range);
+        if (!first) return false;
+        range = {*first, *first};
+        if (!accept(cursor, '-')) return true;
+        range.last = max_line_number;
+        if (cursor->kind != NUMBER) return true;
+    } else if (accept(cursor, '-')) {
+        range.first = 0;
+    } else {
+        raise(messages.malformed);
+        return false;
+    }
+    const auto last = read_line_number(cursor, messages.missing_number, messages.out_of_range);
+    if (!last) return false;
+    range.last = *last;
+    return true;
+}
+
+bool check_line_range(const LineRange& range) {
+    if (range.first <= range.last) return true;
+    raise(message::illegal_function_call);
+    return false;
+}
+
+}  // namespace korvane

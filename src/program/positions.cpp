@@ -1,0 +1,32 @@
+#include "program/positions.h"
+
+#include "platform/memory.h"
+#include "program/execution.h"
+#include "program/keywords.h"
+#include "program/program_store.h"
+
+namespace korvane {
+
+bool remembers_lines(const Token* at) {
+    const void* record = at;
+    return record >= program.cache_start && record < program.cache_end;
+}
+
+std::uint32_t epoch_here() {
+    return remembers_lines(execution.tokens) ? program.cache_epoch : no_epoch;
+}
+
+bool begins_statement(const Token* tokens, std::uint32_t record) {
+    if (record == 0) return true;
+    const std::uint8_t here = tokens[record].kind;
+    const std::uint8_t before = tokens[record - 1].kind;
+    return here == ':' || here == END_OF_LINE || before == ':' || before == KW_ELSE;
+}
+
+void run_from_copy(std::uint32_t count) {
+    if (execution.tokens == execution_buffer.tokens) return;
+    copy_bytes(execution_buffer.tokens, execution.tokens, count * sizeof(Token));
+    execution.tokens = execution_buffer.tokens;
+}
+
+}  // namespace korvane

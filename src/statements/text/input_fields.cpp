@@ -1,0 +1,86 @@
+#include "statements/text/input_fields.h"
+
+#include <algorithm>
+
+#include "program/errors.h"
+#include "values/text_number.h"
+
+namespace korvane {
+
+namespace {
+
+constexpr std::string_view blanks = " \t";
+
+void skip_any_of(std::string_view& text, std::string_view characters) {
+    text.remove_prefix(std::min(text.find_first_not_of(characters), text.size()));
+}
+
+// Up to the closing quote or the end of the text, and past the comma behind it.
+std::string_view take_quoted(std::string_view& text) {
+    text.remove_prefix(1);
+    const std::string_view field = text.substr(0, text.find('"'));
+    text.remove_prefix(std::min(field.size() + 1, text.size()));
+    skip_any_of(text, " ");
+    if (text.starts_with(',')) text.remove_prefix(1);
+    return field;
+}
+
+std::string_view take_plain(std::string_view& text) {
+    std::string_view field = text.substr(0, text.find(','));
+    text.remove_prefix(std::min(field.size() + 1, text.size()));
+    field.remove_suffix(field.size() - (field.find_last_not_of(blanks) + 1));
+    return field;
+}
+
+// Whether a store with rounding would stay inside the type's range. SINGLE takes any number, if need be as an
+// infinity.
+bool fits(const Value& number, Type type) {
+    if (is_floating(type)) return true;
+    if (type == Type::INT64) {
+        return is_integer(number.type) || (number.real >= -0x1p63 && number.real < 0x1p63);
+    }
+    const std::int64_t largest = type == Type::INTEGER ? 32767 : 2147483647;
+    if (is_integer(number.type)) return number.integer >= -largest - 1 && number.integer <= largest;
+    const auto limit = static_cast<double>(largest);
+    return number.real > -limit - 1.5 && number.real < limit + 0.5;
+}
+
+std::optional<Value> read_number(std::string_view field) {
+    std::int64_t integer = 0;
+    double real = 0;
+    switch (text_to_integer(field, integer)) {
+        case NumberReading::number:
+            return Value::of_integer(integer);
+        case NumberReading::failed:
+            return std::nullopt;
+        case NumberReading::not_a_number:
+            break;
+    }
+    if (text_to_double(field, real) != NumberReading::number) return std::nullopt;
+    return Value::of_real(real);
+}
+
+}  // namespace
+
+std::optional<std::string_view> ReplyFields::next() {
+    skip_any_of(rest_, blanks);
+    if (rest_.empty() && any_taken_) return std::nullopt;
+    any_taken_ = true;
+    return rest_.starts_with('"') ? take_quoted(rest_) : take_plain(rest_);
+}
+
+bool ReplyFields::has_more() const {
+    return rest_.find_first_not_of(' ') != std::string_view::npos;
+}
+
+std::optional<Value> number_in_field(std::string_view field, Type type) {
+    // A misfit is answered with "?Redo from start", whatever is wrong with it. Nothing is printed while an
+    // error is pending already, which keeps "Overflow" off the screen.
+    errors.pending = true;
+    const auto number = read_number(field);
+    errors.pending = false;
+    if (!number || !fits(*number, type)) return std::nullopt;
+    return number;
+}
+
+}  // namespace korvane
