@@ -45,6 +45,15 @@ class Machines:
 
 def judge(machines, cases):
     """For each (relation name, lines): what is wrong, or None."""
+    verdicts = judge_once(machines, cases)
+    for i, case in enumerate(cases):
+        for _ in range(RELATIONS[case[0]].repeats - 1):
+            if verdicts[i]:
+                verdicts[i] = judge_once(machines, [case])[0]
+    return verdicts
+
+
+def judge_once(machines, cases):
     relations = [RELATIONS[name]() for name, _ in cases]
     variants = [relation.variants(lines) for relation, (_, lines) in zip(relations, cases)]
     results = iter(machines.play([variant for several in variants for variant in several]))

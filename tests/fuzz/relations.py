@@ -10,6 +10,8 @@ import re
 class Relation:
     """Variants of a session whose results must agree; this one compares the two images."""
 
+    repeats = 1  # times that a failure must show again, alone, before it counts
+
     def variants(self, lines):
         return [("image", lines), ("general", lines)]
 
@@ -201,16 +203,15 @@ FAILURES = re.compile("File not found|Direct statement in file|Illegal direct|Il
 
 
 class Chained(Relation):
-    """A program reached by CHAIN runs as after typing it, with the variables of COMMON: "@program" begins the lines
-    of the chained program, "@common TEXT" holds assignments that are its variables."""
+    """A program reached by CHAIN runs as after typing it, with the variables of COMMON, which are assigned behind it:
+    "@program" begins the lines of the chained program."""
 
     def variants(self, lines):
         if not any('CHAIN "N.BAS"' in line for line in lines) or "@program" not in lines:
             return []
         place = lines.index("@program")
         first, second = lines[:place], lines[place + 1:]
-        common = next((line[8:] for line in first if line.startswith("@common ")), "")
-        first = [line for line in first if not line.startswith("@common ")]
+        common = next((match[1] for match in (re.search(r"COMMON [^:]*:(.*)", line) for line in first) if match), "")
         program = [line for line in second if re.match(r"\d", line)]
         direct = [line for line in second if not re.match(r"\d", line)]
         chained = program + ['SAVE "N.BAS"', "NEW"] + first + ["RUN"] + direct
@@ -229,6 +230,7 @@ class Costs(Relation):
     """The specialised image takes no more processor time than the general one, apart from what measuring is off."""
 
     turns = 4
+    repeats = 3
 
     def variants(self, lines):
         return [(player, lines) for player in ("image", "general")] * self.turns

@@ -141,6 +141,27 @@ def state(maker):
         "READ A:PRINT A", "READ B:PRINT B", "RUN", "RUN", "PRINT A;B;Y"))
 
 
+def stale(maker):
+    """Lines with ELSE and jumps where another program had THEN parts before: nothing of those is known any more."""
+    choose, chance = maker.choose, maker.chance
+
+    def conditionals():
+        text = choose("IF 1 THEN A=1", "IF Y=0 THEN Y=1", "IF A THEN A=1:B=2", "IF A=0 THEN B=1 ELSE C=1", "IF 1 THEN ?1;",
+                      "IF Y THEN IF A THEN Y=1", "IF A THEN GOSUB 900", "FOR I=1 TO 2:NEXT", "IF 1 THEN B=5 C=6", maker.rich())
+        return choose([f"10 {text}"], [f"10 {text}"], ["10 Y=0", f"20 {text}"], [f"10 {text}", f"20 {maker.rich()}"])
+
+    def others():
+        fill = choose(":" * maker.random.randint(0, 8), "DATA 1,2,3,4", "?1;", "B=1", ":" * maker.random.randint(0, 4) + "TROFF",
+                      "TROFF:TROFF", "?1;2;3;", "B=2+1")
+        return [f"10 {fill}{choose(':', ':', ' ', ':?1 ')}{choose('ELSE', 'ELSE ?22', 'ELSE B=1', 'RETURN', '?1 ELSE ?2')}"]
+
+    use = lambda: choose("RUN", "RUN", "GOTO 10", "GOTO 10")
+    first = conditionals()
+    lines = ["A=1"] * chance(50) + first + ["900 RETURN"] * chance(30) + [use()] + [use()] * chance(50)
+    lines += ["NEW"] if chance(40) else ["20"] * (len(first) > 1)
+    return lines + others() + [use(), use()]
+
+
 def repeated(maker):
     """Programs whose lines are typed again while positions in them are kept; nothing is continued."""
     return [line for line in edits(maker) if line != "CONT"]
@@ -412,7 +433,7 @@ def chains(maker):
     second = ["10 " + choose("OPTION BASE 1", "DIM A(2)", "READ A:PRINT A", "NEXT", "RETURN", "WEND", "PRINT P;Q%;R$", "X=1.5:PRINT X",
                              "PRINT A", "RESUME"), f"20 {maker.rich()}", "30 PRINT P;Q%;R$", "40 END", "50 DATA 5,6",
               "900 PRINT 900:END"]
-    return first + ([f"@common {common}"] if names else []) + ["@program"] + second + ["PRINT P;Q%;R$", "READ A:PRINT A"]
+    return first + ["@program"] + second + ["PRINT P;Q%;R$", "READ A:PRINT A"]
 
 
 # ---- What statements cost
@@ -435,7 +456,7 @@ def costs(maker):
 
 
 THEMES = {
-    "edits": ("images", edits), "repeated": ("repeated", repeated), "state": ("fresh", state),
+    "edits": ("images", edits), "repeated": ("repeated", repeated), "state": ("fresh", state), "stale": ("images", stale),
     "branches": ("images", branches), "full cache": ("full cache", full_cache), "merges": ("computed targets", merges),
     "input breaks": ("interrupted", input_breaks), "poll breaks": ("interrupted", poll_breaks),
     "counted loops": ("bound", counted_loops), "deep": ("images", deep),
