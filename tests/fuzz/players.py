@@ -6,10 +6,12 @@ import subprocess
 import tempfile
 import threading
 
-# Lines of many tokens that fill the token cache when they run: 2,090 times 125 records of 64 bytes are nearly the
-# program arena's 16 MiB, and their text is the rest of it.
-FILLING_LINES = 2200
-FILLING_TEXT = "IF Q0 THEN " + ":" * 122
+# Lines of many tokens that fill the token cache when they run: some 2,090 times 125 records of 64 bytes are, beside
+# the lines' text, the program arena's 16 MiB. Shorter and shorter ones take what is left; without one of them (typing
+# its number removes it) some room is left.
+FILLING = {number: "IF Q0 THEN " + ":" * 121 for number in range(1, 2201)}
+SHORT_FILLING = {2201: ":" * 124, 2202: ":" * 63, 2203: ":" * 31, 2204: ":" * 15, 2205: ":" * 7, 2206: ":::",
+                 2207: ":"}
 
 
 class Step:
@@ -37,7 +39,7 @@ class Player:
         if patience:
             command += ["--patience", str(patience)]
         if filled:
-            lines = "".join(f"{number} {FILLING_TEXT}\r\n" for number in range(1, FILLING_LINES + 1))
+            lines = "".join(f"{number} {text}\r\n" for number, text in {**FILLING, **SHORT_FILLING}.items())
             (self.volume / "KEEP.BAS").write_text(lines)
             command += ["--prepare", 'LOAD "KEEP.BAS"', "--prepare", "CLS"]
         self.process = subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE)

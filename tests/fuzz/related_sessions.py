@@ -115,6 +115,7 @@ def parse_arguments():
     parser.add_argument("general")
     parser.add_argument("--theme", action="append", choices=THEMES, help="all themes when left out")
     parser.add_argument("--first", type=int, default=1, help="seed of the first session of each theme")
+    parser.add_argument("--random", action="store_true", help="let the clock choose the first seed")
     parser.add_argument("--count", type=int, default=10**9, help="sessions of each theme")
     parser.add_argument("--seconds", type=float, default=20, help="no new sessions after so long")
     parser.add_argument("--patience", type=int, help="milliseconds of processor time for one step")
@@ -175,6 +176,8 @@ def main():
             for seed in range(arguments.first, arguments.first + min(arguments.count, 100)):
                 print("\n".join(make_session(theme, seed)) + "\n")
         return 0
+    if arguments.random:
+        arguments.first = time.time_ns() // 10**6
     machines = Machines(arguments)
     try:
         return (play_found if arguments.found else play_random)(machines, arguments)

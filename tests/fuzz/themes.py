@@ -3,6 +3,8 @@ relation (relations.py) that its sessions must keep."""
 
 import random
 
+from players import SHORT_FILLING
+
 SMALL = "0 1 2 3 5".split()
 NAMES = ["A", "B", "C", "X", "Y", "N%", "S!"]
 
@@ -89,7 +91,8 @@ def edits(maker):
         lines.append(f"30 V=V+1:{choose('STOP', 'ERROR 7', 'END')}:" + choose("NEXT", "WEND"))
     else:
         lines.append(f"30 {choose('PRINT 3:', '')}END")
-    lines += [f"100 {choose('STOP', 'END', 'ERROR 7', 'PRINT 1:STOP:RETURN')}", "900 PRINT 900:END", "950 DATA 1,2,3,4,5"]
+    lines += [f"100 {choose('STOP', 'END', 'ERROR 7', 'PRINT 1:STOP:RETURN')}", "900 PRINT 900:END",
+              "950 DATA 1,2,3,4,5"]
     lines.append("RUN")
     if chance(60):
         # A line in the taker's place, run before and after the position is used.
@@ -146,14 +149,17 @@ def stale(maker):
     choose, chance = maker.choose, maker.chance
 
     def conditionals():
-        text = choose("IF 1 THEN A=1", "IF Y=0 THEN Y=1", "IF A THEN A=1:B=2", "IF A=0 THEN B=1 ELSE C=1", "IF 1 THEN ?1;",
-                      "IF Y THEN IF A THEN Y=1", "IF A THEN GOSUB 900", "FOR I=1 TO 2:NEXT", "IF 1 THEN B=5 C=6", maker.rich())
+        text = choose("IF 1 THEN A=1", "IF Y=0 THEN Y=1", "IF A THEN A=1:B=2", "IF A=0 THEN B=1 ELSE C=1",
+                      "IF 1 THEN ?1;",
+                      "IF Y THEN IF A THEN Y=1", "IF A THEN GOSUB 900", "FOR I=1 TO 2:NEXT", "IF 1 THEN B=5 C=6",
+                      maker.rich())
         return choose([f"10 {text}"], [f"10 {text}"], ["10 Y=0", f"20 {text}"], [f"10 {text}", f"20 {maker.rich()}"])
 
     def others():
-        fill = choose(":" * maker.random.randint(0, 8), "DATA 1,2,3,4", "?1;", "B=1", ":" * maker.random.randint(0, 4) + "TROFF",
+        fill = choose(":" * maker.random.randint(0, 8), "DATA 1,2,3,4", "?1;", "B=1", ":" * choose(0, 1, 2, 3, 4) + "TROFF",
                       "TROFF:TROFF", "?1;2;3;", "B=2+1")
-        return [f"10 {fill}{choose(':', ':', ' ', ':?1 ')}{choose('ELSE', 'ELSE ?22', 'ELSE B=1', 'RETURN', '?1 ELSE ?2')}"]
+        rest = choose("ELSE", "ELSE ?22", "ELSE B=1", "RETURN", "?1 ELSE ?2")
+        return [f"10 {fill}{choose(':', ':', ' ', ':?1 ')}{rest}"]
 
     use = lambda: choose("RUN", "RUN", "GOTO 10", "GOTO 10")
     first = conditionals()
@@ -176,7 +182,8 @@ def branches(maker):
 
     def plain():
         name = choose("B", "C", "X")
-        return choose(f"{name}={maker.value()}", f"{name}={name}+1", "PRINT 6;", "PRINT B;C;", "GOSUB 100", "GOSUB 200",
+        return choose(f"{name}={maker.value()}", f"{name}={name}+1", "PRINT 6;", "PRINT B;C;", "GOSUB 100",
+                      "GOSUB 200",
                       "B=5", "GOTO 300", "IF B THEN C=C+1", "PRINT \"t\";", "SWAP B,C", "M(1)=M(1)+1", "PRINT K;",
                       "A$=A$+\"z\"", "ON K GOSUB 100,200", "ON K GOTO 300,50", "READ C", "TROFF", "ELSE PRINT 9;",
                       "REM", "RETURN", "NEXT", "B=B-1", "ON B GOSUB 200,100,200")
@@ -188,7 +195,8 @@ def branches(maker):
         return text
 
     def conditional():
-        text = f"IF {choose('K', 'K=2', 'K>1', 'B', 'C=0', 'K AND 1', '1', '0')} THEN {choose(several(), several(), '300')}"
+        condition = choose("K", "K=2", "K>1", "B", "C=0", "K AND 1", "1", "0")
+        text = f"IF {condition} THEN {choose(several(), several(), '300')}"
         if chance(70):
             text += f" ELSE {choose(several(), several(), '300')}"
         return text
@@ -200,7 +208,8 @@ def branches(maker):
     lines += ["30 NEXT", f"40 PRINT B;C;X;K{choose('', ':END')}"]
     lines += ["50 END"] * chance(70)
     lines += [f"100 {choose('RETURN', 'B=B+1:RETURN', 'PRINT 7;:RETURN', 'X=X+1 RETURN')}", "200 C=C+2:RETURN",
-              f"300 Q=Q+1:IF Q<4 THEN {choose('30', '20', 'NEXT', 'PRINT 3;:GOTO 30')}", "310 PRINT B;C;X;K;M(1);A$:END",
+              f"300 Q=Q+1:IF Q<4 THEN {choose('30', '20', 'NEXT', 'PRINT 3;:GOTO 30')}",
+              "310 PRINT B;C;X;K;M(1);A$:END",
               "400 DATA 1,2,3,4,5,6,7,8"]
     return lines + ["RUN"] + choose([], [conditional().replace("K", "1")], ["RUN"]) + ["VARINFO FULL"]
 
@@ -215,17 +224,20 @@ def full_cache(maker):
     lines = []
     if chance(40):
         # Some lines still find room in the cache.
-        lines.append(f"8000 IF Q0 THEN {':' * maker.random.randint(1, 120)}")
+        lines += maker.random.sample([str(number) for number in SHORT_FILLING], 2)
     lines.append("8900 DIM M(9):DEF FNA(X)=X+1:N=0")
     for place, number in enumerate(numbers):
         later = numbers[place + 1:] + [9500]
         maker.targets = [str(choose(*later)) for _ in range(2)]
         target, other = maker.target(), maker.target()
         text = choose(
-            f"N=N+1:GOTO {target}", f"IF N=0 THEN {target} ELSE {other}", f"IF N THEN {target}", f"GOSUB {9700 + choose(0, 10)}",
-            f"ON {choose('1', '2', 'N', '3')} GOTO {target},{other}", f"ON 1+N AND 1 GOSUB 9700,9710:N=N+1", maker.rich(),
+            f"N=N+1:GOTO {target}", f"IF N=0 THEN {target} ELSE {other}", f"IF N THEN {target}",
+            f"GOSUB {9700 + choose(0, 10)}",
+            f"ON {choose('1', '2', 'N', '3')} GOTO {target},{other}", f"ON 1+N AND 1 GOSUB 9700,9710:N=N+1",
+            maker.rich(),
             f"V=5:IF V=5 THEN {target}", f"N=N+1:IF N<3 THEN GOTO {target}:PRINT 4 ELSE {other}", "PRINT 1;2;N;V",
-            f"FOR I=1 TO 3:GOSUB 9700:NEXT:GOTO {target}", f"FOR I=1 TO 2:N=N+1", "W=0:WHILE W<3:W=W+1:GOSUB 9710:WEND",
+            f"FOR I=1 TO 3:GOSUB 9700:NEXT:GOTO {target}", f"FOR I=1 TO 2:N=N+1",
+            "W=0:WHILE W<3:W=W+1:GOSUB 9710:WEND",
             f"IF V THEN GOSUB 9700:PRINT N ELSE GOSUB 9710:PRINT V", "PRINT N;", f"ON ERROR GOTO 9600:N=N+FNB(1)",
             maker.simple())
         lines.append(f"{number} {text}")
@@ -265,23 +277,41 @@ def input_breaks(maker):
     uses = [
         ('IF INPUT$(1)="y" THEN PRINT "yes" ELSE PRINT "no"', ["y", "n"]),
         ("FOR I=1 TO VAL(INPUT$(1)):PRINT I;:NEXT:PRINT", ["3", "1"]),
-        ("GOTO 500+VAL(INPUT$(1))", ["1", "2"]), ("GOSUB 500+VAL(INPUT$(1)):PRINT 8", ["3", "4"]),
-        ("KILL INPUT$(3)", ["K.1", "K.2"]), ("OPEN INPUT$(3) FOR OUTPUT AS 1:PRINT #1,7:CLOSE 1", ["K.1", "K.3"]),
+        ("GOTO 500+VAL(INPUT$(1))", ["1", "2"]),
+        ("GOSUB 500+VAL(INPUT$(1)):PRINT 8", ["3", "4"]),
+        ("KILL INPUT$(3)", ["K.1", "K.2"]),
+        ("OPEN INPUT$(3) FOR OUTPUT AS 1:PRINT #1,7:CLOSE 1", ["K.1", "K.3"]),
         ('OPEN "K.4" FOR OUTPUT AS 1:PRINT #1,1:PRINT #1,INPUT$(3);"]":CLOSE 1', ["abc", "xyz"]),
-        ("DIM D(VAL(INPUT$(2))):PRINT 2", ["12", "07"]), ("A$=INPUT$(1)+INPUT$(1):PRINT A$", ["ab", "qr"]),
-        ("PRINT INPUT$(2)", ["ab", "12"]), ("X=VAL(INPUT$(1)):PRINT X", ["5", "7"]),
-        ('WHILE INPUT$(1)<>"q":WEND:PRINT 4', ["q", "q"]), ("ON VAL(INPUT$(1)) GOTO 501,502", ["1", "2"]),
-        ("ON VAL(INPUT$(1)) GOSUB 503,504:PRINT 5", ["1", "2"]), ("M(VAL(INPUT$(1)))=5:PRINT M(1);M(2)", ["1", "2"]),
-        ("PRINT LEN(INPUT$(3));9", ["abc", "  x"]), ("MKDIR INPUT$(2)", ["DA", "DB"]), ("NAME \"K.1\" AS INPUT$(3)", ["K.5", "K.6"]),
-        ("SAVE INPUT$(3)", ["S.1", "S.2"]), ("IF VAL(INPUT$(1)) THEN 501 ELSE 502", ["0", "1"]),
-        ('DEF FNB(X)=X+VAL(INPUT$(1)):PRINT 3*FNB(1)', ["4", "5"]), ("ERASE M:DIM M(VAL(INPUT$(1))):PRINT M(0)", ["4", "3"]),
-        ('MID$(B$,VAL(INPUT$(1)))="!":PRINT B$', ["1", "2"]), ("SWAP M(VAL(INPUT$(1))),X:PRINT X", ["1", "2"]),
-        ("READ M(VAL(INPUT$(1))):PRINT M(1)", ["1", "2"]), ("WRITE INPUT$(2)", ["uv", "zz"]), ("CHDIR INPUT$(1)", ["D", "D"]),
-        ("A$=INPUT$(2):IF A$=\"go\" THEN PRINT 1;A$ ELSE PRINT A$", ["go", "no"]), ("ERROR VAL(INPUT$(1)):PRINT 0", ["5", "6"]),
-        ("B$=STR$(1)+INPUT$(1)+CHR$(65):PRINT B$", ["x", "y"]), ("IF 1 THEN A$=INPUT$(1):PRINT A$ ELSE PRINT 2", ["e", "f"]),
-        ("RESTORE 700+VAL(INPUT$(1)):READ A:PRINT A", ["0", "0"]), ("LOCATE CSRLIN,VAL(INPUT$(1)):PRINT 1", ["3", "4"]),
-        ("PRINT USING INPUT$(2);7", ["##", "#!"]), ("COLOR VAL(INPUT$(1)):COLOR 7:PRINT 1", ["3", "4"]),
-        ("KILL INPUT$(1)+\".1\"", ["K", "K"]), ("RANDOMIZE VAL(INPUT$(2)):PRINT RND", ["12", "34"]),
+        ("DIM D(VAL(INPUT$(2))):PRINT 2", ["12", "07"]),
+        ("A$=INPUT$(1)+INPUT$(1):PRINT A$", ["ab", "qr"]),
+        ("PRINT INPUT$(2)", ["ab", "12"]),
+        ("X=VAL(INPUT$(1)):PRINT X", ["5", "7"]),
+        ('WHILE INPUT$(1)<>"q":WEND:PRINT 4', ["q", "q"]),
+        ("ON VAL(INPUT$(1)) GOTO 501,502", ["1", "2"]),
+        ("ON VAL(INPUT$(1)) GOSUB 503,504:PRINT 5", ["1", "2"]),
+        ("M(VAL(INPUT$(1)))=5:PRINT M(1);M(2)", ["1", "2"]),
+        ("PRINT LEN(INPUT$(3));9", ["abc", "  x"]),
+        ("MKDIR INPUT$(2)", ["DA", "DB"]),
+        ("NAME \"K.1\" AS INPUT$(3)", ["K.5", "K.6"]),
+        ("SAVE INPUT$(3)", ["S.1", "S.2"]),
+        ("IF VAL(INPUT$(1)) THEN 501 ELSE 502", ["0", "1"]),
+        ('DEF FNB(X)=X+VAL(INPUT$(1)):PRINT 3*FNB(1)', ["4", "5"]),
+        ("ERASE M:DIM M(VAL(INPUT$(1))):PRINT M(0)", ["4", "3"]),
+        ('MID$(B$,VAL(INPUT$(1)))="!":PRINT B$', ["1", "2"]),
+        ("SWAP M(VAL(INPUT$(1))),X:PRINT X", ["1", "2"]),
+        ("READ M(VAL(INPUT$(1))):PRINT M(1)", ["1", "2"]),
+        ("WRITE INPUT$(2)", ["uv", "zz"]),
+        ("CHDIR INPUT$(1)", ["D", "D"]),
+        ("A$=INPUT$(2):IF A$=\"go\" THEN PRINT 1;A$ ELSE PRINT A$", ["go", "no"]),
+        ("ERROR VAL(INPUT$(1)):PRINT 0", ["5", "6"]),
+        ("B$=STR$(1)+INPUT$(1)+CHR$(65):PRINT B$", ["x", "y"]),
+        ("IF 1 THEN A$=INPUT$(1):PRINT A$ ELSE PRINT 2", ["e", "f"]),
+        ("RESTORE 700+VAL(INPUT$(1)):READ A:PRINT A", ["0", "0"]),
+        ("LOCATE CSRLIN,VAL(INPUT$(1)):PRINT 1", ["3", "4"]),
+        ("PRINT USING INPUT$(2);7", ["##", "#!"]),
+        ("COLOR VAL(INPUT$(1)):COLOR 7:PRINT 1", ["3", "4"]),
+        ("KILL INPUT$(1)+\".1\"", ["K", "K"]),
+        ("RANDOMIZE VAL(INPUT$(2)):PRINT RND", ["12", "34"]),
     ]
     lines = ['OPEN "K.1" FOR OUTPUT AS 1:PRINT #1,"keep":CLOSE 1', 'OPEN "K.2" FOR OUTPUT AS 1:PRINT #1,"me":CLOSE 1',
              'MKDIR "D"', '10 DIM M(9):B$="abc":ON ERROR GOTO 800']
@@ -295,7 +325,8 @@ def input_breaks(maker):
             text = f"X=1:{text}"
         lines.append(f"{number} {text}")
         keys.append(f"@break {maker.random.randrange(len(answer))} {answer}" if chance(75) else f"@keys {answer}")
-    lines += ['400 PRINT "end";X;A$:END', "501 PRINT 501:END", "502 PRINT 502:END", "503 PRINT 503:RETURN", "504 RETURN",
+    lines += ['400 PRINT "end";X;A$:END', "501 PRINT 501:END", "502 PRINT 502:END", "503 PRINT 503:RETURN",
+              "504 RETURN",
               "700 DATA 9,8,7", "800 PRINT ERL:RESUME NEXT", "900 RESUME"]
     return lines + ["RUN", *keys, "@files", "PRINT 6*7", "VARINFO"]
 
@@ -308,9 +339,12 @@ def poll_breaks(maker):
         lines.append("6 ON BREAK GOTO 900")
     count = choose(100, 300, 700)
     body = choose(
-        "IF Y>2 THEN X=X+1:A=A+2", "X=X+1", "GOSUB 500", "IF 1 THEN GOSUB 500:A=A+1", "M(1)=M(1)+I:A=A+M(1)", "::X=X+I",
-        "FOR J=1 TO 2:X=X+J:NEXT", "W=0:WHILE W<2:W=W+1:X=X+W:WEND", "ON 1+(I AND 1) GOSUB 500,510", "IF X<50 THEN X=X+1",
-        "IF Y=0 THEN Y=1", "A=A+1 B=B+1", "IF 1 THEN IF 1 THEN X=X+1:B=B+1", "A$=LEFT$(A$+\"x\",5)", "N=FNA(N)", "SWAP A,B",
+        "IF Y>2 THEN X=X+1:A=A+2", "X=X+1", "GOSUB 500", "IF 1 THEN GOSUB 500:A=A+1", "M(1)=M(1)+I:A=A+M(1)",
+        "::X=X+I",
+        "FOR J=1 TO 2:X=X+J:NEXT", "W=0:WHILE W<2:W=W+1:X=X+W:WEND", "ON 1+(I AND 1) GOSUB 500,510",
+        "IF X<50 THEN X=X+1",
+        "IF Y=0 THEN Y=1", "A=A+1 B=B+1", "IF 1 THEN IF 1 THEN X=X+1:B=B+1", "A$=LEFT$(A$+\"x\",5)", "N=FNA(N)",
+        "SWAP A,B",
         "IF I MOD 50=0 THEN ERROR 5", "IF I MOD 70=0 THEN PRINT I", "READ C:RESTORE")
     more = choose("", ":X=X+1", ":B=B+X", ":GOSUB 510")
     loop = choose(f"10 FOR I=1 TO {count}:{body}{more}:NEXT", None, None)
@@ -330,12 +364,17 @@ def counted_loops(maker):
     choose, chance = maker.choose, maker.chance
     count = "Y=Y+1"
     inner = lambda: choose(
-        count, f"IF 1 THEN {count}", f"IF Y>=0 THEN {count}", f"IF 0 THEN Z=1 ELSE {count}", "GOSUB 100", f":::{count}",
-        f"IF 1 THEN {count}:{count}", f"IF 1 THEN {count} {count}", f"FOR I=1 TO 3:{count}:NEXT", f"{count} {count}", "ON 1 GOSUB 100,100",
-        f"IF Y>=0 THEN IF 1 THEN {count}", f"IF Z THEN 400 ELSE {count}", f"W=0:WHILE W<3:W=W+1:{count}:WEND", f"LET {count}",
+        count, f"IF 1 THEN {count}", f"IF Y>=0 THEN {count}", f"IF 0 THEN Z=1 ELSE {count}", "GOSUB 100",
+        f":::{count}",
+        f"IF 1 THEN {count}:{count}", f"IF 1 THEN {count} {count}", f"FOR I=1 TO 3:{count}:NEXT", f"{count} {count}",
+        "ON 1 GOSUB 100,100",
+        f"IF Y>=0 THEN IF 1 THEN {count}", f"IF Z THEN 400 ELSE {count}", f"W=0:WHILE W<3:W=W+1:{count}:WEND",
+        f"LET {count}",
         "A$=B$:" + count, "IF 1 THEN GOSUB 100", f"IF 1 THEN Z=0:{count}", "READ Z:RESTORE:" + count)
-    lines = ["10 Y=0"] + [f"{number} {':'.join(maker.some(1, 2, inner))}" for number in (20, 22, 24)[:choose(1, 1, 2, 3)]]
-    lines.append(choose("30 GOTO 20", "30 IF 1 THEN 20", f"30 IF 1 THEN {count}:GOTO 20", "30 ON 1 GOTO 20", f"30 {count}:GOTO 20",
+    counting = (20, 22, 24)[:choose(1, 1, 2, 3)]
+    lines = ["10 Y=0"] + [f"{number} {':'.join(maker.some(1, 2, inner))}" for number in counting]
+    lines.append(choose("30 GOTO 20", "30 IF 1 THEN 20", f"30 IF 1 THEN {count}:GOTO 20", "30 ON 1 GOTO 20",
+                        f"30 {count}:GOTO 20",
                         "30 IF Y<0 THEN 400 ELSE 20"))
     if chance(30):
         lines = ["10 Y=0", f"20 {choose('WHILE 1', 'FOR K=1 TO 2 STEP 0')}:" + ":".join(maker.some(1, 3, inner))]
@@ -419,7 +458,8 @@ def failing_files(maker):
 def chains(maker):
     """A program that COMMON variables reach by CHAIN."""
     choose, chance = maker.choose, maker.chance
-    first = ["10 " + choose("DIM A(3)", "REM", "DEFINT X-Z", "FOR I=1 TO 3", "GOSUB 20", "ON ERROR GOTO 90", "WHILE 1", "DIM A(2),B(2)")]
+    first = ["10 " + choose("DIM A(3)", "REM", "DEFINT X-Z", "FOR I=1 TO 3", "GOSUB 20", "ON ERROR GOTO 90",
+                            "WHILE 1", "DIM A(2),B(2)")]
     names = [name for name in ("P", "Q%", "R$") if chance(50)]
     values = {"P": "1.5", "Q%": "7", "R$": '"text"'}
     common = ":".join(f"{name}={values[name]}" for name in names)
@@ -430,7 +470,8 @@ def chains(maker):
     if not names:
         first.append("20 REM")
     first += ['40 CHAIN "N.BAS"', "90 PRINT \"trap\":END"]
-    second = ["10 " + choose("OPTION BASE 1", "DIM A(2)", "READ A:PRINT A", "NEXT", "RETURN", "WEND", "PRINT P;Q%;R$", "X=1.5:PRINT X",
+    second = ["10 " + choose("OPTION BASE 1", "DIM A(2)", "READ A:PRINT A", "NEXT", "RETURN", "WEND", "PRINT P;Q%;R$",
+                             "X=1.5:PRINT X",
                              "PRINT A", "RESUME"), f"20 {maker.rich()}", "30 PRINT P;Q%;R$", "40 END", "50 DATA 5,6",
               "900 PRINT 900:END"]
     return first + ["@program"] + second + ["PRINT P;Q%;R$", "READ A:PRINT A"]
@@ -442,21 +483,28 @@ def costs(maker):
     """Loops of statements that make what others remember out of date, with few or many variables."""
     choose, chance = maker.choose, maker.chance
     turns = choose(1000, 2000)
-    statement = lambda: choose("ERASE A:DIM A(3)", "DEF FNA(X)=X+1", "X=X+A(1)", "X=FNA(I)", "A$=STR$(I)", "IF X<5 THEN X=X+1",
-                               "SWAP X,Y", "ERASE A:DIM A(3):X=A(1)", "DIM Z(1):ERASE Z", "GOSUB 100", "Y=X*2-I/3", "READ Q:RESTORE",
-                               "Q=FNB(X,I)", "PRINT LEFT$(A$,0);", "FOR J=1 TO 2:Y=Y+J:NEXT", "ON 1 GOSUB 100", "IF X=Y AND X=0 OR Q<>1 THEN X=Y")
+    statement = lambda: choose("ERASE A:DIM A(3)", "DEF FNA(X)=X+1", "X=X+A(1)", "X=FNA(I)", "A$=STR$(I)",
+                               "IF X<5 THEN X=X+1",
+                               "SWAP X,Y", "ERASE A:DIM A(3):X=A(1)", "DIM Z(1):ERASE Z", "GOSUB 100", "Y=X*2-I/3",
+                               "READ Q:RESTORE",
+                               "Q=FNB(X,I)", "PRINT LEFT$(A$,0);", "FOR J=1 TO 2:Y=Y+J:NEXT", "ON 1 GOSUB 100",
+                               "IF X=Y AND X=0 OR Q<>1 THEN X=Y")
     lines = ["10 DIM A(3):DEF FNA(X)=X*2:DEF FNB(X,Y)=X+Y*FNA(X)"]
     if chance(50):
         count = choose(300, 1500, 3000)
-        lines += ['OPEN "V.BAS" FOR OUTPUT AS 1', f'FOR I=1 TO {count // 20}:PRINT #1,9+I;:FOR J=1 TO 20:PRINT #1,":V"+MID$(STR$(I),2)+"X"+MID$(STR$(J),2)+"=1";:NEXT:PRINT #1,"":NEXT',
+        lines += ['OPEN "V.BAS" FOR OUTPUT AS 1',
+                  f'FOR I=1 TO {count // 20}:PRINT #1,9+I;:FOR J=1 TO 20:PRINT #1,":V"+MID$(STR$(I),2)+"X"+'
+                  'MID$(STR$(J),2)+"=1";:NEXT:PRINT #1,"":NEXT',
                   "CLOSE 1"]
     body = ":".join(maker.some(1, 3, statement))
-    return lines + [f"50 FOR I=1 TO {turns}:{body}:NEXT", "60 PRINT X;Y;A(1):END", "100 Y=Y+1:RETURN", "200 DATA 1"] + (
+    return lines + [f"50 FOR I=1 TO {turns}:{body}:NEXT", "60 PRINT X;Y;A(1):END", "100 Y=Y+1:RETURN",
+                    "200 DATA 1"] + (
         ["RUN"] if len(lines) == 1 else ['MERGE "V.BAS"', "RUN"])
 
 
 THEMES = {
-    "edits": ("images", edits), "repeated": ("repeated", repeated), "state": ("fresh", state), "stale": ("images", stale),
+    "edits": ("images", edits), "repeated": ("repeated", repeated), "state": ("fresh", state),
+    "stale": ("images", stale),
     "branches": ("images", branches), "full cache": ("full cache", full_cache), "merges": ("computed targets", merges),
     "input breaks": ("interrupted", input_breaks), "poll breaks": ("interrupted", poll_breaks),
     "counted loops": ("bound", counted_loops), "deep": ("images", deep),

@@ -357,8 +357,9 @@ def secret(answers):
         coded, used = "", 0
         for letter in message:
             if letter in string.ascii_uppercase:
-                shifted = string.ascii_uppercase.index(letter) + string.ascii_uppercase.index(keyword[used % len(keyword)])
-                coded, used = coded + string.ascii_uppercase[shifted % 26], used + 1
+                shift = string.ascii_uppercase.index(keyword[used % len(keyword)])
+                place = (string.ascii_uppercase.index(letter) + shift) % 26
+                coded, used = coded + string.ascii_uppercase[place], used + 1
             else:
                 coded += letter
         yield f"CODED:   {coded}"
@@ -526,7 +527,8 @@ def coins(answers):
             if count:
                 till[coin] -= count
                 change -= count * coin
-                yield f"{n(count)}* {n(coin // 100) + 'DOLLAR' if coin >= 100 else n(coin) + 'CENT'}{'S' * (count > 1)}"
+                name = n(coin // 100) + "DOLLAR" if coin >= 100 else n(coin) + "CENT"
+                yield f"{n(count)}* {name}{'S' * (count > 1)}"
         if change:
             yield f"THE TILL LACKS{n(change)}CENTS"
     yield f"LEFT IN THE TILL:{n(sum(coin * count for coin, count in till.items()) / 100)}"
@@ -750,25 +752,29 @@ def bases(answers):
 
 # What is typed; several runs of a listing are several lists.
 LISTINGS = {
-    hilo: [["5", "50", "25", "12", "15", "50", "60", "53", "75", "60"], ["12", "53", "50", "25", "30", "27", "50", "25", "12", "22"],
+    hilo: [["5", "50", "25", "12", "15", "50", "60", "53", "75", "60"], ["12", "53", "50", "25", "30", "27", "50",
+                                                                         "25", "12", "22"],
            ["33", "50", "75", "62", "68", "65", "66", "67", "70", "87"]],
     lander: [["5", "5", "5", "5", "10", "-1", "10", "10", "0", "Y", "0", "0", "0", "0", "?", "N"],
              ["0", "0", "40", "5", "30", "10", "5", "5", "5", "5", "5", "5", "5", "5", "N"]],
     cannon: [["0", "18", "19", "18.5", "90", "30", "34.1"], ["17.5", "18.1", "1", "2", "3", "88", "75"]],
-    beast: [["7", "M,3", "M,2", "M,3", "X,2", "M,4"], ["20", "S,2", "S,5", "S,6"], ["3", "M,5", "M,10", "M,7", "S,9", "S,2"]],
+    beast: [["7", "M,3", "M,2", "M,3", "X,2", "M,4"], ["20", "S,2", "S,5", "S,6"], ["3", "M,5", "M,10", "M,7", "S,9",
+                                                                                    "S,2"]],
     deal: [["1"], ["77"], ["200"]],
     bars: [[]],
     dates: [["2,2024", "13,2000", "1,1582", "2,1900", "2,2000", "10,1999", "8,2021", "0,0"]],
     burrow: [["1,5", "15,11", "8,5", "4711"], ["15,10", "12"], ["2,2", "0"]],
     sorts: [[]],
     matrix: [["1,2,3"], ["7,17,45"], ["0,0,0"], ["-5,10,1000"]],
-    quiz: [["danube", " i r o n ", "54", "56", "hint", "JUPITER"], ["RHINE", "HINT", "LEAD", "hint", "IRON", "1", "2", "MARS", "SATURN"],
+    quiz: [["danube", " i r o n ", "54", "56", "hint", "JUPITER"], ["RHINE", "HINT", "LEAD", "hint", "IRON", "1", "2",
+                                                                    "MARS", "SATURN"],
            ["Danube", "Iron", "56", "Jupiter"]],
     secret: [["LEMON", "ATTACK AT DAWN!", "Y", "MADAM I'M ADAM", "N"], ["ABC", "ZZZ 999 YXW", "Y", "Q", "N"]],
     gallow: [["1", "A", "E", "EE", "A", "N", "T", "L", "R", "YES", "3", "X", "Y", "Z", "Q", "W", "V", "NO"],
              ["5", "S", "I", "O", "U", "P", "M", "NO"], ["4", "C", "B", "K", "A", "N", "D", "T", "F", "NO"]],
     flip: [["7", "1", "7", "2", "3", "4", "5", "6", "0"], ["42", "6", "0"]],
-    deduce: [["9", "1234", "5678", "90", "9012", "3456", "7890", "2468", "1357", "8024"], ["100", "0123", "4567"] + ["8901"] * 6],
+    deduce: [["9", "1234", "5678", "90", "9012", "3456", "7890", "2468", "1357", "8024"], ["100", "0123",
+                                                                                           "4567"] + ["8901"] * 6],
     wave: [[]],
     ruler: [["90", "300", "30", "110", "-1"], ["0", "255", "1", "-1"]],
     divide: [["360", "97", "1", "2.5", "1001", "65536", "0", "84,36"], ["0", "17,5"], ["999", "2", "0", "1071,462"]],
