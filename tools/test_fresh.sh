@@ -128,6 +128,7 @@ step() {
     if [ "$result" = passed ] && [ -n "$limit" ] && [ "${seconds%.*}" -ge "$limit" ]; then
         result="TOO SLOW: over $limit s"
     fi
+    say "$result after $seconds s"
     table+=("$(printf '%-52s %8s s %7s s  %s' "$name" "$seconds" "$processor" "$result")")
     if [ "$result" != passed ]; then
         failures=$((failures + 1))
