@@ -236,6 +236,8 @@ class Costs(Relation):
         return [(player, lines) for player in ("image", "general")] * self.turns
 
     def difference(self, results):
+        if any(step.kind == "broken" for result in results for step in result.steps):
+            return None
         times = [min((sum(step.microseconds for step in result.steps) for result in results[i::2])) for i in (0, 1)]
         if times[0] > 1.35 * times[1] + 300:
             return f"{times[0]} microseconds where {times[1]} do"

@@ -172,7 +172,7 @@ class Typist {
         const bool presses_keys = std::any_of(session.begin(), session.end(), [](const std::string& line) {
             return line.starts_with("@keys ");
         });
-        patient_polls_ = presses_keys ? 30'000 : 60;
+        patient_polls_ = presses_keys ? 400'000 : 60;
         for (const std::string& line : session) {
             const std::string fault = step(line, result.shown);
             if (fault.empty()) continue;

@@ -482,7 +482,7 @@ def chains(maker):
 def costs(maker):
     """Loops of statements that make what others remember out of date, with few or many variables."""
     choose, chance = maker.choose, maker.chance
-    turns = choose(1000, 2000)
+    turns = choose(300, 600)
     statement = lambda: choose("ERASE A:DIM A(3)", "DEF FNA(X)=X+1", "X=X+A(1)", "X=FNA(I)", "A$=STR$(I)",
                                "IF X<5 THEN X=X+1",
                                "SWAP X,Y", "ERASE A:DIM A(3):X=A(1)", "DIM Z(1):ERASE Z", "GOSUB 100", "Y=X*2-I/3",
