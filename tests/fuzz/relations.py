@@ -154,7 +154,8 @@ class Interrupted(Relation):
         if not all(ends[:2]) or not any(line.startswith("@break") for line in self.lines):
             return None
         if not all(ends):
-            return "other keys are asked for, or a step does not end"
+            odd = sorted({step.kind for result in results for step in result.steps} - {"shown"})
+            return "other keys are asked for, or a step does not end: " + ", ".join(odd)
         return first_difference([([told(result)], None) for result in results])
 
 
