@@ -7,7 +7,6 @@
 #include "platform/characters.h"
 #include "program/errors.h"
 #include "program/messages.h"
-#include "values/convert.h"
 
 namespace korvane {
 namespace {

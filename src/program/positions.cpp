@@ -3,18 +3,8 @@
 #include "platform/memory.h"
 #include "program/execution.h"
 #include "program/keywords.h"
-#include "program/program_store.h"
 
 namespace korvane {
-
-bool remembers_lines(const Token* at) {
-    const void* record = at;
-    return record >= program.cache_start && record < program.cache_end;
-}
-
-std::uint32_t epoch_here() {
-    return remembers_lines(execution.tokens) ? program.cache_epoch : no_epoch;
-}
 
 bool begins_statement(const Token* tokens, std::uint32_t record) {
     if (record == 0) return true;

@@ -31,12 +31,6 @@ namespace korvane {
 
 inline constexpr std::uint32_t no_epoch = 0;
 
-// Whether the record stays where it is until the epoch ends.
-bool remembers_lines(const Token* at);
-
-// The epoch of positions in the line that is being executed.
-std::uint32_t epoch_here();
-
 // Whether a statement begins at the record, as far as the tokens in front of it tell: at the start of the
 // line, behind ":" and behind ELSE. (Not behind THEN: what stands there may lead past its ELSE, which is
 // right only when it comes from its IF.)

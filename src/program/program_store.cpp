@@ -184,6 +184,15 @@ void empty_token_cache() {
     forget_cache();
 }
 
+bool remembers_lines(const Token* at) {
+    const void* record = at;
+    return record >= program.cache_start && record < program.cache_end;
+}
+
+std::uint32_t epoch_here() {
+    return remembers_lines(execution.tokens) ? program.cache_epoch : no_epoch;
+}
+
 std::uint32_t prepare_line(std::uint32_t index) {
     LineEntry& line = program.lines[index];
     if (line.tokens != nullptr) {

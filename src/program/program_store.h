@@ -76,6 +76,12 @@ void clear_program();
 // Drops every cached token array.
 void empty_token_cache();
 
+// Whether the record stays where it is until the epoch ends: whether it lies in the token cache.
+bool remembers_lines(const Token* at);
+
+// The epoch of positions in the line that is being executed.
+std::uint32_t epoch_here();
+
 // Makes the token array of the line current (execution.tokens), from the cache or by tokenizing, and returns
 // its number of records. A tokenizing error is raised with its line set to this line's number.
 std::uint32_t prepare_line(std::uint32_t index);
