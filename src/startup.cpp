@@ -14,12 +14,14 @@
 #include "program/errors.h"
 #include "program/execution.h"
 #include "program/program_store.h"
+#include "program/tokenizer.h"
 #include "prompt/auto_numbering.h"
 #include "prompt/command_loop.h"
 #include "run/breakpoints.h"
 #include "run/control_stacks.h"
 #include "run/event_timers.h"
 #include "run/run.h"
+#include "run/specialised.h"
 #include "run/trace.h"
 #include "screen/console.h"
 #include "screen/graphics.h"
@@ -61,6 +63,7 @@ void clear_firmware_console() {
 void initialize_state() {
     execution = Execution{};
     execution.line = direct_line;
+    tokenizer.first_handler = execute_first;
     errors = ErrorState{};
     forget_error();
     output = Output{};

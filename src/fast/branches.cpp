@@ -52,8 +52,8 @@ std::uint64_t pause_before(Token* at, std::uint64_t left, std::uint8_t* string_t
 inline std::uint64_t enter_then_part(Token* at, std::uint64_t left, std::uint8_t* string_top) {
     if (left < at->step.jump.line) return pause_before(at, left, string_top);
     execution.then_part = (at->right_kind & lone_then_part) == 0;
-    if (state.kept_token != at) state.kept_start = at;
-    state.kept_token = at->step.next;
+    if (execution.kept_token != at) execution.kept_start = at;
+    execution.kept_token = at->step.next;
     return at->step.next->execute(at->step.next, left - 1);
 }
 

@@ -152,7 +152,7 @@ std::uint64_t wend(Token* at, std::uint64_t left) {
     const WhileEntry& entry = control_stacks.whiles[control_stacks.while_count - 1];
     if (entry.epoch != program.cache_epoch) return execute_general(at, left);
     --control_stacks.while_count;
-    state.kept_token = nullptr;
+    execution.kept_token = nullptr;
     return jump(entry.token, left);
 }
 

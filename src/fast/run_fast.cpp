@@ -1,4 +1,4 @@
-#include "fast/run_fast.h"
+#include "run/specialised.h"
 
 #include "fast/links.h"
 #include "fast/statement.h"
@@ -139,9 +139,9 @@ std::uint64_t execute_until_variables_change(Token* at, std::uint64_t left) {
 // Executes the statement at `at`, whose line is the current one, by its general handler; gives the next one,
 // or null when the run loop has to look. Inlined, because it makes up most of what a short statement costs.
 [[gnu::always_inline]] inline Token* handle(Token* at) {
-    execution.statement_start = record_of(at == state.kept_token ? state.kept_start : at);
-    if (at == state.kept_token) execution.then_part = true;
-    state.kept_token = nullptr;
+    execution.statement_start = record_of(at == execution.kept_token ? execution.kept_start : at);
+    if (at == execution.kept_token) execution.then_part = true;
+    execution.kept_token = nullptr;
     Cursor cursor = at;
     statement_handlers[at->kind](cursor);
     state.look_at = cursor;
@@ -183,10 +183,6 @@ std::uint64_t pause(Token* at) {
 void enter_line_of(const Token* at) {
     execution.line = end_of_line(at)->step.jump.line;
     execution.tokens = program.lines[execution.line].tokens;
-}
-
-void forget_kept_statement() {
-    state.kept_token = nullptr;
 }
 
 bool may_run() {

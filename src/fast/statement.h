@@ -13,15 +13,11 @@
 #include "program/execution.h"
 #include "program/program_store.h"
 #include "program/token.h"
+#include "run/specialised.h"
 
 namespace korvane::fast {
 
 struct State {
-    // First statement of a THEN part, whose start is that of its IF. It is kept from one statement to the
-    // next only: the run loop forgets it whenever execution arrives somewhere other than from the statement
-    // in front.
-    Token* kept_token;
-    Token* kept_start;      // that IF
     bool target_not_ready;  // a line was not tokenized yet when a statement that leads there was looked at
     Token* look_at;         // where the run loop goes on
 };

@@ -25,6 +25,11 @@ struct Execution {
     std::uint32_t break_line;       // line number at which it did
     bool can_continue;              // CONT may resume at `continue_at`
     Position continue_at;
+    // First statement of a THEN part, whose start is that of its IF. It is kept from one statement to the
+    // next only: the run loop forgets it whenever execution arrives somewhere other than from the statement
+    // in front.
+    Token* kept_token;
+    Token* kept_start;              // that IF
     std::uint64_t statement_count;  // statements dispatched; the keyboard is polled every 256
 };
 extern Execution execution;

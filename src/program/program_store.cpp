@@ -1,6 +1,5 @@
 #include "program/program_store.h"
 
-#include "fast/run_fast.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
 #include "program/errors.h"
@@ -103,7 +102,7 @@ void forget_cache() {
     program.cache_end = nullptr;
     ++program.cache_epoch;
     ++arenas.generation;  // open loops remember tokens for one generation
-    fast::forget_kept_statement();
+    execution.kept_token = nullptr;
 }
 
 }  // namespace

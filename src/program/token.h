@@ -122,9 +122,6 @@ static_assert(__builtin_offsetof(Token, payload) == 8);
 static_assert(__builtin_offsetof(Token, cached) == 48);
 static_assert(__builtin_offsetof(Token, step) == 8);
 
-// What `execute` holds until the statement has been met: specialises it if that can be done, and executes it.
-std::uint64_t execute_first(Token* at, std::uint64_t left);
-
 // A position in a token array. Handlers and evaluator advance it past what they read.
 using Cursor = Token*;
 

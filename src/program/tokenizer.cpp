@@ -31,7 +31,7 @@ void skip_blanks(const std::uint8_t*& text) {
 
 void clear(Token& token) {
     fill_bytes(&token, 0, sizeof token);
-    token.execute = execute_first;
+    token.execute = tokenizer.first_handler;
 }
 
 // From behind an opening quote to the closing one or the end of the text.

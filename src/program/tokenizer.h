@@ -9,6 +9,8 @@
 namespace korvane {
 
 struct Tokenizer {
+    Execute first_handler;             // what Token::execute holds until the statement has been met; start-up
+                                       // hands it over, for nothing here knows who executes tokens
     Token scratch[max_token_records];  // the last line tokenized; callers copy it
 };
 extern Tokenizer tokenizer;

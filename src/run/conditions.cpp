@@ -5,8 +5,8 @@
 #include "program/keywords.h"
 #include "program/messages.h"
 #include "program/parse.h"
+#include "run/dispatch.h"
 #include "run/jumps.h"
-#include "run/run.h"
 #include "values/evaluator.h"
 
 namespace korvane {

@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "program/execution.h"
 #include "program/token.h"
 
 namespace korvane {
@@ -24,5 +25,11 @@ struct StatementHandlers {
 
 // Every handler takes the cursor on the statement's first token and leaves it behind what it has read.
 extern const StatementHandlers statement_handlers;
+
+// Executes one statement at the cursor.
+inline void dispatch_statement(Cursor& cursor) {
+    ++execution.statement_count;
+    statement_handlers[cursor->kind](cursor);
+}
 
 }  // namespace korvane

@@ -1,6 +1,5 @@
 #include "run/run.h"
 
-#include "fast/run_fast.h"
 #include "files/file_table.h"
 #include "numbers/format.h"
 #include "program/errors.h"
@@ -11,6 +10,7 @@
 #include "run/control_stacks.h"
 #include "run/dispatch.h"
 #include "run/event_timers.h"
+#include "run/specialised.h"
 #include "run/trace.h"
 #include "run/traps.h"
 #include "screen/console.h"
@@ -146,17 +146,12 @@ bool next_line() {
 
 }  // namespace
 
-void dispatch_statement(Cursor& cursor) {
-    ++execution.statement_count;
-    statement_handlers[cursor->kind](cursor);
-}
-
 void run_loop() {
     std::uint64_t next_poll = (execution.statement_count / statements_per_poll + 1) * statements_per_poll;
     while (!execution.stop && !error_pending()) {
         execution.jumped = false;
         execution.then_part = false;
-        fast::forget_kept_statement();
+        execution.kept_token = nullptr;
         if (execution.line != direct_line && execution.record == 0 && begin_line()) return;
         if (!run_line(execution.tokens + execution.record, next_poll)) return;
         if (!execution.jumped && !execution.stop && !next_line()) return;

@@ -29,9 +29,6 @@ void chain_to_line(std::uint32_t index);
 // behind a pending error. CONT uses it.
 void run_from_here();
 
-// Executes one statement at the cursor.
-void dispatch_statement(Cursor& cursor);
-
 void do_end(Cursor& cursor);
 void do_stop(Cursor& cursor);
 void do_clear(Cursor& cursor);

@@ -6,6 +6,7 @@
 #include "program/errors.h"
 #include "program/messages.h"
 #include "program/parse.h"
+#include "program/tokenizer.h"
 #include "values/name_index.h"
 
 namespace korvane {
@@ -123,7 +124,7 @@ void remove_variable(VariableEntry* entry) {
 
 void remember_variable(Token& name, VariableEntry* entry) {
     // A specialised statement that begins with this name belongs to the generation that ends here.
-    if (name.generation != arenas.generation) name.execute = execute_first;
+    if (name.generation != arenas.generation) name.execute = tokenizer.first_handler;
     name.resolution = entry->is_array() ? RESOLVED_ARRAY : RESOLVED_SCALAR;
     name.generation = arenas.generation;
     name.cached = entry;

@@ -1,9 +1,18 @@
-// Running program lines through their specialised statements.
+// What the run loop and start-up know of the specialised statements, which live one floor above: nothing else
+// in this room may name them.
 #pragma once
 
 #include <cstdint>
 
 #include "program/token.h"
+
+namespace korvane {
+
+// What a token's `execute` holds until its statement has been met: specialises it if that can be done, and
+// executes it.
+std::uint64_t execute_first(Token* at, std::uint64_t left);
+
+}  // namespace korvane
 
 namespace korvane::fast {
 
@@ -13,9 +22,6 @@ namespace korvane::fast {
 // that has been switched on. Needs a current line whose tokens are in the cache, and none of those three
 // switched on.
 Token* run(Token* at, std::uint64_t budget);
-
-// Forgets the statement that an IF was about to go on with behind THEN: for whoever goes on elsewhere.
-void forget_kept_statement();
 
 // True while nothing asks for a look before each statement or line.
 bool may_run();
