@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 namespace korvane {
 
@@ -13,10 +14,10 @@ inline constexpr std::array<std::uint32_t, 16> palette = {
 };
 
 // The colour of a value: 0 to 15 the palette entry, from 16 on the value's low 24 bits as 0xRRGGBB. A
-// negative value raises "Illegal function call" and gives 0.
-std::uint32_t colour_from_value(std::int64_t value);
+// negative value stands for none.
+std::optional<std::uint32_t> colour_from_value(std::int64_t value);
 
-// The colour of three components, each 0 to 255, else "Illegal function call".
-std::uint32_t colour_from_triple(std::int64_t red, std::int64_t green, std::int64_t blue);
+// The colour of three components, each 0 to 255; nothing when one is not.
+std::optional<std::uint32_t> colour_from_triple(std::int64_t red, std::int64_t green, std::int64_t blue);
 
 }  // namespace korvane

@@ -1,8 +1,6 @@
 #include "screen/video_mode.h"
 
 #include "platform/firmware.h"
-#include "program/errors.h"
-#include "program/messages.h"
 #include "screen/console.h"
 #include "screen/graphics.h"
 
@@ -52,20 +50,19 @@ bool video_start() {
     return true;
 }
 
-void con_set_mode(std::uint32_t width, std::uint32_t height) {
+bool con_set_mode(std::uint32_t width, std::uint32_t height) {
     const std::uint32_t modes = video.graphics_output->Mode->MaxMode;
     std::uint32_t mode = 0;
     while (mode < modes && !mode_has_resolution(mode, width, height))
         ++mode;
-    if (mode == modes || uefi::is_error(video.graphics_output->SetMode(video.graphics_output, mode))) {
-        raise(message::illegal_function_call);
-        return;
-    }
+    if (mode == modes || uefi::is_error(video.graphics_output->SetMode(video.graphics_output, mode)))
+        return false;
     take_current_mode();
     gfx_reset_coordinates();
     console.view_print_active = false;
     text_window_off();
     con_clear_all();
+    return true;
 }
 
 }  // namespace korvane

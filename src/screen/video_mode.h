@@ -17,8 +17,7 @@ extern Video video;
 bool video_start();
 
 // Changes to the first mode of exactly this resolution and clears everything that confines output or
-// graphics. Raises "Illegal function call" when the firmware has no such mode or cannot set it; the screen
-// then stays as it was.
-void con_set_mode(std::uint32_t width, std::uint32_t height);
+// graphics. False when the firmware has no such mode or cannot set it; the screen then stays as it was.
+bool con_set_mode(std::uint32_t width, std::uint32_t height);
 
 }  // namespace korvane

@@ -10,6 +10,7 @@
 #include "screen/console.h"
 #include "screen/gfx_line.h"
 #include "screen/plot.h"
+#include "statements/colour_argument.h"
 #include "statements/graphics/coordinates.h"
 #include "values/convert.h"
 #include "values/evaluator.h"
@@ -162,7 +163,7 @@ void set_angle(Pen& pen) {
 
 void set_colour(Pen& pen) {
     const std::int64_t value = read_required(pen, 0, std::numeric_limits<std::int64_t>::max());
-    if (!error_pending()) pen.colour = colour_from_value(value);
+    if (!error_pending()) pen.colour = require_colour(colour_from_value(value));
 }
 
 void carry_out(Pen& pen, char command) {

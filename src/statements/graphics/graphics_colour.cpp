@@ -2,6 +2,7 @@
 
 #include "program/parse.h"
 #include "screen/colour.h"
+#include "statements/colour_argument.h"
 #include "values/evaluator.h"
 
 namespace korvane {
@@ -20,7 +21,7 @@ std::uint32_t parse_triple_rest(Cursor& cursor, std::int64_t red) {
         component = evaluate_integer(cursor);
         if (error_pending()) return 0;
     }
-    return colour_from_triple(red, components[0], components[1]);
+    return require_colour(colour_from_triple(red, components[0], components[1]));
 }
 
 bool box_word_follows(const Token* comma) {
@@ -31,7 +32,7 @@ bool box_word_follows(const Token* comma) {
 
 std::uint32_t parse_colour_value(Cursor& cursor) {
     const std::int64_t value = evaluate_integer(cursor);
-    return error_pending() ? 0 : colour_from_value(value);
+    return error_pending() ? 0 : require_colour(colour_from_value(value));
 }
 
 std::uint32_t gfx_parse_colour(Cursor& cursor, std::uint32_t default_colour) {
@@ -40,7 +41,7 @@ std::uint32_t gfx_parse_colour(Cursor& cursor, std::uint32_t default_colour) {
     if (cursor->kind == ',' || at_statement_end(cursor)) return default_colour;
     const std::int64_t value = evaluate_integer(cursor);
     if (error_pending()) return 0;
-    if (cursor->kind != ',' || box_word_follows(cursor)) return colour_from_value(value);
+    if (cursor->kind != ',' || box_word_follows(cursor)) return require_colour(colour_from_value(value));
     return parse_triple_rest(cursor, value);
 }
 
@@ -48,7 +49,7 @@ std::uint32_t parse_plain_colour(Cursor& cursor, std::uint32_t default_colour) {
     if (!accept(cursor, ',') || at_statement_end(cursor)) return default_colour;
     const std::int64_t value = evaluate_integer(cursor);
     if (error_pending()) return 0;
-    return cursor->kind == ',' ? parse_triple_rest(cursor, value) : colour_from_value(value);
+    return cursor->kind == ',' ? parse_triple_rest(cursor, value) : require_colour(colour_from_value(value));
 }
 
 PaintColours parse_paint_colours(Cursor& cursor, std::uint32_t default_colour) {
@@ -69,10 +70,10 @@ PaintColours parse_paint_colours(Cursor& cursor, std::uint32_t default_colour) {
         values[count++] = evaluate_integer(cursor);
         if (error_pending()) return colours;
     } while (accept(cursor, ','));
-    colours.paint =
-        count < 3 ? colour_from_value(values[0]) : colour_from_triple(values[0], values[1], values[2]);
+    colours.paint = require_colour(count < 3 ? colour_from_value(values[0])
+                                             : colour_from_triple(values[0], values[1], values[2]));
     if (error_pending()) return colours;
-    colours.border = count % 2 == 0 ? colour_from_value(values[count - 1]) : colours.paint;
+    colours.border = count % 2 == 0 ? require_colour(colour_from_value(values[count - 1])) : colours.paint;
     return colours;
 }
 

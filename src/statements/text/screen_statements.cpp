@@ -10,6 +10,7 @@
 #include "screen/graphics.h"
 #include "screen/text_windows.h"
 #include "screen/video_mode.h"
+#include "statements/colour_argument.h"
 #include "statements/text/window_argument.h"
 #include "values/evaluator.h"
 
@@ -55,12 +56,12 @@ void apply_colour_list(const ColourList& list, std::uint32_t& foreground, std::u
     const auto& values = list.values;
     const bool triples = list.count >= 3;
     const bool has_background = list.count == 2 || list.count == 6;
-    const std::uint32_t first =
-        triples ? colour_from_triple(values[0], values[1], values[2]) : colour_from_value(values[0]);
+    const std::uint32_t first = require_colour(triples ? colour_from_triple(values[0], values[1], values[2])
+                                                       : colour_from_value(values[0]));
     if (error_pending()) return;
     if (has_background) {
-        const std::uint32_t second =
-            triples ? colour_from_triple(values[3], values[4], values[5]) : colour_from_value(values[1]);
+        const std::uint32_t second = require_colour(
+            triples ? colour_from_triple(values[3], values[4], values[5]) : colour_from_value(values[1]));
         if (error_pending()) return;
         background = second;
     }
@@ -70,7 +71,7 @@ void apply_colour_list(const ColourList& list, std::uint32_t& foreground, std::u
 void set_background_alone(Cursor& cursor) {
     const std::int64_t value = evaluate_integer(cursor);
     if (error_pending()) return;
-    const std::uint32_t colour = colour_from_value(value);
+    const std::uint32_t colour = require_colour(colour_from_value(value));
     if (!error_pending()) console.background = colour;
 }
 
@@ -222,7 +223,8 @@ void do_screen(Cursor& cursor) {
         raise(message::illegal_function_call);
         return;
     }
-    con_set_mode(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height));
+    if (!con_set_mode(static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height)))
+        raise(message::illegal_function_call);
 }
 
 void do_txtwindow(Cursor& cursor) {
