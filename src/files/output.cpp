@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "numbers/format.h"
 #include "program/errors.h"
 
 namespace korvane {
@@ -32,6 +33,14 @@ void out_put_text(std::string_view text) {
     for (const char character : text) {
         out_put_char(static_cast<std::uint8_t>(character));
         if (error_pending()) return;
+    }
+}
+
+void print_value(const Value& value) {
+    if (value.type == Type::STRING) {
+        out_put_text({reinterpret_cast<const char*>(value.bytes), value.length});
+    } else {
+        out_put_text(format_number(value).view());
     }
 }
 

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "files/file_table.h"
+#include "numbers/value.h"
 #include "screen/text_windows.h"
 
 namespace korvane {
@@ -33,6 +34,9 @@ void out_put_char(std::uint8_t code);
 
 // Sends a text character by character; a file's error ends it early.
 void out_put_text(std::string_view text);
+
+// Sends a value in its free form: a string's bytes; a number with its sign place and a trailing blank.
+void print_value(const Value& value);
 
 // The output column, counted from 0: the file's column counter, else the cursor's distance from the left edge
 // of the numbered window, of the text window or of the screen.

@@ -2,12 +2,12 @@
 
 #include <algorithm>
 
+#include "files/output.h"
 #include "numbers/format.h"
 #include "platform/memory.h"
 #include "program/line_range.h"
 #include "program/parse.h"
 #include "screen/console.h"
-#include "statements/text/print.h"
 #include "values/variables.h"
 
 namespace korvane {

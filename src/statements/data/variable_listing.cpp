@@ -1,10 +1,10 @@
 #include "statements/data/variable_listing.h"
 
+#include "files/output.h"
 #include "numbers/format.h"
 #include "program/parse.h"
 #include "screen/console.h"
 #include "screen/pager.h"
-#include "statements/text/print.h"
 #include "values/convert.h"
 #include "values/evaluator.h"
 #include "values/variables.h"

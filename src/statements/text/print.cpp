@@ -3,7 +3,6 @@
 #include <string_view>
 
 #include "files/output.h"
-#include "numbers/format.h"
 #include "program/parse.h"
 #include "statements/text/print_formatted.h"
 #include "statements/text/print_paragraph.h"
@@ -57,14 +56,6 @@ void print_list(Cursor& cursor) {
 }
 
 }  // namespace
-
-void print_value(const Value& value) {
-    if (value.type == Type::STRING) {
-        out_put_text({reinterpret_cast<const char*>(value.bytes), value.length});
-    } else {
-        out_put_text(format_number(value).view());
-    }
-}
 
 void print_tab(std::int64_t column) {
     if (column < 0) {

@@ -3,7 +3,6 @@
 
 #include <cstdint>
 
-#include "numbers/value.h"
 #include "program/token.h"
 
 namespace korvane {
@@ -12,9 +11,6 @@ inline constexpr std::uint32_t print_zone_width = 14;
 
 // PRINT [#n, | @n[,]] with a list, USING, WRAP or JUSTIFY.
 void do_print(Cursor& cursor);
-
-// Sends a value in its free form: a string's bytes; a number with its sign place and a trailing blank.
-void print_value(const Value& value);
 
 // What TAB(n) and SPC(n) do as items of a print list: send blanks to the output. Columns count from 1; a TAB
 // to a column already passed goes to the next line first. n is taken modulo the output width. A negative n

@@ -5,7 +5,6 @@
 #include "files/output.h"
 #include "numbers/format.h"
 #include "program/parse.h"
-#include "statements/text/print.h"
 #include "values/evaluator.h"
 
 namespace korvane {
