@@ -1,6 +1,7 @@
 #include "program/line_range.h"
 
 #include "program/parse.h"
+#include "program/program_store.h"
 
 namespace korvane {
 
@@ -57,6 +58,17 @@ bool check_line_range(const LineRange& range) {
     if (range.first <= range.last) return true;
     raise(message::illegal_function_call);
     return false;
+}
+
+void delete_line_range(const LineRange& range) {
+    const std::uint32_t first = first_line_from(range.first);
+    const std::uint32_t end = first_line_from(std::uint64_t{range.last} + 1);
+    if (first == end) {
+        // An empty deletion is an error, deliberately: most likely the range was mistyped.
+        raise(message::illegal_function_call);
+        return;
+    }
+    delete_lines(first, end);
 }
 
 }  // namespace korvane

@@ -42,4 +42,7 @@ bool read_line_range(Cursor& cursor, const LineRangeMessages& messages, LineRang
 // Raises "Illegal function call" and gives false when the range ends below its start.
 bool check_line_range(const LineRange& range);
 
+// Removes the stored lines with a number in the range. Raises "Illegal function call" when there is none.
+void delete_line_range(const LineRange& range);
+
 }  // namespace korvane

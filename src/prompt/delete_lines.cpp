@@ -23,15 +23,4 @@ void do_delete(Cursor& cursor) {
     end_run_of_changed_program();
 }
 
-void delete_line_range(const LineRange& range) {
-    const std::uint32_t first = first_line_from(range.first);
-    const std::uint32_t end = first_line_from(std::uint64_t{range.last} + 1);
-    if (first == end) {
-        // An empty deletion is an error, deliberately: most likely the range was mistyped.
-        raise(message::illegal_function_call);
-        return;
-    }
-    delete_lines(first, end);
-}
-
 }  // namespace korvane

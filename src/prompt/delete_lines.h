@@ -1,7 +1,6 @@
 // The DELETE command.
 #pragma once
 
-#include "program/line_range.h"
 #include "program/token.h"
 
 namespace korvane {
@@ -10,9 +9,5 @@ namespace korvane {
 // Error" without a range, "Illegal function call" for a number out of range, a reversed range or one that
 // holds no line.
 void do_delete(Cursor& cursor);
-
-// Removes the lines with a number in the range. Raises "Illegal function call" when there
-// is none.
-void delete_line_range(const LineRange& range);
 
 }  // namespace korvane

@@ -13,7 +13,6 @@
 #include "program/messages.h"
 #include "program/parse.h"
 #include "program/program_store.h"
-#include "prompt/delete_lines.h"
 #include "run/remembered_lines.h"
 #include "run/run.h"
 #include "screen/console.h"
