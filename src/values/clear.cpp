@@ -2,7 +2,7 @@
 
 #include "program/arenas.h"
 #include "program/errors.h"
-#include "statements/files/chain.h"
+#include "values/common_list.h"
 #include "values/user_functions.h"
 #include "values/variables.h"
 

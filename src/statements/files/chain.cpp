@@ -16,12 +16,11 @@
 #include "run/remembered_lines.h"
 #include "run/run.h"
 #include "screen/console.h"
+#include "values/common_list.h"
 #include "values/evaluator.h"
 #include "values/variables.h"
 
 namespace korvane {
-
-CommonList common_list;
 
 namespace {
 
@@ -69,27 +68,6 @@ bool read_request(Cursor& cursor, ChainRequest& request) {
     if (!request.has_range || request.merge) return true;
     raise(message::illegal_function_call);
     return false;
-}
-
-bool is_common(const char* name, bool is_array) {
-    for (std::uint32_t i = 0; i < common_list.count; ++i) {
-        const CommonEntry& entry = common_list.entries[i];
-        if (entry.is_array == is_array && compare_bytes(entry.name, name, name_capacity) == 0) return true;
-    }
-    return false;
-}
-
-// Drops the variables that are not in the COMMON list; the others keep their order.
-void keep_common_variables() {
-    std::uint32_t kept = 0;
-    for (std::uint32_t i = 0; i < variables.count; ++i) {
-        const VariableEntry entry = variables.table[i];
-        if (is_common(entry.name, entry.is_array())) variables.table[kept++] = entry;
-    }
-    variables.count = kept;
-    note_written_names();
-    // Entries have moved: cached references must not find them.
-    ++arenas.generation;
 }
 
 // Brings the new program text in. False after an error.
@@ -154,10 +132,6 @@ bool declare_common(Cursor& cursor) {
 }
 
 }  // namespace
-
-void clear_common_list() {
-    common_list.count = 0;
-}
 
 void do_common(Cursor& cursor) {
     ++cursor;

@@ -1,28 +1,9 @@
 // CHAIN and COMMON: going on in another program, with some of the variables.
 #pragma once
 
-#include <cstdint>
-
 #include "program/token.h"
 
 namespace korvane {
-
-inline constexpr std::uint32_t max_common_entries = 512;
-
-struct CommonEntry {
-    char name[name_capacity];  // as the tokenizer gives it, type suffix included, zero-padded
-    bool is_array;
-};
-
-// The variables that a CHAIN without ALL keeps, in the order of their COMMON statements.
-struct CommonList {
-    std::uint32_t count;
-    CommonEntry entries[max_common_entries];
-};
-extern CommonList common_list;
-
-// Empties the list; part of the clear operation.
-void clear_common_list();
 
 // COMMON var[()][, var[()] ...]. Raises "Expected variable", "Syntax Error" ("(" without ")"), "Duplicate
 // definition" and "Too many variables".
