@@ -1,4 +1,4 @@
-#include "explorer/command_table.h"
+#include "explorer/commands.h"
 
 #include <array>
 

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "explorer/command_table.h"
+#include "explorer/commands.h"
 #include "explorer/dump.h"
 #include "explorer/report.h"
 #include "explorer/reports.h"

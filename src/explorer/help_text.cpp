@@ -3,7 +3,7 @@
 #include <array>
 #include <span>
 
-#include "explorer/command_table.h"
+#include "explorer/commands.h"
 #include "explorer/report.h"
 
 namespace korvane {

@@ -3,7 +3,7 @@
 #include <string>
 
 #include "explorer/command_line.h"
-#include "explorer/command_table.h"
+#include "explorer/commands.h"
 
 namespace korvane {
 namespace {
