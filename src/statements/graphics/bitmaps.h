@@ -9,7 +9,6 @@
 namespace korvane {
 
 inline constexpr std::uint32_t bitmap_slot_count = 32;
-inline constexpr std::uint32_t max_bitmap_side = 8192;
 
 struct BitmapSlot {
     const std::uint32_t*

@@ -16,7 +16,6 @@
 #include "program/arenas.h"
 #include "program/errors.h"
 #include "program/messages.h"
-#include "statements/graphics/bitmaps.h"
 
 namespace korvane {
 

@@ -8,6 +8,8 @@
 
 namespace korvane {
 
+inline constexpr std::uint32_t max_bitmap_side = 8192;
+
 struct BmpImage {
     std::uint32_t* pixels;  // width * height words 0x00RRGGBB in the data arena, row by row from the top
     std::uint32_t width;
