@@ -8,6 +8,7 @@
 #include "explorer/text_decoder.h"
 #include "explorer/volume_reports.h"
 #include "explorer/volumes.h"
+#include "files/file_handle.h"
 #include "platform/firmware.h"
 
 namespace korvane {

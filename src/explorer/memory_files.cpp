@@ -4,7 +4,8 @@
 
 #include "explorer/memory_range.h"
 #include "explorer/report.h"
-#include "files/volume.h"
+#include "files/file_handle.h"
+#include "files/named_files.h"
 #include "platform/memory_map.h"
 
 namespace korvane {

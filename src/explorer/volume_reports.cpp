@@ -7,6 +7,7 @@
 #include "explorer/device_path_text.h"
 #include "explorer/report.h"
 #include "explorer/volumes.h"
+#include "files/file_handle.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
 

@@ -1,5 +1,7 @@
 #include "explorer/volumes.h"
 
+#include "files/file_handle.h"
+#include "files/firmware_name.h"
 #include "platform/firmware.h"
 
 namespace korvane {

@@ -4,7 +4,7 @@
 #include <string_view>
 #include <utility>
 
-#include "files/volume.h"
+#include "files/file_handle.h"
 #include "platform/handle_list.h"
 #include "platform/uefi.h"
 

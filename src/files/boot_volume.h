@@ -2,7 +2,7 @@
 // put back.
 #pragma once
 
-#include "files/volume.h"
+#include "files/file_handle.h"
 
 namespace korvane {
 

@@ -6,8 +6,7 @@
 
 #include <cstdint>
 
-#include "files/volume.h"
-#include "program/token.h"
+#include "files/file_handle.h"
 
 namespace korvane {
 
@@ -56,14 +55,6 @@ void initialize_file_table();
 // Gives a closed entry its file: counters, buffers and the first `record_length` bytes of the record are
 // cleared. `record_length` is 0 for sequential modes.
 void attach_file(OpenFile& file, FileHandle handle, FileMode mode, std::uint32_t record_length);
-
-// A file number: an optional "#", then an expression from 1 to 15. Raises "Type mismatch" and "Bad file
-// number", the latter also when an open file is wanted and the number is closed. Null after an error.
-OpenFile* lookup_file(Cursor& cursor, bool must_be_open);
-
-// The "#n," in front of the list of PRINT and WRITE: the cursor stands on the "#". Raises what lookup_file
-// does, "Bad file mode" for a file opened for input, and "Expected ,". Null after an error.
-OpenFile* parse_output_file(Cursor& cursor);
 
 // Writes one byte as it is. The column counts it, whatever it is. Raises
 // "Disk I/O error" when a full buffer cannot be written (its bytes are lost) and "Field overflow" past the

@@ -2,6 +2,7 @@
 
 #include <span>
 
+#include "files/volume.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
 

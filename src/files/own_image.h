@@ -1,7 +1,7 @@
 // The file that the running image was loaded from.
 #pragma once
 
-#include "files/volume.h"
+#include "files/file_handle.h"
 
 namespace korvane {
 

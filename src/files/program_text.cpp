@@ -1,5 +1,7 @@
 #include "files/program_text.h"
 
+#include "files/file_handle.h"
+#include "files/named_files.h"
 #include "numbers/format.h"
 #include "program/errors.h"
 #include "program/execution.h"

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "files/volume.h"
+#include "files/file_handle.h"
 
 namespace korvane {
 

@@ -1,5 +1,6 @@
 #include "image/certificate_table.h"
 
+#include "files/file_handle.h"
 #include "platform/memory.h"
 
 namespace korvane {

@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "files/volume.h"
+#include "files/file_handle.h"
 
 namespace korvane {
 

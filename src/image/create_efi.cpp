@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
+#include "files/file_handle.h"
+#include "files/named_files.h"
 #include "files/own_image.h"
-#include "files/volume.h"
 #include "image/image_blocks.h"
 #include "image/packed_program.h"
 #include "platform/firmware.h"
@@ -12,6 +13,7 @@
 #include "program/messages.h"
 #include "program/program_store.h"
 #include "screen/console.h"
+#include "statements/files/file_name.h"
 
 namespace korvane {
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "files/file_handle.h"
 #include "platform/memory.h"
 
 namespace korvane {

@@ -2,8 +2,8 @@
 
 #include <string_view>
 
+#include "files/file_handle.h"
 #include "files/own_image.h"
-#include "files/volume.h"
 #include "image/certificate_table.h"
 #include "image/image_blocks.h"
 #include "platform/memory.h"

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include "explorer_session.h"
+#include "files/file_handle.h"
+#include "files/named_files.h"
 #include "files/volume.h"
 #include "program/keywords.h"
 #include "statements/files/file_listing.h"

@@ -1,11 +1,13 @@
-#include "files/volume.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "files/file_handle.h"
+#include "files/firmware_name.h"
 #include "program/errors.h"
 #include "program/messages.h"
+#include "statements/files/file_name.h"
 
 namespace korvane {
 namespace {

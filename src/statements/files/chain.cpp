@@ -2,8 +2,8 @@
 
 #include <utility>
 
+#include "files/file_handle.h"
 #include "files/program_text.h"
-#include "files/volume.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
 #include "program/errors.h"
@@ -16,6 +16,7 @@
 #include "run/remembered_lines.h"
 #include "run/run.h"
 #include "screen/console.h"
+#include "statements/files/file_name.h"
 #include "values/common_list.h"
 #include "values/evaluator.h"
 #include "values/variables.h"

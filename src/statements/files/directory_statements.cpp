@@ -2,11 +2,15 @@
 
 #include <utility>
 
+#include "files/file_handle.h"
+#include "files/firmware_name.h"
+#include "files/named_files.h"
 #include "files/volume.h"
 #include "program/errors.h"
 #include "program/keywords.h"
 #include "program/messages.h"
 #include "program/parse.h"
+#include "statements/files/file_name.h"
 #include "values/evaluator.h"
 
 namespace korvane {

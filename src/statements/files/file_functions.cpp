@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "files/file_handle.h"
 #include "files/file_table.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
@@ -9,6 +10,7 @@
 #include "program/messages.h"
 #include "program/parse.h"
 #include "screen/keyboard.h"
+#include "statements/files/file_number.h"
 #include "statements/files/sequential_input.h"
 #include "values/evaluator.h"
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "files/file_handle.h"
+#include "files/firmware_name.h"
 #include "files/volume.h"
 #include "files/wildcard.h"
 #include "platform/memory.h"

@@ -1,10 +1,12 @@
 #include "statements/files/memory_image.h"
 
-#include "files/volume.h"
+#include "files/file_handle.h"
+#include "files/named_files.h"
 #include "platform/memory.h"
 #include "program/errors.h"
 #include "program/messages.h"
 #include "program/parse.h"
+#include "statements/files/file_name.h"
 #include "values/evaluator.h"
 #include "values/variables.h"
 

@@ -2,12 +2,16 @@
 
 #include <utility>
 
+#include "files/file_handle.h"
 #include "files/file_table.h"
+#include "files/named_files.h"
 #include "platform/memory.h"
 #include "program/errors.h"
 #include "program/keywords.h"
 #include "program/messages.h"
 #include "program/parse.h"
+#include "statements/files/file_name.h"
+#include "statements/files/file_number.h"
 #include "values/evaluator.h"
 
 namespace korvane {

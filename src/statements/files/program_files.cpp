@@ -2,15 +2,17 @@
 
 #include <utility>
 
+#include "files/file_handle.h"
 #include "files/file_table.h"
+#include "files/named_files.h"
 #include "files/program_text.h"
-#include "files/volume.h"
 #include "program/errors.h"
 #include "program/execution.h"
 #include "program/messages.h"
 #include "program/parse.h"
 #include "program/program_store.h"
 #include "run/remembered_lines.h"
+#include "statements/files/file_name.h"
 #include "values/clear.h"
 #include "values/data_statements.h"
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "files/file_handle.h"
 #include "files/file_table.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
@@ -9,6 +10,7 @@
 #include "program/keywords.h"
 #include "program/messages.h"
 #include "program/parse.h"
+#include "statements/files/file_number.h"
 #include "values/evaluator.h"
 #include "values/variables.h"
 

@@ -3,11 +3,13 @@
 #include <algorithm>
 #include <string_view>
 
+#include "files/file_handle.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
 #include "program/errors.h"
 #include "program/messages.h"
 #include "program/parse.h"
+#include "statements/files/file_number.h"
 #include "values/item_value.h"
 #include "values/variables.h"
 

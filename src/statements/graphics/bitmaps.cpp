@@ -7,6 +7,7 @@
 #include "program/parse.h"
 #include "screen/four_pixels.h"
 #include "screen/plot.h"
+#include "statements/files/file_name.h"
 #include "statements/graphics/bmp_file.h"
 #include "statements/graphics/coordinates.h"
 #include "values/evaluator.h"

@@ -12,6 +12,8 @@
 // ignored.
 #include "statements/graphics/bmp_file.h"
 
+#include "files/file_handle.h"
+#include "files/named_files.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
 #include "program/errors.h"

@@ -4,8 +4,6 @@
 #include <cstdint>
 #include <string_view>
 
-#include "files/volume.h"
-
 namespace korvane {
 
 inline constexpr std::uint32_t max_bitmap_side = 8192;

@@ -4,6 +4,7 @@
 
 #include "files/output.h"
 #include "program/parse.h"
+#include "statements/files/file_number.h"
 #include "statements/text/print_formatted.h"
 #include "statements/text/print_paragraph.h"
 #include "statements/text/window_argument.h"

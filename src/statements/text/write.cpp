@@ -5,6 +5,7 @@
 #include "files/output.h"
 #include "numbers/format.h"
 #include "program/parse.h"
+#include "statements/files/file_number.h"
 #include "values/evaluator.h"
 
 namespace korvane {
