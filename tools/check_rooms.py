@@ -20,10 +20,10 @@ FLOORS = [
     "run",
     "fast",
     "statements",
+    "help",
     "prompt",
     "explorer",
     "image",
-    "help",
     "",
 ]
 MOST_FILES = 50  # a folder with more has two subjects
