@@ -7,14 +7,6 @@
 
 namespace korvane::fast {
 
-struct Side {
-    std::uint8_t kind;
-    const void* operand;
-    Token* inner;
-    Token* last;  // last step of the chain, to which more can be appended
-    Type type;    // static type of the value: what the general evaluator would give
-};
-
 // An expression that has been looked at.
 struct Specialised {
     Side side;

@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "fast/expression.h"
+#include "fast/step.h"
 #include "platform/stack.h"
 #include "program/token.h"
 

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "fast/element_steps.h"
+#include "fast/expression.h"
 #include "fast/function_steps.h"
 #include "fast/nodes.h"
 #include "fast/text_steps.h"

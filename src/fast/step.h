@@ -60,6 +60,14 @@ constexpr std::uint8_t side_kind(Leaf leaf, bool chain, Domain domain) {
                                      (static_cast<std::uint8_t>(domain) << domain_shift));
 }
 
+struct Side {
+    std::uint8_t kind;
+    const void* operand;
+    Token* inner;
+    Token* last;  // last step of the chain, to which more can be appended
+    Type type;    // static type of the value: what the general evaluator would give
+};
+
 inline bool is_finite(double x) {
     constexpr std::uint64_t exponent_mask = 0x7FF0000000000000;
     return (__builtin_bit_cast(std::uint64_t, x) & exponent_mask) != exponent_mask;
