@@ -31,7 +31,7 @@ set(KORVANE_HOT_NAMES
     statements/graphics/circle statements/graphics/image_array statements/graphics/paint
     statements/graphics/plot_statements
     values/arrays values/convert values/data_statements values/evaluator values/function_support values/operators
-    values/store values/string_functions values/user_functions values/variables)
+    values/store values/string_functions values/user_calls values/user_functions values/variables)
 set(KORVANE_HOT_SOURCES)
 foreach(name ${KORVANE_HOT_NAMES})
   set(source ${CMAKE_SOURCE_DIR}/src/${name}.cpp)

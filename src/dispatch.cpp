@@ -17,6 +17,7 @@
 #include "run/run.h"
 #include "run/trace.h"
 #include "run/traps.h"
+#include "statements/data/define_function.h"
 #include "statements/data/memory_access.h"
 #include "statements/data/variable_listing.h"
 #include "statements/files/chain.h"
@@ -41,7 +42,6 @@
 #include "statements/text/write.h"
 #include "values/assignment.h"
 #include "values/data_statements.h"
-#include "values/user_functions.h"
 #include "values/variables.h"
 
 namespace korvane {

@@ -13,6 +13,8 @@
 
 namespace korvane {
 
+struct UserFunction;
+
 // A row of the table.
 struct BuiltInFunction {
     enum class Form : std::uint8_t { bare, unary, call };
@@ -29,6 +31,17 @@ static_assert(sizeof(BuiltInFunction) == 24);
 
 const BuiltInFunction* find_bare_function(std::string_view name);
 const BuiltInFunction* find_called_function(std::string_view name);
+
+// Calls of the functions that DEF FN has defined. They are declared here, because evaluating one means
+// evaluating its body: the evaluator and they cannot do without each other.
+
+// A call with its arguments: the cursor stands on "(" behind the function's name. Raises "Undefined user
+// function", "Too many args", "Wrong number of args", "Expected )", what the stores and the body raise, and
+// "Out of memory" when functions call each other until the machine stack runs low.
+Value evaluate_user_function(const Token& name, Cursor& cursor);
+
+// Calls a function with its arguments already evaluated; `count` is its parameter count.
+Value call_user_function(UserFunction& function, const Value* arguments, std::int32_t count);
 
 // A name that can be read like a variable but not assigned: LOMEM, TXTMAXX and their like.
 bool is_system_variable(std::string_view name);

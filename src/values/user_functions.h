@@ -1,12 +1,12 @@
-// User-defined functions: DEF FN and the calls of FN names.
+// The user-defined functions: what DEF FN has defined, found by name.
 //
-// Parameters are ordinary global scalar variables whose values are saved and put back around a call. The
-// result keeps the body's own type; a suffix of the function's name is not applied (deliberate).
+// Parameters are ordinary global scalar variables whose values are saved and put back around a call
+// (values/user_calls.cpp). The result keeps the body's own type; a suffix of the function's name is not
+// applied (deliberate).
 #pragma once
 
 #include <cstdint>
 
-#include "numbers/value.h"
 #include "program/token.h"
 #include "values/name_index.h"
 
@@ -49,15 +49,5 @@ inline bool is_user_function_name(const char* name) {
 }
 
 UserFunction* find_user_function(const char* name);
-
-// A call: the cursor stands on "(" behind the function's name. Raises "Undefined user function", "Too many
-// args", "Wrong number of args", "Expected )", what the stores and the body raise, and "Out of memory" when
-// functions call each other until the machine stack runs low.
-Value evaluate_user_function(const Token& name, Cursor& cursor);
-
-// Calls a function with its arguments already evaluated; `count` is its parameter count.
-Value call_user_function(UserFunction& function, const Value* arguments, std::int32_t count);
-
-void do_def(Cursor& cursor);
 
 }  // namespace korvane
