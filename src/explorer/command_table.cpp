@@ -2,20 +2,20 @@
 
 #include <array>
 
-#include "explorer/boot_entries.h"
-#include "explorer/compare.h"
-#include "explorer/disk_reports.h"
-#include "explorer/dump.h"
-#include "explorer/file_reports.h"
 #include "explorer/help_text.h"
-#include "explorer/hunt.h"
-#include "explorer/memory_edit.h"
-#include "explorer/memory_files.h"
-#include "explorer/os_detection.h"
-#include "explorer/partitions.h"
+#include "explorer/memory/compare.h"
+#include "explorer/memory/dump.h"
+#include "explorer/memory/hunt.h"
+#include "explorer/memory/memory_edit.h"
+#include "explorer/memory/memory_files.h"
+#include "explorer/memory/typed_view.h"
 #include "explorer/reports.h"
-#include "explorer/typed_view.h"
-#include "explorer/volume_reports.h"
+#include "explorer/storage/boot_entries.h"
+#include "explorer/storage/disk_reports.h"
+#include "explorer/storage/file_reports.h"
+#include "explorer/storage/os_detection.h"
+#include "explorer/storage/partitions.h"
+#include "explorer/storage/volume_reports.h"
 
 namespace korvane {
 namespace {

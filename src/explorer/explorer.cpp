@@ -3,7 +3,7 @@
 #include <array>
 
 #include "explorer/commands.h"
-#include "explorer/dump.h"
+#include "explorer/memory/dump.h"
 #include "explorer/report.h"
 #include "explorer/reports.h"
 #include "platform/memory_map.h"

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "explorer/byte_search.h"
+#include "explorer/memory/byte_search.h"
 
 namespace korvane {
 namespace {

@@ -3,8 +3,8 @@
 #include <string>
 #include <vector>
 
-#include "explorer/device_path_text.h"
-#include "explorer/load_option.h"
+#include "explorer/storage/device_path_text.h"
+#include "explorer/storage/load_option.h"
 
 namespace korvane {
 namespace {

@@ -3,7 +3,7 @@
 #include <cstring>
 #include <vector>
 
-#include "explorer/memory_range.h"
+#include "explorer/memory/memory_range.h"
 #include "platform/memory_map.h"
 
 namespace korvane {

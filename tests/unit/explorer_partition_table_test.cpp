@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "explorer/partition_table.h"
+#include "explorer/storage/partition_table.h"
 
 namespace korvane {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "explorer/volumes.h"
+#include "explorer/storage/volumes.h"
 #include "explorer_session.h"
 
 namespace korvane {

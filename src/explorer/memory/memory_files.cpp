@@ -1,8 +1,8 @@
-#include "explorer/memory_files.h"
+#include "explorer/memory/memory_files.h"
 
 #include <algorithm>
 
-#include "explorer/memory_range.h"
+#include "explorer/memory/memory_range.h"
 #include "explorer/report.h"
 #include "files/file_handle.h"
 #include "files/named_files.h"

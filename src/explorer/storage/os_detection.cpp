@@ -1,10 +1,10 @@
-#include "explorer/os_detection.h"
+#include "explorer/storage/os_detection.h"
 
 #include <array>
 
-#include "explorer/boot_entries.h"
 #include "explorer/report.h"
-#include "explorer/volumes.h"
+#include "explorer/storage/boot_entries.h"
+#include "explorer/storage/volumes.h"
 
 namespace korvane {
 namespace {

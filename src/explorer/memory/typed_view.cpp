@@ -1,8 +1,8 @@
-#include "explorer/typed_view.h"
+#include "explorer/memory/typed_view.h"
 
 #include <bit>
 
-#include "explorer/memory_range.h"
+#include "explorer/memory/memory_range.h"
 #include "explorer/report.h"
 #include "numbers/format.h"
 #include "platform/memory_map.h"

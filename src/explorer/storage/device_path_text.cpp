@@ -1,4 +1,4 @@
-#include "explorer/device_path_text.h"
+#include "explorer/storage/device_path_text.h"
 
 #include <algorithm>
 #include <array>

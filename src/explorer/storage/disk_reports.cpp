@@ -1,12 +1,12 @@
-#include "explorer/disk_reports.h"
+#include "explorer/storage/disk_reports.h"
 
 #include <algorithm>
 
-#include "explorer/block_device.h"
-#include "explorer/device_path_text.h"
 #include "explorer/hex_line.h"
 #include "explorer/number_syntax.h"
 #include "explorer/report.h"
+#include "explorer/storage/block_device.h"
+#include "explorer/storage/device_path_text.h"
 #include "platform/handle_list.h"
 
 namespace korvane {

@@ -1,4 +1,4 @@
-#include "explorer/partition_table.h"
+#include "explorer/storage/partition_table.h"
 
 #include "platform/memory.h"
 

@@ -1,8 +1,8 @@
-#include "explorer/boot_entries.h"
+#include "explorer/storage/boot_entries.h"
 
-#include "explorer/boot_variables.h"
-#include "explorer/device_path_text.h"
-#include "explorer/load_option.h"
+#include "explorer/storage/boot_variables.h"
+#include "explorer/storage/device_path_text.h"
+#include "explorer/storage/load_option.h"
 
 namespace korvane {
 namespace {

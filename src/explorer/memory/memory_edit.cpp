@@ -1,8 +1,8 @@
-#include "explorer/memory_edit.h"
+#include "explorer/memory/memory_edit.h"
 
 #include <algorithm>
 
-#include "explorer/memory_range.h"
+#include "explorer/memory/memory_range.h"
 #include "explorer/number_syntax.h"
 #include "explorer/report.h"
 #include "platform/memory.h"

@@ -1,4 +1,4 @@
-#include "explorer/byte_search.h"
+#include "explorer/memory/byte_search.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "explorer/block_device.h"
+#include "explorer/storage/block_device.h"
 
 #include <algorithm>
 

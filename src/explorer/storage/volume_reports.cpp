@@ -1,12 +1,12 @@
-#include "explorer/volume_reports.h"
+#include "explorer/storage/volume_reports.h"
 
 #include <algorithm>
 #include <array>
 #include <span>
 
-#include "explorer/device_path_text.h"
 #include "explorer/report.h"
-#include "explorer/volumes.h"
+#include "explorer/storage/device_path_text.h"
+#include "explorer/storage/volumes.h"
 #include "files/file_handle.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"

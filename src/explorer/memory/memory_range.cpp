@@ -1,4 +1,4 @@
-#include "explorer/memory_range.h"
+#include "explorer/memory/memory_range.h"
 
 #include "explorer/report.h"
 

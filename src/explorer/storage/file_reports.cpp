@@ -1,13 +1,13 @@
-#include "explorer/file_reports.h"
+#include "explorer/storage/file_reports.h"
 
 #include <algorithm>
 #include <span>
 
 #include "explorer/hex_line.h"
 #include "explorer/report.h"
+#include "explorer/storage/volume_reports.h"
+#include "explorer/storage/volumes.h"
 #include "explorer/text_decoder.h"
-#include "explorer/volume_reports.h"
-#include "explorer/volumes.h"
 #include "files/file_handle.h"
 #include "platform/firmware.h"
 

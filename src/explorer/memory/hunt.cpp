@@ -1,10 +1,10 @@
-#include "explorer/hunt.h"
+#include "explorer/memory/hunt.h"
 
 #include <array>
 #include <span>
 
-#include "explorer/byte_search.h"
-#include "explorer/memory_range.h"
+#include "explorer/memory/byte_search.h"
+#include "explorer/memory/memory_range.h"
 #include "explorer/number_syntax.h"
 #include "explorer/report.h"
 #include "platform/memory_map.h"

@@ -1,4 +1,4 @@
-#include "explorer/boot_variables.h"
+#include "explorer/storage/boot_variables.h"
 
 #include "platform/memory.h"
 

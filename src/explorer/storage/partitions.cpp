@@ -1,11 +1,11 @@
-#include "explorer/partitions.h"
+#include "explorer/storage/partitions.h"
 
 #include <array>
 
-#include "explorer/block_device.h"
-#include "explorer/disk_reports.h"
-#include "explorer/partition_table.h"
 #include "explorer/report.h"
+#include "explorer/storage/block_device.h"
+#include "explorer/storage/disk_reports.h"
+#include "explorer/storage/partition_table.h"
 
 namespace korvane {
 namespace {

@@ -1,7 +1,7 @@
-#include "explorer/compare.h"
+#include "explorer/memory/compare.h"
 
-#include "explorer/byte_search.h"
-#include "explorer/memory_range.h"
+#include "explorer/memory/byte_search.h"
+#include "explorer/memory/memory_range.h"
 #include "explorer/report.h"
 #include "platform/memory_map.h"
 #include "statements/data/memory_access.h"

@@ -1,9 +1,9 @@
-#include "explorer/dump.h"
+#include "explorer/memory/dump.h"
 
 #include <algorithm>
 
 #include "explorer/hex_line.h"
-#include "explorer/memory_range.h"
+#include "explorer/memory/memory_range.h"
 #include "explorer/number_syntax.h"
 #include "explorer/report.h"
 #include "platform/memory_map.h"

@@ -1,4 +1,4 @@
-#include "explorer/volumes.h"
+#include "explorer/storage/volumes.h"
 
 #include "files/file_handle.h"
 #include "files/firmware_name.h"

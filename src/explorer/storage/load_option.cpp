@@ -1,4 +1,4 @@
-#include "explorer/load_option.h"
+#include "explorer/storage/load_option.h"
 
 #include "platform/memory.h"
 
