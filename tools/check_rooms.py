@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Checks the floors of src/: what a folder may include, and that no two units include each other.
+"""Checks the floors of src/: what a folder may include, that no two units include each other, and that primitives
+know no tokens.
 
 A unit is a header together with the source of the same name. Prints what is wrong and ends with status 1, or
 says how many includes it looked at.
@@ -26,6 +27,10 @@ FLOORS = [
     "image",
     "",
 ]
+# What draws, counts and stores is told what to do: only statements read the program's tokens.
+WITHOUT_TOKENS = {"platform", "numbers", "screen", "files"}
+TOKENS = re.compile(r'\bCursor\b|^#include "program/(?:token|parse)\.h"', re.MULTILINE)
+COMMENT = re.compile(r"//.*")
 MOST_FILES = 50  # a folder with more has two subjects
 INCLUDE = re.compile(r'^#include "([^"]+)"', re.MULTILINE)
 
@@ -52,6 +57,16 @@ def upward_includes(includes):
         for path, names in includes.items()
         for included in names
         if floor_of(included) > floor_of(path)
+    ]
+
+
+def token_readers(source_folder, includes):
+    """The files that name tokens on a floor that knows none, as lines of text."""
+    return [
+        f"{path} names tokens: what reads them belongs to statements"
+        for path in includes
+        if path.parts[0] in WITHOUT_TOKENS
+        and TOKENS.search(COMMENT.sub("", (source_folder / path).read_text(encoding="utf-8")))
     ]
 
 
@@ -107,7 +122,7 @@ def main():
     strangers = {path.parts[0] for path in includes if len(path.parts) > 1} - set(FLOORS)
     if strangers:
         sys.exit(f"no floor is named for the folders {', '.join(sorted(strangers))}: add them to FLOORS")
-    faults = upward_includes(includes) + crowded_folders(includes)
+    faults = upward_includes(includes) + crowded_folders(includes) + token_readers(source_folder, includes)
     faults += ["these include each other: " + ", ".join(map(str, group)) for group in cycles(unit_graph(includes))]
     for fault in faults:
         print(fault)
