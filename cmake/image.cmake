@@ -28,9 +28,9 @@ set(KORVANE_HOT_NAMES
     prompt/find_text
     run/conditions run/control_stacks run/jumps run/loops run/run
     screen/console screen/framebuffer screen/gfx_line screen/plot screen/text_windows
-    statements/graphics/circle statements/graphics/image_array statements/graphics/paint
+    statements/data/data_statements statements/graphics/circle statements/graphics/image_array statements/graphics/paint
     statements/graphics/plot_statements
-    values/arrays values/convert values/data_statements values/evaluator values/function_support values/operators
+    values/arrays values/convert values/data_items values/evaluator values/function_support values/operators
     values/store values/string_functions values/user_calls values/user_functions values/variables)
 set(KORVANE_HOT_SOURCES)
 foreach(name ${KORVANE_HOT_NAMES})

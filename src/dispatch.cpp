@@ -18,6 +18,7 @@
 #include "run/trace.h"
 #include "run/traps.h"
 #include "statements/data/assignment.h"
+#include "statements/data/data_statements.h"
 #include "statements/data/define_function.h"
 #include "statements/data/memory_access.h"
 #include "statements/data/variable_listing.h"
@@ -41,7 +42,6 @@
 #include "statements/text/print.h"
 #include "statements/text/screen_statements.h"
 #include "statements/text/write.h"
-#include "values/data_statements.h"
 #include "values/variables.h"
 
 namespace korvane {

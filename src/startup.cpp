@@ -32,7 +32,7 @@
 #include "start_banner.h"
 #include "statements/graphics/bitmaps.h"
 #include "values/clear.h"
-#include "values/data_statements.h"
+#include "values/data_items.h"
 #include "values/random.h"
 
 namespace korvane {

@@ -10,7 +10,7 @@
 #include "fast/places.h"
 #include "fast/statement.h"
 #include "fast/text_sides.h"
-#include "values/data_statements.h"
+#include "values/data_items.h"
 #include "values/text_number.h"
 
 namespace korvane::fast {

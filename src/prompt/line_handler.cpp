@@ -26,7 +26,7 @@
 #include "run/trace.h"
 #include "statements/files/program_files.h"
 #include "values/clear.h"
-#include "values/data_statements.h"
+#include "values/data_items.h"
 
 namespace korvane {
 namespace {

@@ -3,7 +3,7 @@
 #include "program/execution.h"
 #include "program/program_store.h"
 #include "run/breakpoints.h"
-#include "values/data_statements.h"
+#include "values/data_items.h"
 
 namespace korvane {
 namespace {

@@ -17,7 +17,7 @@
 #include "screen/graphics.h"
 #include "screen/keyboard.h"
 #include "values/clear.h"
-#include "values/data_statements.h"
+#include "values/data_items.h"
 
 namespace korvane {
 namespace {

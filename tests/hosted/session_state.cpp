@@ -20,7 +20,7 @@
 #include "screen/text_windows.h"
 #include "statements/graphics/bitmaps.h"
 #include "values/common_list.h"
-#include "values/data_statements.h"
+#include "values/data_items.h"
 #include "values/random.h"
 #include "values/user_functions.h"
 #include "values/variables.h"

@@ -14,7 +14,7 @@
 #include "run/remembered_lines.h"
 #include "statements/files/file_name.h"
 #include "values/clear.h"
-#include "values/data_statements.h"
+#include "values/data_items.h"
 
 namespace korvane {
 

@@ -1,17 +1,11 @@
-#include "values/data_statements.h"
+#include "values/data_items.h"
 
 #include <string_view>
 
 #include "platform/characters.h"
-#include "program/errors.h"
 #include "program/execution.h"
-#include "program/messages.h"
-#include "program/parse.h"
 #include "program/program_store.h"
 #include "program/word_scan.h"
-#include "values/evaluator.h"
-#include "values/item_value.h"
-#include "values/variables.h"
 
 namespace korvane {
 
@@ -19,18 +13,12 @@ DataPosition data_position;
 
 namespace {
 
-void move_to_line(std::uint32_t line) {
-    data_position.line = line;
-    data_position.offset = 0;
-    data_position.in_statement = false;
-    data_position.end = 0;
-}
-
 // Moves to the text of the next DATA statement; false when the program has none left.
 bool find_next_data() {
     const bool from_start = data_position.line == direct_line;
     // DATA often stands at the end of a program, and RESTORE in a loop: the way there is gone only once.
-    if (from_start) move_to_line(data_position.changes == program.changes ? data_position.first_line : 0);
+    if (from_start)
+        move_data_position(data_position.changes == program.changes ? data_position.first_line : 0);
     bool found = false;
     for (; data_position.line < program.count; ++data_position.line, data_position.offset = 0) {
         WordScan scan(line_text(data_position.line), data_position.offset);
@@ -134,47 +122,15 @@ bool next_data_item(std::string_view& item) {
     }
 }
 
+void move_data_position(std::uint32_t index) {
+    data_position.line = index;
+    data_position.offset = 0;
+    data_position.in_statement = false;
+    data_position.end = 0;
+}
+
 void reset_data_position() {
-    move_to_line(direct_line);
-}
-
-void do_data(Cursor& cursor) {
-    while (cursor->kind != END_OF_LINE && cursor->kind != ':')
-        ++cursor;
-}
-
-void do_read(Cursor& cursor) {
-    ++cursor;
-    const DataPosition start = data_position;
-    do {
-        const Reference target = resolve_reference(cursor);
-        // Executed again after a break, the statement reads the same items.
-        if (break_requested()) data_position = start;
-        if (error_pending()) return;
-        std::string_view item;
-        if (!next_data_item(item)) {
-            raise(message::out_of_data);
-            return;
-        }
-        if (!store_item(target, item) && !error_pending()) raise(message::type_mismatch);
-    } while (!error_pending() && accept(cursor, ','));
-}
-
-void do_restore(Cursor& cursor) {
-    ++cursor;
-    if (at_statement_end(cursor)) {
-        reset_data_position();
-        return;
-    }
-    const std::int64_t number = evaluate_line_number(cursor);
-    if (error_pending()) return;
-    const std::uint32_t index =
-        number > max_line_number ? direct_line : find_line(static_cast<std::uint32_t>(number));
-    if (index == direct_line) {
-        raise(message::undefined_line_number);
-        return;
-    }
-    move_to_line(index);
+    move_data_position(direct_line);
 }
 
 }  // namespace korvane

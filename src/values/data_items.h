@@ -1,10 +1,9 @@
-// DATA, READ and RESTORE: items taken from the raw text of the program's DATA statements, in line order.
+// The items of DATA, one after the other: taken from the raw text of the program's DATA statements, in line
+// order.
 #pragma once
 
 #include <cstdint>
 #include <string_view>
-
-#include "program/token.h"
 
 namespace korvane {
 
@@ -22,18 +21,10 @@ extern DataPosition data_position;
 // position where it is.
 void reset_data_position();
 
+// Lets the next item be looked for from the start of the line at `index` on.
+void move_data_position(std::uint32_t index);
+
 // Takes the next item, without the quotes or blanks around it; false when there is none. Raises nothing.
 bool next_data_item(std::string_view& item);
-
-// DATA is passed over when it is reached.
-void do_data(Cursor& cursor);
-
-// READ variable[, variable...]. Raises "Out of DATA", "Type mismatch" for an item that is no number,
-// "Overflow"; targets read before an error stay assigned.
-void do_read(Cursor& cursor);
-
-// RESTORE [line]. A line that does not exist is "Undefined line number"; reading goes on with the first DATA
-// from it on.
-void do_restore(Cursor& cursor);
 
 }  // namespace korvane
