@@ -17,9 +17,11 @@
 #include "run/run.h"
 #include "run/trace.h"
 #include "run/traps.h"
+#include "statements/data/array_statements.h"
 #include "statements/data/assignment.h"
 #include "statements/data/data_statements.h"
 #include "statements/data/define_function.h"
+#include "statements/data/deftype.h"
 #include "statements/data/memory_access.h"
 #include "statements/data/variable_listing.h"
 #include "statements/files/chain.h"
@@ -42,7 +44,6 @@
 #include "statements/text/print.h"
 #include "statements/text/screen_statements.h"
 #include "statements/text/write.h"
-#include "values/variables.h"
 
 namespace korvane {
 namespace {

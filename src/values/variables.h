@@ -99,6 +99,11 @@ void remember_variable(Token& name, VariableEntry* entry);
 // The array of a name token, remembered from the last time if that is still good; null when there is none.
 VariableEntry* find_array(Token& name);
 
+// Elements along one dimension. Bounds are at least the base, so only the largest INT64 can wrap: to 0.
+inline std::uint64_t array_extent(std::int64_t bound) {
+    return static_cast<std::uint64_t>(bound) - static_cast<std::uint64_t>(variables.array_base) + 1;
+}
+
 // Elements of an array entry, and the bytes of its data area.
 std::uint64_t element_count(const VariableEntry& entry);
 
@@ -125,10 +130,5 @@ void store(const Reference& reference, const Value& value);
 
 // The string half of store(): copies the bytes into string space and writes the descriptor.
 void store_string(std::uint8_t* storage, const Value& value);
-
-void do_dim(Cursor& cursor);
-void do_erase(Cursor& cursor);
-void do_option(Cursor& cursor);
-void do_deftype(Cursor& cursor);  // DEFINT, DEFLNG, DEFI64, DEFSNG, DEFDBL, DEFSTR
 
 }  // namespace korvane

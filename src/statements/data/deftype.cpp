@@ -1,4 +1,5 @@
-// DEFINT, DEFLNG, DEFI64, DEFSNG, DEFDBL and DEFSTR: the types of unsuffixed names, by first letter.
+#include "statements/data/deftype.h"
+
 #include "program/errors.h"
 #include "program/keywords.h"
 #include "program/messages.h"
