@@ -135,6 +135,11 @@ struct HandleServices {
         if (auto failure = active->faults().strike(Service::LocateProtocol)) return *failure;
         if (protocol == nullptr || interface == nullptr) return uefi::invalid_parameter;
         *interface = nullptr;
+        // On no handle, so that a list of all handles is the same with it and without.
+        if (*protocol == listener_guid && active->listener() != nullptr) {
+            *interface = active->listener();
+            return uefi::success;
+        }
         const std::vector<uefi::Handle> found = database().all_with(*protocol);
         if (found.empty()) return uefi::not_found;
         *interface = database().find(found.front(), *protocol);

@@ -34,6 +34,9 @@ struct VolumeConfig {
     bool read_only = false;
     std::uint64_t capacity = std::uint64_t{1} << 40;  // bytes by which files may still grow
     std::u16string label = u"KORVANE";
+    /// Programs (files named *.BAS) are text of the host; the image sees them in code page 437, and what it
+    /// writes is converted when it closes the file.
+    bool host_programs = false;
     /// What the device path ends with: nothing, so that there is no device path; a USB device; or a partition
     /// of one.
     enum class DevicePath { none, stick, partition } device_path = DevicePath::none;

@@ -1,6 +1,7 @@
 #include "file_services.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -8,6 +9,8 @@
 #include <utility>
 
 #include "file_information.h"
+#include "host_text.h"
+#include "program_file.h"
 #include "unicode.h"
 
 namespace korvane::host {
@@ -47,6 +50,18 @@ std::u16string_view kept_name(std::u16string_view name) {
 std::uint64_t size_of(const OpenFile& file) {
     struct stat status {};
     return fstat(file.descriptor.number(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+std::string contents_of(const OpenFile& file) {
+    std::string bytes(size_of(file), '\0');
+    const ssize_t length = pread(file.descriptor.number(), bytes.data(), bytes.size(), 0);
+    bytes.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+    return bytes;
+}
+
+bool write_all(const Descriptor& file, std::string_view bytes) {
+    const ssize_t length = pwrite(file.number(), bytes.data(), bytes.size(), 0);
+    return length == static_cast<ssize_t>(bytes.size()) && ftruncate(file.number(), length) == 0;
 }
 
 }  // namespace
@@ -95,7 +110,6 @@ uefi::Status FileServices::locate(const OpenFile& from, std::u16string_view name
 uefi::Status FileServices::open_lent(const OpenFile& from, std::u16string_view name, std::uint64_t mode,
                                      uefi::FileProtocol** opened) {
     Volume& volume = from.volume;
-    if (!volume.lent_) return uefi::not_found;
     std::vector<std::string> wanted = name.front() == u'\\' ? FolderPath{} : from.path;
     for (const std::u16string& part : split(name)) {
         if (part == u"." || (part == u".." && wanted.empty())) continue;
@@ -104,20 +118,27 @@ uefi::Status FileServices::open_lent(const OpenFile& from, std::u16string_view n
         else
             wanted.push_back(to_utf8(kept_name(part)));
     }
-    if (!std::equal(wanted.begin(), wanted.end(), volume.lent_->path.begin(), volume.lent_->path.end(),
-                    same_name))
-        return uefi::not_found;
-    if (mode != uefi::file_mode_read) return uefi::write_protected;
-    Descriptor descriptor(::open(volume.lent_->source.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!descriptor) return uefi::not_found;
-    OpenFile* file = volume.add_handle(volume.lent_->path);
+    const auto lent = std::find_if(volume.lent_.begin(), volume.lent_.end(), [&](const LentFile& one) {
+        return std::equal(wanted.begin(), wanted.end(), one.path.begin(), one.path.end(), same_name);
+    });
+    if (lent == volume.lent_.end()) return uefi::not_found;
+    const bool writes = mode != uefi::file_mode_read;
+    if (writes && !lent->writable) return uefi::write_protected;
+    Descriptor descriptor(::open(lent->source.c_str(), (writes ? O_RDWR : O_RDONLY) | O_CLOEXEC));
+    if (!descriptor) return writes ? uefi::access_denied : uefi::not_found;
+    OpenFile* file = volume.add_handle(lent->path);
     file->descriptor = std::move(descriptor);
+    file->writable = writes;
+    file->lent = true;
+    file->fresh = writes && size_of(*file) == 0;
+    present_program(*file);
     *opened = file;
     return uefi::success;
 }
 
 uefi::Status FileServices::open_existing(Volume& volume, const FolderPath& path, std::uint64_t mode,
-                                         std::uint64_t attributes, uefi::FileProtocol** opened) {
+                                         std::uint64_t attributes, bool creates,
+                                         uefi::FileProtocol** opened) {
     const auto status = volume.folder_.status(path);
     if (!status) return uefi::not_found;
     const bool directory = S_ISDIR(status->st_mode);
@@ -137,8 +158,34 @@ uefi::Status FileServices::open_existing(Volume& volume, const FolderPath& path,
     file->directory = directory;
     file->writable = writable;
     file->descriptor = std::move(descriptor);
+    file->fresh = creates;
+    present_program(*file);
     *opened = file;
     return uefi::success;
+}
+
+// Reading shows a program as the image understands it.
+void FileServices::present_program(OpenFile& file) {
+    Volume& volume = file.volume;
+    if (!volume.host_programs_ || file.directory || file.writable || !has_program_name(file.path.back()))
+        return;
+    volume.program_fault_.clear();
+    const std::string bytes = contents_of(file);
+    const ProgramText program = read_program(bytes);
+    volume.program_fault_ = program.fault.empty() ? program.loss : program.fault;
+    if (program.codes == bytes || (program.codes.empty() && !program.fault.empty())) return;
+    Descriptor converted(memfd_create("program", MFD_CLOEXEC));
+    if (!converted || !write_all(converted, program.codes)) return;
+    file.descriptor = std::move(converted);
+}
+
+// A program that the image has written becomes text of the host.
+void FileServices::store_program(OpenFile& file) {
+    if (!file.volume.host_programs_ || file.directory || !file.fresh || !has_program_name(file.path.back()))
+        return;
+    const std::string codes = contents_of(file);
+    const std::string text = to_host_text(codes);
+    if (text != codes) write_all(file.descriptor, text);
 }
 
 uefi::Status EFIAPI FileServices::open(uefi::FileProtocol* self, uefi::FileProtocol** opened,
@@ -159,13 +206,13 @@ uefi::Status EFIAPI FileServices::open(uefi::FileProtocol* self, uefi::FileProto
         if (lent != uefi::not_found) return lent;
     }
     if (located != uefi::success) return located;
-    if (place.exists) return open_existing(volume, place.path, mode, attributes, opened);
+    if (place.exists) return open_existing(volume, place.path, mode, attributes, false, opened);
     if (!creating) return uefi::not_found;
     const bool directory = (attributes & uefi::file_directory) != 0;
     const bool created =
         directory ? volume.folder_.create_directory(place.path) : volume.folder_.create_file(place.path);
     if (!created) return uefi::device_error;
-    return open_existing(volume, place.path, mode, attributes, opened);
+    return open_existing(volume, place.path, mode, attributes, true, opened);
 }
 
 // A failing close closes too: there is nothing else that a caller could do.
@@ -173,6 +220,7 @@ uefi::Status EFIAPI FileServices::close(uefi::FileProtocol* self) {
     OpenFile* file = nullptr;
     const uefi::Status status = begin(self, Service::FileClose, file);
     if (file == nullptr || file->closed) return status;
+    store_program(*file);
     file->closed = true;
     file->descriptor = {};
     return status;
@@ -189,6 +237,10 @@ uefi::Status EFIAPI FileServices::remove(uefi::FileProtocol* self) {
         return uefi::warn_delete_failure;
     }
     const std::uint64_t size = file->directory ? 0 : size_of(*file);
+    if (file->lent && file->writable && ftruncate(file->descriptor.number(), 0) == 0) {
+        file->descriptor = {};
+        return uefi::success;
+    }
     file->descriptor = {};
     if (!file->writable || file->path.empty() || !file->volume.folder_.remove(file->path))
         return uefi::warn_delete_failure;

@@ -39,7 +39,9 @@ struct FileServices {
     static uefi::Status open_lent(const OpenFile& from, std::u16string_view name, std::uint64_t mode,
                                   uefi::FileProtocol** opened);
     static uefi::Status open_existing(Volume& volume, const FolderPath& path, std::uint64_t mode,
-                                      std::uint64_t attributes, uefi::FileProtocol** opened);
+                                      std::uint64_t attributes, bool creates, uefi::FileProtocol** opened);
+    static void present_program(OpenFile& file);
+    static void store_program(OpenFile& file);
     static uefi::Status write_bytes(OpenFile& file, std::uint64_t* size, const void* buffer);
     static uefi::Status read_entry(OpenFile& directory, std::uint64_t* size, void* buffer);
     static uefi::Status rename(OpenFile& file, std::u16string_view name);

@@ -186,8 +186,9 @@ void Firmware::plug_stick(Replugged where, const std::filesystem::path& folder) 
     VolumeConfig config = config_.volumes.front();
     config.folder = folder;
     auto volume = std::make_unique<Volume>(config, faults_, misuse_);
-    if (const auto& lent = volumes_.front()->lent(); lent && where != Replugged::other_stick)
-        volume->lend(*lent);
+    if (where != Replugged::other_stick)
+        for (const LentFile& lent : volumes_.front()->lent())
+            volume->lend(lent);
     if (where == Replugged::other_port) ++stick_port_;
     if (where == Replugged::other_stick) ++stick_signature_;
     if (where == Replugged::same_handle) {
@@ -208,7 +209,7 @@ void Firmware::place_image(std::uint64_t base, std::uint64_t size, const std::fi
     tables_->loaded_image.ImageSize = size;
     memory_.add({base, whole_pages(size), uefi::MemoryType::EfiLoaderCode});
     if (volumes_.empty() || file.empty()) return;
-    LentFile lent{{}, file};
+    LentFile lent{{}, file, false};
     std::u16string_view rest = config_.image_path;
     while (!rest.empty()) {
         const std::size_t end = std::min(rest.find(u'\\'), rest.size());

@@ -27,6 +27,7 @@
 #include "keyboard.h"
 #include "memory.h"
 #include "misuse.h"
+#include "platform/listener.h"
 #include "platform/uefi.h"
 #include "pool.h"
 #include "service_faults.h"
@@ -77,6 +78,12 @@ class Firmware {
     ServiceFaults& faults() { return faults_; }
     Misuse& misuse() { return misuse_; }
 
+    /// Offers the interpreter to be listened to (platform/listener.h), which is to be done before it starts:
+    /// `told` is called, on the image's stack, for everything that it tells.
+    void listen(std::function<void(Happening, std::uint64_t)> told) { listener_.told = std::move(told); }
+    /// Null when nobody listens.
+    ListenerProtocol* listener() { return listener_.told ? &listener_ : nullptr; }
+
     /// Called, on the image's stack, when the image calls Exit.
     void on_exit(std::function<void(uefi::Status)> exit) { exit_ = std::move(exit); }
 
@@ -102,6 +109,14 @@ class Firmware {
         uefi::LoadedImageProtocol loaded_image;
         uefi::CpuArchProtocol cpu;
         char16_t vendor[24];
+    };
+
+    struct HostListener : ListenerProtocol {
+        HostListener() : ListenerProtocol{pass_on} {}
+        static void EFIAPI pass_on(ListenerProtocol* self, Happening happening, std::uint64_t value) {
+            static_cast<HostListener*>(self)->told(happening, value);
+        }
+        std::function<void(Happening, std::uint64_t)> told;
     };
 
     void build_tables();
@@ -135,6 +150,7 @@ class Firmware {
     std::uint8_t stick_signature_ = 1;
     std::u16string load_options_;
     std::function<void(uefi::Status)> exit_;
+    HostListener listener_;
 };
 
 }  // namespace korvane::host

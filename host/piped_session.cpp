@@ -5,66 +5,125 @@
 
 #include "held_keys.h"
 #include "machine.h"
+#include "program_state.h"
 #include "screen_cells.h"
+#include "standard_output.h"
 #include "terminal_keys.h"
 #include "terminal_options.h"
 
 namespace korvane::host {
 namespace {
 
-/// A classic width, and as many rows as the console can have, so that most of what is printed stays on the
-/// screen.
+/// A classic width, and as many rows as the console can have, so that most of what is printed stays together
+/// on the screen at the end.
 constexpr std::uint32_t columns = 80;
 constexpr std::uint32_t rows = 128;
 
-void hold(HeldKeys& held, std::string_view bytes) {
+constexpr std::uint64_t glance_time_us =
+    20'000;  // between looks at what is to be written while a program runs
+
+/// Standard input's lines typed into a machine, and its screen's rows on standard output.
+class PipedSession {
+  public:
+    PipedSession(Machine& machine, const TerminalOptions& options);
+
+    /// The exit status.
+    int run();
+
+  private:
+    void hear(Happening happening, std::uint64_t value);
+    bool press_keys();
+    bool hold_next_line();
+    void hold(std::string_view bytes);
+    void print_screen();
+    Pixels pixels() const;
+
+    Machine& machine_;
+    ProgramState state_;
+    StandardOutput out_;
+    HeldKeys held_;
+    bool starts_program_;       // LOAD has been typed, and RUN is to follow
+    bool load_failed_ = false;  // of the program that was to be started
+};
+
+PipedSession::PipedSession(Machine& machine, const TerminalOptions& options)
+    : machine_(machine), starts_program_(!options.program.empty()) {
+    machine.firmware().listen([this](Happening happening, std::uint64_t value) { hear(happening, value); });
+    machine.stop_at_polls(glance_time_us);
+    if (starts_program_) hold(load_line(options) + '\r');
+}
+
+void PipedSession::hear(Happening happening, std::uint64_t value) {
+    state_.hear(happening, value);
+    if (happening != Happening::scrolls) return;
+    out_.put(read_row(pixels(), static_cast<std::uint32_t>(value)) + '\n');
+    out_.flush_if_due();
+}
+
+int PipedSession::run() {
+    for (bool has_waited = false;;) {
+        const Stop stop = machine_.run();
+        out_.flush_if_due();
+        if (stop == Stop::polls_key) continue;
+        // The first wait of all is the line editor's.
+        if (stop == Stop::waits_for_key && !has_waited) machine_.learn_waiting_place();
+        has_waited = true;
+        if (stop == Stop::waits_for_key && press_keys()) continue;
+        print_screen();
+        out_.flush();
+        if (stop == Stop::fault) std::cerr << machine_.fault_report() << '\n';
+        return stop == Stop::fault || load_failed_ ? EXIT_FAILURE : EXIT_SUCCESS;
+    }
+}
+
+/// Presses the next line's keys; false when there is none.
+bool PipedSession::press_keys() {
+    if (held_.empty() && starts_program_ && state_.at_prompt()) {
+        starts_program_ = false;
+        load_failed_ = state_.line_failed();
+        if (!load_failed_) hold("RUN\r");
+    }
+    if (held_.empty() && !hold_next_line()) return false;
+    held_.press_line(machine_.firmware().keyboard());
+    return true;
+}
+
+bool PipedSession::hold_next_line() {
+    std::string line;
+    if (!std::getline(std::cin, line)) return false;
+    if (line.ends_with('\r')) line.pop_back();
+    hold(line + '\r');
+    return true;
+}
+
+void PipedSession::hold(std::string_view bytes) {
     TerminalKeys decoder;
     decoder.feed(bytes);
     decoder.flush();
     while (const auto key = decoder.next())
-        held.add(key->key);
-}
-
-/// Presses the next line's keys; false when there is none.
-bool press_next_line(HeldKeys& held, Keyboard& keyboard) {
-    std::string line;
-    if (held.empty() && std::getline(std::cin, line)) {
-        if (line.ends_with('\r')) line.pop_back();
-        hold(held, line + '\r');
-    }
-    if (held.empty()) return false;
-    held.press_line(keyboard);
-    return true;
+        held_.add(key->key);
 }
 
 /// The rows down to the last one that is not blank.
-void print_screen(const Display& display) {
-    std::vector<std::string> text =
-        read_rows({display.pixels().data(), display.width(), display.height(), display.pitch()});
+void PipedSession::print_screen() {
+    std::vector<std::string> text = read_rows(pixels());
     while (!text.empty() && text.back().empty())
         text.pop_back();
     for (const std::string& row : text)
-        std::cout << row << '\n';
-    std::cout.flush();
+        out_.put(row + '\n');
+}
+
+Pixels PipedSession::pixels() const {
+    const Display& display = *machine_.firmware().display();
+    return {display.pixels().data(), display.width(), display.height(), display.pitch()};
 }
 
 }  // namespace
 
 int run_piped_session(const TerminalOptions& options) {
     Machine machine(terminal_machine(options, columns, rows), ImageSource::file(options.image));
-    Keyboard& keyboard = machine.firmware().keyboard();
-    HeldKeys held;
-    hold(held, start_keys(options));
-    for (bool has_waited = false;; has_waited = true) {
-        const Stop stop = machine.run();
-        // The first wait of all is the line editor's.
-        if (stop == Stop::waits_for_key && !has_waited) machine.learn_waiting_place();
-        if (stop == Stop::waits_for_key && press_next_line(held, keyboard)) continue;
-        print_screen(*machine.firmware().display());
-        if (stop != Stop::fault) return EXIT_SUCCESS;
-        std::cerr << machine.fault_report() << '\n';
-        return EXIT_FAILURE;
-    }
+    lend_program(machine, options);
+    return PipedSession(machine, options).run();
 }
 
 }  // namespace korvane::host

@@ -113,17 +113,20 @@ Cell read_cell(const Pixels& pixels, std::uint32_t row, std::uint32_t column) {
     return two_colour_cell(shape, ink, paper);
 }
 
+std::string read_row(const Pixels& pixels, std::uint32_t row) {
+    std::string text;
+    for (std::uint32_t column = 0; column < cell_columns(pixels); ++column) {
+        const Cell cell = read_cell(pixels, row, column);
+        append_utf8(text, cell.is_glyph ? cell.character : U' ');
+    }
+    text.erase(text.find_last_not_of(' ') + 1);
+    return text;
+}
+
 std::vector<std::string> read_rows(const Pixels& pixels) {
     std::vector<std::string> rows;
-    for (std::uint32_t row = 0; row < cell_rows(pixels); ++row) {
-        std::string text;
-        for (std::uint32_t column = 0; column < cell_columns(pixels); ++column) {
-            const Cell cell = read_cell(pixels, row, column);
-            append_utf8(text, cell.is_glyph ? cell.character : U' ');
-        }
-        text.erase(text.find_last_not_of(' ') + 1);
-        rows.push_back(std::move(text));
-    }
+    for (std::uint32_t row = 0; row < cell_rows(pixels); ++row)
+        rows.push_back(read_row(pixels, row));
     return rows;
 }
 

@@ -39,6 +39,9 @@ inline std::uint32_t cell_rows(const Pixels& pixels) {
     return pixels.height / 16;
 }
 
+/// A row of text in UTF-8, trailing blanks trimmed; cells that are no glyphs are left blank.
+std::string read_row(const Pixels& pixels, std::uint32_t row);
+
 /// All rows of text in UTF-8, trailing blanks trimmed; cells that are no glyphs are left blank.
 std::vector<std::string> read_rows(const Pixels& pixels);
 

@@ -9,6 +9,8 @@
 
 #include <unistd.h>
 
+#include "image_loader.h"
+#include "program_file.h"
 #include "terminal_guard.h"
 #include "terminal_options.h"
 
@@ -18,13 +20,19 @@ namespace {
 constexpr std::string_view usage =
     "usage: korvane-terminal --image KORVANE.EFI [--volume FOLDER] [--size COLUMNSxROWS] [--present MIB]\n"
     "                        [PROGRAM.BAS]\n"
+    "       korvane-terminal --image KORVANE.EFI [--size COLUMNSxROWS] --script PROGRAM.BAS [ARGUMENT...]\n"
     "\n"
     "Opens the interpreter in the terminal; Ctrl-C leaves. FOLDER is its volume. With a program, that is\n"
     "loaded and started, and its folder is the volume. When standard input or output is no terminal,\n"
     "the lines of standard input are typed in and the screen that they lead to is printed. --size is the\n"
     "first screen's, 40x15 to 256x128; else it is the terminal's, or without a terminal 80x128. --present\n"
     "has so much of the machine's memory there before the start; the rest comes from the host when it is\n"
-    "first touched.\n";
+    "first touched.\n"
+    "\n"
+    "--script runs the program alone: its text goes to standard output, standard input is its keyboard, the\n"
+    "arguments are in COMMANDLINEARG$. The status is 0 when it has ended and 1 when an error has ended it, "
+    "which\n"
+    "is told on standard error.\n";
 
 [[noreturn]] void fail(std::string_view message) {
     std::cerr << "korvane-terminal: " << message << '\n';
@@ -70,28 +78,46 @@ TerminalOptions parse_options(int count, char** arguments) {
             (argument == "--image" ? options.image : options.volume) = arguments[++i];
         } else if (argument == "--size") {
             parse_size(arguments[++i], options);
+        } else if (argument == "--script") {
+            options.script = true;
         } else if (argument == "--present") {
             options.present_mebibytes = parse_number(arguments[++i]);
         } else if (argument.starts_with('-')) {
             fail_usage("unknown option " + std::string(argument));
-        } else if (argument.empty() || !options.program.empty()) {
+        } else if (argument.empty() || !options.program_file.empty()) {
             fail_usage("there is one program, and '" + std::string(argument) + "' is another");
         } else {
-            const std::filesystem::path program = std::filesystem::absolute(argument);
-            options.program = program.filename().string();
-            options.volume = program.parent_path();
+            options.program_file = argument;
+            // Whatever follows a script belongs to it.
+            if (options.script) options.arguments.assign(arguments + i + 1, arguments + count);
+            if (options.script) break;
         }
     }
     if (options.image.empty()) fail_usage("--image is missing");
+    if (options.script && options.program_file.empty()) fail_usage("--script needs a program");
     return options;
 }
 
-void check_options(const TerminalOptions& options) {
+/// The program has to be there and to be understood as far as a glance tells; what else is wrong with it is
+/// told by LOAD in a session, and here for a script.
+void check_program(TerminalOptions& options) {
+    const auto file = find_program(options.program_file);
+    if (!file) fail("there is no program " + options.program_file.string());
+    const auto bytes = read_file(*file);
+    if (!bytes) fail("cannot read the program " + file->string());
+    const ProgramText program = read_program(*bytes);
+    const bool is_refused = !program.fault.empty() && (options.script || program.codes.empty());
+    if (is_refused) fail(file->string() + ": " + program.fault);
+    if (!program.loss.empty())
+        std::cerr << "korvane-terminal: " << file->string() << ": " << program.loss << '\n';
+    choose_program(options, *file);
+}
+
+void check_options(TerminalOptions& options) {
     if (!std::filesystem::is_regular_file(options.image)) fail("there is no image " + options.image.string());
     if (!options.volume.empty() && !std::filesystem::is_directory(options.volume))
         fail("there is no folder " + options.volume.string());
-    if (!options.program.empty() && !std::filesystem::is_regular_file(options.volume / options.program))
-        fail("there is no program " + (options.volume / options.program).string());
+    if (!options.program_file.empty()) check_program(options);
 }
 
 }  // namespace
@@ -101,6 +127,7 @@ int main(int count, char** arguments) {
     using namespace korvane::host;
     TerminalOptions options = parse_options(count, arguments);
     check_options(options);
+    if (options.script) return run_script_session(options);
     if (isatty(STDIN_FILENO) && isatty(STDOUT_FILENO)) return run_guarded(run_terminal_session, &options);
     return run_piped_session(options);
 }

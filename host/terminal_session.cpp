@@ -141,7 +141,8 @@ int run_terminal_session(void* argument) {
     const std::uint32_t rows = std::clamp(size.rows, least_rows, most_rows);
     Machine machine(terminal_machine(options, columns, rows), ImageSource::file(options.image));
     TerminalSession session(machine);
-    session.type(start_keys(options));
+    lend_program(machine, options);
+    if (!options.program.empty()) session.type(load_line(options) + "\rRUN\r");
     return session.run();
 }
 

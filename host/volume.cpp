@@ -21,11 +21,12 @@ Volume::Volume(const VolumeConfig& config, ServiceFaults& faults, Misuse& misuse
       read_only_(config.read_only),
       free_bytes_(config.capacity),
       label_(config.label),
+      host_programs_(config.host_programs),
       faults_(faults),
       misuse_(misuse) {}
 
 void Volume::lend(LentFile file) {
-    if (!folder_.status(file.path)) lent_ = std::move(file);
+    if (!folder_.status(file.path)) lent_.push_back(std::move(file));
 }
 
 OpenFile* Volume::add_handle(FolderPath path) {

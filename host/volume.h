@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -29,15 +28,19 @@ struct OpenFile : uefi::FileProtocol {
     bool directory = false;
     bool writable = false;
     bool closed = false;
+    bool lent = false;                 // the folder does not hold it
+    bool fresh = false;                // made by this handle, or emptied just before
     bool write_failed = false;         // the last write, unless the position has been set since
     std::uint64_t position = 0;        // bytes in a file, entries in a directory
     std::vector<std::string> entries;  // of a directory, read when its listing begins
 };
 
-/// A file that is there without the folder holding it; it can be read and is not listed.
+/// A file that is there without the folder holding it; it is not listed. One that is writable is emptied
+/// where others are deleted.
 struct LentFile {
     std::vector<std::string> path;
     std::filesystem::path source;
+    bool writable = false;
 };
 
 class Volume : public uefi::SimpleFileSystemProtocol {
@@ -48,7 +51,11 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     void replace_folder(const std::filesystem::path& folder) { folder_ = Folder(folder); }
     /// A file that the folder holds itself is not lent.
     void lend(LentFile file);
-    const std::optional<LentFile>& lent() const { return lent_; }
+    const std::vector<LentFile>& lent() const { return lent_; }
+
+    /// What is wrong with the program that was opened last for reading, as read_program() tells it; empty for
+    /// nothing.
+    const std::string& program_fault() const { return program_fault_; }
 
     /// The media has gone: every use of the volume and of its files fails so from now on.
     void lose(uefi::Status status) { lost_ = status; }
@@ -67,7 +74,9 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     bool read_only_;
     std::uint64_t free_bytes_;
     std::u16string label_;
-    std::optional<LentFile> lent_;
+    std::vector<LentFile> lent_;
+    bool host_programs_;
+    std::string program_fault_;
     uefi::Status lost_ = uefi::success;
     ServiceFaults& faults_;
     Misuse& misuse_;

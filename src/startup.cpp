@@ -8,6 +8,7 @@
 #include "image/packed_program.h"
 #include "platform/clock.h"
 #include "platform/firmware.h"
+#include "platform/listener.h"
 #include "platform/stack.h"
 #include "program/arenas.h"
 #include "program/command_line.h"
@@ -102,6 +103,7 @@ void start(bool autostart) {
     calibrate_clock();
     clear_firmware_console();
     if (!video_start()) stop_for_good(u"GOP not found!\r\n");
+    find_listener();
     take_memory();
     if (!autostart) announce_data_arena();
     clear_data();
@@ -109,6 +111,7 @@ void start(bool autostart) {
     con_reset();
     if (!autostart) print_banner();
     read_command_line();
+    tell(Happening::starts, reinterpret_cast<std::uint64_t>(&program));
 }
 
 }  // namespace

@@ -101,10 +101,11 @@ void read_program_text(FileHandle file) {
     if (assembler.finish()) enter_line(assembler.line(), file);
 }
 
-void write_program_text(const FileHandle& file) {
+bool write_program_text(const FileHandle& file) {
     // What would still fit behind a piece that did not is no part of a program.
     for (std::uint32_t i = 0; i < program.count; ++i)
-        if (!write_line(file, program.lines[i].number, line_text(i))) return;
+        if (!write_line(file, program.lines[i].number, line_text(i))) return false;
+    return true;
 }
 
 }  // namespace korvane

@@ -52,7 +52,7 @@ FileHandle open_program(std::string_view name);
 void read_program_text(FileHandle file);
 
 // Writes the program up to the first piece that cannot be written whole, so that the file is a beginning of
-// it. Write errors are not reported: the caller closes the file either way.
-void write_program_text(const FileHandle& file);
+// it. False when that is not all of it; nothing is raised.
+bool write_program_text(const FileHandle& file);
 
 }  // namespace korvane

@@ -53,8 +53,8 @@ void raise(const char* error_message) {
     errors.code = -1;
     errors.message = error_message;
     if (!execution.program_running) errors.line = 0;
-    con_put_string(error_message);
-    if (!execution.program_running) con_put_char(carriage_return);
+    con_put_message(error_message);
+    if (!execution.program_running) con_put_message("\r");
     errors.pending = true;
     errors.is_break = false;
 }

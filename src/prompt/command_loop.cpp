@@ -1,6 +1,9 @@
 #include "prompt/command_loop.h"
 
+#include <string_view>
 #include "numbers/format.h"
+#include "platform/listener.h"
+#include "program/errors.h"
 #include "prompt/auto_numbering.h"
 #include "screen/console.h"
 
@@ -12,14 +15,17 @@ namespace {
 
 // False when the user gave the line up with Escape; the cursor then stands on a fresh line.
 bool read_line() {
-    if (edit_screen_line(command_loop.line) != edit_aborted) return true;
-    con_put_char(carriage_return);
-    return false;
+    tell(Happening::prompts, error_pending());
+    const bool read = edit_screen_line(command_loop.line) != edit_aborted;
+    tell(Happening::handles);
+    if (!read) con_put_char(carriage_return);
+    return read;
 }
 
 void print_ready() {
-    con_put_string("Ready.");
-    con_put_char(carriage_return);
+    // Listeners are told of the prompt itself.
+    for (const char character : std::string_view("Ready.\r"))
+        con_echo_char(static_cast<std::uint8_t>(character));
 }
 
 bool is_program_line() {

@@ -79,9 +79,9 @@ bool breakpoint_hit(std::uint32_t line_index) {
     execution.continue_at = {line_index, 0};
     execution.can_continue = true;
     execution.stop = true;
-    con_put_string("Breakpoint in ");
-    con_put_text(format_unsigned(number).view());
-    con_put_char('\r');
+    con_put_message("Breakpoint in ");
+    con_put_message(format_unsigned(number).view());
+    con_put_message("\r");
     return true;
 }
 

@@ -32,10 +32,10 @@ std::uint32_t current_line_number() {
 
 void print_in_line(std::uint32_t number) {
     if (number != 0) {
-        con_put_string(" in ");
-        con_put_text(format_unsigned(number).view());
+        con_put_message(" in ");
+        con_put_message(format_unsigned(number).view());
     }
-    con_put_char(carriage_return);
+    con_put_message("\r");
 }
 
 // What happens before the first statement of a program line. True when a breakpoint ended the run.
@@ -186,7 +186,7 @@ namespace {
 [[gnu::cold]] void run_and_report() {
     run_from_here();
     if (!execution.break_seen) return;
-    con_put_string("Break");
+    con_put_message("Break");
     print_in_line(execution.break_line);
     execution.break_seen = false;
 }
@@ -234,8 +234,7 @@ void do_stop(Cursor& cursor) {
         execution.can_continue = execution.continue_at.line < program.count;
     }
     execution.stop = true;
-    con_put_string("Break");
-    con_put_char(carriage_return);
+    con_put_message("Break\r");
 }
 
 void do_clear(Cursor& cursor) {

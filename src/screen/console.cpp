@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "platform/listener.h"
 #include "platform/memory.h"
 #include "screen/font.h"
 #include "screen/graphics.h"
@@ -21,8 +22,7 @@ void clear_grid() {
     fill_bytes(console.grid, blank, sizeof console.grid);
 }
 
-// Inlined in both of its users: PRINT sends every character this way.
-inline void put(std::uint8_t code, bool ends_line) {
+void put(std::uint8_t code, bool ends_line) {
     const CellRectangle area = con_text_area();
     con_clamp_cursor(area);
 
@@ -84,12 +84,28 @@ void con_clamp_cursor(const CellRectangle& area) {
 }
 
 void con_put_char(std::uint8_t code) {
+    tell(Happening::text, code);
     put(code, code == carriage_return);
 }
 
+void con_echo_char(std::uint8_t code) {
+    put(code, code == carriage_return);
+}
+
+void con_put_message(std::string_view text) {
+    for (const char character : text) {
+        const auto code = static_cast<std::uint8_t>(character);
+        tell(Happening::message, code);
+        put(code, code == carriage_return);
+    }
+}
+
 void con_put_glyphs(std::string_view text) {
-    for (const char character : text)
-        put(static_cast<std::uint8_t>(character), false);
+    for (const char character : text) {
+        const auto code = static_cast<std::uint8_t>(character);
+        tell(Happening::text, code);
+        put(code, false);
+    }
 }
 
 std::uint32_t con_put_string(const char* text) {
@@ -113,6 +129,7 @@ void con_scroll() {
     if (area.bottom <= area.top || area.right < area.left) return;
 
     const std::uint32_t columns = area.right - area.left + 1;
+    if (columns == text_columns()) tell(Happening::scrolls, area.top);
     for (std::uint32_t row = area.top; row < area.bottom; ++row) {
         copy_bytes(&console.grid[row][area.left], &console.grid[row + 1][area.left], columns);
         console.continuation[row] = console.continuation[row + 1];

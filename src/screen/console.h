@@ -6,7 +6,8 @@
 // narrow. Coordinates are 0-based. Carriage return (13) is the only control code; every other code is drawn
 // as its glyph, line feed, backspace, tab and bell included, which is deliberate.
 //
-// Messages are printed with these operations; what statements print goes through files/output.h.
+// Messages are printed with these operations; what statements print goes through files/output.h. Whoever
+// listens to the interpreter (platform/listener.h) hears it.
 #pragma once
 
 #include <cstdint>
@@ -59,6 +60,12 @@ void con_clamp_cursor(const CellRectangle& area);
 
 // Puts one character at the cursor, inside the text area; wraps and scrolls.
 void con_put_char(std::uint8_t code);
+
+// The same for what no listener is to hear: a character that the user has typed, the prompt.
+void con_echo_char(std::uint8_t code);
+
+// The same for each byte of what the system says by itself.
+void con_put_message(std::string_view text);
 
 // con_put_char() for each byte of a zero-terminated text; returns the final cursor row.
 std::uint32_t con_put_string(const char* text);

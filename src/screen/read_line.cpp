@@ -28,7 +28,7 @@ std::int32_t key_read_line(std::span<std::uint8_t> buffer) {
         if (is_escape(key)) return line_aborted;
         const char16_t character = key.UnicodeChar;
         if (character == '\r') {
-            con_put_char('\r');
+            con_echo_char('\r');
             buffer[length] = 0;
             return static_cast<std::int32_t>(length);
         }
@@ -40,7 +40,7 @@ std::int32_t key_read_line(std::span<std::uint8_t> buffer) {
         }
         if (character < ' ' || length + 1 >= buffer.size()) continue;
         buffer[length] = static_cast<std::uint8_t>(character);
-        con_put_char(buffer[length]);
+        con_echo_char(buffer[length]);
         ++length;
     }
 }

@@ -1,5 +1,6 @@
 #include "screen/text_windows.h"
 
+#include "platform/listener.h"
 #include "platform/memory.h"
 #include "screen/font.h"
 
@@ -29,6 +30,7 @@ void initialize_text_windows() {
 }
 
 void win_put_char(TextWindow& window, std::uint8_t code) {
+    tell(Happening::text, code | static_cast<std::uint64_t>(&window - text_windows.windows.data() + 1) << 8);
     if (code == carriage_return) {
         ++window.cursor_row;
         window.cursor_column = window.left;

@@ -4,6 +4,7 @@
 
 #include "files/file_handle.h"
 #include "files/program_text.h"
+#include "platform/listener.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
 #include "program/errors.h"
@@ -80,7 +81,9 @@ bool replace_program(const ChainRequest& request) {
     }
     if (!request.merge) clear_program();
     read_program_text(std::move(file));
-    return !error_pending();
+    if (error_pending()) return false;
+    if (!request.merge) tell(Happening::keeps);
+    return true;
 }
 
 // Finds the line to go on with. False after an error.

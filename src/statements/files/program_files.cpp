@@ -6,6 +6,7 @@
 #include "files/file_table.h"
 #include "files/named_files.h"
 #include "files/program_text.h"
+#include "platform/listener.h"
 #include "program/errors.h"
 #include "program/execution.h"
 #include "program/messages.h"
@@ -41,6 +42,7 @@ void do_load(Cursor& cursor) {
         lines.follow();
         return;
     }
+    tell(Happening::keeps);
     // The program that was running is gone.
     execution.can_continue = false;
     execution.stop = true;
@@ -56,7 +58,7 @@ void do_save(Cursor& cursor) {
         raise(message::bad_file_name);
         return;
     }
-    write_program_text(file);
+    if (write_program_text(file)) tell(Happening::keeps);
 }
 
 void do_merge(Cursor& cursor) {

@@ -104,11 +104,11 @@ void ask_until_taken(const InputRequest& request) {
         if (!reply) return;
         ReplyFields fields(*reply);
         if (assign_fields(fields, std::span(request.places).first(request.count)) == Outcome::rejected) {
-            con_put_string("?Redo from start\r");
+            con_put_message("?Redo from start\r");
             forget_error();
             continue;
         }
-        if (!error_pending() && fields.has_more()) con_put_string("Extra ignored\r");
+        if (!error_pending() && fields.has_more()) con_put_message("Extra ignored\r");
         return;
     }
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <optional>
 
+#include "platform/listener.h"
 #include "program/parse.h"
 #include "screen/colour.h"
 #include "screen/console.h"
@@ -160,6 +161,7 @@ void do_cls(Cursor& cursor) {
         clear_viewport();
         return;
     }
+    tell(Happening::moves, another_row);
     if (!console.text_window_active && !console.view_print_active) {
         con_clear_all();
         return;
@@ -209,6 +211,8 @@ void do_locate(Cursor& cursor) {
     if (row_number) row = locate_cell(*row_number, area.top, area.bottom);
     if (column_number) column = locate_cell(*column_number, area.left, area.right);
     if (error_pending()) return;
+    if (row != console.cursor_row || column != console.cursor_column)
+        tell(Happening::moves, column - area.left + (row == console.cursor_row ? 0 : another_row));
     console.cursor_row = row;
     console.cursor_column = column;
 }
