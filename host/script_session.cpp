@@ -17,7 +17,7 @@ namespace {
 /// As wide as a screen can be, so that neither TAB nor the print zones meet its edge; as high as on a usual
 /// PC.
 constexpr std::uint32_t columns = 256;
-constexpr std::uint32_t rows = 50;
+constexpr std::uint32_t rows = 25;
 
 constexpr std::uint64_t glance_time_us =
     20'000;  // between looks at what is to be written while a program runs
@@ -31,7 +31,7 @@ class ScriptSession {
     int run();
 
   private:
-    enum class Phase { starts, loads, runs };
+    enum class Phase { starts, loads, runs, ends };
 
     void hear(Happening happening, std::uint64_t value);
     void type(std::string_view line);
@@ -47,6 +47,7 @@ class ScriptSession {
     ScriptOutput output_{out_};
     StandardInput input_;
     Phase phase_ = Phase::starts;
+    bool failed_ = false;
 };
 
 ScriptSession::ScriptSession(Machine& machine, const TerminalOptions& options)
@@ -72,7 +73,7 @@ int ScriptSession::run() {
                 if (!has_waited) machine_.learn_waiting_place();
                 has_waited = true;
                 if (state_.at_prompt() ? !go_on_at_prompt() : !press_input())
-                    return end(state_.at_prompt() && !state_.line_failed() ? EXIT_SUCCESS : EXIT_FAILURE);
+                    return end(failed_ || !state_.at_prompt() ? EXIT_FAILURE : EXIT_SUCCESS);
                 break;
             case Stop::polls_key:
                 out_.flush_if_due();
@@ -92,18 +93,29 @@ void ScriptSession::type(std::string_view line) {
         machine_.firmware().keyboard().press({uefi::scan_none, static_cast<unsigned char>(character)});
 }
 
-/// Types the next of LOAD and RUN; false when the script is over.
+/// Types the next line of the session; false when the script is over.
 bool ScriptSession::go_on_at_prompt() {
-    if (phase_ == Phase::runs || state_.line_failed()) return false;
-    if (phase_ == Phase::starts) {
-        machine_.firmware().faults().arm({});
-        type(load_line(options_) + '\r');
-        phase_ = Phase::loads;
-    } else {
-        type("RUN\r");
-        phase_ = Phase::runs;
+    failed_ = failed_ || state_.line_failed();
+    switch (phase_) {
+        case Phase::starts:
+            machine_.firmware().faults().arm({});
+            type(load_line(options_) + '\r');
+            phase_ = Phase::loads;
+            return true;
+        case Phase::loads:
+            if (failed_) return false;
+            type("RUN\r");
+            phase_ = Phase::runs;
+            return true;
+        case Phase::runs:
+            // Closes the files that a program without END leaves open, so that they are complete.
+            type("END\r");
+            phase_ = Phase::ends;
+            return true;
+        case Phase::ends:
+            return false;
     }
-    return true;
+    return false;
 }
 
 /// Gives the program the next key of standard input; false when it waits for one that will never come. A
