@@ -169,10 +169,12 @@ void FileServices::present_program(OpenFile& file) {
     Volume& volume = file.volume;
     if (!volume.host_programs_ || file.directory || file.writable || !has_program_name(file.path.back()))
         return;
-    volume.program_fault_.clear();
     const std::string bytes = contents_of(file);
     const ProgramText program = read_program(bytes);
-    volume.program_fault_ = program.fault.empty() ? program.loss : program.fault;
+    const auto note = [&](const std::string& text) {
+        return text.empty() ? text : file.path.back() + ", " + text;
+    };
+    volume.program_notes_ = {note(program.fault), note(program.loss)};
     if (program.codes == bytes || (program.codes.empty() && !program.fault.empty())) return;
     Descriptor converted(memfd_create("program", MFD_CLOEXEC));
     if (!converted || !write_all(converted, program.codes)) return;

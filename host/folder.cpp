@@ -104,6 +104,7 @@ std::vector<std::string> Folder::list(const FolderPath& directory) const {
     path.emplace_back();
     while (const dirent* entry = readdir(stream.get())) {
         path.back() = static_cast<const char*>(entry->d_name);
+        if (path.back().starts_with(own_name_prefix)) continue;
         if (is_legal_name(path.back()) && status(path)) names.push_back(path.back());
     }
     const auto creation = [&](const std::string& name) {

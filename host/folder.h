@@ -29,6 +29,9 @@ class Descriptor {
     int number_ = -1;
 };
 
+/// Files whose names begin so are the host side's own and not listed.
+inline constexpr std::string_view own_name_prefix = ".korvane-";
+
 /// The names that lead from the folder to a file, as the host spells them; empty for the folder itself.
 using FolderPath = std::vector<std::string>;
 

@@ -14,7 +14,7 @@ namespace {
 
 // Title saved and set, alternate screen, cursor hidden, bracketed paste on; and each of them back.
 constexpr std::string_view enter_sequence =
-    "\x1b[22;2t\x1b]2;Korvane BASIC (Ctrl-C leaves)\x1b\\\x1b[?1049h\x1b[?25l\x1b[?2004h";
+    "\x1b[22;2t\x1b]2;Korvane BASIC\x1b\\\x1b[?1049h\x1b[?25l\x1b[?2004h";
 constexpr std::string_view leave_sequence = "\x1b[?2004l\x1b[0m\x1b[?25h\x1b[?1049l\x1b[23;2t";
 
 volatile std::sig_atomic_t size_changed = 0;

@@ -1,10 +1,14 @@
 #include "terminal_guard.h"
 
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <new>
 
 #include <sys/mman.h>
 #include <sys/prctl.h>
@@ -19,16 +23,52 @@ constexpr std::array ending_signals = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
 volatile pid_t session_process = 0;
 volatile std::sig_atomic_t ended_by = 0;
 
+/// Shared by the two processes.
+struct Interrupts {
+    std::atomic<std::uint32_t> made{0};
+    std::atomic<std::uint32_t> taken{0};
+    std::atomic<std::int64_t> oldest_ms{0};  // when the first of those that are not taken was made
+};
+Interrupts* interrupts = nullptr;
+
+constexpr std::int64_t patience_ms = 1000;
+
+std::int64_t monotonic_ms() {
+    std::timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return static_cast<std::int64_t>(now.tv_sec) * 1000 + now.tv_nsec / 1'000'000;
+}
+
 void end_session(int signal_number) {
     ended_by = signal_number;
     if (session_process > 0) kill(session_process, SIGKILL);
 }
 
-void handle_ending_signals(void (*handler)(int)) {
+void interrupt_session(int signal_number) {
+    const std::int64_t now = monotonic_ms();
+    if (interrupts->made == interrupts->taken) {
+        interrupts->oldest_ms = now;
+    } else if (now - interrupts->oldest_ms >= patience_ms) {
+        end_session(signal_number);
+        return;
+    }
+    ++interrupts->made;
+    if (session_process > 0) kill(session_process, SIGUSR1);
+}
+
+// What has to be done is in the shared record; the signal only ends a wait.
+void note_interrupt(int) {}
+
+void handle_signal(int number, void (*handler)(int)) {
     struct sigaction action {};
     action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    sigaction(number, &action, nullptr);
+}
+
+void handle_ending_signals(void (*handler)(int)) {
     for (const int number : ending_signals)
-        sigaction(number, &action, nullptr);
+        handle_signal(number, handler);
 }
 
 void show_messages(int messages) {
@@ -42,6 +82,7 @@ void show_messages(int messages) {
 [[noreturn]] void be_session(int (*session)(void* argument), void* argument, int messages) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     handle_ending_signals(SIG_IGN);  // they are the guard's business
+    handle_signal(SIGUSR1, note_interrupt);
     dup2(messages, STDERR_FILENO);
     std::exit(session(argument));
 }
@@ -54,12 +95,26 @@ int exit_status(int wait_status) {
 
 }  // namespace
 
+bool take_interrupt() {
+    if (interrupts == nullptr || interrupts->made == interrupts->taken) return false;
+    ++interrupts->taken;
+    interrupts->oldest_ms = monotonic_ms();
+    return true;
+}
+
 int run_guarded(int (*session)(void* argument), void* argument) {
     const int messages = memfd_create("messages", MFD_CLOEXEC);
     if (messages < 0) {
         std::perror("memfd_create");
         return EXIT_FAILURE;
     }
+    void* shared =
+        mmap(nullptr, sizeof(Interrupts), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+    if (shared == MAP_FAILED) {
+        std::perror("mmap");
+        return EXIT_FAILURE;
+    }
+    interrupts = new (shared) Interrupts;
     // A stopped session would leave the terminal raw; there is nothing to go back to while it runs.
     std::signal(SIGTSTP, SIG_IGN);
     std::signal(SIGTTOU, SIG_IGN);
@@ -71,6 +126,7 @@ int run_guarded(int (*session)(void* argument), void* argument) {
         sigaddset(&ending, number);
     sigprocmask(SIG_BLOCK, &ending, &before);
     handle_ending_signals(end_session);
+    handle_signal(SIGINT, interrupt_session);
 
     const TerminalMode mode;
     mode.enter();

@@ -12,6 +12,7 @@
 #include "image_loader.h"
 #include "program_file.h"
 #include "terminal_guard.h"
+#include "terminal_look.h"
 #include "terminal_options.h"
 
 namespace korvane::host {
@@ -19,15 +20,17 @@ namespace {
 
 constexpr std::string_view usage =
     "usage: korvane-terminal --image KORVANE.EFI [--volume FOLDER] [--size COLUMNSxROWS] [--present MIB]\n"
-    "                        [PROGRAM.BAS]\n"
+    "                        [--no-keys] [--no-rescue] [PROGRAM.BAS]\n"
     "       korvane-terminal --image KORVANE.EFI [--size COLUMNSxROWS] --script PROGRAM.BAS [ARGUMENT...]\n"
     "\n"
-    "Opens the interpreter in the terminal; Ctrl-C leaves. FOLDER is its volume. With a program, that is\n"
+    "Opens the interpreter in the terminal; Ctrl-C at its prompt leaves. FOLDER is its volume. With a "
+    "program, that is\n"
     "loaded and started, and its folder is the volume. When standard input or output is no terminal,\n"
     "the lines of standard input are typed in and the screen that they lead to is printed. --size is the\n"
     "first screen's, 40x15 to 256x128; else it is the terminal's, or without a terminal 80x128. --present\n"
     "has so much of the machine's memory there before the start; the rest comes from the host when it is\n"
-    "first touched.\n"
+    "first touched. --no-keys leaves out the line above the screen that names the keys,\n"
+    "--no-rescue the file in which a program that was not saved is kept for the next session.\n"
     "\n"
     "--script runs the program alone: its text goes to standard output, standard input is its keyboard, the\n"
     "arguments are in COMMANDLINEARG$. The status is 0 when it has ended and 1 when an error has ended it, "
@@ -78,6 +81,10 @@ TerminalOptions parse_options(int count, char** arguments) {
             (argument == "--image" ? options.image : options.volume) = arguments[++i];
         } else if (argument == "--size") {
             parse_size(arguments[++i], options);
+        } else if (argument == "--no-keys") {
+            options.shows_keys = false;
+        } else if (argument == "--no-rescue") {
+            options.keeps_programs = false;
         } else if (argument == "--script") {
             options.script = true;
         } else if (argument == "--present") {
@@ -128,6 +135,7 @@ int main(int count, char** arguments) {
     TerminalOptions options = parse_options(count, arguments);
     check_options(options);
     if (options.script) return run_script_session(options);
-    if (isatty(STDIN_FILENO) && isatty(STDOUT_FILENO)) return run_guarded(run_terminal_session, &options);
+    if (isatty(STDIN_FILENO) && isatty(STDOUT_FILENO) && has_control_sequences())
+        return run_guarded(run_terminal_session, &options);
     return run_piped_session(options);
 }

@@ -53,9 +53,13 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     void lend(LentFile file);
     const std::vector<LentFile>& lent() const { return lent_; }
 
-    /// What is wrong with the program that was opened last for reading, as read_program() tells it; empty for
-    /// nothing.
-    const std::string& program_fault() const { return program_fault_; }
+    /// What read_program() tells about the program that was opened last for reading, with the file's name.
+    struct ProgramNotes {
+        std::string fault;
+        std::string loss;
+    };
+    const ProgramNotes& program_notes() const { return program_notes_; }
+    void forget_program_notes() { program_notes_ = {}; }
 
     /// The media has gone: every use of the volume and of its files fails so from now on.
     void lose(uefi::Status status) { lost_ = status; }
@@ -76,7 +80,7 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     std::u16string label_;
     std::vector<LentFile> lent_;
     bool host_programs_;
-    std::string program_fault_;
+    ProgramNotes program_notes_;
     uefi::Status lost_ = uefi::success;
     ServiceFaults& faults_;
     Misuse& misuse_;

@@ -1,5 +1,6 @@
 """A program on a pseudo-terminal, and what a person in front of it would see."""
 
+import codecs
 import fcntl
 import os
 import pty
@@ -15,12 +16,13 @@ import screen_text
 
 DEFAULT_INK = "170;170;170"
 DEFAULT_PAPER = "0;0;0"
+DEFAULT_ENVIRONMENT = {"TERM": "xterm-256color", "COLORTERM": "truecolor", "LC_ALL": "C.UTF-8", "NO_COLOR": ""}
 
 
 class PseudoTerminal:
     """Runs a command on a terminal of its own and understands the control sequences that it sends."""
 
-    def __init__(self, command, columns=80, rows=25):
+    def __init__(self, command, columns=80, rows=25, environment=None):
         self.columns, self.rows = columns, rows
         self.cells = [[" "] * columns for _ in range(rows)]
         self.colours = {}  # (row, column): (ink, paper), as the parameters of the sequences
@@ -28,12 +30,13 @@ class PseudoTerminal:
         self.row = self.column = 0
         self.ink = self.paper = None
         self.received = b""
+        self.decoder = codecs.getincrementaldecoder("utf-8")(errors="replace")
         self.pending = ""
         self.status = None
         self.process, self.device = pty.fork()
         if self.process == 0:
             time.sleep(0.1)  # until the size is set
-            os.execvp(command[0], command)
+            os.execvpe(command[0], command, os.environ | DEFAULT_ENVIRONMENT | (environment or {}))
         self.set_size(columns, rows)
         self.settings = termios.tcgetattr(self.device)
 
@@ -96,7 +99,8 @@ class PseudoTerminal:
         raise AssertionError("the program does not end")
 
     def show(self, data):
-        text = self.pending + data.decode("utf-8", errors="surrogateescape")
+        # Characters, like sequences, may be cut between two reads.
+        text = self.pending + self.decoder.decode(data)
         # A sequence that is cut at the end waits for its rest.
         cut = re.search(r"\x1b(\[[?0-9;]*|\][^\x1b]*(\x1b)?)?$", text)
         self.pending = text[cut.start() :] if cut else ""
@@ -123,6 +127,8 @@ class PseudoTerminal:
             self.ink = parameters[5:]
         elif final == "m" and parameters.startswith("48;2;"):
             self.paper = parameters[5:]
+        elif final == "m" and parameters == "0":
+            self.ink = self.paper = None
         elif final in "hl" and parameters.startswith("?"):
             (self.modes.add if final == "h" else self.modes.discard)(parameters[1:])
 

@@ -4,11 +4,13 @@
 usage: terminal_picture.py --type FILE --screenshot PICTURE.png [--size COLUMNSxROWS] -- COMMAND [ARGUMENT...]
 
 Runs the command on a terminal of its own, types FILE's lines once the prompt stands there, waits until the screen
-stays the same, saves the picture, and ends the command with Ctrl-C.
+stays the same, saves the picture, and ends the command.
 """
 
 import argparse
+import os
 import re
+import signal
 import sys
 import time
 
@@ -50,7 +52,7 @@ def main():
             terminal.send("".join(f"\x1b[200~{line}\x1b[201~\r" for line in lines))
             wait_until_settled(terminal)
             terminal.screenshot(options.screenshot)
-            terminal.send("\x03")
+            os.kill(terminal.process, signal.SIGTERM)
             terminal.wait_for_end()
     except (OSError, ValueError, AssertionError) as error:
         sys.exit(f"terminal_picture.py: {error}")

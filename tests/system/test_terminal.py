@@ -160,18 +160,18 @@ def test_colours_are_shown(terminal):
 
 def test_graphics_are_half_blocks(terminal):
     terminal.send("LINE (400,100)-(403,103),&HFF0000,BF\r")
-    # Row 6 begins at pixel 96: the box lies in the upper half of cell 50.
-    terminal.wait_for(lambda: terminal.cells[6][50] == "▀")
-    assert terminal.colours[6, 50] == ("255;0;0", "0;0;0")
+    # The screen's row 6, under the line with the keys, begins at pixel 96: the box lies in the upper half of cell 50.
+    terminal.wait_for(lambda: terminal.cells[7][50] == "▀")
+    assert terminal.colours[7, 50] == ("255;0;0", "0;0;0")
 
 
 def test_picture_of_the_terminal_shows_its_colours(terminal, tmp_path):
     terminal.send("LINE (400,160)-(639,191),&HFF8000,BF\r")
-    terminal.wait_for(lambda: (terminal.colours.get((10, 50)) or (None, None))[1] == "255;128;0")
+    terminal.wait_for(lambda: (terminal.colours.get((11, 50)) or (None, None))[1] == "255;128;0")
     terminal.screenshot(tmp_path / "terminal.png")
     width, height, pixels = read_png(tmp_path / "terminal.png")
     assert (width, height) == (640, 400)
-    at = 3 * (165 * width + 405)
+    at = 3 * (181 * width + 405)
     assert pixels[at : at + 3] == bytes([255, 128, 0])
 
 
@@ -192,12 +192,99 @@ def test_ctrl_c_leaves_and_restores_the_terminal(terminal):
     assert terminal.is_restored()
 
 
-def test_ctrl_c_leaves_a_program_that_runs(terminal):
+def test_ctrl_c_stops_a_program_that_runs(terminal):
     terminal.send("10 GOTO 10\rRUN\r")
     terminal.wait_for_row("RUN")
+    time.sleep(0.3)
+    terminal.send("\x03")
+    terminal.wait_for_row("Break in 10")
+    terminal.send("PRINT 6*7\r")
+    terminal.wait_for_row(" 42")
+
+
+def test_ctrl_c_stops_a_program_that_waits(terminal):
+    terminal.send("10 INPUT A\rRUN\r")
+    terminal.wait_for_row("?")
+    terminal.send("\x03")
+    terminal.wait_for_row("Break in 10")
+
+
+def test_ctrl_c_gives_the_rest_of_a_paste_up(terminal):
+    terminal.send("\x1b[200~10 GOTO 10\rRUN\rPRINT 7*7\r\x1b[201~")
+    terminal.wait_for_row("RUN")
+    time.sleep(0.3)
+    terminal.send("\x03")
+    terminal.wait_for_row("Break in 10")
+    terminal.send("PRINT 8*8\r")
+    terminal.wait_for_row(" 64")
+    assert " 49" not in terminal.screen()
+
+
+def test_program_that_traps_the_break_is_left_with_the_third(terminal):
+    terminal.send("10 ON BREAK GOTO 30\r20 GOTO 20\r30 RESUME\rRUN\r")
+    terminal.wait_for_row("RUN")
+    time.sleep(0.3)
+    for _ in range(2):
+        terminal.send("\x03")
+        time.sleep(0.3)
+    terminal.wait_for(lambda: "Ctrl-C again leaves" in terminal.screen()[0])
     terminal.send("\x03")
     assert terminal.wait_for_end() == 0
     assert terminal.is_restored()
+
+
+def test_session_that_takes_nothing_is_left_by_a_second_ctrl_c(terminal):
+    # Stopped, it is like one whose image looks at nothing any more.
+    os.kill(session_process(terminal), signal.SIGSTOP)
+    terminal.send("\x03")
+    time.sleep(1.2)
+    terminal.send("\x03")
+    assert terminal.wait_for_end() == 0
+    assert terminal.is_restored()
+
+
+# ---- The line above the screen ----------------------------------------------------------------------------------
+
+
+def test_keys_are_named_above_the_screen(terminal):
+    terminal.wait_for(lambda: all(word in terminal.screen()[0] for word in ("HELP", "Escape", "Ctrl-C")))
+    # It is no part of the screen: clearing and filling that leaves it alone.
+    terminal.send("CLS\r")
+    terminal.wait_for(lambda: terminal.screen()[1] == "Ready.")
+    terminal.send("FOR I=1 TO 60:PRINT I:NEXT\r")
+    terminal.wait_for_row(" 60")
+    assert "HELP" in terminal.screen()[0]
+
+
+def test_screen_has_the_rows_below_the_line(terminal):
+    # 25 rows in all.
+    terminal.send("LOCATE 25,1\r")
+    terminal.wait_for_row("Illegal function call")
+    terminal.send("CLS:LOCATE 24,1:PRINT 5*5;:LOCATE 1,1\r")
+    terminal.wait_for(lambda: terminal.screen()[-1] == " 25")
+
+
+def test_line_can_be_switched_off(tmp_path):
+    with PseudoTerminal(command(tmp_path, "--no-keys")) as terminal:
+        terminal.wait_for_row("Ready.")
+        assert terminal.screen()[1] == "    Ada Lovelace"
+        terminal.send("10 PRINT 1\r")
+        terminal.wait_for_row("10 PRINT 1")
+        time.sleep(0.3)
+        # A question is asked all the same.
+        terminal.send("\x03")
+        terminal.wait_for(lambda: "not saved" in terminal.screen()[0])
+        terminal.send("X")
+        terminal.wait_for(lambda: terminal.screen()[1] == "    Ada Lovelace")
+
+
+def test_narrow_terminal_has_a_short_line(tmp_path):
+    with PseudoTerminal(command(tmp_path), columns=45) as terminal:
+        terminal.wait_for_row("Ready.")
+        assert all(word in terminal.screen()[0] for word in ("HELP", "Esc", "Ctrl-C"))
+
+
+# ---- However the session ends -----------------------------------------------------------------------------------
 
 
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT])
