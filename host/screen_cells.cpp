@@ -1,7 +1,9 @@
 #include "screen_cells.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
+#include <cstddef>
 #include <unordered_map>
 #include <utility>
 
@@ -60,19 +62,66 @@ std::uint32_t mean_colour(const std::uint32_t* first, std::uint32_t pitch) {
     return red / 64 << 16 | green / 64 << 8 | blue / 64;
 }
 
-/// The colour to show for 8x8 pixels that begin at `first`: what is drawn on the paper if that is of one
-/// colour, so that thin lines are seen, else the mean.
-std::uint32_t half_colour(const std::uint32_t* first, std::uint32_t pitch, std::uint32_t paper) {
-    std::uint32_t ink = paper;
+constexpr std::size_t most_line_colours = 4;  // of drawings: the ground, a grid, and lines over it
+
+/// The colours of 8x8 pixels with the numbers of their pixels; only the first few.
+struct ColourCounts {
+    struct Entry {
+        std::uint32_t colour;
+        std::uint32_t pixels;
+    };
+    std::array<Entry, most_line_colours> entries{};
+    std::size_t count = 0;
+    bool has_more = false;  // there are other colours
+};
+
+ColourCounts count_colours(const std::uint32_t* first, std::uint32_t pitch) {
+    ColourCounts counts;
     for (std::uint32_t y = 0; y < 8; ++y) {
         for (std::uint32_t x = 0; x < 8; ++x) {
             const std::uint32_t pixel = first[std::size_t{y} * pitch + x] & colour_mask;
-            if (pixel == paper || pixel == ink) continue;
-            if (ink != paper) return mean_colour(first, pitch);
-            ink = pixel;
+            const auto end = counts.entries.begin() + static_cast<std::ptrdiff_t>(counts.count);
+            const auto known = std::find_if(counts.entries.begin(), end, [=](const ColourCounts::Entry& one) {
+                return one.colour == pixel;
+            });
+            if (known != end)
+                ++known->pixels;
+            else if (counts.count < most_line_colours)
+                counts.entries[counts.count++] = {pixel, 1};
+            else
+                counts.has_more = true;
         }
     }
-    return ink;
+    return counts;
+}
+
+/// How much a colour stands out: coloured lines from grey ones, then bright ones from dark ones.
+std::uint32_t vividness(std::uint32_t colour) {
+    const std::array<std::uint32_t, 3> parts = {colour >> 16 & 0xFF, colour >> 8 & 0xFF, colour & 0xFF};
+    const auto [least, most] = std::minmax_element(parts.begin(), parts.end());
+    return (*most - *least) * 256 + *most;
+}
+
+/// The colour to show for 8x8 pixels that begin at `first`: what is drawn on the paper if that is of one
+/// colour, so that thin lines are seen; where lines of a few colours lie on a ground that fills at least
+/// half, the most vivid of them, so that a curve is seen on its grid; else the mean.
+std::uint32_t half_colour(const std::uint32_t* first, std::uint32_t pitch, std::uint32_t paper) {
+    const ColourCounts counts = count_colours(first, pitch);
+    if (counts.has_more) return mean_colour(first, pitch);
+    const auto begin = counts.entries.begin();
+    const auto end = begin + static_cast<std::ptrdiff_t>(counts.count);
+    if (counts.count == 1) return begin->colour;
+    if (counts.count == 2 && begin[0].colour == paper) return begin[1].colour;
+    if (counts.count == 2 && begin[1].colour == paper) return begin[0].colour;
+    const auto ground =
+        std::max_element(begin, end, [](const auto& a, const auto& b) { return a.pixels < b.pixels; });
+    if (ground->pixels < 32) return mean_colour(first, pitch);
+    std::uint32_t shown = ground->colour;
+    for (auto one = begin; one != end; ++one) {
+        if (one == ground) continue;
+        if (shown == ground->colour || vividness(one->colour) > vividness(shown)) shown = one->colour;
+    }
+    return shown;
 }
 
 /// A cell of at most two colours, with the shape of its ink.

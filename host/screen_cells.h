@@ -17,7 +17,8 @@ struct Pixels {
 
 /// One cell, ready to be shown on a terminal. A glyph has its character in `ink` on `paper`. A cell that is
 /// no glyph has the upper half block: `ink` is the colour of its upper 8x8 pixels and `paper` of its lower.
-/// Where one colour is drawn on the cell's paper that is the drawing's; in a picture of more it is the mean.
+/// Where one colour is drawn on the cell's paper that is the drawing's, where thin lines of a few colours are
+/// drawn the most vivid one; in a picture of more it is the mean.
 struct Cell {
     char32_t character;
     std::uint32_t ink;

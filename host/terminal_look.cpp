@@ -83,18 +83,23 @@ char32_t ascii_shape(char32_t character) {
     return at == unicode_shapes.npos ? U'?' : static_cast<char32_t>(ascii_shapes[at]);
 }
 
-/// Without colours: white on black.
-Cell monochrome_cell(Cell cell) {
-    constexpr int bright = 80;
-    const bool ink = brightness(cell.ink) >= bright;
-    const bool paper = brightness(cell.paper) >= bright;
-    if (cell.is_glyph) {
-        if (cell.character == U' ') return {paper ? U'█' : U' ', 1, 0, true};
-        return cell.character == U'█' && brightness(cell.ink) < brightness(cell.paper)
-                   ? Cell{U' ', 1, 0, true}
-                   : Cell{cell.character, 1, 0, true};
+/// Colours of cells on terminals that have none.
+constexpr std::uint32_t dark = 0;
+constexpr std::uint32_t bright = 1;
+
+bool is_bright(std::uint32_t colour) {
+    return std::max({part(colour, 16), part(colour, 8), part(colour, 0)}) >= 96;
+}
+
+Cell monochrome_cell(const Cell& cell) {
+    const bool ink = is_bright(cell.ink);
+    const bool paper = is_bright(cell.paper);
+    if (!cell.is_glyph) {
+        const char32_t shape = ink ? (paper ? U'█' : U'▀') : (paper ? U'▄' : U' ');
+        return {shape, bright, dark, false};
     }
-    return {ink ? (paper ? U'█' : U'▀') : (paper ? U'▄' : U' '), 1, 0, false};
+    const bool is_reversed = paper && (cell.character == U' ' || !ink);
+    return {cell.character, is_reversed ? dark : bright, is_reversed ? bright : dark, true};
 }
 
 }  // namespace
@@ -153,7 +158,10 @@ Cell shown_cell(Cell cell, const TerminalLook& look) {
 
 void append_colour(std::string& bytes, bool is_paper, std::uint32_t colour, const TerminalLook& look) {
     const auto parameter = [&](std::uint32_t number) { bytes += std::to_string(number); };
-    if (look.colours == Colours::none) return;
+    if (look.colours == Colours::none) {
+        if (is_paper) bytes += colour == bright ? "\x1b[0;7m" : "\x1b[0m";
+        return;
+    }
     bytes += "\x1b[";
     if (look.colours == Colours::sixteen) {
         const auto found = std::find(sixteen_colours.begin(), sixteen_colours.end(), colour);

@@ -106,8 +106,52 @@ TEST(TerminalPicture, SmallTerminalFollowsTheLastChange) {
     EXPECT_EQ(terminal.text(), (std::vector<std::string>{"TOP ", "    "}));
     screen.print(3, 6, "LOW");
     terminal.receive(picture.update(screen.pixels(), size));
-    // The cell at row 3, column 8 changed last and stands at the lower right.
-    EXPECT_EQ(terminal.text(), (std::vector<std::string>{"    ", " LOW"}));
+    // The cell at row 3, column 8 changed last; a quarter of the view is kept on its other side.
+    EXPECT_EQ(terminal.text(), (std::vector<std::string>{"    ", "LOW "}));
+}
+
+TEST(TerminalPicture, SurroundingsOfTheLastChangeAreInView) {
+    Screen screen;
+    screen.print(0, 0, "A");
+    screen.print(4, 0, "E");
+    TerminalPicture picture;
+    const TerminalSize size = {columns, 4};
+    Terminal terminal(size);
+    terminal.receive(picture.update(screen.pixels(), size));
+    EXPECT_EQ(terminal.text().back().front(), 'E');
+    // Of four rows, one above and one below the change.
+    screen.print(1, 0, "B");
+    terminal.receive(picture.update(screen.pixels(), size));
+    EXPECT_EQ(terminal.text().front().front(), 'A');
+    screen.print(3, 0, "D");
+    terminal.receive(picture.update(screen.pixels(), size));
+    EXPECT_EQ(terminal.text().back().front(), 'E');
+}
+
+TEST(TerminalPicture, LineStandsAboveTheScreen) {
+    Screen screen;
+    screen.print(0, 0, "HELLO");
+    TerminalPicture picture;
+    const TerminalSize size = {columns, rows + 1};
+    Terminal terminal(size);
+    picture.set_line("KEYS AND MORE");
+    terminal.receive(picture.update(screen.pixels(), size));
+    EXPECT_EQ(terminal.text()[0], "KEYS AND M");
+    EXPECT_EQ(terminal.text()[1], "HELLO     ");
+    picture.set_line("");
+    terminal.receive(picture.update(screen.pixels(), size));
+    EXPECT_EQ(terminal.text()[0], "HELLO     ");
+    EXPECT_EQ(terminal.text()[1], "          ");
+}
+
+TEST(TerminalPicture, TerminalOfOneRowHasNoLine) {
+    Screen screen;
+    screen.print(0, 0, "A");
+    TerminalPicture picture;
+    Terminal terminal({columns, 1});
+    picture.set_line("KEYS");
+    terminal.receive(picture.update(screen.pixels(), {columns, 1}));
+    EXPECT_EQ(terminal.text().front(), "A         ");
 }
 
 TEST(TerminalPicture, InvalidatedPictureIsDrawnAgain) {
