@@ -4,9 +4,9 @@
 #include <charconv>
 #include <cstdint>
 
-#include "core/execution.h"
-#include "core/messages.h"
-#include "core/program_store.h"
+#include "program/execution.h"
+#include "program/messages.h"
+#include "program/program_store.h"
 #include "files/program_text.h"
 #include "folder.h"
 #include "host_text.h"

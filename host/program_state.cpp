@@ -8,7 +8,7 @@
 #include <cstring>
 #include <vector>
 
-#include "core/program_store.h"
+#include "program/program_store.h"
 
 namespace korvane::host {
 namespace {
