@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "image_loader.h"
+#include "installation.h"
 #include "program_file.h"
 #include "terminal_guard.h"
 #include "terminal_look.h"
@@ -19,9 +20,10 @@ namespace korvane::host {
 namespace {
 
 constexpr std::string_view usage =
-    "usage: korvane-terminal --image KORVANE.EFI [--volume FOLDER] [--size COLUMNSxROWS] [--present MIB]\n"
+    "usage: korvane-terminal [--image KORVANE.EFI] [--volume FOLDER] [--size COLUMNSxROWS] [--present MIB]\n"
     "                        [--no-keys] [--no-rescue] [PROGRAM.BAS]\n"
-    "       korvane-terminal --image KORVANE.EFI [--size COLUMNSxROWS] --script PROGRAM.BAS [ARGUMENT...]\n"
+    "       korvane-terminal [--image KORVANE.EFI] [--size COLUMNSxROWS] --script PROGRAM.BAS [ARGUMENT...]\n"
+    "       korvane-terminal --version\n"
     "\n"
     "Opens the interpreter in the terminal; Ctrl-C at its prompt leaves. FOLDER is its volume. With a "
     "program, that is\n"
@@ -35,7 +37,10 @@ constexpr std::string_view usage =
     "--script runs the program alone: its text goes to standard output, standard input is its keyboard, the\n"
     "arguments are in COMMANDLINEARG$. The status is 0 when it has ended and 1 when an error has ended it, "
     "which\n"
-    "is told on standard error.\n";
+    "is told on standard error.\n"
+    "\n"
+    "Installed, the program finds its image itself, and its volume is the folder \"korvane\" in the home\n"
+    "folder, which is made with the examples in it.\n";
 
 [[noreturn]] void fail(std::string_view message) {
     std::cerr << "korvane-terminal: " << message << '\n';
@@ -74,6 +79,10 @@ TerminalOptions parse_options(int count, char** arguments) {
             std::cout << usage;
             std::exit(EXIT_SUCCESS);
         }
+        if (argument == "--version") {
+            std::cout << "Korvane BASIC " << version << '\n';
+            std::exit(EXIT_SUCCESS);
+        }
         const bool has_value = argument == "--image" || argument == "--volume" || argument == "--size" ||
                                argument == "--present";
         if (has_value && i + 1 == count) fail_usage(std::string(argument) + " needs a value");
@@ -100,6 +109,7 @@ TerminalOptions parse_options(int count, char** arguments) {
             if (options.script) break;
         }
     }
+    if (options.image.empty()) options.image = installed_image();
     if (options.image.empty()) fail_usage("--image is missing");
     if (options.script && options.program_file.empty()) fail_usage("--script needs a program");
     return options;
@@ -127,6 +137,17 @@ void check_options(TerminalOptions& options) {
     if (!options.program_file.empty()) check_program(options);
 }
 
+/// Without a volume that was asked for, an installed terminal has the user's own.
+void choose_volume(TerminalOptions& options) {
+    if (!options.volume.empty() || options.image != installed_image()) return;
+    try {
+        options.volume = volume_at_home();
+    } catch (const std::filesystem::filesystem_error& error) {
+        fail(std::string("cannot make a volume at home: ") + error.what() + "; --volume names another");
+    }
+    if (options.volume.empty()) fail("HOME is not set; --volume names a folder");
+}
+
 }  // namespace
 }  // namespace korvane::host
 
@@ -134,6 +155,7 @@ int main(int count, char** arguments) {
     using namespace korvane::host;
     TerminalOptions options = parse_options(count, arguments);
     check_options(options);
+    choose_volume(options);
     if (options.script) return run_script_session(options);
     if (isatty(STDIN_FILENO) && isatty(STDOUT_FILENO) && has_control_sequences())
         return run_guarded(run_terminal_session, &options);
