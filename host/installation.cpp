@@ -44,7 +44,7 @@ fs::path installed_image() {
 fs::path volume_at_home() {
     const char* const home = std::getenv("HOME");
     if (home == nullptr || *home == '\0') return {};
-    const fs::path volume = fs::path(home) / "korvane";
+    const fs::path volume = fs::path(home) / "korvane-files";
     if (!fs::exists(volume)) make_volume(volume);
     return volume;
 }

@@ -14,7 +14,7 @@ extern const std::string_view version;
 /// none, as in a build tree.
 std::filesystem::path installed_image();
 
-/// The folder "korvane" at the user's home, which begins with the installed examples. Fails with
+/// The folder "korvane-files" at the user's home, which begins with the installed examples. Fails with
 /// std::filesystem::filesystem_error where it cannot be made; empty without a home.
 std::filesystem::path volume_at_home();
 

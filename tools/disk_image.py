@@ -4,21 +4,26 @@
 usage: disk_image.py OUTPUT.img KORVANE.EFI [--example FILE]... [FILE...]
 
 The interpreter becomes \\EFI\\BOOT\\BOOTX64.EFI, which firmware starts from a disk or a stick by itself; the other
-files go into the root directory, their names in capitals. A file takes the place of an example of the same name.
+files go into the root directory, their names in capitals. A file takes the place of an example of the same name. The
+licences of the interpreter and of its font are put beside it.
 Uses sgdisk and mtools; needs no root rights and mounts nothing.
 """
 
 import argparse
 import os
+import pathlib
 import re
 import shutil
 import subprocess
 import sys
+import uuid
 
 import programs
 
 BOOT_FOLDER = "EFI/BOOT"
 BOOT_FILE = "EFI/BOOT/BOOTX64.EFI"
+ROOT = pathlib.Path(__file__).resolve().parents[1]
+LICENCES = {"LICENSE.TXT": ROOT / "LICENSE", "FONT.TXT": ROOT / "LICENSE.font.txt"}
 IMAGE_MIB = 64
 PARTITION_START = 1024 * 1024  # the usual alignment, and where mtools finds the file system
 SECTOR = 512
@@ -56,18 +61,28 @@ def root_files(files, examples=()):
 class DiskImage:
     """A disk image file whose first partition is a FAT file system; names inside it use forward slashes."""
 
-    def __init__(self, path):
+    def __init__(self, path, start=PARTITION_START):
         self.path = str(path)
-        self.drive = f"{self.path}@@{PARTITION_START}"
+        self.drive = f"{self.path}@@{start}"
 
-    def create(self, mib=IMAGE_MIB):
-        with open(self.path, "wb") as file:
-            file.truncate(mib * 1024 * 1024)
-        run("sgdisk", "--new=1:2048:0", "--typecode=1:ef00", "--change-name=1:KORVANE", self.path)
+    def create(self, mib=IMAGE_MIB, identity=None):
+        """Makes the disk with a file system in it. Its identifiers are made from the identity, a UUID, or by chance."""
+        self.make_file(mib)
+        identity = identity or uuid.uuid4()
+        partition = uuid.uuid5(identity, "partition")
+        run("sgdisk", f"--disk-guid={identity}", "--new=1:2048:0", f"--partition-guid=1:{partition}", "--typecode=1:ef00",
+            "--change-name=1:KORVANE", self.path)
         sectors = (mib * 1024 * 1024 - PARTITION_START) // SECTOR - BACKUP_GPT_SECTORS
         # One sector a cluster: FAT32 needs 65525 clusters, which a small partition has only this way.
-        run("mformat", "-i", self.drive, "-F", "-c", "1", "-T", str(sectors), "-h", "64", "-s", "32", "-H", "2048",
-            "-v", "KORVANE", "::")
+        return self.format(identity, "-F", "-c", "1", "-T", str(sectors), "-h", "64", "-s", "32", "-H", "2048")
+
+    def make_file(self, mib):
+        with open(self.path, "wb") as file:
+            file.truncate(mib * 1024 * 1024)
+
+    def format(self, identity, *geometry):
+        serial_number = f"{identity.int >> 96:08x}"
+        run("mformat", "-i", self.drive, *geometry, "-N", serial_number, "-v", "KORVANE", "::")
         return self
 
     def make_folder(self, name):
@@ -111,6 +126,8 @@ class DiskImage:
             if folder not in [name.rstrip("/") for name in self.names(os.path.dirname(folder))]:
                 self.make_folder(folder)
         self.put(image, BOOT_FILE)
+        for name, path in LICENCES.items():
+            self.put(path, f"{BOOT_FOLDER}/{name}")
         for name, path in (files or {}).items():
             self.put(path, name)
         return self

@@ -7,6 +7,8 @@ import shutil
 ADMINISTRATOR_FOLDERS = ["/usr/local/sbin", "/usr/sbin", "/sbin"]
 
 PACKAGES = {
+    "dpkg-deb": "dpkg",
+    "dpkg-shlibdeps": "dpkg-dev",
     "fsck.fat": "dosfstools",
     "mcopy": "mtools",
     "mdir": "mtools",
@@ -15,6 +17,8 @@ PACKAGES = {
     "qemu-system-x86_64": "qemu-system-x86",
     "sfdisk": "fdisk",
     "sgdisk": "gdisk",
+    "strip": "binutils",
+    "xorriso": "xorriso",
 }
 
 

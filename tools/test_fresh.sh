@@ -12,6 +12,7 @@ usage: ./dev test fresh [--system NAME] [PART]...
   run      echo 'PRINT 2^10' | ./dev run, twice: on the new system, which installs packages and builds, and again
   image    ./dev image
   qemu     ./dev qemu --type ... --screenshot ...
+  package  ./dev release, installing the package, echo 'PRINT 2^10' | korvane
   bench    ./dev bench --rounds 1 --only sieve
   test     ./dev test
 
@@ -31,7 +32,7 @@ die() {
 
 visitor=visitor
 log=$root/build/fresh.log
-all_parts=(run image qemu bench test)
+all_parts=(run image qemu package bench test)
 run_limit=90    # seconds until the first prompt on two cores
 test_limit=900
 
@@ -150,6 +151,13 @@ part_qemu() {
 }
 
 part_bench() { step '' '' './dev bench --rounds 1 --only sieve' './dev bench --rounds 1 --only sieve'; }
+
+# Somebody else's package, as far as the system can tell; it is installed by the system's own means.
+part_package() {
+    step '' '' './dev release' './dev release && cd dist && sha256sum --check --quiet SHA256SUMS'
+    step '' '' 'sudo apt-get install ./korvane_*.deb' 'sudo apt-get install -y -qq ./dist/korvane_*.deb'
+    step 5 ' 1024' "echo 'PRINT 2^10' | korvane" "cd && echo 'PRINT 2^10' | korvane && test -s korvane-files/maze.bas"
+}
 
 part_test() { step "$test_limit" '' './dev test' './dev test'; }
 

@@ -63,7 +63,7 @@ def test_host_tree_without_tests_needs_no_test_packages(tmp_path):
 # ---- run --------------------------------------------------------------------------------------------------------
 
 
-@pytest.mark.parametrize("command", ["build", "run", "qemu", "image", "test", "bench", "format"])
+@pytest.mark.parametrize("command", ["build", "run", "qemu", "image", "release", "test", "bench", "format"])
 def test_help_of_a_command_tells_about_it_alone(command):
     help_lines = rows(command, "--help")
     assert help_lines[0].split()[0] == command
@@ -116,6 +116,7 @@ def test_picture_options_stand_in_any_order(tmp_path):
     (["qemu", "--frobnicate"], "--frobnicate"),
     (["build", "--frobnicate"], "--frobnicate"),
     (["test", "slowly"], "slowly"),
+    (["release", "--frobnicate"], "--frobnicate"),
 ])  # fmt: skip
 def test_bad_argument_is_named(arguments, named):
     status, line = refusal(*arguments)
