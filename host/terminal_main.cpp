@@ -39,8 +39,8 @@ constexpr std::string_view usage =
     "which\n"
     "is told on standard error.\n"
     "\n"
-    "Installed, the program finds its image itself, and its volume is the folder \"korvane\" in the home\n"
-    "folder, which is made with the examples in it.\n";
+    "Installed, the program finds its image itself, and without PROGRAM.BAS its volume is the folder\n"
+    "korvane-files at home, which is made with the examples in it.\n";
 
 [[noreturn]] void fail(std::string_view message) {
     std::cerr << "korvane-terminal: " << message << '\n';
