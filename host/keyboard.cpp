@@ -15,6 +15,10 @@ constexpr std::uint64_t quick_poll_ticks = 2000;
 // So many quick polls in a row are waiting, not a program that looks at the keyboard a few times.
 constexpr std::uint64_t polls_of_a_spin = 20000;
 
+// An image that has looked so often from one place before it waits on the event is the line editor: programs
+// that do nothing but look for a key look for the break key, from another place, at every 256th statement.
+constexpr std::uint64_t looks_of_the_editor = 1000;
+
 // True when the instruction before an address in the image's code can be a call: a near call with a 32-bit
 // displacement, or one through a pointer with a displacement of 0, 8 or 32 bits.
 bool follows_call(std::uint64_t address) {
@@ -47,18 +51,23 @@ __attribute__((no_sanitize("address"))) bool Keyboard::is_spinning(const std::ui
     if (!spin_place_.empty() && same_place) return true;
     const bool quick = __builtin_ia32_rdtsc() - last_poll_ticks_ < quick_poll_ticks;
     quick_polls_ = quick ? quick_polls_ + 1 : 0;
+    // The host may have been busy with something else between two looks; that tells nothing about the image.
+    if (frame != last_frame_)
+        looks_from_one_place_ = 0;
+    else if (quick)
+        ++looks_from_one_place_;
     last_frame_ = frame;
+    std::copy_n(frame, watched_words, last_words_.begin());
     return quick_polls_ >= polls_of_a_spin;
 }
 
 // The nearest two return addresses tell who polls, wherever its caller's stack begins.
-__attribute__((no_sanitize("address"))) void Keyboard::learn_spin_place(std::uint64_t code_base,
-                                                                        std::uint64_t code_size) {
+void Keyboard::learn_spin_place(std::uint64_t code_base, std::uint64_t code_size) {
     constexpr std::size_t nearest = 2;
     spin_place_.clear();
     if (last_frame_ == nullptr) return;
     for (std::size_t offset = 0; offset < watched_words && spin_place_.size() < nearest; ++offset) {
-        const std::uint64_t value = last_frame_[offset];
+        const std::uint64_t value = last_words_[offset];
         const bool in_code = value > code_base + uefi::page_size && value - code_base < code_size;
         if (in_code && follows_call(value)) spin_place_.push_back({offset, value});
     }
@@ -84,6 +93,7 @@ uefi::Status EFIAPI Keyboard::read_key_stroke(uefi::SimpleTextInputProtocol* sel
         *key = keyboard.queue_.front();
         keyboard.queue_.pop_front();
         keyboard.quick_polls_ = 0;
+        keyboard.looks_from_one_place_ = 0;
         status = uefi::success;
     }
     keyboard.last_poll_ticks_ = __builtin_ia32_rdtsc();
@@ -93,7 +103,7 @@ uefi::Status EFIAPI Keyboard::read_key_stroke(uefi::SimpleTextInputProtocol* sel
 uefi::Status Keyboard::wait() {
     while (queue_.empty()) {
         if (!wanted_) return uefi::unsupported;
-        wanted_(KeyWant::block);
+        wanted_(looks_from_one_place_ >= looks_of_the_editor ? KeyWant::spin : KeyWant::block);
     }
     return uefi::success;
 }

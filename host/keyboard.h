@@ -1,6 +1,7 @@
 // The firmware's keyboard: a queue of key strokes, and the signs that the image waits for one.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -16,7 +17,7 @@ namespace korvane::host {
 /// How the image asks for a key while the queue is empty.
 enum class KeyWant {
     poll,   // in passing; it goes on with other work when there is none
-    spin,   // again and again with nothing done in between: it waits
+    spin,   // again and again with nothing done in between, as the line editor does: it waits
     block,  // in WaitForEvent: it waits
 };
 
@@ -56,9 +57,11 @@ class Keyboard : public uefi::SimpleTextInputProtocol {
 
     // What tells spinning from polling: the time the image takes between two polls, and the stack at them.
     static constexpr std::size_t watched_words = 24;
-    std::uint64_t last_poll_ticks_ = 0;  // time stamp when the last poll returned
-    std::uint64_t quick_polls_ = 0;      // polls in a row with hardly any time in between
+    std::uint64_t last_poll_ticks_ = 0;       // time stamp when the last poll returned
+    std::uint64_t quick_polls_ = 0;           // polls in a row with hardly any time in between
+    std::uint64_t looks_from_one_place_ = 0;  // polls since the last key, with hardly any time in between
     const std::uint64_t* last_frame_ = nullptr;
+    std::array<std::uint64_t, watched_words> last_words_{};  // of the last poll's frame
     struct StackWord {
         std::size_t offset;  // in words above the frame
         std::uint64_t value;

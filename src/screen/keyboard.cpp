@@ -8,6 +8,10 @@ Keyboard keyboard;
 
 namespace {
 
+// The editor looks so many times before it sleeps: whoever types gets an answer at once, and a wait that
+// fails or ends without a key leaves it looking nearly all the time.
+constexpr int looks_before_sleep = 2000;
+
 std::int32_t low_byte(const uefi::InputKey& key) {
     return key.UnicodeChar & 0xFF;
 }
@@ -32,6 +36,17 @@ uefi::InputKey wait_for_key() {
         std::uint64_t index = 0;
         firmware.boot->WaitForEvent(1, &firmware.system_table->ConIn->WaitForKey, &index);
         if (const auto key = read_key()) return *key;
+    }
+}
+
+uefi::InputKey look_for_key() {
+    for (;;) {
+        for (int i = 0; i < looks_before_sleep; ++i) {
+            if (const auto key = read_key()) return *key;
+            __builtin_ia32_pause();
+        }
+        std::uint64_t index = 0;
+        firmware.boot->WaitForEvent(1, &firmware.system_table->ConIn->WaitForKey, &index);
     }
 }
 

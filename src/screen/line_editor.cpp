@@ -234,14 +234,10 @@ uefi::InputKey read_key_at_cursor() {
     const std::uint32_t column = console.cursor_column;
     draw_glyph(column * glyph_width, row * glyph_height, cursor_glyph, console.foreground,
                console.background);
-    auto key = read_key();
-    while (!key) {
-        __builtin_ia32_pause();
-        key = read_key();
-    }
+    const uefi::InputKey key = look_for_key();
     draw_glyph(column * glyph_width, row * glyph_height, cell_at(row, column), console.foreground,
                console.background);
-    return *key;
+    return key;
 }
 
 // Copies the logical line under the cursor, each row without its trailing blanks.

@@ -156,6 +156,11 @@ def test_without_a_home_there_is_a_line_about_it(installed):
     assert b"--volume" in result.stderr
 
 
+def test_banner_agrees_with_the_version(installed, tmp_path):
+    shown = korvane(installed, home=tmp_path).stdout.decode().splitlines()
+    assert f"Korvane BASIC v{'.'.join(VERSION.split('.')[:2])}" in shown
+
+
 def test_version_has_one_place(installed, dist):
     expected = f"Korvane BASIC {VERSION}\n"
     assert korvane(installed, "--version", home=None).stdout.decode() == expected

@@ -90,6 +90,36 @@ TEST(WaitForKey, AFailedReadWaitsAgain) {
     EXPECT_EQ(keys.waits, 3);
 }
 
+TEST(LookForKey, AKeyThatIsThereIsTakenWithoutWaiting) {
+    TypedKeys keys;
+    keys.failing_read(uefi::not_ready).failing_read(uefi::device_error).text("A");
+    EXPECT_EQ(look_for_key().UnicodeChar, u'A');
+    EXPECT_EQ(keys.waits, 0);
+}
+
+TEST(LookForKey, SleepsWhenThereIsNoKeyForAWhile) {
+    TypedKeys keys;
+    for (int i = 0; i < 2000; ++i)
+        keys.failing_read(uefi::not_ready);
+    keys.text("A");
+    EXPECT_EQ(look_for_key().UnicodeChar, u'A');
+    EXPECT_EQ(keys.waits, 1);
+}
+
+// Of firmware that cannot wait, or ends the wait for what is no key, nothing is asked in nearly all of the
+// time.
+TEST(LookForKey, LooksOnWhereWaitingFailsOrEndsAtOnce) {
+    for (const uefi::Status status : {uefi::success, uefi::unsupported}) {
+        TypedKeys keys;
+        keys.wait_status = status;
+        for (int i = 0; i < 9999; ++i)
+            keys.failing_read(uefi::not_ready);
+        keys.text("A");
+        EXPECT_EQ(look_for_key().UnicodeChar, u'A');
+        EXPECT_EQ(keys.waits, 4);
+    }
+}
+
 TEST(WaitForAnyKey, TheWaitingByteCounts) {
     TypedKeys keys;
     keys.text("A");

@@ -67,6 +67,7 @@ class TypedKeys {
     // When set, an empty queue is an idle keyboard instead of a failure.
     bool may_be_idle = false;
     int waits = 0;  // calls of WaitForEvent
+    uefi::Status wait_status = uefi::success;
 
     std::size_t left() const { return strokes_.size(); }
 
@@ -93,7 +94,7 @@ class TypedKeys {
         EXPECT_EQ(*event, current->input_.WaitForKey);
         ++current->waits;
         *index = 0;
-        return uefi::success;
+        return current->wait_status;
     }
 
     static inline TypedKeys* current = nullptr;
