@@ -12,6 +12,7 @@
 #include <memory>
 #include <utility>
 
+#include "platform/characters.h"
 #include "unicode.h"
 
 namespace korvane::host {
@@ -29,10 +30,6 @@ FolderPath parent_of(const FolderPath& path) {
     return {path.begin(), path.end() - 1};
 }
 
-char fold(char character) {
-    return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
-}
-
 }  // namespace
 
 Descriptor::~Descriptor() {
@@ -48,7 +45,7 @@ Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
 
 bool same_name(std::string_view left, std::string_view right) {
     return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return fold(a) == fold(b); });
+                      [](char a, char b) { return fold_to_upper(a) == fold_to_upper(b); });
 }
 
 bool is_legal_name(std::string_view name) {

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "numbers/format.h"
+#include "platform/characters.h"
 #include "platform/firmware.h"
 #include "program/arenas.h"
 #include "screen/console.h"
@@ -36,7 +37,7 @@ void print_wide(std::string_view text) {
 std::array<char, 16> hexadecimal(std::uint64_t number) {
     std::array<char, 16> digits;
     for (std::size_t i = digits.size(); i-- > 0; number >>= 4)
-        digits[i] = "0123456789ABCDEF"[number & 15];
+        digits[i] = hex_digit(number);
     return digits;
 }
 

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "platform/characters.h"
+
 namespace korvane {
 namespace {
 
@@ -16,11 +18,8 @@ std::string_view skip_blanks(std::string_view text) {
 
 Word::Word(std::string_view text, std::size_t limit) {
     length_ = std::min({text.size(), limit, text_.size()});
-    for (std::size_t i = 0; i < length_; ++i) {
-        const char character = text[i];
-        const bool is_lower = character >= 'a' && character <= 'z';
-        text_[i] = is_lower ? static_cast<char>(character - 'a' + 'A') : character;
-    }
+    for (std::size_t i = 0; i < length_; ++i)
+        text_[i] = fold_to_upper(text[i]);
 }
 
 Word WordReader::next(std::size_t limit) {

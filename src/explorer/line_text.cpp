@@ -2,6 +2,8 @@
 
 #include <charconv>
 
+#include "platform/characters.h"
+
 namespace korvane {
 
 LineText& LineText::put(char character) {
@@ -21,7 +23,7 @@ LineText& LineText::put(const char* text) {
 
 LineText& LineText::put_hex(std::uint64_t value, unsigned digits) {
     for (unsigned digit = digits; digit-- > 0;)
-        put("0123456789ABCDEF"[(value >> (4 * digit)) & 15]);
+        put(hex_digit(value >> (4 * digit)));
     return *this;
 }
 

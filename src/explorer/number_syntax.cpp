@@ -2,24 +2,14 @@
 
 #include <limits>
 
+#include "numbers/prefixed_number.h"
+#include "platform/characters.h"
+
 namespace korvane {
 namespace {
 
-constexpr unsigned no_digit = 16;  // not below any base
-
-constexpr char upper_case(char character) {
-    return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
-}
-
-constexpr unsigned digit_value(char character) {
-    const char upper = upper_case(character);
-    if (upper >= '0' && upper <= '9') return static_cast<unsigned>(upper - '0');
-    if (upper >= 'A' && upper <= 'F') return static_cast<unsigned>(upper - 'A' + 10);
-    return no_digit;
-}
-
 bool skip_prefix(std::string_view& word, char first, char second) {
-    if (word.size() < 2 || upper_case(word[0]) != first || upper_case(word[1]) != second) return false;
+    if (word.size() < 2 || fold_to_upper(word[0]) != first || fold_to_upper(word[1]) != second) return false;
     word.remove_prefix(2);
     return true;
 }
@@ -28,7 +18,7 @@ std::optional<std::uint64_t> parse_digits(std::string_view digits, unsigned base
     constexpr auto largest = std::numeric_limits<std::uint64_t>::max();
     std::uint64_t value = 0;
     for (const char character : digits) {
-        const unsigned digit = digit_value(character);
+        const std::uint32_t digit = digit_value(character);
         if (digit >= base || value > (largest - digit) / base) return std::nullopt;
         value = value * base + digit;
     }

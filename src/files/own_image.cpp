@@ -3,6 +3,7 @@
 #include <span>
 
 #include "files/volume.h"
+#include "platform/characters.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
 
@@ -51,12 +52,8 @@ bool find_image_path(const uefi::DevicePathNode* node, char16_t (&path)[max_imag
     return length != 0;
 }
 
-char16_t fold(char16_t unit) {
-    return unit >= u'a' && unit <= u'z' ? static_cast<char16_t>(unit - u'a' + u'A') : unit;
-}
-
 bool same_name(const char16_t* left, const char16_t* right) {
-    while (*left != 0 && fold(*left) == fold(*right)) {
+    while (*left != 0 && fold_to_upper(*left) == fold_to_upper(*right)) {
         ++left;
         ++right;
     }

@@ -3,6 +3,7 @@
 #include "files/file_handle.h"
 #include "files/named_files.h"
 #include "numbers/format.h"
+#include "platform/characters.h"
 #include "program/errors.h"
 #include "program/execution.h"
 #include "program/messages.h"
@@ -13,10 +14,6 @@ namespace korvane {
 namespace {
 
 constexpr std::uint64_t block_size = 512;
-
-bool is_digit(char byte) {
-    return byte >= '0' && byte <= '9';
-}
 
 // Stores one line of the file. False after an error; the file is closed by then.
 bool enter_line(std::string_view line, FileHandle& file) {

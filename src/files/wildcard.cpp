@@ -1,12 +1,10 @@
 #include "files/wildcard.h"
 
+#include "platform/characters.h"
+
 namespace korvane {
 
 namespace {
-
-char fold(char letter) {
-    return letter >= 'a' && letter <= 'z' ? static_cast<char>(letter - 'a' + 'A') : letter;
-}
 
 // Where the run of "*" at `at` ends. A "*.*" that ends the pattern is part of the run.
 std::size_t end_of_stars(std::string_view pattern, std::size_t at) {
@@ -31,7 +29,8 @@ bool matches_wildcard(std::string_view pattern, std::string_view name) {
             retry = n;
         } else if (n == name.size()) {
             return p == pattern.size();
-        } else if (p < pattern.size() && (pattern[p] == '?' || fold(pattern[p]) == fold(name[n]))) {
+        } else if (p < pattern.size() &&
+                   (pattern[p] == '?' || fold_to_upper(pattern[p]) == fold_to_upper(name[n]))) {
             ++p;
             ++n;
         } else if (after_star != std::string_view::npos) {

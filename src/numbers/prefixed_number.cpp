@@ -5,7 +5,7 @@
 namespace korvane {
 
 std::uint32_t digit_value(char character) {
-    if (character >= '0' && character <= '9') return static_cast<std::uint32_t>(character - '0');
+    if (is_digit(character)) return static_cast<std::uint32_t>(character - '0');
     const char upper = fold_to_upper(character);
     if (upper >= 'A' && upper <= 'F') return static_cast<std::uint32_t>(upper - 'A' + 10);
     return 255;

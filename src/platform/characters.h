@@ -24,8 +24,14 @@ constexpr bool is_letter(std::uint32_t character) {
 }
 
 // A letter A to Z of either case as the upper-case one; any other character as it is.
-constexpr char fold_to_upper(char character) {
-    return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
+template <typename Character>
+constexpr Character fold_to_upper(Character character) {
+    return character >= 'a' && character <= 'z' ? static_cast<Character>(character - 'a' + 'A') : character;
+}
+
+// The digit of the lowest four bits of a number.
+constexpr char hex_digit(std::uint64_t number) {
+    return "0123456789ABCDEF"[number & 15];
 }
 
 }  // namespace korvane

@@ -2,6 +2,7 @@
 
 #include <string_view>
 #include "numbers/format.h"
+#include "platform/characters.h"
 #include "platform/listener.h"
 #include "program/errors.h"
 #include "prompt/auto_numbering.h"
@@ -32,7 +33,7 @@ bool is_program_line() {
     const std::uint8_t* at = command_loop.line;
     while (*at == ' ')
         ++at;
-    return *at >= '0' && *at <= '9';
+    return is_digit(*at);
 }
 
 // A prompt follows unless a program line was stored or deleted or the line left the user editing on the

@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "platform/characters.h"
 #include "program/line_range.h"
 #include "program/parse.h"
 #include "program/program_store.h"
@@ -16,13 +17,9 @@ namespace {
 constexpr LineRangeMessages find_range_messages{message::line_number_too_large, message::expected_line_number,
                                                 message::expected_line_range};
 
-constexpr char upper_case(char character) {
-    return character >= 'a' && character <= 'z' ? static_cast<char>(character - 'a' + 'A') : character;
-}
-
 bool begins_with(std::string_view text, std::string_view pattern) {
     for (std::size_t i = 0; i < pattern.size(); ++i) {
-        if (upper_case(text[i]) != upper_case(pattern[i])) return false;
+        if (fold_to_upper(text[i]) != fold_to_upper(pattern[i])) return false;
     }
     return true;
 }

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "numbers/format.h"
+#include "platform/characters.h"
 #include "platform/memory.h"
 #include "program/errors.h"
 #include "program/messages.h"
@@ -63,7 +64,7 @@ Value radix_digits(const Value& number, unsigned bits_per_digit) {
     char* first = digits + sizeof digits;
     std::uint64_t rest = bits;
     do {
-        *--first = "0123456789ABCDEF"[rest & ((1U << bits_per_digit) - 1)];
+        *--first = hex_digit(rest & ((1U << bits_per_digit) - 1));
         rest >>= bits_per_digit;
     } while (rest != 0);
     return new_string_of(first, static_cast<std::uint64_t>(digits + sizeof digits - first));

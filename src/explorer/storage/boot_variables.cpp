@@ -1,5 +1,6 @@
 #include "explorer/storage/boot_variables.h"
 
+#include "platform/characters.h"
 #include "platform/memory.h"
 
 namespace korvane {
@@ -36,9 +37,8 @@ std::optional<std::uint16_t> GlobalVariable::number() const {
 }
 
 BootVariableName::BootVariableName(std::uint16_t number) : text_{u'B', u'o', u'o', u't'} {
-    for (unsigned digit = 0; digit < 4; ++digit) {
-        text_[7 - digit] = u"0123456789ABCDEF"[number >> (4 * digit) & 15];
-    }
+    for (unsigned digit = 0; digit < 4; ++digit)
+        text_[7 - digit] = static_cast<char16_t>(hex_digit(number >> (4 * digit)));
 }
 
 BootOrder::BootOrder() : variable_(u"BootOrder") {}

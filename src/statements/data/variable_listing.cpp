@@ -2,6 +2,7 @@
 
 #include "files/output.h"
 #include "numbers/format.h"
+#include "platform/characters.h"
 #include "program/parse.h"
 #include "screen/console.h"
 #include "screen/pager.h"
@@ -55,7 +56,7 @@ void print_address(const std::uint8_t* place) {
     const auto address = reinterpret_cast<std::uint64_t>(place);
     con_put_string("  @0x");
     for (int shift = 60; shift >= 0; shift -= 4)
-        con_put_char("0123456789ABCDEF"[(address >> shift) & 15]);
+        con_put_char(hex_digit(address >> shift));
 }
 
 void print_type(Type type) {

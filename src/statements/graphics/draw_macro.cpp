@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "numbers/kernels.h"
+#include "platform/characters.h"
 #include "program/errors.h"
 #include "program/messages.h"
 #include "screen/colour.h"
@@ -30,10 +31,6 @@ struct Pen {
     bool blank;          // the next move does not draw
     bool returns;        // the next move goes back to where it started
 };
-
-bool is_digit(char c) {
-    return c >= '0' && c <= '9';
-}
 
 void skip_spaces(Pen& pen) {
     while (!pen.rest.empty() && pen.rest.front() == ' ')
@@ -146,7 +143,7 @@ void move_to(Pen& pen) {
 
 // TA n. The turn adds to the current angle instead of setting it, which is deliberate.
 void turn_by(Pen& pen) {
-    if (pen.rest.empty() || (pen.rest.front() != 'A' && pen.rest.front() != 'a')) {
+    if (pen.rest.empty() || fold_to_upper(pen.rest.front()) != 'A') {
         fail();
         return;
     }
@@ -219,10 +216,6 @@ void carry_out(Pen& pen, char command) {
     }
 }
 
-char to_upper(char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-}
-
 }  // namespace
 
 void gfx_draw(std::string_view commands) {
@@ -237,7 +230,7 @@ void gfx_draw(std::string_view commands) {
         while (!pen.rest.empty() && (pen.rest.front() == ' ' || pen.rest.front() == ';'))
             pen.rest.remove_prefix(1);
         if (pen.rest.empty()) return;
-        const char command = to_upper(pen.rest.front());
+        const char command = fold_to_upper(pen.rest.front());
         pen.rest.remove_prefix(1);
         carry_out(pen, command);
     }
