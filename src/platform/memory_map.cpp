@@ -12,8 +12,6 @@ namespace {
 using uefi::MemoryType;
 
 constexpr std::uint64_t top_of_memory = std::numeric_limits<std::uint64_t>::max();
-// The allocation of the buffer may itself split regions; four more descriptors leave room for that.
-constexpr std::uint64_t spare_descriptors = 4;
 // No machine reports more than a few hundred regions; a size beyond this is not believed.
 constexpr std::uint64_t largest_map = std::uint64_t{16} * 1024 * 1024;
 
@@ -23,7 +21,7 @@ constexpr std::array<const char*, 15> type_names = {"Reserved", "LoaderCode",  "
                                                     "MMIOPort", "PalCode",     "Persistent"};
 
 /// The size of buffer that the map wants, with room to grow; 0 when the firmware does not tell.
-std::uint64_t wanted_buffer_size(std::uint64_t& descriptor_size) {
+std::uint64_t wanted_buffer_size(std::uint64_t spare_descriptors, std::uint64_t& descriptor_size) {
     std::uint64_t map_size = 0;
     std::uint64_t map_key = 0;
     std::uint32_t version = 0;
@@ -128,9 +126,9 @@ std::uint64_t MemoryMapView::run_down(Access access, std::uint64_t address, std:
     return run;
 }
 
-MemoryMapSnapshot::MemoryMapSnapshot() {
+MemoryMapSnapshot::MemoryMapSnapshot(std::uint64_t spare_descriptors) {
     std::uint64_t descriptor_size = 0;
-    const std::uint64_t wanted = wanted_buffer_size(descriptor_size);
+    const std::uint64_t wanted = wanted_buffer_size(spare_descriptors, descriptor_size);
     if (wanted == 0) return;
     buffer_.emplace(wanted);
     if (!*buffer_) return;

@@ -64,7 +64,8 @@ class MemoryMapView {
 /// A fresh copy of the firmware's memory map.
 class MemoryMapSnapshot {
   public:
-    MemoryMapSnapshot();
+    /// `spare_descriptors`: allocating the buffer may itself split regions; the room that is left for that.
+    explicit MemoryMapSnapshot(std::uint64_t spare_descriptors = 4);
 
     explicit operator bool() const { return valid_; }  // false: the firmware gave no map
     const MemoryMapView& view() const { return view_; }

@@ -1,6 +1,7 @@
 #include "program/arenas.h"
 
 #include "platform/firmware.h"
+#include "platform/memory_map.h"
 #include "program/errors.h"
 #include "program/messages.h"
 
@@ -46,51 +47,28 @@ bool allocate_program_arena() {
 
 namespace {
 
-struct Region {
-    uefi::PhysicalAddress start;
-    std::uint64_t pages;
-};
+// Descriptors that allocating the map's buffer may itself add.
+constexpr std::uint64_t spare_descriptors = 2;
 
-// The conventional region with the most pages; of equal ones the first.
-Region largest_conventional_region(const std::uint8_t* map, std::uint64_t map_size,
-                                   std::uint64_t descriptor_size) {
-    Region largest{0, 0};
-    for (std::uint64_t at = 0; at + sizeof(uefi::MemoryDescriptor) <= map_size; at += descriptor_size) {
-        const auto& region = *reinterpret_cast<const uefi::MemoryDescriptor*>(map + at);
-        if (region.Type == uefi::MemoryType::EfiConventionalMemory && region.NumberOfPages > largest.pages) {
-            largest = {region.PhysicalStart, region.NumberOfPages};
-        }
+// The conventional region with the most pages; of equal ones the first; without pages when there is none.
+MemoryRegion largest_conventional_region(const MemoryMapView& map) {
+    MemoryRegion largest{};
+    for (std::size_t i = 0; i < map.count(); ++i) {
+        const MemoryRegion region = map.region(i);
+        const auto type = static_cast<uefi::MemoryType>(region.type);
+        if (type == uefi::MemoryType::EfiConventionalMemory && region.pages > largest.pages) largest = region;
     }
     return largest;
-}
-
-// The firmware's memory map in a pool buffer that is kept for good: freeing it would change the map again.
-bool find_largest_region(Region& largest) {
-    std::uint64_t size = 0;
-    std::uint64_t key = 0;
-    std::uint64_t descriptor_size = 0;
-    std::uint32_t version = 0;
-    const uefi::Status probe = firmware.boot->GetMemoryMap(&size, nullptr, &key, &descriptor_size, &version);
-    if (probe != uefi::buffer_too_small || descriptor_size < sizeof(uefi::MemoryDescriptor)) return false;
-    // Allocating the buffer may itself add descriptors.
-    size += 2 * descriptor_size;
-    PoolBuffer buffer(size);
-    if (!buffer) return false;
-    auto* map = reinterpret_cast<uefi::MemoryDescriptor*>(buffer.data());
-    if (uefi::is_error(firmware.boot->GetMemoryMap(&size, map, &key, &descriptor_size, &version)) ||
-        descriptor_size < sizeof(uefi::MemoryDescriptor)) {
-        return false;
-    }
-    largest = largest_conventional_region(buffer.release(), size, descriptor_size);
-    return true;
 }
 
 }  // namespace
 
 bool allocate_data_arena() {
-    Region region{0, 0};
-    if (!find_largest_region(region)) return false;
-    uefi::PhysicalAddress address = region.start;
+    MemoryMapSnapshot map(spare_descriptors);
+    if (!map) return false;
+    // The map is kept for good: giving its buffer back would change what it tells.
+    const MemoryRegion region = largest_conventional_region(map.keep());
+    uefi::PhysicalAddress address = region.first;
     if (uefi::is_error(firmware.boot->AllocatePages(
             uefi::AllocateType::AllocateAddress, uefi::MemoryType::EfiLoaderData, region.pages, &address))) {
         address = 0;
