@@ -8,7 +8,6 @@
 namespace korvane {
 namespace {
 
-constexpr std::uint8_t line_end = 13;
 constexpr std::uint32_t fewest_rows_for_paging = 9;
 constexpr std::uint32_t rows_kept_in_view = 5;  // of the page before, the prompt included
 constexpr std::uint32_t page_on_small_screens = 16;
@@ -31,7 +30,7 @@ void print(std::string_view text) {
 
 void print_line(std::string_view text) {
     con_put_text(text);
-    con_put_char(line_end);
+    con_put_char(carriage_return);
 }
 
 void print_line(const char* text) {
@@ -93,7 +92,7 @@ bool Listing::line(const char* text) {
 bool Listing::row(std::string_view text) {
     if (!make_room(1)) return false;
     print(text);
-    if (text.size() < columns_) con_put_char(line_end);
+    if (text.size() < columns_) con_put_char(carriage_return);
     return true;
 }
 

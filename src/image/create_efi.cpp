@@ -102,7 +102,7 @@ void do_createefi(Cursor& cursor) {
     }
     con_put_string("Created ");
     con_put_text(name.view());
-    con_put_char('\r');
+    con_put_char(carriage_return);
 }
 
 }  // namespace korvane

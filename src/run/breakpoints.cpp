@@ -46,7 +46,7 @@ void delete_breakpoint(std::uint32_t line) {
 void list_breakpoints() {
     for (std::uint32_t i = 0; i < breakpoints.count; ++i) {
         con_put_text(format_unsigned(breakpoints.lines[i]).view());
-        con_put_char('\r');
+        con_put_char(carriage_return);
     }
     if (breakpoints.count == 0) con_put_string("(no breakpoints)\r");
 }

@@ -36,7 +36,7 @@ void list_watches() {
         con_put_string(trace.watches[i]);
     }
     if (trace.watch_count == 0) con_put_string("OFF");
-    con_put_char('\r');
+    con_put_char(carriage_return);
 }
 
 // One name of the list. Raises and gives false on a fault.

@@ -17,7 +17,7 @@ bool prompt_for_key(const char* prompt) {
 }  // namespace
 
 void end_console_line() {
-    if (console.cursor_column != con_text_area().left) con_put_char('\r');
+    if (console.cursor_column != con_text_area().left) con_put_char(carriage_return);
 }
 
 void pause_listing() {

@@ -28,7 +28,7 @@ std::int32_t key_read_line(std::span<std::uint8_t> buffer) {
         if (is_escape(key)) return line_aborted;
         const char16_t character = key.UnicodeChar;
         if (character == '\r') {
-            con_echo_char('\r');
+            con_echo_char(carriage_return);
             buffer[length] = 0;
             return static_cast<std::int32_t>(length);
         }

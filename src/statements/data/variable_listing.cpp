@@ -72,7 +72,7 @@ void print_scalar(VariableEntry& entry, Detail detail) {
         print_value(load({entry.storage, entry.type}));
         print_address(entry.storage);
     }
-    con_put_char('\r');
+    con_put_char(carriage_return);
 }
 
 std::uint64_t sum_of_lengths(const StringDescriptor* descriptors, std::uint64_t count) {
@@ -109,7 +109,7 @@ void print_array(VariableEntry& entry, Detail detail) {
         print_sizes(entry);
         print_address(entry.array->elements());
     }
-    con_put_char('\r');
+    con_put_char(carriage_return);
 }
 
 void list_entries(Cursor& cursor, bool arrays, const char* none,

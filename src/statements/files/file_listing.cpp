@@ -59,7 +59,7 @@ Listing listing;
 
 // Ends a line; with P, shows the prompt when the page is full. False when the listing was aborted.
 bool end_line() {
-    con_put_char('\r');
+    con_put_char(carriage_return);
     ++listing.lines;
     listing.column = 0;
     if ((listing.flags & paged) == 0 || listing.lines < listing.page) return true;

@@ -68,7 +68,7 @@ std::optional<std::string_view> ask(std::string_view prompt, bool asks, ReplyBuf
     if (asks) con_put_string("? ");
     const std::int32_t length = key_read_line(buffer);
     if (length == line_aborted) {
-        con_put_char('\r');
+        con_put_char(carriage_return);
         request_break();
         return std::nullopt;
     }
