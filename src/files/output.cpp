@@ -36,6 +36,11 @@ void out_put_text(std::string_view text) {
     }
 }
 
+void out_put_blanks(std::int64_t count) {
+    for (; count > 0 && !error_pending(); --count)
+        out_put_char(' ');
+}
+
 void print_value(const Value& value) {
     if (value.type == Type::STRING) {
         out_put_text({reinterpret_cast<const char*>(value.bytes), value.length});

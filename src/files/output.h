@@ -38,6 +38,9 @@ void out_put_text(std::string_view text);
 // Sends a value in its free form: a string's bytes; a number with its sign place and a trailing blank.
 void print_value(const Value& value);
 
+// Sends this many blanks, none for a negative count; a file's error ends them early.
+void out_put_blanks(std::int64_t count);
+
 // The output column, counted from 0: the file's column counter, else the cursor's distance from the left edge
 // of the numbered window, of the text window or of the screen.
 std::uint32_t out_column();

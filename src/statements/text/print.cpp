@@ -24,11 +24,6 @@ void parse_destination(Cursor& cursor) {
     }
 }
 
-void put_blanks(std::int64_t count) {
-    for (; count > 0 && !error_pending(); --count)
-        out_put_char(' ');
-}
-
 // A comma moves by at least one column to the next print zone; the right edge begins a new line and so a
 // zone.
 void move_to_next_zone() {
@@ -66,7 +61,7 @@ void print_tab(std::int64_t column) {
     // TAB(0) means the first column, like TAB(1).
     const std::int64_t target = column == 0 ? 0 : (column - 1) % out_width();
     if (out_column() > target) out_put_char(carriage_return);
-    if (!error_pending()) put_blanks(target - out_column());
+    if (!error_pending()) out_put_blanks(target - out_column());
 }
 
 void print_spaces(std::int64_t count) {
@@ -74,7 +69,7 @@ void print_spaces(std::int64_t count) {
         raise(message::illegal_function_call);
         return;
     }
-    put_blanks(count % out_width());
+    out_put_blanks(count % out_width());
 }
 
 void do_print(Cursor& cursor) {

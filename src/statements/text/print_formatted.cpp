@@ -31,8 +31,7 @@ void put_string_field(const UsingItem& item, const Value& value) {
     if (item.kind == UsingKind::FIXED_STRING) text = text.substr(0, item.width);
     out_put_text(text);
     if (item.kind != UsingKind::FIXED_STRING) return;
-    for (std::size_t column = text.size(); column < item.width && !error_pending(); ++column)
-        out_put_char(' ');
+    out_put_blanks(std::int64_t{item.width} - static_cast<std::int64_t>(text.size()));
 }
 
 // Takes the next expression of the list for a field, and the separator behind it.

@@ -29,11 +29,6 @@ void put_bytes(const std::uint8_t* bytes, std::uint32_t length) {
     out_put_text({reinterpret_cast<const char*>(bytes), length});
 }
 
-void put_blanks(std::uint64_t count) {
-    for (; count != 0 && !error_pending(); --count)
-        out_put_char(' ');
-}
-
 // Sends the pending words and empties the list. Justified, the spare columns go to the gaps, the leftmost
 // gaps taking what does not divide evenly.
 void put_pending_words(bool justified) {
@@ -44,7 +39,8 @@ void put_pending_words(bool justified) {
     for (std::uint32_t word = 0; word < paragraph.count && !error_pending(); ++word) {
         put_bytes(paragraph.words[word], paragraph.lengths[word]);
         if (word == gaps) break;
-        put_blanks(1 + spare / gaps + (word < spare % gaps ? 1 : 0));
+        const std::uint64_t blanks = 1 + spare / gaps + (word < spare % gaps ? 1 : 0);
+        out_put_blanks(static_cast<std::int64_t>(blanks));
     }
     paragraph.count = 0;
     paragraph.total_length = 0;
