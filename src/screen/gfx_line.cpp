@@ -130,4 +130,11 @@ void gfx_line(Point from, Point to, std::uint32_t colour) {
                wide ? x_stride : y_stride, wide ? y_stride : x_stride, slope, steps, minor_done, colour);
 }
 
+void gfx_box(const PixelRectangle& box, std::uint32_t colour) {
+    gfx_line({box.left, box.top}, {box.right, box.top}, colour);
+    gfx_line({box.left, box.bottom}, {box.right, box.bottom}, colour);
+    gfx_line({box.left, box.top}, {box.left, box.bottom}, colour);
+    gfx_line({box.right, box.top}, {box.right, box.bottom}, colour);
+}
+
 }  // namespace korvane

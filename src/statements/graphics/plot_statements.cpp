@@ -41,14 +41,12 @@ void draw_shape(LineShape shape, Point from, Point to, std::uint32_t colour) {
     }
     const auto [left, right] = std::minmax(from.x, to.x);
     const auto [top, bottom] = std::minmax(from.y, to.y);
+    const PixelRectangle box = {left, top, right, bottom};
     if (shape == LineShape::filled_box) {
-        fill_clipped({left, top, right, bottom}, gfx_clip(), colour);
-        return;
+        fill_clipped(box, gfx_clip(), colour);
+    } else {
+        gfx_box(box, colour);
     }
-    gfx_line({left, top}, {right, top}, colour);
-    gfx_line({left, bottom}, {right, bottom}, colour);
-    gfx_line({left, top}, {left, bottom}, colour);
-    gfx_line({right, top}, {right, bottom}, colour);
 }
 
 }  // namespace

@@ -54,10 +54,7 @@ void draw_border(const PixelRectangle& viewport, std::uint32_t colour) {
     if (frame.left < 0 || frame.top < 0 || frame.right >= screen.width || frame.bottom >= screen.height)
         return;
     graphics.viewport_active = false;
-    gfx_line({frame.left, frame.top}, {frame.right, frame.top}, colour);
-    gfx_line({frame.left, frame.bottom}, {frame.right, frame.bottom}, colour);
-    gfx_line({frame.left, frame.top}, {frame.left, frame.bottom}, colour);
-    gfx_line({frame.right, frame.top}, {frame.right, frame.bottom}, colour);
+    gfx_box(frame, colour);
     graphics.viewport_active = true;
 }
 
