@@ -13,6 +13,9 @@ inline constexpr std::array<std::uint32_t, 16> palette = {
     0x555555, 0x5555FF, 0x55FF55, 0x55FFFF, 0xFF5555, 0xFF55FF, 0xFFFF55, 0xFFFFFF,
 };
 
+// The bits of a pixel, and of a colour argument, that are the colour.
+inline constexpr std::uint32_t colour_mask = 0xFFFFFF;
+
 // The colour of a value: 0 to 15 the palette entry, from 16 on the value's low 24 bits as 0xRRGGBB. A
 // negative value stands for none.
 std::optional<std::uint32_t> colour_from_value(std::int64_t value);

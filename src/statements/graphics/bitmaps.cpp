@@ -5,6 +5,7 @@
 #include "platform/memory.h"
 #include "program/arenas.h"
 #include "program/parse.h"
+#include "screen/colour.h"
 #include "screen/four_pixels.h"
 #include "screen/plot.h"
 #include "statements/files/file_name.h"
@@ -116,7 +117,7 @@ void do_bitblt(Cursor& cursor) {
     const bool has_transparent = accept(cursor, ',');
     std::uint32_t transparent = 0;
     if (has_transparent) {
-        transparent = static_cast<std::uint32_t>(evaluate_integer(cursor) & 0xFFFFFF);
+        transparent = static_cast<std::uint32_t>(evaluate_integer(cursor) & colour_mask);
         if (error_pending()) return;
     }
     gfx_last_point();  // the centre becomes the last point if there was none

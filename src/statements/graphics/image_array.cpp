@@ -5,6 +5,7 @@
 #include <span>
 
 #include "program/parse.h"
+#include "screen/colour.h"
 #include "screen/four_pixels.h"
 #include "screen/framebuffer.h"
 #include "statements/graphics/coordinates.h"
@@ -15,7 +16,6 @@ namespace korvane {
 namespace {
 
 constexpr std::uint64_t image_head_size = 8;  // width and height
-constexpr std::uint32_t colour_mask = 0xFFFFFF;
 
 // An array's elements seen as 32-bit words; array blocks are aligned to 8 bytes.
 struct ImageArray {

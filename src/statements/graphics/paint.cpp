@@ -3,6 +3,7 @@
 #include <bit>
 
 #include "program/errors.h"
+#include "screen/colour.h"
 #include "screen/console.h"
 #include "screen/four_pixels.h"
 #include "screen/plot.h"
@@ -23,8 +24,6 @@ struct PaintStack {
     Seed seeds[paint_stack_capacity];
 };
 PaintStack paint_stack;
-
-constexpr std::uint32_t colour_mask = 0xFFFFFF;
 
 // One fill under way.
 struct Fill {

@@ -1,6 +1,7 @@
 #include "statements/graphics/point_function.h"
 
 #include "program/errors.h"
+#include "screen/colour.h"
 #include "screen/framebuffer.h"
 #include "statements/graphics/coordinates.h"
 
@@ -14,7 +15,7 @@ Value gfx_point(double x, double y) {
     }
     const std::uint32_t pixel =
         get_pixel(static_cast<std::uint32_t>(point.x), static_cast<std::uint32_t>(point.y));
-    return Value::of_integer(pixel & 0xFFFFFF, Type::LONG);
+    return Value::of_integer(pixel & colour_mask, Type::LONG);
 }
 
 }  // namespace korvane
