@@ -1,16 +1,18 @@
 #include "values/item_value.h"
 
 #include "program/errors.h"
+#include "program/messages.h"
 #include "values/text_number.h"
 
 namespace korvane {
 namespace {
 
-bool store_as_integer(const Reference& target, std::string_view item) {
-    std::int64_t integer;
-    if (text_to_integer(item, integer) != NumberReading::number) return false;
-    store(target, Value::of_integer(integer));
-    return true;
+NumberReading read_for_type(std::string_view item, Type type, Value& number) {
+    if (is_integer(type)) return text_to_number(item, number);
+    double real = 0;
+    const NumberReading reading = text_to_double(item, real);
+    number = Value::of_real(real);
+    return reading;
 }
 
 }  // namespace
@@ -21,11 +23,18 @@ bool store_item(const Reference& target, std::string_view item) {
                                                       static_cast<std::uint32_t>(item.size())));
         return true;
     }
-    if (is_integer(target.type) && (store_as_integer(target, item) || error_pending())) return true;
-    double number;
-    const NumberReading reading = text_to_double(item, number);
-    if (reading == NumberReading::number) store(target, Value::of_real(number));
-    return reading != NumberReading::not_a_number;
+    Value number;
+    switch (read_for_type(item, target.type, number)) {
+        case NumberReading::number:
+            store(target, number);
+            return true;
+        case NumberReading::too_large:
+            raise(message::overflow);
+            return true;
+        case NumberReading::not_a_number:
+            return false;
+    }
+    return false;
 }
 
 }  // namespace korvane

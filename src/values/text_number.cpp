@@ -30,9 +30,9 @@ bool take_sign(std::string_view& text) {
     return negative;
 }
 
-NumberReading overflow() {
+Value fail_with_overflow() {
     raise(message::overflow);
-    return NumberReading::failed;
+    return Value::nothing();
 }
 
 // Decimal digits that end the text; a magnitude of 2^64 or more is marked as too large.
@@ -64,7 +64,7 @@ NumberReading text_to_integer(std::string_view text, std::int64_t& integer) {
     const PrefixedNumber number = prefixed ? scan_prefixed(text) : scan_whole(text);
     if (number.length == 0 || number.length != text.size()) return NumberReading::not_a_number;
     const std::uint64_t limit = negative ? int64_magnitude : int64_magnitude - 1;
-    if (number.too_large || number.bits > limit) return overflow();
+    if (number.too_large || number.bits > limit) return NumberReading::too_large;
     integer = negative ? negate(number.bits) : static_cast<std::int64_t>(number.bits);
     return NumberReading::number;
 }
@@ -79,17 +79,30 @@ NumberReading text_to_double(std::string_view text, double& number) {
     double magnitude = 0;
     if (const PrefixedNumber prefixed = scan_prefixed(text); prefixed.length != 0) {
         if (prefixed.length != text.size()) return NumberReading::not_a_number;
-        if (prefixed.too_large) return overflow();
+        if (prefixed.too_large) return NumberReading::too_large;
         magnitude = static_cast<double>(static_cast<std::int64_t>(prefixed.bits));
     } else {
         const bool single = !text.empty() && text.back() == '!';
         if (single || (!text.empty() && text.back() == '#')) text.remove_suffix(1);
         if (text.empty() || scan_decimal(text).length != text.size()) return NumberReading::not_a_number;
         magnitude = single ? decimal_to_single(text) : decimal_to_double(text);
-        if (__builtin_isinf(magnitude)) return overflow();
+        if (__builtin_isinf(magnitude)) return NumberReading::too_large;
     }
     number = negative && magnitude != 0 ? -magnitude : magnitude;
     return NumberReading::number;
+}
+
+NumberReading text_to_number(std::string_view text, Value& number) {
+    std::int64_t integer = 0;
+    const NumberReading as_integer = text_to_integer(text, integer);
+    if (as_integer != NumberReading::not_a_number) {
+        number = Value::of_integer(integer);
+        return as_integer;
+    }
+    double real = 0;
+    const NumberReading as_real = text_to_double(text, real);
+    number = Value::of_real(real);
+    return as_real;
 }
 
 bool cannot_overflow(std::string_view text) {
@@ -106,20 +119,14 @@ Value longest_number(std::string_view text) {
     skip_blanks(text);
     const bool negative = take_sign(text);
     if (const PrefixedNumber prefixed = scan_prefixed(text); prefixed.length != 0) {
-        if (prefixed.too_large) {
-            raise(message::overflow);
-            return Value::nothing();
-        }
+        if (prefixed.too_large) return fail_with_overflow();
         Value value = narrowest_of_bits(prefixed.bits);
         if (negative) value.integer = negate(prefixed.bits);
         return value;
     }
     const DecimalShape shape = scan_decimal(text);
     const double magnitude = shape.length == 0 ? 0 : decimal_to_double(text.substr(0, shape.length));
-    if (__builtin_isinf(magnitude)) {
-        raise(message::overflow);
-        return Value::nothing();
-    }
+    if (__builtin_isinf(magnitude)) return fail_with_overflow();
     return Value::of_real(negative && magnitude != 0 ? -magnitude : magnitude);
 }
 

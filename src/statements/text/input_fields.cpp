@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "program/errors.h"
 #include "values/text_number.h"
 
 namespace korvane {
@@ -45,21 +44,6 @@ bool fits(const Value& number, Type type) {
     return number.real > -limit - 1.5 && number.real < limit + 0.5;
 }
 
-std::optional<Value> read_number(std::string_view field) {
-    std::int64_t integer = 0;
-    double real = 0;
-    switch (text_to_integer(field, integer)) {
-        case NumberReading::number:
-            return Value::of_integer(integer);
-        case NumberReading::failed:
-            return std::nullopt;
-        case NumberReading::not_a_number:
-            break;
-    }
-    if (text_to_double(field, real) != NumberReading::number) return std::nullopt;
-    return Value::of_real(real);
-}
-
 }  // namespace
 
 std::optional<std::string_view> ReplyFields::next() {
@@ -74,12 +58,8 @@ bool ReplyFields::has_more() const {
 }
 
 std::optional<Value> number_in_field(std::string_view field, Type type) {
-    // A misfit is answered with "?Redo from start", whatever is wrong with it. Nothing is printed while an
-    // error is pending already, which keeps "Overflow" off the screen.
-    errors.pending = true;
-    const auto number = read_number(field);
-    errors.pending = false;
-    if (!number || !fits(*number, type)) return std::nullopt;
+    Value number;
+    if (text_to_number(field, number) != NumberReading::number || !fits(number, type)) return std::nullopt;
     return number;
 }
 
