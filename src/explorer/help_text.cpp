@@ -15,7 +15,7 @@ constexpr std::array<const char*, 11> storage_commands = {
     "DISKS", "DISK", "SECTOR", "PARTITIONS", "PARTITION", "VOLUMES", "DIRFS", "CAT", "HEXFILE", "BOOT", "OS"};
 constexpr std::array<const char*, 2> general_commands = {"?", "X"};
 
-void list_help(Listing& listing, std::span<const char* const> words) {
+void list_help(PagedReport& listing, std::span<const char* const> words) {
     for (const char* word : words) {
         const ExplorerCommand* command = find_explorer_command(word);
         if (command != nullptr && !listing.line(command->help)) return;
@@ -25,7 +25,7 @@ void list_help(Listing& listing, std::span<const char* const> words) {
 }  // namespace
 
 Outcome do_explorer_help(WordReader&) {
-    Listing listing;
+    PagedReport listing;
     listing.line("Korvane Machine Explorer commands:");
     list_help(listing, memory_commands);
     listing.line("Storage / boot inspection (read-only):");

@@ -67,9 +67,9 @@ std::uint32_t finding_page() {
     return rows < fewest_rows_for_paging ? 0 : rows - rows_kept_in_view;
 }
 
-Listing::Listing() : columns_(text_area_columns()), page_(dump_page()) {}
+PagedReport::PagedReport() : columns_(text_area_columns()), page_(dump_page()) {}
 
-bool Listing::make_room(std::uint32_t rows) {
+bool PagedReport::make_room(std::uint32_t rows) {
     if (!aborted_ && rows_ != 0 && rows_ + rows > page_) {
         aborted_ = !pause_listing_or_abort();
         rows_ = 0;
@@ -78,18 +78,18 @@ bool Listing::make_room(std::uint32_t rows) {
     return !aborted_;
 }
 
-bool Listing::line(std::string_view text) {
+bool PagedReport::line(std::string_view text) {
     // A text that exactly fills its rows leaves the cursor on the next row, which the line end then takes.
     if (!make_room(static_cast<std::uint32_t>(text.size() / columns_ + 1))) return false;
     print_line(text);
     return true;
 }
 
-bool Listing::line(const char* text) {
+bool PagedReport::line(const char* text) {
     return line(std::string_view(text));
 }
 
-bool Listing::row(std::string_view text) {
+bool PagedReport::row(std::string_view text) {
     if (!make_room(1)) return false;
     print(text);
     if (text.size() < columns_) con_put_char(carriage_return);

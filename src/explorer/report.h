@@ -41,9 +41,9 @@ std::uint32_t finding_page();
 
 /// A report of any length, printed a screenful at a time: each pause shows "-- press any key; ESC aborts --",
 /// because what is listed (a file, a directory) can be far longer than anyone wants to see.
-class Listing {
+class PagedReport {
   public:
-    Listing();
+    PagedReport();
 
     /// Prints a line, after a pause when the page is full; a line wider than the text area counts as the rows
     /// it takes. False when the user ended the listing, from then on without printing.

@@ -63,7 +63,7 @@ void put_standard_revision(LineText& line, std::uint32_t revision) {
 }  // namespace
 
 void print_landmarks() {
-    Listing listing;
+    PagedReport listing;
     listing.line("[KORVANE LANDMARKS - UEFI]");
     for (const Landmark& landmark : landmarks())
         listing.line(landmark_line(landmark));
@@ -75,7 +75,7 @@ void print_memory_map() {
         print_line(no_memory_map);
         return;
     }
-    Listing listing;
+    PagedReport listing;
     listing.line("[UEFI MEMORY MAP]");
     for (std::size_t i = 0; i < snapshot.view().count(); ++i) {
         if (!listing.line(region_line(snapshot.view().region(i)))) return;
@@ -84,7 +84,7 @@ void print_memory_map() {
 
 void print_machine_information() {
     const uefi::SystemTable& system = *firmware.system_table;
-    Listing listing;
+    PagedReport listing;
     listing.line("[KORVANE MACHINE INFO]");
     listing.line("Platform         x64 UEFI");
     listing.line("Address model    flat 64-bit pre-ExitBootServices");

@@ -11,12 +11,12 @@ constexpr std::size_t label_width = 13;
 constexpr std::size_t detail_column = 10;
 constexpr std::size_t numbers_per_line = 13;  // fit in 79 columns behind the label
 
-void list_number(Listing& listing, const char* label, const char16_t* variable) {
+void list_number(PagedReport& listing, const char* label, const char16_t* variable) {
     const auto number = GlobalVariable(variable).number();
     if (number) listing.line(LineText().put(label).tab_to(label_width).put_hex(*number, 4));
 }
 
-void list_order(Listing& listing, const BootOrder& order) {
+void list_order(PagedReport& listing, const BootOrder& order) {
     for (std::size_t i = 0; i < order.count(); i += numbers_per_line) {
         LineText line;
         line.put(i == 0 ? "BootOrder" : "").tab_to(label_width);
@@ -28,7 +28,7 @@ void list_order(Listing& listing, const BootOrder& order) {
     }
 }
 
-void list_entry(Listing& listing, const BootEntryWalk& walk, const LoadOption& option) {
+void list_entry(PagedReport& listing, const BootEntryWalk& walk, const LoadOption& option) {
     LineText line;
     line.put("Boot").put_hex(walk.number(), 4).put(option.is_active() ? "  active  " : "  inactive");
     line.put("  \"");
@@ -40,7 +40,7 @@ void list_entry(Listing& listing, const BootEntryWalk& walk, const LoadOption& o
     if (listing.line(line)) list_device_path(listing, option.device_path, detail_column);
 }
 
-void list_unreadable(Listing& listing, const BootEntryWalk& walk, const GlobalVariable& variable) {
+void list_unreadable(PagedReport& listing, const BootEntryWalk& walk, const GlobalVariable& variable) {
     if (!variable && !walk.in_order()) return;  // a number that was only tried
     LineText line;
     line.put("Boot").put_hex(walk.number(), 4);
@@ -51,7 +51,7 @@ void list_unreadable(Listing& listing, const BootEntryWalk& walk, const GlobalVa
 
 Outcome do_boot(WordReader&) {
     const BootOrder order;
-    Listing listing;
+    PagedReport listing;
     list_number(listing, "BootCurrent", u"BootCurrent");
     list_number(listing, "BootNext", u"BootNext");
     list_order(listing, order);
@@ -70,7 +70,7 @@ Outcome do_boot(WordReader&) {
     return Outcome::done;
 }
 
-std::uint64_t list_boot_descriptions(Listing& listing) {
+std::uint64_t list_boot_descriptions(PagedReport& listing) {
     const BootOrder order;
     std::uint64_t entries = 0;
     BootEntryWalk walk(order);

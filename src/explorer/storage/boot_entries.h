@@ -12,6 +12,6 @@ Outcome do_boot(WordReader& arguments);
 
 /// The short form used by operating-system detection: one line for every readable entry, its number and
 /// description. Returns how many there were.
-std::uint64_t list_boot_descriptions(Listing& listing);
+std::uint64_t list_boot_descriptions(PagedReport& listing);
 
 }  // namespace korvane

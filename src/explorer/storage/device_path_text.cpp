@@ -345,7 +345,7 @@ LineText device_path_node_text(const DevicePathElement& node) {
     return line;
 }
 
-void list_device_path(Listing& listing, std::span<const std::uint8_t> path, std::size_t indent) {
+void list_device_path(PagedReport& listing, std::span<const std::uint8_t> path, std::size_t indent) {
     DevicePathReader reader(path);
     LineText line;
     line.tab_to(indent);
@@ -369,7 +369,7 @@ void list_device_path(Listing& listing, std::span<const std::uint8_t> path, std:
     if (line.length() > indent) listing.line(line);
 }
 
-void list_device_path(Listing& listing, uefi::Handle handle, std::size_t indent) {
+void list_device_path(PagedReport& listing, uefi::Handle handle, std::size_t indent) {
     list_device_path(listing, device_path_of(handle), indent);
 }
 

@@ -17,8 +17,8 @@ LineText device_path_node_text(const DevicePathElement& node);
 
 /// Lists a whole path, its nodes joined by "/", broken between nodes into lines of at most 79 columns that
 /// begin at column `indent`. An empty path gives no line.
-void list_device_path(Listing& listing, std::span<const std::uint8_t> path, std::size_t indent);
-void list_device_path(Listing& listing, uefi::Handle handle, std::size_t indent);
+void list_device_path(PagedReport& listing, std::span<const std::uint8_t> path, std::size_t indent);
+void list_device_path(PagedReport& listing, uefi::Handle handle, std::size_t indent);
 
 /// Puts an identifier in its registry form, as in 8BE4DF61-93CA-11D2-AA0D-00E098032B8C.
 void put_guid(LineText& line, const uefi::Guid& guid);

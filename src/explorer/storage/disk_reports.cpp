@@ -38,7 +38,7 @@ LineText disk_line(std::uint64_t number, const uefi::BlockIoMedia& media) {
 
 void print_disk(std::uint64_t number, const Disk& disk) {
     const uefi::BlockIoMedia& media = disk.media;
-    Listing listing;
+    PagedReport listing;
     LineText heading;
     heading.put("Disk ").put_decimal(number).put("  ");
     put_size(heading, media, 0);
@@ -102,7 +102,7 @@ void read_and_dump(const Disk& disk, uefi::Lba lba, std::uint64_t count) {
 
 Outcome do_disks(WordReader&) {
     const HandleList handles(uefi::block_io_guid);
-    Listing listing;
+    PagedReport listing;
     std::uint64_t number = 0;
     for (const uefi::Handle handle : handles) {
         const auto disk = disk_of(handle);

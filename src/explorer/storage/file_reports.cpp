@@ -22,7 +22,7 @@ constexpr unsigned large_offset_digits = 16;
 /// The rows of a text as it fills the text area's width.
 class TextRows {
   public:
-    explicit TextRows(Listing& listing)
+    explicit TextRows(PagedReport& listing)
         : listing_(listing), width_(std::min<std::size_t>(listing.columns(), LineText::capacity)) {}
 
     /// False when the user ended the listing.
@@ -56,7 +56,7 @@ class TextRows {
         return goes_on;
     }
 
-    Listing& listing_;
+    PagedReport& listing_;
     std::size_t width_;
     LineText row_;
 };
@@ -105,7 +105,7 @@ bool show_text(std::span<const std::uint8_t> bytes, TextDecoder& decoder, TextRo
 }
 
 void report_text(const FileHandle& file) {
-    Listing listing;
+    PagedReport listing;
     TextDecoder decoder;
     TextRows rows(listing);
     FileChunks chunks(file);
@@ -118,7 +118,7 @@ void report_text(const FileHandle& file) {
     if (!chunks.failure().empty()) listing.line(chunks.failure());
 }
 
-bool show_hex(std::span<const std::uint8_t> bytes, std::uint64_t offset, Listing& listing) {
+bool show_hex(std::span<const std::uint8_t> bytes, std::uint64_t offset, PagedReport& listing) {
     for (std::uint64_t i = 0; i < bytes.size(); i += hex_line_bytes) {
         const bool is_large = (offset + i) >> (4 * offset_digits) != 0;
         HexLine line{.address = offset + i, .address_digits = is_large ? large_offset_digits : offset_digits};
@@ -129,7 +129,7 @@ bool show_hex(std::span<const std::uint8_t> bytes, std::uint64_t offset, Listing
 }
 
 void report_hex(const FileHandle& file) {
-    Listing listing;
+    PagedReport listing;
     FileChunks chunks(file);
     while (chunks.next()) {
         if (!show_hex(chunks.bytes(), chunks.offset(), listing)) return;

@@ -24,7 +24,7 @@ constexpr std::array<Probe, 6> probes = {{
     {"\\EFI\\opensuse", PathKind::directory, "  openSUSE EFI files on volume "},
 }};
 
-std::uint64_t probe_volumes(Listing& listing) {
+std::uint64_t probe_volumes(PagedReport& listing) {
     std::uint64_t findings = 0;
     VolumeWalk volume;
     while (volume.next()) {
@@ -40,7 +40,7 @@ std::uint64_t probe_volumes(Listing& listing) {
 }  // namespace
 
 Outcome do_os(WordReader&) {
-    Listing listing;
+    PagedReport listing;
     listing.line("Best-effort operating-system detection:");
     const std::uint64_t findings = probe_volumes(listing);
     const std::uint64_t entries = list_boot_descriptions(listing);

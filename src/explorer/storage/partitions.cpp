@@ -37,7 +37,7 @@ class PartitionList {
 
   private:
     Selection selection_;
-    Listing listing_;
+    PagedReport listing_;
     bool shown_ = false;
 };
 

@@ -30,7 +30,7 @@ void put_record_text(LineText& line, std::span<const std::uint8_t> text, std::si
 
 // ---- VOLUMES ------------------------------------------------------------------------------------
 
-void list_volume_info(Listing& listing, std::uint64_t number, std::span<const std::uint8_t> record) {
+void list_volume_info(PagedReport& listing, std::uint64_t number, std::span<const std::uint8_t> record) {
     const auto field = [&record]<typename Field>(std::size_t offset, Field) {
         return read_unaligned<Field>(record.data() + offset);
     };
@@ -59,7 +59,7 @@ std::span<const std::uint8_t> read_volume_info(uefi::FileProtocol* root, const P
     return {buffer.data(), size};
 }
 
-void list_volume(Listing& listing, const VolumeWalk& volume) {
+void list_volume(PagedReport& listing, const VolumeWalk& volume) {
     const PoolBuffer buffer(largest_info);
     const auto record = read_volume_info(volume.root(), buffer);
     if (record.empty()) {
@@ -104,7 +104,7 @@ struct DirectoryTotals {
 };
 
 /// Lists one entry: when it was changed, its attributes, its size and its name.
-bool list_entry(Listing& listing, std::span<const std::uint8_t> record, DirectoryTotals& totals) {
+bool list_entry(PagedReport& listing, std::span<const std::uint8_t> record, DirectoryTotals& totals) {
     const auto* start = record.data();
     const auto size = read_unaligned<std::uint64_t>(start + offsetof(uefi::FileInfo, FileSize));
     const auto time = read_unaligned<uefi::Time>(start + offsetof(uefi::FileInfo, ModificationTime));
@@ -126,7 +126,7 @@ bool list_entry(Listing& listing, std::span<const std::uint8_t> record, Director
     return listing.line(line);
 }
 
-void list_totals(Listing& listing, const DirectoryTotals& totals) {
+void list_totals(PagedReport& listing, const DirectoryTotals& totals) {
     LineText line;
     line.put("  ").put_decimal(totals.files).put(totals.files == 1 ? " file, " : " files, ");
     line.put_decimal(totals.directories).put(totals.directories == 1 ? " directory, " : " directories, ");
@@ -134,7 +134,7 @@ void list_totals(Listing& listing, const DirectoryTotals& totals) {
     listing.line(line);
 }
 
-void list_directory(Listing& listing, const FileHandle& directory) {
+void list_directory(PagedReport& listing, const FileHandle& directory) {
     const PoolBuffer buffer(entry_buffer_size);
     if (!buffer) {
         listing.line("Out of memory.");
@@ -158,7 +158,7 @@ void list_directory(Listing& listing, const FileHandle& directory) {
 
 Outcome do_volumes(WordReader&) {
     VolumeWalk walk;
-    Listing listing;
+    PagedReport listing;
     bool any = false;
     while (walk.next()) {
         any = true;
@@ -184,7 +184,7 @@ Outcome do_directory(WordReader& arguments) {
         print_line("Directory not found or inaccessible.");
         return Outcome::done;
     }
-    Listing listing;
+    PagedReport listing;
     listing.line(LineText().put("Directory of volume ").put_decimal(number).put(": ").put(path));
     list_directory(listing, directory);
     return Outcome::done;
