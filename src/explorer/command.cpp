@@ -12,15 +12,15 @@ std::optional<std::uint64_t> parse_address(std::string_view word) {
     return parse_number(word);
 }
 
-std::optional<Outcome> read_addresses(WordReader& arguments,
-                                      std::initializer_list<std::uint64_t*> addresses) {
+std::optional<CommandEnd> read_addresses(WordReader& arguments,
+                                         std::initializer_list<std::uint64_t*> addresses) {
     for (std::uint64_t* place : addresses) {
         const Word word = arguments.next();
-        if (word.empty()) return Outcome::bad_arguments;
+        if (word.empty()) return CommandEnd::bad_arguments;
         const auto address = parse_address(word.view());
         if (!address) {
             print_line(bad_address);
-            return Outcome::done;
+            return CommandEnd::done;
         }
         *place = *address;
     }

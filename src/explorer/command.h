@@ -10,7 +10,7 @@
 namespace korvane {
 
 /// How a command ended.
-enum class Outcome : std::uint8_t {
+enum class CommandEnd : std::uint8_t {
     done,           // it ran, or printed why it did not
     bad_arguments,  // its usage message is still to be printed
     leave,          // back to BASIC
@@ -24,7 +24,8 @@ std::optional<std::uint64_t> parse_address(std::string_view word);
 
 /// Reads address words into the given places. Nothing when all were read; otherwise the outcome with which
 /// the command ends: bad_arguments for a missing word, done after "Bad address or landmark.".
-std::optional<Outcome> read_addresses(WordReader& arguments, std::initializer_list<std::uint64_t*> addresses);
+std::optional<CommandEnd> read_addresses(WordReader& arguments,
+                                         std::initializer_list<std::uint64_t*> addresses);
 
 /// Reads number words (disks, volumes, partitions). False when one is missing or is no number.
 bool read_numbers(WordReader& arguments, std::initializer_list<std::uint64_t*> numbers);

@@ -20,8 +20,8 @@
 namespace korvane {
 namespace {
 
-Outcome do_leave(WordReader&) {
-    return Outcome::leave;
+CommandEnd do_leave(WordReader&) {
+    return CommandEnd::leave;
 }
 
 // The help lines align their texts in one column; SECTOR's stands one further right, deliberately. Help lines

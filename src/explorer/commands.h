@@ -12,7 +12,7 @@ struct ExplorerCommand {
     char alias[10];     // a second word for it, or empty
     const char* help;   // its line in the help text
     const char* usage;  // printed on bad arguments; empty when it can have none
-    Outcome (*run)(WordReader& arguments);
+    CommandEnd (*run)(WordReader& arguments);
 };
 
 /// Every command, in the order in which a word is compared with them.

@@ -27,7 +27,7 @@ bool read_and_execute() {
     }
     const std::string_view line(reinterpret_cast<const char*>(buffer.data()),
                                 static_cast<std::size_t>(length));
-    return execute_explorer_line(without_prompt(line)) != Outcome::leave;
+    return execute_explorer_line(without_prompt(line)) != CommandEnd::leave;
 }
 
 void run_explorer() {
@@ -45,18 +45,18 @@ void initialize_explorer() {
     initialize_dump();
 }
 
-Outcome execute_explorer_line(std::string_view line) {
+CommandEnd execute_explorer_line(std::string_view line) {
     CommandLine parts = split_command_line(line);
-    if (parts.command.empty()) return Outcome::done;
+    if (parts.command.empty()) return CommandEnd::done;
     const ExplorerCommand* command = find_explorer_command(parts.command.view());
     if (command == nullptr) {
         print_line("Unknown monitor command. Type ?");
-        return Outcome::done;
+        return CommandEnd::done;
     }
-    const Outcome outcome = command->run(parts.arguments);
-    if (outcome != Outcome::bad_arguments) return outcome;
+    const CommandEnd outcome = command->run(parts.arguments);
+    if (outcome != CommandEnd::bad_arguments) return outcome;
     print_line(command->usage);
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 void do_korvane(Cursor& cursor) {

@@ -19,6 +19,6 @@ void initialize_explorer();
 void do_korvane(Cursor& cursor);
 
 /// Executes one command line, the prompt not included. done, or leave when it was the command to leave.
-Outcome execute_explorer_line(std::string_view line);
+CommandEnd execute_explorer_line(std::string_view line);
 
 }  // namespace korvane

@@ -24,7 +24,7 @@ void list_help(PagedReport& listing, std::span<const char* const> words) {
 
 }  // namespace
 
-Outcome do_explorer_help(WordReader&) {
+CommandEnd do_explorer_help(WordReader&) {
     PagedReport listing;
     listing.line("Korvane Machine Explorer commands:");
     list_help(listing, memory_commands);
@@ -32,7 +32,7 @@ Outcome do_explorer_help(WordReader&) {
     list_help(listing, storage_commands);
     list_help(listing, general_commands);
     listing.line("Monitor numbers are hex by default; use D:number for decimal.");
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

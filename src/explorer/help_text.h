@@ -5,6 +5,6 @@
 namespace korvane {
 
 /// `?`: the help lines of all commands, those for memory before those for storage.
-Outcome do_explorer_help(WordReader& arguments);
+CommandEnd do_explorer_help(WordReader& arguments);
 
 }  // namespace korvane

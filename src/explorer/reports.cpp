@@ -102,50 +102,50 @@ void print_machine_information() {
     listing.line(memory.put_decimal(free).put(" bytes (").put_decimal(free >> 20).put(" MiB)"));
 }
 
-Outcome do_landmarks(WordReader&) {
+CommandEnd do_landmarks(WordReader&) {
     print_landmarks();
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_memory_map(WordReader&) {
+CommandEnd do_memory_map(WordReader&) {
     print_memory_map();
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_machine_information(WordReader&) {
+CommandEnd do_machine_information(WordReader&) {
     print_machine_information();
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_region(WordReader& arguments) {
+CommandEnd do_region(WordReader& arguments) {
     std::uint64_t address = 0;
     if (const auto ended = read_addresses(arguments, {&address})) return *ended;
     const MemoryMapSnapshot snapshot;
     if (!snapshot) {
         print_line(no_memory_map);
-        return Outcome::done;
+        return CommandEnd::done;
     }
     const auto region = snapshot.view().find(address);
     if (!region) {
         print_line(not_in_memory_map);
-        return Outcome::done;
+        return CommandEnd::done;
     }
     LineText range = labelled("Region", region_column);
     print_line(range.put_address(region->first).put('-').put_address(region->last));
     print_line(labelled("Type", region_column).put(memory_type_name(region->type)));
     print_line(labelled("Pages", region_column).put_decimal(region->pages));
     print_line(labelled("Attributes", region_column).put_hex(region->attributes, 16));
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_where(WordReader& arguments) {
+CommandEnd do_where(WordReader& arguments) {
     std::uint64_t address = 0;
     if (const auto ended = read_addresses(arguments, {&address})) return *ended;
     std::uint64_t landmark_address = 0;
     const Landmark* landmark = nearest_landmark(address, landmark_address);
     if (landmark == nullptr) {
         print_line("No lower known landmark.");
-        return Outcome::done;
+        return CommandEnd::done;
     }
     LineText line;
     line.put("Nearest landmark: ").put(landmark->name).put(" + ").put_decimal(address - landmark_address);
@@ -157,7 +157,7 @@ Outcome do_where(WordReader& arguments) {
     } else {
         print_line(not_in_memory_map);
     }
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

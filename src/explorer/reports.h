@@ -9,14 +9,14 @@ void print_landmarks();
 void print_memory_map();
 void print_machine_information();
 
-Outcome do_landmarks(WordReader& arguments);
-Outcome do_memory_map(WordReader& arguments);
-Outcome do_machine_information(WordReader& arguments);
+CommandEnd do_landmarks(WordReader& arguments);
+CommandEnd do_memory_map(WordReader& arguments);
+CommandEnd do_machine_information(WordReader& arguments);
 
 /// `R address`: the region of a fresh memory map that contains the address.
-Outcome do_region(WordReader& arguments);
+CommandEnd do_region(WordReader& arguments);
 
 /// `W address`: the nearest landmark at or below the address, and its region.
-Outcome do_where(WordReader& arguments);
+CommandEnd do_where(WordReader& arguments);
 
 }  // namespace korvane

@@ -308,15 +308,15 @@ TEST(ExplorerLoop, UnknownWordsAndEmptyLines) {
     EXPECT_EQ(session.run(std::string(60, 'X')), Lines{"Unknown monitor command. Type ?"});
     EXPECT_EQ(session.run(""), Lines{});
     EXPECT_EQ(session.run(" \t"), Lines{});
-    EXPECT_EQ(session.outcome, Outcome::done);
+    EXPECT_EQ(session.outcome, CommandEnd::done);
 }
 
 TEST(ExplorerLoop, TwoWordsLeave) {
     ExplorerSession session;
     session.run("x");
-    EXPECT_EQ(session.outcome, Outcome::leave);
+    EXPECT_EQ(session.outcome, CommandEnd::leave);
     session.run("EXIT");
-    EXPECT_EQ(session.outcome, Outcome::leave);
+    EXPECT_EQ(session.outcome, CommandEnd::leave);
 }
 
 }  // namespace

@@ -123,8 +123,8 @@ class ExplorerSession {
     /// A key for the next time one is waited for; without any, the blank key is pressed.
     void press_later(uefi::InputKey key) { keys_.push_back(key); }
 
-    Outcome outcome = Outcome::done;  // of the last command
-    int waits = 0;                    // how often a key was waited for
+    CommandEnd outcome = CommandEnd::done;  // of the last command
+    int waits = 0;                          // how often a key was waited for
 
   private:
     /// Clears the text without the pixels, which nobody looks at here.

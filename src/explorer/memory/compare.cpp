@@ -23,11 +23,11 @@ void print_difference(std::uint64_t first, std::uint64_t second) {
 
 }  // namespace
 
-Outcome do_compare(WordReader& arguments) {
+CommandEnd do_compare(WordReader& arguments) {
     MemoryRange block{};
     std::uint64_t other = 0;
     if (const auto ended = read_addresses(arguments, {&block.start, &block.end, &other})) return *ended;
-    if (!check_range(block) || !check_wrap(other, block.count())) return Outcome::done;
+    if (!check_range(block) || !check_wrap(other, block.count())) return CommandEnd::done;
 
     const std::uint64_t count = block.count();
     const std::uint64_t readable =
@@ -50,7 +50,7 @@ Outcome do_compare(WordReader& arguments) {
         total.put("Compared ").put_decimal(count).put(" bytes, ").put_decimal(differences);
         print_line(total.put(" differences."));
     }
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

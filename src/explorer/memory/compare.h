@@ -5,6 +5,6 @@
 namespace korvane {
 
 /// `C start1 end1 start2`: lists the differences between two blocks of equal length.
-Outcome do_compare(WordReader& arguments);
+CommandEnd do_compare(WordReader& arguments);
 
 }  // namespace korvane

@@ -54,7 +54,7 @@ void dump(std::uint64_t address, std::uint64_t length, bool forced) {
     dump_continuation = {true, address + length, length};
 }
 
-Outcome dump_command(WordReader& arguments, bool forced) {
+CommandEnd dump_command(WordReader& arguments, bool forced) {
     const Word address_word = arguments.next();
     if (address_word.empty()) {
         if (dump_continuation.made) {
@@ -62,12 +62,12 @@ Outcome dump_command(WordReader& arguments, bool forced) {
         } else {
             print_line("No previous dump address.");
         }
-        return Outcome::done;
+        return CommandEnd::done;
     }
     const auto address = parse_address(address_word.view());
     if (!address) {
         print_line(bad_address);
-        return Outcome::done;
+        return CommandEnd::done;
     }
     const Word length_word = arguments.next();
     const auto length = length_word.empty() ? default_length : parse_number(length_word.view());
@@ -76,7 +76,7 @@ Outcome dump_command(WordReader& arguments, bool forced) {
     } else {
         print_line(bad_length);
     }
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace
@@ -87,11 +87,11 @@ void initialize_dump() {
     dump_continuation = {};
 }
 
-Outcome do_dump(WordReader& arguments) {
+CommandEnd do_dump(WordReader& arguments) {
     return dump_command(arguments, false);
 }
 
-Outcome do_forced_dump(WordReader& arguments) {
+CommandEnd do_forced_dump(WordReader& arguments) {
     return dump_command(arguments, true);
 }
 

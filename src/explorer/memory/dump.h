@@ -19,9 +19,9 @@ void initialize_dump();
 
 /// `M [address [length]]`: dumps memory that the memory map shows as readable, 256 bytes unless told
 /// otherwise.
-Outcome do_dump(WordReader& arguments);
+CommandEnd do_dump(WordReader& arguments);
 
 /// `M! [address [length]]`: the same without looking at the memory map, at the user's risk.
-Outcome do_forced_dump(WordReader& arguments);
+CommandEnd do_forced_dump(WordReader& arguments);
 
 }  // namespace korvane

@@ -45,7 +45,7 @@ void hunt(const MemoryRange& range, std::span<const std::uint8_t> pattern) {
 
 }  // namespace
 
-Outcome do_hunt(WordReader& arguments) {
+CommandEnd do_hunt(WordReader& arguments) {
     MemoryRange range{};
     if (const auto ended = read_addresses(arguments, {&range.start, &range.end})) return *ended;
     std::array<std::uint8_t, longest_pattern> pattern{};
@@ -56,28 +56,28 @@ Outcome do_hunt(WordReader& arguments) {
         const auto byte = parse_byte(word.view());
         if (!byte) {
             print_line(LineText().put("Bad hex byte: ").put(word.view()));
-            return Outcome::done;
+            return CommandEnd::done;
         }
         if (length == longest_pattern) {
             print_line("Pattern limited to 256 bytes.");
-            return Outcome::done;
+            return CommandEnd::done;
         }
         pattern[length++] = *byte;
     }
     hunt(range, std::span(pattern).first(length));
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_hunt_text(WordReader& arguments) {
+CommandEnd do_hunt_text(WordReader& arguments) {
     MemoryRange range{};
     if (const auto ended = read_addresses(arguments, {&range.start, &range.end})) return *ended;
     const std::string_view text = arguments.rest();
     if (text.size() > longest_pattern) {
         print_line("ASCII pattern limited to 256 bytes.");
-        return Outcome::done;
+        return CommandEnd::done;
     }
     hunt(range, {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()});
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

@@ -5,9 +5,9 @@
 namespace korvane {
 
 /// `H start end hex...`: finds every place in a range where the given bytes stand.
-Outcome do_hunt(WordReader& arguments);
+CommandEnd do_hunt(WordReader& arguments);
 
 /// `HA start end text...`: the same for the rest of the line, from its first character that is no blank.
-Outcome do_hunt_text(WordReader& arguments);
+CommandEnd do_hunt_text(WordReader& arguments);
 
 }  // namespace korvane

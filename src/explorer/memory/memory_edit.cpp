@@ -60,12 +60,12 @@ bool transfer(const MemoryRange& source, std::uint64_t destination, std::uint64_
 
 }  // namespace
 
-Outcome do_fill(WordReader& arguments) {
+CommandEnd do_fill(WordReader& arguments) {
     MemoryRange range{};
     if (const auto ended = read_addresses(arguments, {&range.start, &range.end})) return *ended;
     const auto byte = parse_byte(arguments.next().view());
-    if (!byte) return Outcome::bad_arguments;
-    if (!check_range(range)) return Outcome::done;
+    if (!byte) return CommandEnd::bad_arguments;
+    if (!check_range(range)) return CommandEnd::done;
     const std::uint64_t writable = accessible_run_up(Access::write, range.start, range.count());
     fill_bytes(pointer_to(range.start), *byte, writable);
     if (writable != range.count()) {
@@ -73,10 +73,10 @@ Outcome do_fill(WordReader& arguments) {
     } else {
         print_line(LineText().put("Filled ").put_address(range.start).put('-').put_address(range.end));
     }
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_enter_bytes(WordReader& arguments) {
+CommandEnd do_enter_bytes(WordReader& arguments) {
     std::uint64_t base = 0;
     if (const auto ended = read_addresses(arguments, {&base})) return *ended;
     std::uint64_t written = 0;
@@ -86,10 +86,10 @@ Outcome do_enter_bytes(WordReader& arguments) {
         const auto byte = parse_byte(word.view());
         if (!byte) {
             print_line(LineText().put("Bad hex byte: ").put(word.view()));
-            return Outcome::done;
+            return CommandEnd::done;
         }
         std::uint64_t address = 0;
-        if (!next_address(base, written, address) || !write_byte(address, *byte)) return Outcome::done;
+        if (!next_address(base, written, address) || !write_byte(address, *byte)) return CommandEnd::done;
         ++written;
     }
     if (written == 0) {
@@ -97,39 +97,39 @@ Outcome do_enter_bytes(WordReader& arguments) {
     } else {
         print_line(LineText().put("Wrote ").put_decimal(written).put(" bytes."));
     }
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_enter_text(WordReader& arguments) {
+CommandEnd do_enter_text(WordReader& arguments) {
     std::uint64_t base = 0;
     if (const auto ended = read_addresses(arguments, {&base})) return *ended;
     const std::string_view text = arguments.rest();
-    if (text.empty()) return Outcome::bad_arguments;
+    if (text.empty()) return CommandEnd::bad_arguments;
     std::uint64_t written = 0;
     for (const char character : text) {
         std::uint64_t address = 0;
-        if (!next_address(base, written, address)) return Outcome::done;
-        if (!write_byte(address, static_cast<std::uint8_t>(character))) return Outcome::done;
+        if (!next_address(base, written, address)) return CommandEnd::done;
+        if (!write_byte(address, static_cast<std::uint8_t>(character))) return CommandEnd::done;
         ++written;
     }
     print_line(LineText().put("Wrote ").put_decimal(written).put(" ASCII bytes."));
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_transfer(WordReader& arguments) {
+CommandEnd do_transfer(WordReader& arguments) {
     MemoryRange source{};
     std::uint64_t destination = 0;
     if (const auto ended = read_addresses(arguments, {&source.start, &source.end, &destination})) {
         return *ended;
     }
-    if (!check_range(source) || !check_wrap(destination, source.count())) return Outcome::done;
+    if (!check_range(source) || !check_wrap(destination, source.count())) return CommandEnd::done;
     std::uint64_t stopped_at = 0;
     if (transfer(source, destination, stopped_at)) {
         print_line(LineText().put("Transferred ").put_decimal(source.count()).put(" bytes."));
     } else {
         print_line(LineText().put("Transfer stopped at offset ").put_decimal(stopped_at));
     }
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

@@ -75,20 +75,20 @@ void load(std::string_view name, std::uint64_t address) {
 
 }  // namespace
 
-Outcome do_save_memory(WordReader& arguments) {
+CommandEnd do_save_memory(WordReader& arguments) {
     const Word name = arguments.next();
     MemoryRange range{};
     if (const auto ended = read_addresses(arguments, {&range.start, &range.end})) return *ended;
     if (check_range(range)) save(name.view(), range);
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_load_memory(WordReader& arguments) {
+CommandEnd do_load_memory(WordReader& arguments) {
     const Word name = arguments.next();
     std::uint64_t address = 0;
     if (const auto ended = read_addresses(arguments, {&address})) return *ended;
     load(name.view(), address);
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

@@ -5,9 +5,9 @@
 namespace korvane {
 
 /// `SAVE file start end`: writes a range of memory to a file, byte for byte.
-Outcome do_save_memory(WordReader& arguments);
+CommandEnd do_save_memory(WordReader& arguments);
 
 /// `LOAD file address`: reads a file into memory.
-Outcome do_load_memory(WordReader& arguments);
+CommandEnd do_load_memory(WordReader& arguments);
 
 }  // namespace korvane

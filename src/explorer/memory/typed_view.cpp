@@ -64,16 +64,16 @@ void print_views(std::uint64_t address, std::uint64_t data) {
 
 }  // namespace
 
-Outcome do_view(WordReader& arguments) {
+CommandEnd do_view(WordReader& arguments) {
     std::uint64_t address = 0;
     if (const auto ended = read_addresses(arguments, {&address})) return *ended;
-    if (!check_wrap(address, viewed_bytes)) return Outcome::done;
+    if (!check_wrap(address, viewed_bytes)) return CommandEnd::done;
     if (accessible_run_up(Access::read, address, viewed_bytes) < viewed_bytes) {
         print_line("Read refused/unavailable.");
-        return Outcome::done;
+        return CommandEnd::done;
     }
     print_views(address, peek_memory(address, viewed_bytes));
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

@@ -5,6 +5,6 @@
 namespace korvane {
 
 /// `V address`: the eight bytes at an address as integers of every width, floating-point numbers and text.
-Outcome do_view(WordReader& arguments);
+CommandEnd do_view(WordReader& arguments);
 
 }  // namespace korvane

@@ -49,7 +49,7 @@ void list_unreadable(PagedReport& listing, const BootEntryWalk& walk, const Glob
 
 }  // namespace
 
-Outcome do_boot(WordReader&) {
+CommandEnd do_boot(WordReader&) {
     const BootOrder order;
     PagedReport listing;
     list_number(listing, "BootCurrent", u"BootCurrent");
@@ -67,7 +67,7 @@ Outcome do_boot(WordReader&) {
         }
     }
     if (!any_readable) listing.line("UEFI BootOrder/Boot#### variables are unavailable or empty.");
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 std::uint64_t list_boot_descriptions(PagedReport& listing) {

@@ -8,7 +8,7 @@
 namespace korvane {
 
 /// `BOOT`: the boot order and every boot entry with its flags, description and device path.
-Outcome do_boot(WordReader& arguments);
+CommandEnd do_boot(WordReader& arguments);
 
 /// The short form used by operating-system detection: one line for every readable entry, its number and
 /// description. Returns how many there were.

@@ -100,39 +100,39 @@ void read_and_dump(const Disk& disk, uefi::Lba lba, std::uint64_t count) {
 
 }  // namespace
 
-Outcome do_disks(WordReader&) {
+CommandEnd do_disks(WordReader&) {
     const HandleList handles(uefi::block_io_guid);
     PagedReport listing;
     std::uint64_t number = 0;
     for (const uefi::Handle handle : handles) {
         const auto disk = disk_of(handle);
-        if (disk && !listing.line(disk_line(number++, disk->media))) return Outcome::done;
+        if (disk && !listing.line(disk_line(number++, disk->media))) return CommandEnd::done;
     }
     if (number == 0) print_line("No whole-media Block I/O devices found.");
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_disk(WordReader& arguments) {
+CommandEnd do_disk(WordReader& arguments) {
     std::uint64_t number = 0;
-    if (!read_numbers(arguments, {&number})) return Outcome::bad_arguments;
+    if (!read_numbers(arguments, {&number})) return CommandEnd::bad_arguments;
     if (const auto disk = find_disk(number)) {
         print_disk(number, *disk);
     } else {
         print_line(disk_not_found);
     }
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_sector(WordReader& arguments) {
+CommandEnd do_sector(WordReader& arguments) {
     std::uint64_t number = 0;
     uefi::Lba lba = 0;
-    if (!read_numbers(arguments, {&number, &lba})) return Outcome::bad_arguments;
+    if (!read_numbers(arguments, {&number, &lba})) return CommandEnd::bad_arguments;
     std::uint64_t count = 0;
     if (const Word word = arguments.next(); !word.empty()) {
         const auto given = parse_number(word.view());
         if (!given) {
             print_line("Bad count.");
-            return Outcome::done;
+            return CommandEnd::done;
         }
         count = *given;
     }
@@ -146,7 +146,7 @@ Outcome do_sector(WordReader& arguments) {
     } else {
         print_line(disk_not_found);
     }
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

@@ -7,12 +7,12 @@ namespace korvane {
 inline constexpr std::string_view disk_not_found = "Disk not found.";
 
 /// `DISKS`: the whole-media block devices, one line each.
-Outcome do_disks(WordReader& arguments);
+CommandEnd do_disks(WordReader& arguments);
 
 /// `DISK n`: one disk and its medium.
-Outcome do_disk(WordReader& arguments);
+CommandEnd do_disk(WordReader& arguments);
 
 /// `SECTOR n lba [count]`: a raw dump of 1 to 64 blocks.
-Outcome do_sector(WordReader& arguments);
+CommandEnd do_sector(WordReader& arguments);
 
 }  // namespace korvane

@@ -138,11 +138,11 @@ void report_hex(const FileHandle& file) {
 }
 
 /// Opens the file that `v file` names. Empty after a message, or with the outcome of bad arguments.
-FileHandle open_argument(WordReader& arguments, Outcome& outcome) {
+FileHandle open_argument(WordReader& arguments, CommandEnd& outcome) {
     std::uint64_t number = 0;
-    outcome = Outcome::bad_arguments;
+    outcome = CommandEnd::bad_arguments;
     if (!read_numbers(arguments, {&number})) return {};
-    outcome = Outcome::done;
+    outcome = CommandEnd::done;
     const std::string_view path = path_argument(arguments.rest());
     if (path.empty()) {
         print_line("File path required.");
@@ -163,14 +163,14 @@ FileHandle open_argument(WordReader& arguments, Outcome& outcome) {
 
 }  // namespace
 
-Outcome do_cat(WordReader& arguments) {
-    Outcome outcome = Outcome::done;
+CommandEnd do_cat(WordReader& arguments) {
+    CommandEnd outcome = CommandEnd::done;
     if (const FileHandle file = open_argument(arguments, outcome)) report_text(file);
     return outcome;
 }
 
-Outcome do_hex_file(WordReader& arguments) {
-    Outcome outcome = Outcome::done;
+CommandEnd do_hex_file(WordReader& arguments) {
+    CommandEnd outcome = CommandEnd::done;
     if (const FileHandle file = open_argument(arguments, outcome)) report_hex(file);
     return outcome;
 }

@@ -5,9 +5,9 @@
 namespace korvane {
 
 /// `CAT v file`: a file as text.
-Outcome do_cat(WordReader& arguments);
+CommandEnd do_cat(WordReader& arguments);
 
 /// `HEXFILE v file`: a file as a hexadecimal and character dump.
-Outcome do_hex_file(WordReader& arguments);
+CommandEnd do_hex_file(WordReader& arguments);
 
 }  // namespace korvane

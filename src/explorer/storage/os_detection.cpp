@@ -39,7 +39,7 @@ std::uint64_t probe_volumes(PagedReport& listing) {
 
 }  // namespace
 
-Outcome do_os(WordReader&) {
+CommandEnd do_os(WordReader&) {
     PagedReport listing;
     listing.line("Best-effort operating-system detection:");
     const std::uint64_t findings = probe_volumes(listing);
@@ -48,7 +48,7 @@ Outcome do_os(WordReader&) {
         listing.line("  No recognizable OS was exposed by EFI filesystems/boot entries.");
     }
     listing.line("Detection is heuristic; filesystems without a UEFI driver remain invisible here.");
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

@@ -5,6 +5,6 @@
 namespace korvane {
 
 /// `OS`: guesses by well-known files and boot entries which operating systems are installed.
-Outcome do_os(WordReader& arguments);
+CommandEnd do_os(WordReader& arguments);
 
 }  // namespace korvane

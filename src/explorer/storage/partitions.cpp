@@ -113,19 +113,19 @@ void print_partitions(std::uint64_t number, Selection selection) {
 
 }  // namespace
 
-Outcome do_partitions(WordReader& arguments) {
+CommandEnd do_partitions(WordReader& arguments) {
     std::uint64_t disk = 0;
-    if (!read_numbers(arguments, {&disk})) return Outcome::bad_arguments;
+    if (!read_numbers(arguments, {&disk})) return CommandEnd::bad_arguments;
     print_partitions(disk, {});
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_partition(WordReader& arguments) {
+CommandEnd do_partition(WordReader& arguments) {
     std::uint64_t disk = 0;
     std::uint64_t partition = 0;
-    if (!read_numbers(arguments, {&disk, &partition})) return Outcome::bad_arguments;
+    if (!read_numbers(arguments, {&disk, &partition})) return CommandEnd::bad_arguments;
     print_partitions(disk, {partition});
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

@@ -5,9 +5,9 @@
 namespace korvane {
 
 /// `PARTITIONS n`: a disk's GPT, or else its MBR.
-Outcome do_partitions(WordReader& arguments);
+CommandEnd do_partitions(WordReader& arguments);
 
 /// `PARTITION n p`: one entry of it, numbered from 1.
-Outcome do_partition(WordReader& arguments);
+CommandEnd do_partition(WordReader& arguments);
 
 }  // namespace korvane

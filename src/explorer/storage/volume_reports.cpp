@@ -156,38 +156,38 @@ void list_directory(PagedReport& listing, const FileHandle& directory) {
 
 }  // namespace
 
-Outcome do_volumes(WordReader&) {
+CommandEnd do_volumes(WordReader&) {
     VolumeWalk walk;
     PagedReport listing;
     bool any = false;
     while (walk.next()) {
         any = true;
         list_volume(listing, walk);
-        if (listing.aborted()) return Outcome::done;
+        if (listing.aborted()) return CommandEnd::done;
     }
     if (!any) listing.line("No Simple File System volumes found.");
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
-Outcome do_directory(WordReader& arguments) {
+CommandEnd do_directory(WordReader& arguments) {
     std::uint64_t number = 0;
-    if (!read_numbers(arguments, {&number})) return Outcome::bad_arguments;
+    if (!read_numbers(arguments, {&number})) return CommandEnd::bad_arguments;
     std::string_view path = path_argument(arguments.rest());
     if (path.empty()) path = "\\";
     const FileHandle root = open_volume(number);
     if (!root) {
         print_line(volume_not_found);
-        return Outcome::done;
+        return CommandEnd::done;
     }
     const FileHandle directory = open_on_volume(root.get(), path);
     if (!IsDirectory(directory.get())) {
         print_line("Directory not found or inaccessible.");
-        return Outcome::done;
+        return CommandEnd::done;
     }
     PagedReport listing;
     listing.line(LineText().put("Directory of volume ").put_decimal(number).put(": ").put(path));
     list_directory(listing, directory);
-    return Outcome::done;
+    return CommandEnd::done;
 }
 
 }  // namespace korvane

@@ -7,9 +7,9 @@ namespace korvane {
 inline constexpr std::string_view volume_not_found = "Volume not found.";
 
 /// `VOLUMES`: every volume with its sizes, label and device path.
-Outcome do_volumes(WordReader& arguments);
+CommandEnd do_volumes(WordReader& arguments);
 
 /// `DIRFS v [path]`: a directory, the root unless a path follows.
-Outcome do_directory(WordReader& arguments);
+CommandEnd do_directory(WordReader& arguments);
 
 }  // namespace korvane

@@ -31,8 +31,6 @@ struct InputRequest {
     std::size_t count;
 };
 
-enum class Outcome { taken, rejected };
-
 std::string_view take_prompt(Cursor& cursor) {
     const auto* bytes = reinterpret_cast<const char*>(cursor->string.bytes);
     const std::string_view prompt(bytes, std::min<std::size_t>(cursor->string.length, max_prompt));
@@ -80,21 +78,22 @@ Value text_value(std::string_view text) {
                             static_cast<std::uint32_t>(text.size()));
 }
 
-// Gives each place its field. An error that a new reply would not cure (no string space) is left pending.
-Outcome assign_fields(ReplyFields& fields, std::span<const Reference> places) {
+// Gives each place its field; false when the reply does not fit the places. An error that a new reply would
+// not cure (no string space) is left pending.
+bool assign_fields(ReplyFields& fields, std::span<const Reference> places) {
     for (const Reference& place : places) {
         const auto field = fields.next();
-        if (!field) return Outcome::rejected;
+        if (!field) return false;
         if (place.type == Type::STRING) {
             store(place, text_value(*field));
         } else {
             const auto number = number_in_field(*field, place.type);
-            if (!number) return Outcome::rejected;
+            if (!number) return false;
             store(place, *number);
         }
         if (error_pending()) break;
     }
-    return Outcome::taken;
+    return true;
 }
 
 void ask_until_taken(const InputRequest& request) {
@@ -103,7 +102,7 @@ void ask_until_taken(const InputRequest& request) {
         const auto reply = ask(request.prompt, request.asks, buffer);
         if (!reply) return;
         ReplyFields fields(*reply);
-        if (assign_fields(fields, std::span(request.places).first(request.count)) == Outcome::rejected) {
+        if (!assign_fields(fields, std::span(request.places).first(request.count))) {
             con_put_message("?Redo from start\r");
             forget_error();
             continue;
