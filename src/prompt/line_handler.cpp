@@ -36,8 +36,8 @@ void skip_blanks(const std::uint8_t*& text) {
         ++text;
 }
 
-// The line number at `text`, or false when it is too large.
-bool read_line_number(const std::uint8_t*& text, std::uint32_t& number) {
+// Takes the digits at `text` as a line number. Raises an error and gives false when it is too large.
+bool take_typed_number(const std::uint8_t*& text, std::uint32_t& number) {
     std::uint64_t value = 0;
     for (; is_digit(*text); ++text) {
         value = value * 10 + (*text - '0');
@@ -52,7 +52,7 @@ bool read_line_number(const std::uint8_t*& text, std::uint32_t& number) {
 
 void handle_program_line(const std::uint8_t* text) {
     std::uint32_t number;
-    if (!read_line_number(text, number)) return;
+    if (!take_typed_number(text, number)) return;
     skip_blanks(text);
     store_line(number, reinterpret_cast<const char*>(text));
 }

@@ -30,7 +30,8 @@ std::uint32_t current_line_number() {
     return execution.line == gone_line ? execution.gone_number : 0;
 }
 
-void print_in_line(std::uint32_t number) {
+// What follows a message: " in " and the line number, unless it is 0, and the line end.
+void print_place(std::uint32_t number) {
     if (number != 0) {
         con_put_message(" in ");
         con_put_message(format_unsigned(number).view());
@@ -61,7 +62,7 @@ bool trap_error() {
     if (traps.error_target == 0 || handler_active(TrapKind::ERROR) || !execution.program_running)
         return false;
     // The message has been shown already and stays shown (deliberate).
-    print_in_line(errors.line);
+    print_place(errors.line);
     errors.pending = false;
     if (!push_trap_frame(TrapKind::ERROR, {execution.line, execution.statement_start})) return false;
     jump_to_line(traps.error_target);
@@ -177,7 +178,7 @@ void reset_run_state() {
     run_loop();
     execution.program_running = false;
     execution.stop = false;
-    if (error_pending()) print_in_line(errors.line);
+    if (error_pending()) print_place(errors.line);
 }
 
 namespace {
@@ -187,7 +188,7 @@ namespace {
     run_from_here();
     if (!execution.break_seen) return;
     con_put_message("Break");
-    print_in_line(execution.break_line);
+    print_place(execution.break_line);
     execution.break_seen = false;
 }
 
