@@ -120,7 +120,7 @@ void do_bitblt(Cursor& cursor) {
         transparent = static_cast<std::uint32_t>(evaluate_integer(cursor) & colour_mask);
         if (error_pending()) return;
     }
-    gfx_last_point();  // the centre becomes the last point if there was none
+    gfx_settle_last_point();
     show_bitmap(*bitmap, corner, has_transparent ? &transparent : nullptr);
 }
 

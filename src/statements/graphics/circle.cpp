@@ -156,7 +156,7 @@ void gfx_circle(Point centre, std::int64_t radius, std::uint32_t colour) {
 void do_circle(Cursor& cursor) {
     ++cursor;
     Point centre;
-    if (!gfx_parse_point(cursor, gfx_last_point(), centre) || !expect_comma(cursor)) return;
+    if (!gfx_parse_point(cursor, gfx_settle_last_point(), centre) || !expect_comma(cursor)) return;
     const std::int64_t radius = evaluate_integer(cursor);
     if (error_pending()) return;
     if (radius < 0) {

@@ -52,7 +52,7 @@ Point gfx_map(double x, double y) {
     return point;
 }
 
-Point gfx_last_point() {
+Point gfx_settle_last_point() {
     if (!graphics.last_point_set) gfx_center_last_point(screen.width, screen.height);
     return graphics.last_point;
 }

@@ -14,8 +14,8 @@ namespace korvane {
 // The physical pixel of a coordinate pair. Raises "Overflow" when a coordinate is beyond the INT64 range.
 Point gfx_map(double x, double y);
 
-// The last point; the screen's centre becomes it on first use.
-Point gfx_last_point();
+// Makes the screen's centre the last point if there is none yet, and gives the last point.
+Point gfx_settle_last_point();
 
 void gfx_set_last_point(Point point);
 

@@ -220,7 +220,7 @@ void carry_out(Pen& pen, char command) {
 
 void gfx_draw(std::string_view commands) {
     Pen pen{.rest = commands.substr(0, max_draw_commands),
-            .position = gfx_last_point(),
+            .position = gfx_settle_last_point(),
             .colour = console.foreground,
             .scale = 4,
             .angle = 0,

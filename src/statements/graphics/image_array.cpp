@@ -132,7 +132,7 @@ void do_get_graphics(Cursor& cursor) {
     ++cursor;
     Point first;
     Point second;
-    if (!gfx_parse_point(cursor, gfx_last_point(), first)) return;
+    if (!gfx_parse_point(cursor, gfx_settle_last_point(), first)) return;
     if (!expect(cursor, '-', message::expected_dash)) return;
     if (!gfx_parse_point(cursor, first, second) || !expect_comma(cursor)) return;
     const PixelRectangle area = {std::min(first.x, second.x), std::min(first.y, second.y),
@@ -155,7 +155,7 @@ void do_get_graphics(Cursor& cursor) {
 void do_put_graphics(Cursor& cursor) {
     ++cursor;
     Point corner;
-    if (!gfx_parse_point(cursor, gfx_last_point(), corner) || !expect_comma(cursor)) return;
+    if (!gfx_parse_point(cursor, gfx_settle_last_point(), corner) || !expect_comma(cursor)) return;
     const ImageArray array = parse_image_array(cursor);
     if (error_pending()) return;
     const std::uint8_t mode = parse_mode(cursor);

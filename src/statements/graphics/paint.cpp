@@ -112,7 +112,7 @@ void gfx_paint(Point start, std::uint32_t paint, std::uint32_t border) {
 void do_paint(Cursor& cursor) {
     ++cursor;
     Point start;
-    if (!gfx_parse_point(cursor, gfx_last_point(), start)) return;
+    if (!gfx_parse_point(cursor, gfx_settle_last_point(), start)) return;
     const PaintColours colours = parse_paint_colours(cursor, console.foreground);
     if (error_pending()) return;
     gfx_paint(start, colours.paint, colours.border);

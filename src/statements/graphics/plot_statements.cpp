@@ -18,7 +18,7 @@ enum class LineShape : std::uint8_t { line, box, filled_box };
 void plot_pixel(Cursor& cursor, std::uint32_t default_colour) {
     ++cursor;
     Point point;
-    if (!gfx_parse_point(cursor, gfx_last_point(), point)) return;
+    if (!gfx_parse_point(cursor, gfx_settle_last_point(), point)) return;
     const std::uint32_t colour = parse_plain_colour(cursor, default_colour);
     if (error_pending()) return;
     gfx_plot(point.x, point.y, colour);
@@ -61,7 +61,7 @@ void do_preset(Cursor& cursor) {
 
 void do_line(Cursor& cursor) {
     ++cursor;
-    Point from = gfx_last_point();
+    Point from = gfx_settle_last_point();
     if (cursor->kind != '-' && !gfx_parse_point(cursor, from, from)) return;
     if (!expect(cursor, '-', message::expected_dash)) return;
     Point to;
