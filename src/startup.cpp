@@ -60,7 +60,8 @@ void clear_firmware_console() {
     out->SetCursorPosition(out, 0, 0);
 }
 
-// Every module's state, so that nothing depends on what the image's memory held before.
+// The state of what needs neither the screen nor the arenas, so that nothing depends on what the image's
+// memory held before; start() sees to the rest.
 void initialize_state() {
     execution = Execution{};
     execution.line = direct_line;

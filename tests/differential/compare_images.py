@@ -37,7 +37,7 @@ def run(terminal, image, program):
 
 
 def session_begins(screen):
-    """The screen without the start banner, whose quotation is a matter of chance."""
+    """The screen without the start banner, which tells of the memory: images of two sizes leave different amounts."""
     start = next((i for i, line in enumerate(screen) if line == "Ready."), 0)
     return screen[start:]
 

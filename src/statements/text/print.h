@@ -1,4 +1,4 @@
-// PRINT, and the pieces of a print list that are functions elsewhere.
+// PRINT, and what the functions of a print list send.
 #pragma once
 
 #include <cstdint>
@@ -12,9 +12,9 @@ inline constexpr std::uint32_t print_zone_width = 14;
 // PRINT [#n, | @n[,]] with a list, USING, WRAP or JUSTIFY.
 void do_print(Cursor& cursor);
 
-// What TAB(n) and SPC(n) do as items of a print list: send blanks to the output. Columns count from 1; a TAB
-// to a column already passed goes to the next line first. n is taken modulo the output width. A negative n
-// raises "Illegal function call".
+// What TAB(n) and SPC(n) do wherever they are evaluated: they send blanks to the output. Columns count from
+// 1, modulo the output width; TAB(0) is the first one too, and a column already passed is taken in the next
+// line. SPC counts modulo the width. A negative n raises "Illegal function call".
 void print_tab(std::int64_t column);
 void print_spaces(std::int64_t count);
 
