@@ -26,8 +26,8 @@ struct Comparison {
     double ratio() const;  // the median of the rounds' ratios
 };
 
-/// Takes turns for this many rounds. Each function gives the seconds of one execution; the yardstick may be
-/// empty.
+/// Takes turns for this many rounds. Each function gives the seconds of one execution;
+/// the yardstick may be empty.
 Comparison take_turns(int rounds, const std::function<double()>& subject,
                       const std::function<double()>& yardstick);
 
@@ -42,8 +42,8 @@ inline constexpr Unit milliseconds{"ms", 1e3};
 inline constexpr Unit microseconds{"us", 1e6};
 inline constexpr Unit nanoseconds{"ns", 1e9};
 
-/// A table in Markdown: a name, its time and the yardstick's, their ratio, and the largest ratio that is good
-/// enough.
+/// A table in Markdown: a name, its time and the yardstick's, their ratio,
+/// and the largest ratio that is good enough.
 class Table {
   public:
     /// Prints the head.

@@ -51,8 +51,8 @@ class Session {
     /// The seconds from this key until the image waits for the next one.
     double seconds_after(char key);
 
-    /// Tells the keyboard that the image waits for a key where it now stands, so that it need not find out
-    /// again.
+    /// Tells the keyboard that the image waits for a key where it now stands,
+    /// so that it need not find out again.
     void learn_waiting_place() { machine_.learn_waiting_place(); }
 
   private:

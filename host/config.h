@@ -17,8 +17,8 @@ struct MemoryRegion {
     std::uint64_t base;   // page-aligned
     std::uint64_t pages;  // of 4 KiB
     uefi::MemoryType type;
-    std::uint64_t present_pages =
-        0;  // at its end, taken from the host at once instead of when they are touched
+    // At its end, taken from the host at once instead of when they are touched.
+    std::uint64_t present_pages = 0;
 };
 
 /// One mode of the graphics output protocol.

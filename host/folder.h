@@ -65,8 +65,7 @@ class Folder {
     void note_creation(const FolderPath& path);
 
     Descriptor root_;
-    std::map<std::string, std::uint64_t>
-        creation_;  // path to the number of its creation, for those made here
+    std::map<std::string, std::uint64_t> creation_;  // of each path made here, the number of its creation
     std::uint64_t creations_ = 0;
 };
 

@@ -1,5 +1,5 @@
-// A machine that runs one UEFI application on the hosted firmware, and stops whenever the application wants a
-// key.
+// A machine that runs one UEFI application on the hosted firmware,
+// and stops whenever the application wants a key.
 //
 //     Machine machine(config, ImageSource::file("build/korvane.efi"));
 //     while (machine.run() == Stop::waits_for_key) machine.firmware().keyboard().press(...);
@@ -29,8 +29,8 @@ using EntryPoint = uefi::Status(EFIAPI*)(uefi::Handle, uefi::SystemTable*);
 
 /// The application: a file, or code that is linked into this program.
 struct ImageSource {
-    std::filesystem::path
-        path;  // of the file; with linked code, of the file that stands for it on the volume
+    // Of the file; with linked code, of the file that stands for it on the volume.
+    std::filesystem::path path;
     EntryPoint linked_code = nullptr;  // run instead of the file's code
 
     static ImageSource file(std::filesystem::path path) { return {std::move(path), nullptr}; }

@@ -11,8 +11,8 @@
 
 namespace korvane::host {
 
-/// Bytes from one descriptor of the memory map to the next: more than the record's 40, as on much real
-/// firmware.
+/// Bytes from one descriptor of the memory map to the next:
+/// more than the record's 40, as on much real firmware.
 inline constexpr std::uint64_t descriptor_stride = 48;
 
 class Memory {

@@ -79,8 +79,8 @@ std::optional<TerminalKey> TerminalKeys::next() {
     return key;
 }
 
-/// Decodes what stands first in pending_ and returns its length; 0 when nothing is there, or not all of it
-/// yet.
+/// Decodes what stands first in pending_ and returns its length;
+/// 0 when nothing is there, or not all of it yet.
 std::size_t TerminalKeys::decode(bool at_end) {
     if (pending_.empty()) return 0;
     const auto byte = static_cast<std::uint8_t>(pending_[0]);

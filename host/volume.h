@@ -17,8 +17,8 @@ namespace korvane::host {
 
 class Volume;
 
-/// One handle of the file protocol. Handles stay in memory after they are closed, so that their use is
-/// noticed.
+/// One handle of the file protocol. Handles stay in memory after they are closed,
+/// so that their use is noticed.
 struct OpenFile : uefi::FileProtocol {
     OpenFile(Volume& its_volume, FolderPath its_path);
 

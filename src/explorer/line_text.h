@@ -17,8 +17,8 @@ class LineText {
     LineText& put(std::string_view text);
     LineText& put(const char* text);  // for constants: the many calls are short without a length
 
-    /// The value in upper-case hexadecimal with leading zeros, `digits` (1 to 16) wide; higher digits are
-    /// cut.
+    /// The value in upper-case hexadecimal with leading zeros, `digits` (1 to 16) wide;
+    /// higher digits are cut.
     LineText& put_hex(std::uint64_t value, unsigned digits);
 
     /// An address: 16 hexadecimal digits.

@@ -79,8 +79,8 @@ FileHandle open_boot_volume() {
 }
 
 FileHandle find_boot_volume() {
-    // The image's device may have gone with the stick: only handles that the firmware has just named are
-    // used.
+    // The image's device may have gone with the stick:
+    // only handles that the firmware has just named are used.
     const uefi::Handle device = image_device();
     for (const uefi::Handle handle : HandleList(uefi::simple_file_system_guid)) {
         if (noted.size == 0 ? handle != device : !is_noted_volume(handle)) continue;

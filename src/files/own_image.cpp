@@ -21,8 +21,8 @@ using EntryName = char16_t[max_entry_name + 1];
 // The running image's name as its volume spells it, noted whenever its file is opened; else empty.
 EntryName own_name;
 
-// Appends a File Path node's text to `path`. False when a character is wider than 8 bits or the path gets too
-// long.
+// Appends a File Path node's text to `path`.
+// False when a character is wider than 8 bits or the path gets too long.
 bool append_path_text(std::span<const std::uint8_t> text, char16_t* path, std::uint32_t& length) {
     for (std::size_t i = 0; i + 1 < text.size(); i += 2) {
         const auto unit = read_unaligned<char16_t>(text.data() + i);
@@ -91,8 +91,8 @@ void name_directory(char16_t* path, std::uint32_t part) {
     path[part + 1] = 0;
 }
 
-// Compares two directories name by name up to the root. False also when the firmware does not show enough of
-// them.
+// Compares two directories name by name up to the root.
+// False also when the firmware does not show enough of them.
 bool are_different(FileHandle left, FileHandle right) {
     for (int depth = 0; depth < max_directory_depth && left && right; ++depth) {
         EntryName left_name;

@@ -17,8 +17,8 @@ inline constexpr std::uint32_t max_file_line = 299;  // characters kept of a lin
 // Cuts a stream of bytes into text lines.
 class LineAssembler {
   public:
-    // Takes one byte. True when it ended a line that is not empty; the line is then in line() until the next
-    // call.
+    // Takes one byte. True when it ended a line that is not empty;
+    // the line is then in line() until the next call.
     bool add(char byte);
 
     // The end of the file: true when a last line without a line end is in line().
@@ -32,8 +32,8 @@ class LineAssembler {
     bool complete_ = false;  // line() has been handed out; the next byte starts a new one
 };
 
-// A text line cut into its line number and the rest: leading blanks are skipped, and one blank behind the
-// number.
+// A text line cut into its line number and the rest:
+// leading blanks are skipped, and one blank behind the number.
 struct NumberedLine {
     std::uint32_t number;
     std::string_view text;

@@ -223,8 +223,8 @@ constexpr Row rows[] = {
     {"SYNTAX", "XOR", "a XOR b - bitwise exclusive or"},
 };
 
-// The rows as the image holds them, without pointers and without the names that begin their texts. An entry
-// is
+// The rows as the image holds them, without pointers and without the names that begin
+// their texts. An entry is
 // - a byte: the length of its name where its text begins with it, else 0, plus `begins_category` where it is
 //   the first of its category;
 // - zero-terminated: the category if it begins one, the name if it does not begin the text, the packed text.

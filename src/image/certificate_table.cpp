@@ -37,8 +37,8 @@ std::uint64_t find_certificate_table(const FileHandle& image, std::uint64_t size
     if (read_unaligned<std::uint16_t>(header + optional_header) != pe32_plus_magic) return size;
     if (read_unaligned<std::uint32_t>(header + directory_count) <= certificate_index) return size;
 
-    // Unlike the other directories this one holds a file offset, and its table is the last thing in a signed
-    // file.
+    // Unlike the other directories this one holds a file offset,
+    // and its table is the last thing in a signed file.
     const auto table = read_unaligned<std::uint32_t>(header + certificate_directory);
     const auto table_size = read_unaligned<std::uint32_t>(header + certificate_directory + 4);
     const bool is_last = table != 0 && table_size != 0 && std::uint64_t{table} + table_size == size;

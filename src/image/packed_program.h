@@ -1,11 +1,11 @@
 // The program packed behind a standalone image: its layout, how start-up finds it and how it is loaded.
 //
-//   image file | "BAS2" | u32 line count | line records | "KORVANE2-PACKED!" | u64 packed length |
+//   image file | "BAS2" | u32 line count | line records | "KORVANE2-PACKED!" | u64 packed length
 //   line record: u32 line number, u32 text length, text
 //
 // All integers are little-endian and nothing is aligned. The packed length counts from "BAS2" to the trailer,
-// which is the last 24 bytes of the file. The firmware's loader ignores all of it: it lies behind the last
-// section.
+// which is the last 24 bytes of the file. The firmware's loader ignores all of it:
+// it lies behind the last section.
 #pragma once
 
 #include <cstdint>

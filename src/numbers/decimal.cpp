@@ -19,8 +19,8 @@ constexpr std::array<double, 23> powers_of_ten = {1e0,  1e1,  1e2,  1e3,  1e4,  
                                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-// Decimal magnitudes (positions of the first digit, 1 for 1 to 9) outside these round to infinity and to
-// zero.
+// Decimal magnitudes (positions of the first digit, 1 for 1 to 9)
+// outside these round to infinity and to zero.
 constexpr std::int64_t highest_magnitude = 309;
 constexpr std::int64_t lowest_magnitude = -323;
 
@@ -75,8 +75,8 @@ Decimal parse(std::string_view number) {
     return decimal;
 }
 
-// A positive number as quotient * 2^exponent, the quotient with its highest bit set, plus a rest below one
-// unit.
+// A positive number as quotient * 2^exponent, the quotient with its highest bit set,
+// plus a rest below one unit.
 struct Scaled {
     std::uint64_t quotient;
     bool has_rest;

@@ -65,8 +65,8 @@ int normalize(double& number) {
     return exponent;
 }
 
-// `digits` decimal digits of a number that is at least 1 and less than 10; a carry out of them raises
-// `exponent`.
+// `digits` decimal digits of a number that is at least 1 and less than 10;
+// a carry out of them raises `exponent`.
 void write_mantissa(double number, int digits, int& exponent, std::span<char> text) {
     double integral = number * power_of_ten(digits - 1) + 0.5;
     std::size_t size = 0;
@@ -189,8 +189,8 @@ std::size_t format_magnitude(double magnitude, int digits, char exponent_letter,
 std::size_t write_integral(double integral, std::span<char> text) {
     if (integral < two_to_63) return write_unsigned(static_cast<std::uint64_t>(integral), text);
 
-    // mantissa * 2^exponent in limbs of nine decimal digits, the lowest first, doubled up to 2^29 times at
-    // once.
+    // mantissa * 2^exponent in limbs of nine decimal digits, the lowest first,
+    // doubled up to 2^29 times at once.
     constexpr std::uint64_t limb_base = 1'000'000'000;
     const auto bits = std::bit_cast<std::uint64_t>(integral);
     std::uint64_t rest = (bits & ((std::uint64_t{1} << 52) - 1)) | std::uint64_t{1} << 52;

@@ -11,8 +11,8 @@
 
 namespace korvane {
 
-// A formatted number; the longest, a DOUBLE in exponent form, has 23 characters. Not
-// zero-terminated.
+// A formatted number; the longest, a DOUBLE in exponent form, has 23 characters.
+// Not zero-terminated.
 struct NumberText {
     std::array<char, 32> characters;
     std::uint32_t size;

@@ -17,8 +17,8 @@ double kernel_tan(double angle);
 // Arctangent, from -pi/2 to pi/2.
 double kernel_atan(double tangent);
 
-// e^x; an infinity above 709.78 and 0 below -745, deliberately a little inside what a binary64 number could
-// hold.
+// e^x; an infinity above 709.78 and 0 below -745,
+// deliberately a little inside what a binary64 number could hold.
 double kernel_exp(double x);
 
 // Natural logarithm; a NaN for negative numbers, minus infinity for 0.

@@ -47,8 +47,8 @@ struct UsingItem {
 // The item at `position` of a format, which is advanced past it.
 UsingItem next_using_item(std::string_view format, std::size_t& position);
 
-// Text of a number in a field. The longest is a % before 309 digits in groups of three and 255 more after a
-// point.
+// Text of a number in a field.
+// The longest is a % before 309 digits in groups of three and 255 more after a point.
 struct FieldText {
     std::array<char, 960> characters;
     std::uint32_t size;

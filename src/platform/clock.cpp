@@ -10,8 +10,8 @@ void calibrate_clock() {
     constexpr std::uint64_t stall_microseconds = 100'000;
     constexpr std::uint64_t stalls_per_second = 10;
     const std::uint64_t before = read_time_stamp();
-    // A stall that fails returns at once and makes the rate too small; there is no better clock to check it
-    // with.
+    // A stall that fails returns at once and makes the rate too small;
+    // there is no better clock to check it with.
     firmware.boot->Stall(stall_microseconds);
     tsc_clock.ticks_per_second = (read_time_stamp() - before) * stalls_per_second;
 }

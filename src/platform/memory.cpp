@@ -20,8 +20,8 @@ inline Unit unit_at(const std::uint8_t* address) {
     return unit;
 }
 
-// A block of one to two units: its first and its last one, which may overlap. Both are read before either is
-// written.
+// A block of one to two units: its first and its last one, which may overlap.
+// Both are read before either is written.
 template <typename Unit>
 inline void copy_ends(std::uint8_t* to, const std::uint8_t* from, std::size_t count) {
     const Unit first = unit_at<Unit>(from);
@@ -83,8 +83,8 @@ NO_LOOP_IDIOMS void* memcpy(void* destination, const void* source, std::size_t c
 NO_LOOP_IDIOMS void* memmove(void* destination, const void* source, std::size_t count) {
     auto* to = static_cast<std::uint8_t*>(destination);
     auto* from = static_cast<const std::uint8_t*>(source);
-    // Each block is read whole before it is written, so a copy upward in memory is safe for a lower
-    // destination.
+    // Each block is read whole before it is written,
+    // so a copy upward in memory is safe for a lower destination.
     if (to <= from || to >= from + count) return memcpy(destination, source, count);
     to += count;
     from += count;

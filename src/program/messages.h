@@ -2,8 +2,8 @@
 //
 // raise() takes one of these; the table in program/errors.cpp gives some of them their numbers. Two spellings
 // of the syntax error are in use, each by its own statements, and programs can tell them apart on the screen:
-// statements in general say "Syntax Error", while the ON forms, EDIT and the expression parser say "Syntax
-// error".
+// statements in general say "Syntax Error",
+// while the ON forms, EDIT and the expression parser say "Syntax error".
 #pragma once
 
 namespace korvane::message {

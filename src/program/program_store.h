@@ -56,8 +56,8 @@ std::string_view line_text(std::uint32_t index);
 // failed store leaves the program as it was. Clears can-continue.
 void store_line(std::uint32_t number, std::string_view text);
 
-// Removes the lines from index `first` up to, not including, `end` and empties the token cache. Clears
-// can-continue.
+// Removes the lines from index `first` up to, not including, `end` and empties the token cache.
+// Clears can-continue.
 void delete_lines(std::uint32_t first, std::uint32_t end);
 
 // The index of the line with exactly this number, or direct_line when there is none.

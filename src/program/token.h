@@ -109,8 +109,8 @@ struct Token {
                 char name[name_capacity];  // upper case, with type suffix, zero-padded
                 std::uint8_t payload[40];
             };
-            // Lookup cache. The tokenizer clears it; a reference in it is trusted only while `generation` is
-            // current.
+            // Lookup cache. The tokenizer clears it;
+            // a reference in it is trusted only while `generation` is current.
             void* cached;
         };
         Step step;

@@ -17,8 +17,8 @@ bool WordScan::next_word() {
 }
 
 // Most tokens end where their letters and digits end. It takes the tokenizer to tell where the others do:
-// numbers that go on, strings, and names with the one suffix that could as well begin a token with letters in
-// it.
+// numbers that go on, strings, and names with the one suffix
+// that could as well begin a token with letters in it.
 void WordScan::pass_token() {
     const char first = text_[position_++];
     const bool is_word = is_letter(first);

@@ -18,8 +18,8 @@ extern AutoNumbering auto_numbering;
 // AUTO [start][,increment]: both are 10 when left out. Raises "Type mismatch" and "Illegal function call".
 void do_auto(Cursor& cursor);
 
-// Moves on to the number of the next prompt. False, with AUTO off, when it would pass the largest line
-// number.
+// Moves on to the number of the next prompt. False, with AUTO off,
+// when it would pass the largest line number.
 bool next_auto_number();
 
 }  // namespace korvane

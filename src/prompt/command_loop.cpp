@@ -36,8 +36,8 @@ bool is_program_line() {
     return is_digit(*at);
 }
 
-// A prompt follows unless a program line was stored or deleted or the line left the user editing on the
-// screen.
+// A prompt follows unless a program line was stored or deleted
+// or the line left the user editing on the screen.
 bool prompt_due() {
     if (command_loop.skip_prompt) {
         command_loop.skip_prompt = false;

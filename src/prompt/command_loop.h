@@ -9,9 +9,9 @@
 namespace korvane {
 
 struct CommandLoop {
-    std::uint8_t
-        line[line_editor_capacity];  // the line being handled, zero-terminated; direct tokens point into it
-    bool skip_prompt;                // suppresses the next "Ready." once; EDIT sets it
+    // The line being handled, zero-terminated; direct tokens point into it.
+    std::uint8_t line[line_editor_capacity];
+    bool skip_prompt;  // suppresses the next "Ready." once; EDIT sets it
 };
 extern CommandLoop command_loop;
 

@@ -14,8 +14,8 @@ namespace korvane {
 
 namespace {
 
-// Prints a text and keeps track of the screen row on which it began, which moves up when the text area
-// scrolls.
+// Prints a text and keeps track of the screen row on which it began,
+// which moves up when the text area scrolls.
 class TrackedPrinter {
   public:
     TrackedPrinter() : area_(con_text_area()) {

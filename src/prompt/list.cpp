@@ -33,8 +33,8 @@ Page empty_page() {
     return {columns, rows > prompt_rows ? rows - prompt_rows : 1, 0};
 }
 
-// Rows that a line takes when it is printed at the cursor. Line ends inside the text start a new row, CR LF
-// one.
+// Rows that a line takes when it is printed at the cursor.
+// Line ends inside the text start a new row, CR LF one.
 std::uint32_t rows_of_line(std::uint32_t index, std::uint32_t columns) {
     const CellRectangle area = con_text_area();
     const std::uint32_t start = console.cursor_column > area.left ? console.cursor_column - area.left : 0;

@@ -15,12 +15,12 @@ void do_gosub(Cursor& cursor);
 // rest of that line is not executed (deliberate).
 void do_return(Cursor& cursor);
 
-// ON expression GOTO/GOSUB list, ON ERROR GOTO, ON BREAK GOTO, ON TIMER(n) GOSUB. A malformed one is "Syntax
-// error".
+// ON expression GOTO/GOSUB list, ON ERROR GOTO, ON BREAK GOTO, ON TIMER(n) GOSUB.
+// A malformed one is "Syntax error".
 void do_on(Cursor& cursor);
 
-// Jumps to the line whose number is the literal at the cursor, as after THEN and ELSE. Remembers where it
-// leads.
+// Jumps to the line whose number is the literal at the cursor, as after THEN and ELSE.
+// Remembers where it leads.
 void jump_to_literal(Token& literal);
 
 }  // namespace korvane

@@ -83,8 +83,8 @@ bool limit_fits_double(const Value& limit) {
     return limit.type != Type::INT64 || (limit.integer >= -exact && limit.integer <= exact);
 }
 
-// -1, 0 or 1 by which the loop ends: past the limit in the direction of the step. A zero step counts as
-// upward.
+// -1, 0 or 1 by which the loop ends: past the limit in the direction of the step.
+// A zero step counts as upward.
 bool past_limit(std::int32_t step_sign, int order) {
     return step_sign < 0 ? order < 0 : order > 0;
 }

@@ -21,8 +21,8 @@ void reset_run_state();
 void run_program();
 
 // CHAIN: goes on with the first statement of the line at `index`. Within a running program this is a jump.
-// Typed at the keyboard it turns the direct line into a run: the program runs from there and ends like RUN
-// does.
+// Typed at the keyboard it turns the direct line into a run:
+// the program runs from there and ends like RUN does.
 void chain_to_line(std::uint32_t index);
 
 // Runs from the current position with the program-running flag on, and reports how the run ended: " in N"

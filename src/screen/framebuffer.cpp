@@ -58,8 +58,8 @@ void fill_both(std::uint64_t index, std::uint64_t count, std::uint32_t colour) {
     if (has_back_buffer()) fill_words(screen.framebuffer + index, count, colour);
 }
 
-// Copies words of the back buffer down in memory, into both buffers. What lies outside of memory reads as
-// black.
+// Copies words of the back buffer down in memory, into both buffers.
+// What lies outside of memory reads as black.
 void move_words(std::uint64_t to, std::uint64_t from, std::uint64_t count) {
     count = count_in_memory(to, count);
     const std::uint64_t readable = count_in_memory(from, count);
@@ -112,8 +112,8 @@ void store_pixel_row(std::uint32_t x, std::uint32_t y, std::span<const std::uint
 
 void move_pixels_up(std::uint32_t x, std::uint32_t to_y, std::uint32_t from_y, std::uint32_t columns,
                     std::uint32_t rows) {
-    // Row by row: what was just moved in the back buffer is still in the processor's cache when it is copied
-    // on.
+    // Row by row: what was just moved in the back buffer is still
+    // in the processor's cache when it is copied on.
     for (std::uint32_t row = 0; row < rows; ++row) {
         move_words(pixel_index(x, to_y + row), pixel_index(x, from_y + row), columns);
     }

@@ -58,8 +58,8 @@ void fill_pixels(std::uint32_t x, std::uint32_t y, std::uint32_t columns, std::u
 // Stores pixels from memory that belongs to neither buffer, from (x, y) to the right.
 void store_pixel_row(std::uint32_t x, std::uint32_t y, std::span<const std::uint32_t> pixels);
 
-// Copies a rectangle of `columns` by `rows` pixels from (x, from_y) up to (x, to_y); to_y is not below
-// from_y.
+// Copies a rectangle of `columns` by `rows` pixels from (x, from_y) up to (x, to_y);
+// to_y is not below from_y.
 void move_pixels_up(std::uint32_t x, std::uint32_t to_y, std::uint32_t from_y, std::uint32_t columns,
                     std::uint32_t rows);
 

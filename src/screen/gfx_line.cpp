@@ -6,8 +6,8 @@
 //     floor((2 k minor + major) / (2 major))
 //
 // after k steps, the ideal position rounded with halves going towards the end. Hence it has made at least m
-// steps exactly when  k minor + floor(major / 2) >= m major,  which 128 bits hold for every pair of 64-bit
-// coordinates.
+// steps exactly when  k minor + floor(major / 2) >= m major,  which 128 bits hold
+// for every pair of 64-bit coordinates.
 #include "screen/gfx_line.h"
 
 #include <algorithm>

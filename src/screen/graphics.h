@@ -1,5 +1,5 @@
-// What the graphics statements remember between them: the last point, the viewport and the logical
-// coordinates.
+// What the graphics statements remember between them:
+// the last point, the viewport and the logical coordinates.
 //
 // This is the lowest layer of the graphics: it knows neither the framebuffer nor the console, so that the
 // console can reset it on a clear or a mode change. screen/plot.h draws, statements/graphics/coordinates.h
@@ -16,8 +16,8 @@ struct Point {
     std::int64_t y;
 };
 
-// An inclusive rectangle of physical pixels; empty when a right or bottom edge lies before its left or top
-// edge.
+// An inclusive rectangle of physical pixels;
+// empty when a right or bottom edge lies before its left or top edge.
 struct PixelRectangle {
     std::int64_t left;
     std::int64_t top;

@@ -2,8 +2,8 @@
 //
 // Escape is the system's break key; no other key or combination stops a program. Keys typed while a program
 // runs wait in the firmware's buffer, except one byte in the look-ahead slot. A key that carries only a scan
-// code has character 0, and characters beyond 255 are cut to their low byte; both show in INKEY$ and are
-// deliberate.
+// code has character 0, and characters beyond 255 are cut to their low byte;
+// both show in INKEY$ and are deliberate.
 #pragma once
 
 #include <cstdint>

@@ -11,8 +11,8 @@
 namespace korvane {
 
 inline constexpr std::uint32_t line_editor_capacity = 256;  // what the direct mode passes
-inline constexpr std::uint32_t line_editor_work_size =
-    32768;  // the largest logical line: 128 rows of 256 cells
+// The largest logical line: 128 rows of 256 cells.
+inline constexpr std::uint32_t line_editor_work_size = 32768;
 inline constexpr std::int32_t edit_aborted = -1;
 
 struct LineEditor {

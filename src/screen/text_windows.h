@@ -35,8 +35,8 @@ extern TextWindows text_windows;
 // Start-up: no window is defined.
 void initialize_text_windows();
 
-// Puts one character at the window's cursor; wraps and scrolls. Carriage return (13) is the only control
-// code.
+// Puts one character at the window's cursor; wraps and scrolls.
+// Carriage return (13) is the only control code.
 void win_put_char(TextWindow& window, std::uint8_t code);
 
 // Scrolls the window up one row, filling its bottom row with its background.

@@ -1,9 +1,9 @@
-// The expression evaluator: a precedence-climbing parser that works directly on token records, without a
-// tree.
+// The expression evaluator: a precedence-climbing parser that works directly on token records,
+// without a tree.
 //
 // Every function advances the cursor past what it read and leaves it on the first token that is no part of
-// the expression. On failure an error is pending and the result is meaningless; callers look at
-// error_pending().
+// the expression. On failure an error is pending and the result is meaningless;
+// callers look at error_pending().
 #pragma once
 
 #include <cstdint>
@@ -17,8 +17,8 @@ namespace korvane {
 // "Overflow", "Division by zero", "Illegal function call", "Array not dimensioned" and what functions raise.
 Value evaluate(Cursor& cursor);
 
-// An expression converted to a 64-bit integer, floats rounded half away from zero. A string is "Type
-// mismatch".
+// An expression converted to a 64-bit integer, floats rounded half away from zero.
+// A string is "Type mismatch".
 std::int64_t evaluate_integer(Cursor& cursor);
 
 // An expression as a condition: true when not zero. A string is "Type mismatch".

@@ -45,8 +45,8 @@ double load(std::span<const std::uint8_t> image) {
     }
     const bool negative = (mantissa & sign_bit) != 0;
     mantissa |= sign_bit;  // the implied leading bit takes the sign's place
-    // At most 56 bits, of which the lowest 8 of the word are zero: exact as a signed integer, rounded once
-    // here.
+    // At most 56 bits, of which the lowest 8 of the word are zero:
+    // exact as a signed integer, rounded once here.
     const auto integer = static_cast<double>(static_cast<std::int64_t>(mantissa >> 8));
     const std::uint64_t field = image[last] + std::uint64_t{1023 - 129 - 55};
     const double magnitude = integer * std::bit_cast<double>(field << 52);

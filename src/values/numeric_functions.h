@@ -20,8 +20,8 @@ Value function_exp(const Value& x);  // "Overflow" above 709.78; 0 below -745
 Value function_log(const Value& x);  // "Illegal function call" for x <= 0
 Value function_sqr(const Value& x);  // "Illegal function call" for x < 0
 
-// Conversions. CINT gives an INT64, halves rounded away from zero; CSNG raises "Overflow" outside SINGLE's
-// range.
+// Conversions. CINT gives an INT64, halves rounded away from zero;
+// CSNG raises "Overflow" outside SINGLE's range.
 Value function_cint(const Value& number);
 Value function_csng(const Value& number);
 Value function_cdbl(const Value& number);

@@ -32,8 +32,8 @@ void store_number(const Reference& reference, const Value& value) {
         case Type::INT64:
             store_narrow_integer<std::int64_t>(reference.storage, value);
             break;
-        // Deliberately without an overflow test: a value outside the range becomes an infinity in the
-        // variable.
+        // Deliberately without an overflow test:
+        // a value outside the range becomes an infinity in the variable.
         case Type::SINGLE:
             write_unaligned(reference.storage, static_cast<float>(to_double(value)));
             break;

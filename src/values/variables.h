@@ -31,8 +31,8 @@ struct VariableEntry {
 static_assert(sizeof(VariableEntry) == 64);
 static_assert(__builtin_offsetof(VariableEntry, storage) == 48);
 
-// An array block in the data arena: this head, `dimensions` upper bounds, then the elements in row-major
-// order.
+// An array block in the data arena: this head, `dimensions` upper bounds,
+// then the elements in row-major order.
 struct ArrayBlock {
     std::uint64_t dimensions;  // 1 to 4
     std::int64_t bounds[];     // upper bound of each dimension, in the order written in DIM
@@ -57,8 +57,8 @@ struct Reference {
     Type type;
 };
 
-// Empties the table at VARTABLE and sets default types and array base back; values/clear.h is the whole
-// operation.
+// Empties the table at VARTABLE and sets default types and array base back;
+// values/clear.h is the whole operation.
 void clear_variables();
 
 // The type of a variable of this name: by suffix, else by first letter.

@@ -1,5 +1,5 @@
-// Random sessions at the prompt: program lines, edits, runs and direct lines as a careless person might type
-// them.
+// Random sessions at the prompt: program lines, edits, runs and direct lines
+// as a careless person might type them.
 #pragma once
 
 #include <cstdint>

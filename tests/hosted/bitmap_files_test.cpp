@@ -34,8 +34,8 @@ constexpr std::int64_t illegal_function_call_code = 5;
 constexpr std::int64_t out_of_memory_code = 7;
 constexpr std::int64_t bad_file_mode_code = 54;
 
-// Loads each content into slot 0, in one run of a program, and gives the error codes, 0 for those that were
-// loaded.
+// Loads each content into slot 0, in one run of a program, and gives the error codes,
+// 0 for those that were loaded.
 std::vector<std::int64_t> load_all(LinkedSession& session, const std::vector<std::string>& contents) {
     for (std::size_t i = 0; i < contents.size(); ++i) {
         session.write_file("T" + std::to_string(i) + ".BMP", contents[i]);
@@ -74,8 +74,8 @@ class BitmapFiles : public testing::Test {
     LinkedSession session_{640, 480};
 };
 
-// Made by ImageMagick: a 40-byte head of 24 bits, a 124-byte head of 24 bits, and one of 32 bits with bit
-// fields.
+// Made by ImageMagick: a 40-byte head of 24 bits, a 124-byte head of 24 bits,
+// and one of 32 bits with bit fields.
 TEST_F(BitmapFiles, FilesOfACommonToolShowTheirPixels) {
     for (const std::string name : {"version3.bmp", "version4.bmp", "alpha.bmp"}) {
         session_.write_file("PICTURE.BMP", read_bitmap(name));

@@ -1,8 +1,8 @@
 // A program whose CHAIN MERGE fails goes on as if nothing had been changed, as long as only remarks came and
 // went before the failure. Random programs of loops, subroutines, READ and handlers run twice: with overlays
 // that find no file and change nothing, and with ones that delete remarks, or insert some in front of a line
-// that has no number. Both runs must leave the same log. KORVANE_OVERLAY_PROGRAMS sets the number of
-// programs.
+// that has no number. Both runs must leave the same log.
+// KORVANE_OVERLAY_PROGRAMS sets the number of programs.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

@@ -1,6 +1,6 @@
 // The interpreter linked into a test, running on the hosted firmware: lines are typed, and between them the
-// test looks at the interpreter's own state. One session at a time; a volume in a scratch folder belongs to
-// it.
+// test looks at the interpreter's own state. One session at a time;
+// a volume in a scratch folder belongs to it.
 #pragma once
 
 #include <cstdint>
@@ -32,8 +32,8 @@ class LinkedSession {
     /// Presses Escape and runs until the next key is wanted; as type().
     bool press_escape();
 
-    /// Puts keys into the keyboard's queue, to be read whenever the interpreter looks; `escape_key` is
-    /// Escape.
+    /// Puts keys into the keyboard's queue, to be read whenever the interpreter looks;
+    /// `escape_key` is Escape.
     void queue_keys(std::string_view keys);
 
     void write_file(const std::string& name, std::string_view content) const;

@@ -1,5 +1,5 @@
-// Random programs for the screen: statements of all kinds that draw or print, with sound, absurd and faulty
-// arguments.
+// Random programs for the screen: statements of all kinds that draw or print,
+// with sound, absurd and faulty arguments.
 #pragma once
 
 #include <cstdint>

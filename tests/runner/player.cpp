@@ -61,8 +61,8 @@ void Player::play_steps(std::size_t first) {
     check_end();
 }
 
-// What the leak check at the end compares with. Only a mode change may take pages for good, for its back
-// buffer.
+// What the leak check at the end compares with.
+// Only a mode change may take pages for good, for its back buffer.
 void Player::note_start() {
     host::Firmware& firmware = machine_->firmware();
     buffers_at_start_ = firmware.pool().buffers();

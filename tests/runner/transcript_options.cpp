@@ -131,9 +131,8 @@ bool Parser::without(const Words& words, std::string_view) {
     return words.size() > 1;
 }
 
-// @disk [block=SIZE] [blocks=COUNT] [align=BYTES] [media=ID] [last=LBA] [bad=LBA]... [removable] [absent]
-// [partition]
-//       [read-only]
+// @disk [block=SIZE] [blocks=COUNT] [align=BYTES] [media=ID] [last=LBA] [bad=LBA]...
+//       [removable] [absent] [partition] [read-only]
 bool Parser::disk(const Words& words, std::string_view) {
     host::BlockDeviceConfig device;
     std::uint64_t blocks = default_disk_blocks;

@@ -329,8 +329,8 @@ TEST(ExplorerPartitions, WalkEndsWhereTheTableLeavesTheDisk) {
 }
 
 TEST(ExplorerPartitions, TablesInImpossiblePlacesAreEmpty) {
-    // Beyond the disk, at a place whose byte offset wraps to the header itself, and at the very top of the
-    // offsets.
+    // Beyond the disk, at a place whose byte offset wraps to the header itself,
+    // and at the very top of the offsets.
     for (const std::uint64_t lba :
          {std::uint64_t{1000}, std::uint64_t{0xFFFFFFFFFFFFFFFF}, std::uint64_t{1} << 55,
           (std::uint64_t{1} << 55) + 1, (std::uint64_t{1} << 55) - 1}) {

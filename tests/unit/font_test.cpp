@@ -28,8 +28,8 @@ constexpr BoxCharacter box_characters[] = {
     {214, 0, 1, 0, 2}, {215, 1, 1, 2, 2}, {216, 2, 2, 1, 1}, {217, 1, 0, 1, 0}, {218, 0, 1, 0, 1},
 };
 
-// The pixels of a cell's edge as a bit pattern: one bit a pixel row at the sides, a pixel column above and
-// below.
+// The pixels of a cell's edge as a bit pattern:
+// one bit a pixel row at the sides, a pixel column above and below.
 std::uint32_t side_edge(int code, std::uint32_t x) {
     std::uint32_t bits = 0;
     for (std::uint32_t y = 0; y < glyph_height; ++y)
@@ -98,8 +98,8 @@ TEST(Font, ShadesAreQuarterHalfAndThreeQuartersAndTile) {
         int pixels = 0;
         for (std::uint32_t y = 0; y < glyph_height; ++y) {
             pixels += __builtin_popcount(font_glyphs[176 + shade][y]);
-            // A period of four pixels and two rows divides the cell, so neighbouring cells continue the
-            // pattern.
+            // A period of four pixels and two rows divides the cell,
+            // so neighbouring cells continue the pattern.
             EXPECT_EQ(font_glyphs[176 + shade][y] >> 4, font_glyphs[176 + shade][y] & 0x0F);
             EXPECT_EQ(font_glyphs[176 + shade][y], font_glyphs[176 + shade][y % 2]);
         }

@@ -1,5 +1,5 @@
-// Number formatting: known forms, and random numbers against a plain re-implementation of the formatter's
-// steps.
+// Number formatting: known forms, and random numbers against
+// a plain re-implementation of the formatter's steps.
 #include "numbers/format.h"
 
 #include <gtest/gtest.h>

@@ -18,8 +18,8 @@ namespace {
 
 using test::take_error;
 
-// The tokens of a line without the end record. The text lives until the next call, as string tokens need it
-// to.
+// The tokens of a line without the end record.
+// The text lives until the next call, as string tokens need it to.
 std::span<const Token> tokens_of(std::string_view line) {
     static std::string text;
     text = line;

@@ -17,8 +17,8 @@ extern DumpContinuation dump_continuation;
 /// Start-up: no dump has been made.
 void initialize_dump();
 
-/// `M [address [length]]`: dumps memory that the memory map shows as readable, 256 bytes unless told
-/// otherwise.
+/// `M [address [length]]`: dumps memory that the memory map shows as readable,
+/// 256 bytes unless told otherwise.
 CommandEnd do_dump(WordReader& arguments);
 
 /// `M! [address [length]]`: the same without looking at the memory map, at the user's risk.

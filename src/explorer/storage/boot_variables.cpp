@@ -6,8 +6,8 @@
 namespace korvane {
 namespace {
 
-constexpr std::uint64_t largest_variable =
-    std::uint64_t{1024} * 1024;  // bytes; firmware stores hold far less in all
+// Bytes; firmware stores hold far less in all.
+constexpr std::uint64_t largest_variable = std::uint64_t{1024} * 1024;
 constexpr std::uint32_t tried_numbers = 0x100;
 
 }  // namespace

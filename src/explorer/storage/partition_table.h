@@ -48,8 +48,8 @@ std::optional<GptEntry> decode_gpt_entry(std::span<const std::uint8_t> bytes);
 /// "EFI System" and so on; "GPT" for a type that is not known here.
 const char* partition_type_name(const uefi::Guid& type);
 
-/// The line that shows a GPT entry. The size is left out when the last LBA lies below the first or it
-/// overflows.
+/// The line that shows a GPT entry. The size is left out when the last LBA lies below
+/// the first or it overflows.
 LineText format_gpt_entry(std::uint64_t number, const GptEntry& entry, std::uint32_t block_size);
 
 bool has_mbr_signature(std::span<const std::uint8_t, mbr_bytes> sector);

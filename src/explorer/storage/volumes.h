@@ -39,8 +39,8 @@ class VolumeWalk {
 /// The root directory of a volume; empty when there is no such volume.
 FileHandle open_volume(std::uint64_t number);
 
-/// Opens a path (absolute or not, "/" or "\" between its names) on a volume for reading. Empty when that
-/// fails.
+/// Opens a path (absolute or not, "/" or "\" between its names) on a volume for reading.
+/// Empty when that fails.
 FileHandle open_on_volume(uefi::FileProtocol* root, std::string_view path);
 
 enum class PathKind : std::uint8_t { file, directory };

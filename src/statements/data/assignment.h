@@ -1,5 +1,5 @@
-// Statements that move values into variables: LET (with or without the word), the MID$ statement, SWAP,
-// RANDOMIZE.
+// Statements that move values into variables: LET (with or without the word),
+// the MID$ statement, SWAP, RANDOMIZE.
 #pragma once
 
 #include "program/token.h"

@@ -13,8 +13,8 @@ std::uint64_t peek_memory(std::uint64_t address, std::uint32_t bytes);
 void poke_memory(std::uint64_t address, std::uint64_t value, std::uint32_t bytes);
 
 // POKE address, value and its wider forms. The value of the narrow forms must lie in 0 to 2^w - 1 ("Illegal
-// function call"); POKE64 takes every INT64. Raises "Expected ," and "Type mismatch". A failed POKE writes
-// nothing.
+// function call"); POKE64 takes every INT64. Raises "Expected ," and "Type mismatch".
+// A failed POKE writes nothing.
 void do_poke(Cursor& cursor);
 void do_poke16(Cursor& cursor);
 void do_poke32(Cursor& cursor);

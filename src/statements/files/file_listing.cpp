@@ -26,8 +26,8 @@ constexpr std::uint8_t paged = 0x04;
 constexpr std::uint32_t max_depth = 64;
 constexpr std::uint32_t pattern_capacity = 256;
 constexpr std::uint32_t max_display_path = 511;
-// Most records fit in the first of these, with names of up to 215 characters; the second one is for all
-// others.
+// Most records fit in the first of these, with names of up to 215 characters;
+// the second one is for all others.
 constexpr std::uint32_t usual_entry_size = 512;
 constexpr std::uint32_t entry_buffer_size = 4096;
 constexpr std::uint32_t max_entry_name = 255;

@@ -12,13 +12,13 @@
 
 namespace korvane {
 
-// BSAVE file$, address, length: 1 to 65535 bytes from a machine address. Raises "Type mismatch", "Expected
-// ,", "Illegal function call", "Bad file name" and "Disk I/O error" (the partial file stays).
+// BSAVE file$, address, length: 1 to 65535 bytes from a machine address. Raises "Type mismatch",
+// "Expected ,", "Illegal function call", "Bad file name" and "Disk I/O error" (the partial file stays).
 void do_bsave(Cursor& cursor);
 
 // BLOAD file$[, address]: reads the bytes straight to a machine address of at least 65536. Raises "Type
-// mismatch", "File not found", "Bad file mode" (no memory image), "Illegal function call" and "Disk I/O
-// error".
+// mismatch", "File not found", "Bad file mode" (no memory image),
+// "Illegal function call" and "Disk I/O error".
 void do_bload(Cursor& cursor);
 
 }  // namespace korvane

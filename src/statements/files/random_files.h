@@ -9,8 +9,8 @@
 
 namespace korvane {
 
-// All of these raise "Bad file number" and "Bad file mode" (the file is not random) where they take a file
-// number.
+// All of these raise "Bad file number" and "Bad file mode" (the file is not random)
+// where they take a file number.
 
 // FIELD [#]n, width AS s$[, width AS s$ ...]: "Field overflow", "Expected AS", "Expected variable", "Type
 // mismatch", "Too many variables". Fields set before an error stay set.

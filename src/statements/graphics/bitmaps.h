@@ -11,8 +11,8 @@ namespace korvane {
 inline constexpr std::uint32_t bitmap_slot_count = 32;
 
 struct BitmapSlot {
-    const std::uint32_t*
-        pixels;  // width * height words 0x00RRGGBB, row by row from the top, in the data arena
+    // width * height words 0x00RRGGBB, row by row from the top, in the data arena
+    const std::uint32_t* pixels;
     std::uint32_t width;
     std::uint32_t height;
     bool loaded;

@@ -8,8 +8,8 @@
 //       28     2  bits a pixel
 //       30     4  compression: 0, or with 32 bits also 3 (bit fields, taken as the usual blue, green, red)
 //
-// Rows are padded to a multiple of 4 bytes; a pixel is blue, green, red and, with 32 bits, a byte that is
-// ignored.
+// Rows are padded to a multiple of 4 bytes; a pixel is blue, green, red
+// and, with 32 bits, a byte that is ignored.
 #include "statements/graphics/bmp_file.h"
 
 #include "files/file_handle.h"

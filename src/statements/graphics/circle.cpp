@@ -1,5 +1,5 @@
-// The midpoint algorithm walks one octant, from (r, 0) up to the diagonal, and mirrors each point seven
-// times:
+// The midpoint algorithm walks one octant, from (r, 0) up to the diagonal,
+// and mirrors each point seven times:
 //
 //     x = r, y = 0, d = 1 - r
 //     while x >= y: plot; y += 1; if d < 0: d += 2 y + 1, else x -= 1, d += 2 (y - x) + 1

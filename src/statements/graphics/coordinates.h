@@ -19,8 +19,8 @@ Point gfx_settle_last_point();
 
 void gfx_set_last_point(Point point);
 
-// [STEP] (x, y): the physical point; STEP counts from `base`. Raises "Expected (", "Expected ,", "Expected
-// )", "Type mismatch" and "Overflow"; false after an error.
+// [STEP] (x, y): the physical point; STEP counts from `base`. Raises "Expected (", "Expected ,",
+// "Expected )", "Type mismatch" and "Overflow"; false after an error.
 bool gfx_parse_point(Cursor& cursor, Point base, Point& point);
 
 // Two numbers "(" x "," y ")" as they are evaluated. Raises the same; false after an error.

@@ -114,8 +114,8 @@ void move_along(Pen& pen, int x_direction, int y_direction) {
     move_by(pen, {directed(x_direction), directed(y_direction)});
 }
 
-// M x,y. An absolute target is turned into a displacement and rotated like any other move, which is
-// deliberate.
+// M x,y. An absolute target is turned into a displacement and rotated like any other move,
+// which is deliberate.
 void move_to(Pen& pen) {
     constexpr std::int64_t lowest = std::numeric_limits<std::int64_t>::min();
     constexpr std::int64_t highest = std::numeric_limits<std::int64_t>::max();
@@ -238,8 +238,8 @@ void gfx_draw(std::string_view commands) {
 
 void do_draw(Cursor& cursor) {
     ++cursor;
-    // No allocation happens while the commands are carried out, so the string's own bytes serve as the
-    // buffer.
+    // No allocation happens while the commands are carried out,
+    // so the string's own bytes serve as the buffer.
     const Value text = evaluate_string(cursor);
     if (error_pending()) return;
     gfx_draw({reinterpret_cast<const char*>(text.bytes), text.length});

@@ -1,11 +1,13 @@
 // DRAW: a small language of one-letter commands that move a pen.
 //
-//   U D L R n      moves n up, down, left, right      E F G H n    diagonal moves: up right, down right, down
-//   left, M x,y          moves to a point; by a step when x                up left
-//                  begins with a sign                 B            the next move does not draw
-//   C n            colour                             N            the next move returns to where it started
-//   S n            scale: distances count n / 4       A n, TA n    turns to n x 90 degrees; turns by n
-//   degrees more
+//   U D L R n    moves n up, down, left, right
+//   E F G H n    moves n diagonally: up right, down right, down left, up left
+//   M x,y        moves to a point; by a step when x begins with a sign
+//   B            the next move does not draw
+//   N            the next move returns to where it started
+//   C n          colour
+//   S n          scale: distances count n / 4
+//   A n, TA n    turns to n x 90 degrees; turns by n degrees more
 //
 // n defaults to 1 in the one-letter moves and is required elsewhere. Spaces and semicolons separate commands.
 #pragma once

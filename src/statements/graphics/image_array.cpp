@@ -27,8 +27,8 @@ struct ImageArray {
     }
 };
 
-// The name of a dimensioned numeric array. Raises "Expected array", "Array not dimensioned" and "Type
-// mismatch".
+// The name of a dimensioned numeric array. Raises "Expected array",
+// "Array not dimensioned" and "Type mismatch".
 ImageArray parse_image_array(Cursor& cursor) {
     VariableEntry* entry = expect_array(cursor);
     if (entry == nullptr) return {nullptr, 0};

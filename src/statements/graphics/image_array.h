@@ -11,8 +11,8 @@
 namespace korvane {
 
 // GET [STEP] (x1, y1)-[STEP] (x2, y2), array: copies a rectangle of the screen into the array. A corner off
-// the screen and an array that is too small are "Illegal function call". The first point becomes the last
-// point.
+// the screen and an array that is too small are "Illegal function call".
+// The first point becomes the last point.
 void do_get_graphics(Cursor& cursor);
 
 // PUT [STEP] (x, y), array[, PSET | PRESET | AND | OR | XOR]: combines the image with the screen, by default

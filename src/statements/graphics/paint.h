@@ -8,8 +8,8 @@
 
 namespace korvane {
 
-// Seeds that the fill remembers at most; one more is dropped silently, which may leave part of a region
-// unfilled.
+// Seeds that the fill remembers at most; one more is dropped silently,
+// which may leave part of a region unfilled.
 inline constexpr std::uint32_t paint_stack_capacity = 0x20000;
 
 // Fills the region around a point up to pixels of the border or the paint colour. It is bounded by the screen

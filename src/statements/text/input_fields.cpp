@@ -31,8 +31,8 @@ std::string_view take_plain(std::string_view& text) {
     return field;
 }
 
-// Whether a store with rounding would stay inside the type's range. SINGLE takes any number, if need be as an
-// infinity.
+// Whether a store with rounding would stay inside the type's range.
+// SINGLE takes any number, if need be as an infinity.
 bool fits(const Value& number, Type type) {
     if (is_floating(type)) return true;
     if (type == Type::INT64) {

@@ -24,8 +24,8 @@ void parse_destination(Cursor& cursor) {
     }
 }
 
-// A comma moves by at least one column to the next print zone; the right edge begins a new line and so a
-// zone.
+// A comma moves by at least one column to the next print zone;
+// the right edge begins a new line and so a zone.
 void move_to_next_zone() {
     do {
         out_put_char(' ');

@@ -89,8 +89,8 @@ void print_formatted(Cursor& cursor) {
     while (put_pass({copy.data(), length}, cursor)) {
     }
     if (error_pending()) return;
-    // A separator behind the last value has been skipped with it; at the end of the list it holds the line
-    // open.
+    // A separator behind the last value has been skipped with it;
+    // at the end of the list it holds the line open.
     const bool line_stays_open =
         accept_separator(cursor) || (is_separator(cursor - 1) && at_statement_end(cursor));
     if (!line_stays_open) out_put_char(carriage_return);

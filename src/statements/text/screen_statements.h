@@ -17,8 +17,8 @@ void do_color(Cursor& cursor);
 // "Illegal function call" outside of it.
 void do_locate(Cursor& cursor);
 
-// SCREEN width, height: each 1 to 65535, and a resolution that the firmware offers, else "Illegal function
-// call".
+// SCREEN width, height: each 1 to 65535, and a resolution that the firmware offers,
+// else "Illegal function call".
 void do_screen(Cursor& cursor);
 
 // TXTWINDOW switches the global text window off; TXTWINDOW x1, y1, x2, y2 on; TXTWINDOW @n, ... defines a
