@@ -12,8 +12,8 @@ namespace korvane {
 // The bytes from here on stand for fragments, all lower ones for themselves.
 inline constexpr std::uint8_t first_fragment_code = 0x80;
 
-// Of two characters or more, in ascending order. Chosen by a search for what makes the texts and these
-// together shortest; a text that is changed need not be minded here.
+// Of two characters or more, in ascending order. They keep the texts and themselves together short; a text
+// that is changed need not be minded here.
 // clang-format off
 inline constexpr std::array<const char*, 128> text_fragments = {
     " - ", " - names b", " [", " a", " a ", " address", " address,value", " and ", " b", " byte", " f",
