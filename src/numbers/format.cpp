@@ -4,6 +4,7 @@
 #include <bit>
 
 #include "numbers/decimal.h"
+#include "numbers/text_writer.h"
 
 namespace korvane {
 namespace {
@@ -11,27 +12,6 @@ namespace {
 constexpr int single_digits = 7;
 constexpr int double_digits = 15;
 constexpr double two_to_63 = 9223372036854775808.0;
-
-// Appends characters to a buffer that the caller made large enough.
-class Writer {
-  public:
-    explicit Writer(std::span<char> text) : text_(text) {}
-
-    void put(char character) { text_[size_++] = character; }
-    void put(std::span<const char> characters) {
-        for (const char character : characters)
-            put(character);
-    }
-    void put(char character, int count) {
-        for (int i = 0; i < count; i++)
-            put(character);
-    }
-    std::size_t size() const { return size_; }
-
-  private:
-    std::span<char> text_;
-    std::size_t size_ = 0;
-};
 
 // Decimal digits of an integer at the end of a block of 20; returns their number.
 std::size_t write_digits(std::uint64_t integer, std::span<char, 20> block) {
@@ -94,7 +74,7 @@ void write_mantissa(double number, int digits, int& exponent, std::span<char> te
     }
 }
 
-void put_exponent(Writer& out, char letter, int exponent) {
+void put_exponent(TextWriter& out, char letter, int exponent) {
     out.put(letter);
     out.put(exponent < 0 ? '-' : '+');
     const int magnitude = exponent < 0 ? -exponent : exponent;
@@ -104,7 +84,7 @@ void put_exponent(Writer& out, char letter, int exponent) {
 }
 
 // Significant digits (without trailing zeros) of the number d.ddd * 10^exponent in one of the three layouts.
-void put_layout(Writer& out, std::span<const char> digits, int exponent, int precision, char letter) {
+void put_layout(TextWriter& out, std::span<const char> digits, int exponent, int precision, char letter) {
     const int count = static_cast<int>(digits.size());
     if (exponent < -4 || exponent > precision - 1) {
         out.put(digits[0]);
@@ -181,7 +161,7 @@ std::size_t format_magnitude(double magnitude, int digits, char exponent_letter,
     std::size_t count = static_cast<std::size_t>(digits);
     while (count > 1 && block[count - 1] == '0')
         count--;
-    Writer out(text);
+    TextWriter out(text);
     put_layout(out, std::span(block).first(count), exponent, digits, exponent_letter);
     return out.size();
 }

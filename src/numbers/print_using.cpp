@@ -5,6 +5,7 @@
 
 #include "numbers/decimal.h"
 #include "numbers/format.h"
+#include "numbers/text_writer.h"
 
 namespace korvane {
 namespace {
@@ -86,30 +87,6 @@ UsingItem scan_fixed_string(std::string_view format, std::size_t& position) {
     return string_field(UsingKind::FIXED_STRING, width);
 }
 
-// Appends to a FieldText, which has room for every field.
-class Writer {
-  public:
-    explicit Writer(FieldText& text) : text_(text) { text_.size = 0; }
-
-    void put(char character) { text_.characters[text_.size++] = character; }
-    void put(std::span<const char> characters) {
-        for (const char character : characters)
-            put(character);
-    }
-    void put(char character, std::int32_t count) {
-        for (std::int32_t i = 0; i < count; i++)
-            put(character);
-    }
-    // Formats a magnitude in the general form.
-    void put_magnitude(double magnitude, std::int32_t digits) {
-        text_.size += static_cast<std::uint32_t>(
-            format_magnitude(magnitude, digits, 'E', std::span(text_.characters).subspan(text_.size)));
-    }
-
-  private:
-    FieldText& text_;
-};
-
 // '-' for a negative number, else '+' when asked for, else 0.
 char sign_of(double number, bool plus) {
     if (number < 0) return '-';
@@ -130,7 +107,7 @@ double round_magnitude(double magnitude, std::int32_t digits) {
 }
 
 // Digits of the whole part with a comma before each group of three when asked for.
-void put_whole(Writer& out, std::span<const char> digits, bool comma) {
+void put_whole(TextWriter& out, std::span<const char> digits, bool comma) {
     for (std::size_t i = 0; i < digits.size(); i++) {
         if (comma && i != 0 && (digits.size() - i) % 3 == 0) out.put(',');
         out.put(digits[i]);
@@ -139,7 +116,7 @@ void put_whole(Writer& out, std::span<const char> digits, bool comma) {
 
 // Digits of a fraction, one after the other. The small addend of each step is part of the language: it makes
 // up for fractions that binary64 holds a little too small, and shows in the digits of some that it does not.
-void put_fraction(Writer& out, double fraction, std::int32_t digits) {
+void put_fraction(TextWriter& out, double fraction, std::int32_t digits) {
     for (std::int32_t i = 0; i < digits; i++) {
         const double scaled = fraction * 10;
         // After a digit that the addend raised, the rest is negative and grows; its digits are zeros.
@@ -173,13 +150,14 @@ UsingItem next_using_item(std::string_view format, std::size_t& position) {
     }
 }
 
-void format_field(double number, const NumericField& field, FieldText& text) {
-    Writer out(text);
+namespace {
+
+void put_field(TextWriter& out, double number, const NumericField& field) {
     const char sign = sign_of(number, field.leading_plus);
     const double magnitude = number < 0 ? -number : number;
     if (field.exponent) {
         if (sign != 0) out.put(sign);
-        out.put_magnitude(magnitude, field.digits_after + 1);
+        out.take_written(format_magnitude(magnitude, field.digits_after + 1, 'E', out.room()));
         return;
     }
 
@@ -204,6 +182,14 @@ void format_field(double number, const NumericField& field, FieldText& text) {
     if (finite && field.point) out.put('.');
     if (finite) put_fraction(out, rounded - truncate(rounded), field.digits_after);
     if (field.trailing_sign) out.put(number < 0 ? '-' : '+');
+}
+
+}  // namespace
+
+void format_field(double number, const NumericField& field, FieldText& text) {
+    TextWriter out(text.characters);
+    put_field(out, number, field);
+    text.size = static_cast<std::uint32_t>(out.size());
 }
 
 }  // namespace korvane
