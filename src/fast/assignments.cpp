@@ -43,10 +43,10 @@ bool specialise_array_element(Token* at) {
 }
 
 // Behind THEN, what was kept for the word is good for the assignment too.
-std::uint64_t let_with_word(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_with_word(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     if (execution.kept_token == at) execution.kept_token = at + 1;
-    return at[1].execute(at + 1, left);
+    return at[1].execute(at + 1, budget);
 }
 
 }  // namespace

@@ -34,45 +34,45 @@ bool resolve_line(Token* literal) {
     return true;
 }
 
-std::uint64_t fall_back_if(Token* at, std::uint64_t left, std::uint8_t* string_top) {
+std::uint64_t fall_back_if(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
     arenas.FREETOP = string_top;
-    return execute_general_if(at, left);
+    return execute_general_if(at, budget);
 }
 
 // Fewer statements are left than the THEN part may take: as the keyboard is not looked at inside it, that is
 // done now. An IF within a THEN part has been counted by the one around it.
-std::uint64_t pause_before(Token* at, std::uint64_t left, std::uint8_t* string_top) {
-    if (execution.then_part) return fall_back_if(at, left, string_top);
+std::uint64_t pause_before(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+    if (execution.then_part) return fall_back_if(at, budget, string_top);
     arenas.FREETOP = string_top;
     return pause(at);
 }
 
 // Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that.
 // Nothing behind one that is the whole THEN part could ask whether there was one.
-inline std::uint64_t enter_then_part(Token* at, std::uint64_t left, std::uint8_t* string_top) {
-    if (left < at->step.jump.line) return pause_before(at, left, string_top);
+inline std::uint64_t enter_then_part(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+    if (budget < at->step.jump.line) return pause_before(at, budget, string_top);
     execution.then_part = (at->right_kind & lone_then_part) == 0;
     if (execution.kept_token != at) execution.kept_start = at;
     execution.kept_token = at->step.next;
-    return at->step.next->execute(at->step.next, left - 1);
+    return at->step.next->execute(at->step.next, budget - 1);
 }
 
 // A branch to a line that has not been tokenized, for which null stands: the general handler goes there, and
 // the statement is looked at again.
-std::uint64_t branch_first(Token* at, std::uint64_t left, std::uint8_t* string_top) {
+std::uint64_t branch_first(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
     at->execute = execute_first;
-    return fall_back_if(at, left, string_top);
+    return fall_back_if(at, budget, string_top);
 }
 
 template <typename Condition, bool to_line>
-std::uint64_t if_then(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t if_then(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     std::uint8_t* string_top = arenas.FREETOP;
     const Truth truth = Condition::of(at);
-    if (truth == Truth::FAILED) return fall_back_if(at, left, string_top);
-    if (!to_line && truth == Truth::TRUE) return enter_then_part(at, left, string_top);
+    if (truth == Truth::FAILED) return fall_back_if(at, budget, string_top);
+    if (!to_line && truth == Truth::TRUE) return enter_then_part(at, budget, string_top);
     Token* target = truth == Truth::TRUE ? at->step.next : at->step.left_inner;
-    return target == nullptr ? branch_first(at, left, string_top) : jump(target, left);
+    return target == nullptr ? branch_first(at, budget, string_top) : jump(target, budget);
 }
 
 template <typename Condition>
@@ -103,29 +103,29 @@ Token* false_target(Token* behind_condition) {
     return target[1].kind == NUMBER ? target_of(target + 1) : link_to(following(target + 1));
 }
 
-std::uint64_t goto_line(Token* at, std::uint64_t left) {
-    return jump(at[1].number.target, left);
+std::uint64_t goto_line(Token* at, std::uint64_t budget) {
+    return jump(at[1].number.target, budget);
 }
 
 // GOSUB keeps where it returns to: the position in own and the statement in next.
-std::uint64_t gosub_line(Token* at, std::uint64_t left) {
-    if (control_stacks.gosub_count == max_gosub_depth) return execute_general(at, left);
+std::uint64_t gosub_line(Token* at, std::uint64_t budget) {
+    if (control_stacks.gosub_count == max_gosub_depth) return execute_general(at, budget);
     control_stacks.gosubs[control_stacks.gosub_count++] = {.line = at->step.own.line,
                                                            .record = at->step.own.record,
                                                            .kind = GosubKind::GOSUB,
                                                            .timer = 0,
                                                            .epoch = program.cache_epoch,
                                                            .token = at->step.next};
-    return jump(at[1].number.target, left);
+    return jump(at[1].number.target, budget);
 }
 
-std::uint64_t return_to_line(Token* at, std::uint64_t left) {
-    if (control_stacks.gosub_count == 0) return execute_general(at, left);
+std::uint64_t return_to_line(Token* at, std::uint64_t budget) {
+    if (control_stacks.gosub_count == 0) return execute_general(at, budget);
     const GosubEntry& entry = control_stacks.gosubs[control_stacks.gosub_count - 1];
     if (entry.kind != GosubKind::GOSUB || entry.epoch != program.cache_epoch)
-        return execute_general(at, left);
+        return execute_general(at, budget);
     --control_stacks.gosub_count;
-    return jump(entry.token, left);
+    return jump(entry.token, budget);
 }
 
 bool is_lone_literal(const Token* at) {

@@ -67,11 +67,11 @@ bool read_items(const Token* host) {
     return true;
 }
 
-std::uint64_t read_places(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t read_places(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     std::uint8_t* string_top = arenas.FREETOP;
-    if (!read_items(at)) return fall_back(at, left, string_top);
-    return proceed(at->step.next, left);
+    if (!read_items(at)) return fall_back(at, budget, string_top);
+    return proceed(at->step.next, budget);
 }
 
 }  // namespace

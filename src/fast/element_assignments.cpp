@@ -10,13 +10,13 @@ namespace korvane::fast {
 namespace {
 
 template <Type type>
-std::uint64_t let_element(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_element(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     Token* equals = at[1].step.next;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = find_element<storage_size(type), Subscripts::ANY>(at + 1);
-    if (place == nullptr || !assign<type>(place, equals)) return fall_back(at, left, string_top);
-    return proceed(equals->step.next, left);
+    if (place == nullptr || !assign<type>(place, equals)) return fall_back(at, budget, string_top);
+    return proceed(equals->step.next, budget);
 }
 
 template <Type type>
@@ -27,24 +27,24 @@ struct LetElement {
 // The frequent shapes, whose value can be taken before the element is found: a plain side for a DOUBLE
 // element, and a literal for an INTEGER one.
 template <Subscripts subscripts>
-std::uint64_t let_plain_element(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_plain_element(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     const auto value = plain_right<double>(at[1].step.next);
     std::uint8_t* place = find_element<8, subscripts>(at + 1);
-    if (place == nullptr || !is_finite(value)) return execute_general(at, left);
+    if (place == nullptr || !is_finite(value)) return execute_general(at, budget);
     __builtin_memcpy(place, &value, sizeof value);
-    return proceed(at[1].step.next->step.next, left);
+    return proceed(at[1].step.next->step.next, budget);
 }
 
-std::uint64_t let_integer_element(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_integer_element(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     const Token* equals = at[1].step.next;
     const auto literal = read<std::int64_t>(equals->step.operand);
     const auto value = static_cast<std::int16_t>(literal);
     std::uint8_t* place = find_element<2, Subscripts::ONE>(at + 1);
-    if (place == nullptr || value != literal) return execute_general(at, left);
+    if (place == nullptr || value != literal) return execute_general(at, budget);
     __builtin_memcpy(place, &value, sizeof value);
-    return proceed(equals->step.next, left);
+    return proceed(equals->step.next, budget);
 }
 
 // The handler for a frequent shape, or null.

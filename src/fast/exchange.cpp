@@ -13,17 +13,17 @@ struct Datum {
 };
 
 template <int size>
-std::uint64_t swap_places(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t swap_places(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     // Subscripts may take string space.
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* first = place_address<size>(at);
     std::uint8_t* second = first == nullptr ? nullptr : place_address<size>(at->step.inner);
-    if (__builtin_expect(second == nullptr, false)) return fall_back(at, left, string_top);
+    if (__builtin_expect(second == nullptr, false)) return fall_back(at, budget, string_top);
     const auto kept = read_unaligned<Datum<size>>(first);
     write_unaligned(first, read_unaligned<Datum<size>>(second));
     write_unaligned(second, kept);
-    return proceed(at->step.next, left);
+    return proceed(at->step.next, budget);
 }
 
 Execute choose(Type type) {

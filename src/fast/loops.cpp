@@ -108,9 +108,9 @@ bool nothing_to_do(const ForEntry& entry) {
     return true;
 }
 
-std::uint64_t for_loop(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
-    return open_loop(at) ? proceed(at->step.next, left) : execute_general(at, left);
+std::uint64_t for_loop(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
+    return open_loop(at) ? proceed(at->step.next, budget) : execute_general(at, budget);
 }
 
 // The expression behind a word, kept in its own domain so that the general NEXT sees the type it would have
@@ -128,18 +128,18 @@ bool hold_natural(Token* host, Token*& end) {
 // ---- WHILE --------------------------------------------------------------------------------------
 
 template <typename Condition>
-std::uint64_t while_true(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t while_true(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     const Truth truth = Condition::of(at);
     if (truth == Truth::FALSE && at->jump_known) {
         Token* behind = cached_statement({at->step.jump.line, at->step.jump.record + 1});
-        if (behind != nullptr) return jump(behind, left);
+        if (behind != nullptr) return jump(behind, budget);
     }
     if (truth != Truth::TRUE || control_stacks.while_count == max_while_depth)
-        return execute_general(at, left);
+        return execute_general(at, budget);
     control_stacks.whiles[control_stacks.while_count++] = {
         .start = at->step.own, .token = at, .epoch = program.cache_epoch};
-    return proceed(at->step.next, left);
+    return proceed(at->step.next, budget);
 }
 
 template <typename Condition>
@@ -147,13 +147,13 @@ struct While {
     static constexpr Execute execute = while_true<Condition>;
 };
 
-std::uint64_t wend(Token* at, std::uint64_t left) {
-    if (control_stacks.while_count == 0) return execute_general(at, left);
+std::uint64_t wend(Token* at, std::uint64_t budget) {
+    if (control_stacks.while_count == 0) return execute_general(at, budget);
     const WhileEntry& entry = control_stacks.whiles[control_stacks.while_count - 1];
-    if (entry.epoch != program.cache_epoch) return execute_general(at, left);
+    if (entry.epoch != program.cache_epoch) return execute_general(at, budget);
     --control_stacks.while_count;
     execution.kept_token = nullptr;
-    return jump(entry.token, left);
+    return jump(entry.token, budget);
 }
 
 }  // namespace

@@ -23,49 +23,49 @@ inline bool fits(const Token* at, const ForEntry& entry) {
 
 // Takes the NEXT to the depth of the innermost loop if that is open for its variable; anything else is the
 // general handler's business.
-std::uint64_t next_elsewhere(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t next_elsewhere(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     const std::uint32_t depth = control_stacks.for_count;
-    if (depth == 0 || depth == at->right_kind) return execute_general(at, left);
+    if (depth == 0 || depth == at->right_kind) return execute_general(at, budget);
     ForEntry& entry = control_stacks.fors[depth - 1];
     if (entry.quick_variable != at->step.left_operand || entry.generation != arenas.generation)
-        return execute_general(at, left);
+        return execute_general(at, budget);
     at->right_kind = static_cast<std::uint8_t>(depth);
     at->step.operand = &entry;
-    return at->execute(at, left);
+    return at->execute(at, budget);
 }
 
-inline std::uint64_t turn(const ForEntry& entry, bool done, Token* at, std::uint64_t left) {
-    if (!done) return jump(entry.loop_token, left);
+inline std::uint64_t turn(const ForEntry& entry, bool done, Token* at, std::uint64_t budget) {
+    if (!done) return jump(entry.loop_token, budget);
     --control_stacks.for_count;
-    return proceed(at->step.next, left);
+    return proceed(at->step.next, budget);
 }
 
 template <typename Number>
-std::uint64_t next_real(Token* at, std::uint64_t left) {
+std::uint64_t next_real(Token* at, std::uint64_t budget) {
     const ForEntry& entry = entry_of(at);
-    if (!fits(at, entry)) return next_elsewhere(at, left);
+    if (!fits(at, entry)) return next_elsewhere(at, budget);
     std::uint8_t* storage = entry.variable->storage;
     const auto sum = static_cast<Number>(read<Number>(storage) + entry.step_as_double);
-    if (!is_finite(sum)) return execute_general(at, left);
+    if (!is_finite(sum)) return execute_general(at, budget);
     __builtin_memcpy(storage, &sum, sizeof sum);
     const double limit = entry.limit_as_double;
-    return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, left);
+    return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, budget);
 }
 
 template <typename Narrow>
-std::uint64_t next_whole(Token* at, std::uint64_t left) {
+std::uint64_t next_whole(Token* at, std::uint64_t budget) {
     const ForEntry& entry = entry_of(at);
-    if (!fits(at, entry)) return next_elsewhere(at, left);
+    if (!fits(at, entry)) return next_elsewhere(at, budget);
     std::uint8_t* storage = entry.variable->storage;
     std::int64_t sum;
     if (__builtin_add_overflow(std::int64_t{read<Narrow>(storage)}, entry.step.integer, &sum))
-        return execute_general(at, left);
+        return execute_general(at, budget);
     const auto narrow = static_cast<Narrow>(sum);
-    if (narrow != sum) return execute_general(at, left);
+    if (narrow != sum) return execute_general(at, budget);
     __builtin_memcpy(storage, &narrow, sizeof narrow);
     const std::int64_t limit = entry.limit.integer;
-    return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, left);
+    return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, budget);
 }
 
 // Whole numbers are added to a floating variable as doubles, so its loops need not be whole.

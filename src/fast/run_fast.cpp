@@ -18,45 +18,45 @@ State state;
 
 namespace {
 
-std::uint64_t leave(Token* at, std::uint64_t left) {
+std::uint64_t leave(Token* at, std::uint64_t budget) {
     state.look_at = at;
-    return left;
+    return budget;
 }
 
 // ---- Statements that need no handler of their own -----------------------------------------------
 
-std::uint64_t pass_colons(Token* at, std::uint64_t left) {
-    return proceed(following(at), left);
+std::uint64_t pass_colons(Token* at, std::uint64_t budget) {
+    return proceed(following(at), budget);
 }
 
-std::uint64_t go_to_next_line(Token* at, std::uint64_t left) {
-    return jump(at->step.next, left);
+std::uint64_t go_to_next_line(Token* at, std::uint64_t budget) {
+    return jump(at->step.next, budget);
 }
 
-std::uint64_t end_line_first(Token* at, std::uint64_t left) {
+std::uint64_t end_line_first(Token* at, std::uint64_t budget) {
     enter_line_of(at);
     Token* tokens = cached_tokens(execution.line + 1);
     // The end of the program, or a line that the run loop has to tokenize.
-    if (tokens == nullptr) return leave(at, left - 1);
+    if (tokens == nullptr) return leave(at, budget - 1);
     at->step.next = tokens;
     at->execute = go_to_next_line;
     link_line(at);
-    return go_to_next_line(at, left);
+    return go_to_next_line(at, budget);
 }
 
-std::uint64_t skip_to_end(Token* at, std::uint64_t left) {
-    return proceed(end_of_line(at), left);
+std::uint64_t skip_to_end(Token* at, std::uint64_t budget) {
+    return proceed(end_of_line(at), budget);
 }
 
-std::uint64_t pass_data(Token* at, std::uint64_t left) {
+std::uint64_t pass_data(Token* at, std::uint64_t budget) {
     while (at->kind != END_OF_LINE && at->kind != ':')
         ++at;
-    return proceed(following(at), left);
+    return proceed(following(at), budget);
 }
 
 // An ELSE ends the THEN part in front of it; anywhere else it is an error.
-std::uint64_t meet_else(Token* at, std::uint64_t left) {
-    return execution.then_part ? skip_to_end(at, left) : execute_general(at, left);
+std::uint64_t meet_else(Token* at, std::uint64_t budget) {
+    return execution.then_part ? skip_to_end(at, budget) : execute_general(at, budget);
 }
 
 // ---- Meeting a statement for the first time -----------------------------------------------------
@@ -123,17 +123,17 @@ Execute plain_form(std::uint8_t kind) {
 }
 
 // By its general handler, but for the forms that never change.
-inline std::uint64_t execute_unspecialised(Token* at, std::uint64_t left) {
-    return at->kind == KW_IF ? execute_general_if(at, left) : execute_general(at, left);
+inline std::uint64_t execute_unspecialised(Token* at, std::uint64_t budget) {
+    return at->kind == KW_IF ? execute_general_if(at, budget) : execute_general(at, budget);
 }
 
 // A statement that could not be specialised is worth another look when variables have been created since, for
 // a name without a variable is what stands in the way most often.
-std::uint64_t execute_until_variables_change(Token* at, std::uint64_t left) {
+std::uint64_t execute_until_variables_change(Token* at, std::uint64_t budget) {
     const auto seen = static_cast<std::uint8_t>(variables.count);
-    if (is_current(at) && at->right_kind == seen) return execute_unspecialised(at, left);
+    if (is_current(at) && at->right_kind == seen) return execute_unspecialised(at, budget);
     at->execute = execute_first;
-    return execute_first(at, left);
+    return execute_first(at, budget);
 }
 
 // Executes the statement at `at`, whose line is the current one, by its general handler; gives the next one,
@@ -156,22 +156,23 @@ std::uint64_t execute_until_variables_change(Token* at, std::uint64_t left) {
 
 }  // namespace
 
-std::uint64_t execute_general(Token* at, std::uint64_t left) {
+std::uint64_t execute_general(Token* at, std::uint64_t budget) {
     enter_line_of(at);
     Token* next = handle(at);
-    return next == nullptr ? left - 1 : proceed(next, left);
+    return next == nullptr ? budget - 1 : proceed(next, budget);
 }
 
-std::uint64_t execute_general_if(Token* at, std::uint64_t left) {
-    if (left <= max_tokens_per_line && left < statements_of_if(at) && !execution.then_part) return pause(at);
+std::uint64_t execute_general_if(Token* at, std::uint64_t budget) {
+    if (budget <= max_tokens_per_line && budget < statements_of_if(at) && !execution.then_part)
+        return pause(at);
     enter_line_of(at);
     const std::uint64_t before = execution.statement_count;
     Token* next = handle(at);
-    // The statements that it has executed are taken from those left, as run() will count them.
+    // The statements that it has executed are taken from the budget, as run() will count them.
     const std::uint64_t nested = execution.statement_count - before;
     execution.statement_count = before;
-    left -= nested < left ? nested : left - 1;
-    return next == nullptr ? left - 1 : proceed(next, left);
+    budget -= nested < budget ? nested : budget - 1;
+    return next == nullptr ? budget - 1 : proceed(next, budget);
 }
 
 std::uint64_t pause(Token* at) {
@@ -194,8 +195,8 @@ bool may_run() {
 }
 
 Token* run(Token* at, std::uint64_t budget) {
-    const std::uint64_t left = at->execute(at, budget);
-    execution.statement_count += budget - left;
+    const std::uint64_t unused = at->execute(at, budget);
+    execution.statement_count += budget - unused;
     return state.look_at;
 }
 
@@ -203,27 +204,27 @@ Token* run(Token* at, std::uint64_t budget) {
 
 namespace korvane {
 
-std::uint64_t execute_first(Token* at, std::uint64_t left) {
+std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     using namespace fast;
     if (const Execute plain = plain_form(at->kind)) {
         at->execute = plain;
-        return plain(at, left);
+        return plain(at, budget);
     }
     // A statement is worth specialising when it is met a second time: in a loop that ends its generation at
     // each turn (ERASE, DEF FN) none is.
     if (!is_current(at)) {
         enter_generation(at);
         at->execute = execute_first;
-        return execute_unspecialised(at, left);
+        return execute_unspecialised(at, budget);
     }
     enter_line_of(at);
     state.target_not_ready = false;
     const bool specialised = specialise_statement(at);
     enter_generation(at);
-    if (specialised) return at->execute(at, left);
+    if (specialised) return at->execute(at, budget);
     at->execute = state.target_not_ready ? execute_first : execute_until_variables_change;
     at->right_kind = static_cast<std::uint8_t>(variables.count);
-    return execute_unspecialised(at, left);
+    return execute_unspecialised(at, budget);
 }
 
 }  // namespace korvane

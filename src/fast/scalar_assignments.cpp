@@ -11,12 +11,12 @@ namespace korvane::fast {
 namespace {
 
 template <Type type>
-std::uint64_t let_scalar(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_scalar(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     Token* equals = at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
-    if (!assign<type>(place_of(equals), equals)) return fall_back(at, left, string_top);
-    return proceed(equals->step.next, left);
+    if (!assign<type>(place_of(equals), equals)) return fall_back(at, budget, string_top);
+    return proceed(equals->step.next, budget);
 }
 
 template <Type type>
@@ -27,27 +27,27 @@ struct LetScalar {
 // The frequent shapes of a floating target whose right side is plain: a variable or literal of its type, one
 // operator between two of them, more behind that, and anything else that is a chain.
 template <typename Number>
-std::uint64_t let_copy(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_copy(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     Token* equals = at + 1;
     const auto value = read<Number>(equals->step.operand);
     __builtin_memcpy(place_of(equals), &value, sizeof value);
-    return proceed(equals->step.next, left);
+    return proceed(equals->step.next, budget);
 }
 
 template <typename Number>
-inline std::uint64_t let_value(Token* at, Number value, std::uint64_t left) {
-    if (!is_finite(value)) return execute_general(at, left);
+inline std::uint64_t let_value(Token* at, Number value, std::uint64_t budget) {
+    if (!is_finite(value)) return execute_general(at, budget);
     Token* equals = at + 1;
     __builtin_memcpy(place_of(equals), &value, sizeof value);
-    return proceed(equals->step.next, left);
+    return proceed(equals->step.next, budget);
 }
 
 template <typename Number>
-std::uint64_t let_chain(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_chain(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     const Token* equals = at + 1;
-    return let_value(at, call_chain(read<Number>(equals->step.operand), equals->step.inner), left);
+    return let_value(at, call_chain(read<Number>(equals->step.operand), equals->step.inner), budget);
 }
 
 template <typename Number, char operation>
@@ -56,16 +56,17 @@ inline Number first_result(const Token* equals, const Token* operation_token) {
 }
 
 template <typename Number, char operation>
-std::uint64_t let_operation(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
-    return let_value(at, first_result<Number, operation>(at + 1, at[1].step.inner), left);
+std::uint64_t let_operation(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
+    return let_value(at, first_result<Number, operation>(at + 1, at[1].step.inner), budget);
 }
 
 template <typename Number, char operation>
-std::uint64_t let_operations(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_operations(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     const Token* first = at[1].step.inner;
-    return let_value(at, call_chain(first_result<Number, operation>(at + 1, first), first->step.next), left);
+    return let_value(at, call_chain(first_result<Number, operation>(at + 1, first), first->step.next),
+                     budget);
 }
 
 template <typename Number, char operation>
@@ -99,15 +100,15 @@ Execute choose_plain(const Side& side) {
 
 // Integer targets: a chain behind a leaf. A computed beginning is a chain behind a zero.
 template <typename Integer, Leaf leaf>
-std::uint64_t let_whole_chain(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_whole_chain(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     Token* equals = at + 1;
     Token* inner = equals->step.inner;
     const Whole whole = inner->step.whole(whole_leaf<leaf>(equals->step.operand), inner);
     const auto value = static_cast<Integer>(whole.value);
-    if (whole.failed != 0 || value != whole.value) return execute_general(at, left);
+    if (whole.failed != 0 || value != whole.value) return execute_general(at, budget);
     __builtin_memcpy(place_of(equals), &value, sizeof value);
-    return proceed(equals->step.next, left);
+    return proceed(equals->step.next, budget);
 }
 
 template <typename Integer>

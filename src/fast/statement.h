@@ -25,31 +25,31 @@ extern State state;
 
 // Executes the statement at `at` by its general handler, and goes on behind it unless the run loop has to
 // look: an error, a stop, or something switched on that it checks before each statement.
-std::uint64_t execute_general(Token* at, std::uint64_t left);
+std::uint64_t execute_general(Token* at, std::uint64_t budget);
 
 // The same for an IF, whose general handler also executes the first statement of the THEN part.
-std::uint64_t execute_general_if(Token* at, std::uint64_t left);
+std::uint64_t execute_general_if(Token* at, std::uint64_t budget);
 
 // The same for a statement that may have taken string space before it failed: it starts again with what it
 // found.
-inline std::uint64_t fall_back(Token* at, std::uint64_t left, std::uint8_t* string_top) {
+inline std::uint64_t fall_back(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
     arenas.FREETOP = string_top;
-    return execute_general(at, left);
+    return execute_general(at, budget);
 }
 
 // Ends the chain of statements in front of the one at `at`.
 std::uint64_t pause(Token* at);
 
 // Goes on with the statement at `at`.
-inline std::uint64_t proceed(Token* at, std::uint64_t left) {
-    if (__builtin_expect(--left == 0, false)) return pause(at);
-    return at->execute(at, left);
+inline std::uint64_t proceed(Token* at, std::uint64_t budget) {
+    if (__builtin_expect(--budget == 0, false)) return pause(at);
+    return at->execute(at, budget);
 }
 
 // The same for a jump, which leaves a THEN part.
-inline std::uint64_t jump(Token* at, std::uint64_t left) {
+inline std::uint64_t jump(Token* at, std::uint64_t budget) {
     execution.then_part = false;
-    return proceed(at, left);
+    return proceed(at, budget);
 }
 
 // Makes the line of a token the current one.

@@ -15,29 +15,29 @@ inline std::uint8_t* target(Token* at, const Token* equals) {
 }
 
 template <bool to_element>
-std::uint64_t let_text(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_text(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     const Token* equals = to_element ? at[1].step.next : at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = target<to_element>(at, equals);
-    if (place == nullptr) return fall_back(at, left, string_top);
+    if (place == nullptr) return fall_back(at, budget, string_top);
     const Value text = right_text(equals);
-    if (failed(text) || !store_text(place, text)) return fall_back(at, left, string_top);
-    return proceed(equals->step.next, left);
+    if (failed(text) || !store_text(place, text)) return fall_back(at, budget, string_top);
+    return proceed(equals->step.next, budget);
 }
 
 // A text joined from two. Like the general evaluator, this leaves it in string space twice.
 template <bool to_element>
-std::uint64_t let_joined(Token* at, std::uint64_t left) {
-    if (!is_current(at)) return execute_first(at, left);
+std::uint64_t let_joined(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
     const Token* equals = to_element ? at[1].step.next : at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = target<to_element>(at, equals);
-    if (place == nullptr) return fall_back(at, left, string_top);
+    if (place == nullptr) return fall_back(at, budget, string_top);
     const Value text = joined(equals->step.inner, 2);
-    if (failed(text)) return fall_back(at, left, string_top);
+    if (failed(text)) return fall_back(at, budget, string_top);
     write_text(place, text);
-    return proceed(equals->step.next, left);
+    return proceed(equals->step.next, budget);
 }
 
 bool is_joined(const Side& value) {

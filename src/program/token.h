@@ -75,9 +75,9 @@ struct Step {
 };
 static_assert(sizeof(Step) == 48);
 
-// Executes the statement at `at` and those that follow it, `left` of them at most; gives how many of these
+// Executes the statement at `at` and those that follow it, `budget` of them at most; gives how many of these
 // are left when something stopped it (fast/statement.h).
-using Execute = std::uint64_t (*)(Token* at, std::uint64_t left);
+using Execute = std::uint64_t (*)(Token* at, std::uint64_t budget);
 
 struct Token {
     std::uint8_t kind;
