@@ -43,8 +43,7 @@ bool specialise_array_element(Token* at) {
 }
 
 // Behind THEN, what was kept for the word is good for the assignment too.
-std::uint64_t let_with_word(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_with_word(Current at, std::uint64_t budget) {
     if (execution.kept_token == at) execution.kept_token = at + 1;
     return at[1].execute(at + 1, budget);
 }
@@ -55,7 +54,7 @@ bool specialise_assignment(Token* at) {
     if (at->kind == KW_LET) {
         if (at[1].kind != IDENTIFIER || !specialise_assignment(at + 1)) return false;
         enter_generation(at + 1);
-        at->execute = let_with_word;
+        at->execute = guarded<let_with_word>;
         return true;
     }
     if (is_system_variable(at->name)) return false;

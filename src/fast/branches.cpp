@@ -65,8 +65,7 @@ std::uint64_t branch_first(Token* at, std::uint64_t budget, std::uint8_t* string
 }
 
 template <typename Condition, bool to_line>
-std::uint64_t if_then(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t if_then(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     const Truth truth = Condition::of(at);
     if (truth == Truth::FAILED) return fall_back_if(at, budget, string_top);
@@ -77,11 +76,11 @@ std::uint64_t if_then(Token* at, std::uint64_t budget) {
 
 template <typename Condition>
 struct IfThenLine {
-    static constexpr Execute execute = if_then<Condition, true>;
+    static constexpr Execute execute = guarded<if_then<Condition, true>>;
 };
 template <typename Condition>
 struct IfThenStatements {
-    static constexpr Execute execute = if_then<Condition, false>;
+    static constexpr Execute execute = guarded<if_then<Condition, false>>;
 };
 
 // The first ELSE of the line, or its end.

@@ -67,8 +67,7 @@ bool read_items(const Token* host) {
     return true;
 }
 
-std::uint64_t read_places(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t read_places(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     if (!read_items(at)) return fall_back(at, budget, string_top);
     return proceed(at->step.next, budget);
@@ -85,7 +84,7 @@ bool specialise_read(Token* at) {
         host->step.inner = nullptr;
         if (end->kind != ',') {
             at->step.next = link_behind(end);
-            at->execute = read_places;
+            at->execute = guarded<read_places>;
             return true;
         }
         host->step.inner = end;

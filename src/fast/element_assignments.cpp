@@ -10,8 +10,7 @@ namespace korvane::fast {
 namespace {
 
 template <Type type>
-std::uint64_t let_element(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_element(Current at, std::uint64_t budget) {
     Token* equals = at[1].step.next;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = find_element<storage_size(type), Subscripts::ANY>(at + 1);
@@ -21,14 +20,13 @@ std::uint64_t let_element(Token* at, std::uint64_t budget) {
 
 template <Type type>
 struct LetElement {
-    static constexpr Execute execute = let_element<type>;
+    static constexpr Execute execute = guarded<let_element<type>>;
 };
 
 // The frequent shapes, whose value can be taken before the element is found: a plain side for a DOUBLE
 // element, and a literal for an INTEGER one.
 template <Subscripts subscripts>
-std::uint64_t let_plain_element(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_plain_element(Current at, std::uint64_t budget) {
     const auto value = plain_right<double>(at[1].step.next);
     std::uint8_t* place = find_element<8, subscripts>(at + 1);
     if (place == nullptr || !is_finite(value)) return execute_general(at, budget);
@@ -36,8 +34,7 @@ std::uint64_t let_plain_element(Token* at, std::uint64_t budget) {
     return proceed(at[1].step.next->step.next, budget);
 }
 
-std::uint64_t let_integer_element(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_integer_element(Current at, std::uint64_t budget) {
     const Token* equals = at[1].step.next;
     const auto literal = read<std::int64_t>(equals->step.operand);
     const auto value = static_cast<std::int16_t>(literal);
@@ -52,11 +49,12 @@ Execute choose_element_shape(const Token* bracket, Type type, std::uint8_t value
     const Subscripts subscripts = subscripts_of(bracket);
     if (subscripts == Subscripts::ANY) return nullptr;
     if (type == Type::DOUBLE && is_plain<double>(value_kind)) {
-        return subscripts == Subscripts::ONE ? let_plain_element<Subscripts::ONE>
-                                             : let_plain_element<Subscripts::TWO>;
+        return subscripts == Subscripts::ONE ? guarded<let_plain_element<Subscripts::ONE>>
+                                             : guarded<let_plain_element<Subscripts::TWO>>;
     }
     const bool literal = value_kind == side_kind(I64, false, Domain::WHOLE);
-    return type == Type::INTEGER && subscripts == Subscripts::ONE && literal ? let_integer_element : nullptr;
+    return type == Type::INTEGER && subscripts == Subscripts::ONE && literal ? guarded<let_integer_element>
+                                                                             : nullptr;
 }
 
 }  // namespace

@@ -13,8 +13,7 @@ struct Datum {
 };
 
 template <int size>
-std::uint64_t swap_places(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t swap_places(Current at, std::uint64_t budget) {
     // Subscripts may take string space.
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* first = place_address<size>(at);
@@ -29,13 +28,13 @@ std::uint64_t swap_places(Token* at, std::uint64_t budget) {
 Execute choose(Type type) {
     switch (storage_size(type)) {
         case 2:
-            return swap_places<2>;
+            return guarded<swap_places<2>>;
         case 4:
-            return swap_places<4>;
+            return guarded<swap_places<4>>;
         case 8:
-            return swap_places<8>;
+            return guarded<swap_places<8>>;
         default:
-            return swap_places<16>;
+            return guarded<swap_places<16>>;
     }
 }
 

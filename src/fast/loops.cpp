@@ -108,8 +108,7 @@ bool nothing_to_do(const ForEntry& entry) {
     return true;
 }
 
-std::uint64_t for_loop(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t for_loop(Current at, std::uint64_t budget) {
     return open_loop(at) ? proceed(at->step.next, budget) : execute_general(at, budget);
 }
 
@@ -128,8 +127,7 @@ bool hold_natural(Token* host, Token*& end) {
 // ---- WHILE --------------------------------------------------------------------------------------
 
 template <typename Condition>
-std::uint64_t while_true(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t while_true(Current at, std::uint64_t budget) {
     const Truth truth = Condition::of(at);
     if (truth == Truth::FALSE && at->jump_known) {
         Token* behind = cached_statement({at->step.jump.line, at->step.jump.record + 1});
@@ -144,7 +142,7 @@ std::uint64_t while_true(Token* at, std::uint64_t budget) {
 
 template <typename Condition>
 struct While {
-    static constexpr Execute execute = while_true<Condition>;
+    static constexpr Execute execute = guarded<while_true<Condition>>;
 };
 
 std::uint64_t wend(Token* at, std::uint64_t budget) {
@@ -174,7 +172,7 @@ bool specialise_for(Token* at) {
     at->step.inner = to;
     at->step.own = {execution.line, record_of(end)};
     at->step.next = link_behind(end);
-    at->execute = for_loop;
+    at->execute = guarded<for_loop>;
     return true;
 }
 

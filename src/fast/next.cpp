@@ -18,13 +18,12 @@ ForEntry& entry_of(const Token* at) {
 // Whether the innermost loop is the one that this NEXT was made for.
 inline bool fits(const Token* at, const ForEntry& entry) {
     return control_stacks.for_count == at->right_kind && entry.quick_variable == at->step.left_operand &&
-           entry.generation == at->generation && is_current(at);
+           entry.generation == at->generation;
 }
 
 // Takes the NEXT to the depth of the innermost loop if that is open for its variable; anything else is the
 // general handler's business.
-std::uint64_t next_elsewhere(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t next_elsewhere(Current at, std::uint64_t budget) {
     const std::uint32_t depth = control_stacks.for_count;
     if (depth == 0 || depth == at->right_kind) return execute_general(at, budget);
     ForEntry& entry = control_stacks.fors[depth - 1];
@@ -42,7 +41,7 @@ inline std::uint64_t turn(const ForEntry& entry, bool done, Token* at, std::uint
 }
 
 template <typename Number>
-std::uint64_t next_real(Token* at, std::uint64_t budget) {
+std::uint64_t next_real(Current at, std::uint64_t budget) {
     const ForEntry& entry = entry_of(at);
     if (!fits(at, entry)) return next_elsewhere(at, budget);
     std::uint8_t* storage = entry.variable->storage;
@@ -54,7 +53,7 @@ std::uint64_t next_real(Token* at, std::uint64_t budget) {
 }
 
 template <typename Narrow>
-std::uint64_t next_whole(Token* at, std::uint64_t budget) {
+std::uint64_t next_whole(Current at, std::uint64_t budget) {
     const ForEntry& entry = entry_of(at);
     if (!fits(at, entry)) return next_elsewhere(at, budget);
     std::uint8_t* storage = entry.variable->storage;
@@ -72,15 +71,15 @@ std::uint64_t next_whole(Token* at, std::uint64_t budget) {
 Execute choose(Type type) {
     switch (type) {
         case Type::DOUBLE:
-            return next_real<double>;
+            return guarded<next_real<double>>;
         case Type::SINGLE:
-            return next_real<float>;
+            return guarded<next_real<float>>;
         case Type::INTEGER:
-            return next_whole<std::int16_t>;
+            return guarded<next_whole<std::int16_t>>;
         case Type::LONG:
-            return next_whole<std::int32_t>;
+            return guarded<next_whole<std::int32_t>>;
         default:
-            return next_whole<std::int64_t>;
+            return guarded<next_whole<std::int64_t>>;
     }
 }
 

@@ -11,8 +11,7 @@ namespace korvane::fast {
 namespace {
 
 template <Type type>
-std::uint64_t let_scalar(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_scalar(Current at, std::uint64_t budget) {
     Token* equals = at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
     if (!assign<type>(place_of(equals), equals)) return fall_back(at, budget, string_top);
@@ -21,14 +20,13 @@ std::uint64_t let_scalar(Token* at, std::uint64_t budget) {
 
 template <Type type>
 struct LetScalar {
-    static constexpr Execute execute = let_scalar<type>;
+    static constexpr Execute execute = guarded<let_scalar<type>>;
 };
 
 // The frequent shapes of a floating target whose right side is plain: a variable or literal of its type, one
 // operator between two of them, more behind that, and anything else that is a chain.
 template <typename Number>
-std::uint64_t let_copy(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_copy(Current at, std::uint64_t budget) {
     Token* equals = at + 1;
     const auto value = read<Number>(equals->step.operand);
     __builtin_memcpy(place_of(equals), &value, sizeof value);
@@ -44,8 +42,7 @@ inline std::uint64_t let_value(Token* at, Number value, std::uint64_t budget) {
 }
 
 template <typename Number>
-std::uint64_t let_chain(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_chain(Current at, std::uint64_t budget) {
     const Token* equals = at + 1;
     return let_value(at, call_chain(read<Number>(equals->step.operand), equals->step.inner), budget);
 }
@@ -56,14 +53,12 @@ inline Number first_result(const Token* equals, const Token* operation_token) {
 }
 
 template <typename Number, char operation>
-std::uint64_t let_operation(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_operation(Current at, std::uint64_t budget) {
     return let_value(at, first_result<Number, operation>(at + 1, at[1].step.inner), budget);
 }
 
 template <typename Number, char operation>
-std::uint64_t let_operations(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_operations(Current at, std::uint64_t budget) {
     const Token* first = at[1].step.inner;
     return let_value(at, call_chain(first_result<Number, operation>(at + 1, first), first->step.next),
                      budget);
@@ -71,13 +66,15 @@ std::uint64_t let_operations(Token* at, std::uint64_t budget) {
 
 template <typename Number, char operation>
 Execute choose_operation(const Token* first) {
-    return first->step.next == nullptr ? let_operation<Number, operation> : let_operations<Number, operation>;
+    return first->step.next == nullptr ? guarded<let_operation<Number, operation>>
+                                       : guarded<let_operations<Number, operation>>;
 }
 
 // The handler for a chain behind a leaf of the type; most begin with an operator between two leaves.
 template <typename Number>
 Execute choose_chain(const Token* first) {
-    if (first->right_kind != (sizeof(Number) == sizeof(double) ? F64 : F32)) return let_chain<Number>;
+    if (first->right_kind != (sizeof(Number) == sizeof(double) ? F64 : F32))
+        return guarded<let_chain<Number>>;
     switch (first->kind) {
         case '+':
             return choose_operation<Number, '+'>(first);
@@ -88,20 +85,20 @@ Execute choose_chain(const Token* first) {
         case '/':
             return choose_operation<Number, '/'>(first);
         default:
-            return let_chain<Number>;
+            return guarded<let_chain<Number>>;
     }
 }
 
 template <typename Number>
 Execute choose_plain(const Side& side) {
-    if ((side.kind & has_chain) == 0) return let_copy<Number>;
-    return (side.kind & leaf_mask) == COMPUTED ? let_chain<Number> : choose_chain<Number>(side.inner);
+    if ((side.kind & has_chain) == 0) return guarded<let_copy<Number>>;
+    return (side.kind & leaf_mask) == COMPUTED ? guarded<let_chain<Number>>
+                                               : choose_chain<Number>(side.inner);
 }
 
 // Integer targets: a chain behind a leaf. A computed beginning is a chain behind a zero.
 template <typename Integer, Leaf leaf>
-std::uint64_t let_whole_chain(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_whole_chain(Current at, std::uint64_t budget) {
     Token* equals = at + 1;
     Token* inner = equals->step.inner;
     const Whole whole = inner->step.whole(whole_leaf<leaf>(equals->step.operand), inner);
@@ -115,12 +112,12 @@ template <typename Integer>
 Execute choose_whole_chain(std::uint8_t kind) {
     switch (kind) {
         case side_kind(I16, true, Domain::WHOLE):
-            return let_whole_chain<Integer, I16>;
+            return guarded<let_whole_chain<Integer, I16>>;
         case side_kind(I32, true, Domain::WHOLE):
-            return let_whole_chain<Integer, I32>;
+            return guarded<let_whole_chain<Integer, I32>>;
         case side_kind(I64, true, Domain::WHOLE):
         case side_kind(COMPUTED, true, Domain::WHOLE):
-            return let_whole_chain<Integer, I64>;
+            return guarded<let_whole_chain<Integer, I64>>;
         default:
             return nullptr;
     }

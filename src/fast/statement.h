@@ -65,6 +65,46 @@ inline bool is_current(const Token* at) {
     return at->generation == arenas.generation;
 }
 
+// ---- What a statement may keep ------------------------------------------------------------------
+//
+// In its records a statement keeps what it has learned, for one of two lives:
+//
+// The epoch of the token cache, which is the life of the records themselves (program/positions.h). For as
+// long, tokens, lines and positions of the program may be kept: where a jump leads, which statement follows.
+// It needs no check, for nobody gets to a record that is gone.
+//
+// The clear generation (arenas.generation), in which no variable moves, goes or changes its type. For as
+// long, addresses of variables, array blocks and user functions may be kept, and what was decided by a type
+// or by the absence of a variable. Whatever clears or removes variables ends it (CLEAR, ERASE, CHAIN, the
+// first assignment to a name that was read before), and so does DEF FN; the records live on, with addresses
+// that must not be followed any more. So a statement that keeps any of these runs behind a guard, which looks
+// whether the generation is still the one that it was specialised in, and has it specialised again when not.
+// No statement with a guard ends a generation itself; only general handlers do.
+//
+// The guard is the only way from a statement's body, which takes a Current, to an Execute: nobody else can
+// make a Current.
+
+// The first token of a statement that is known to have been specialised in the current generation.
+class Current {
+  public:
+    operator Token*() const { return token; }
+    Token* operator->() const { return token; }
+
+  private:
+    explicit Current(Token* at) : token(at) {}
+
+    template <std::uint64_t (*body)(Current at, std::uint64_t budget)>
+    friend std::uint64_t guarded(Token* at, std::uint64_t budget);
+
+    Token* token;
+};
+
+template <std::uint64_t (*body)(Current at, std::uint64_t budget)>
+std::uint64_t guarded(Token* at, std::uint64_t budget) {
+    if (!is_current(at)) return execute_first(at, budget);
+    return body(Current(at), budget);
+}
+
 // The statement behind the token at which one ended: colons are passed over.
 inline Token* following(Token* at) {
     while (at->kind == ':')

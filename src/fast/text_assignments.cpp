@@ -15,8 +15,7 @@ inline std::uint8_t* target(Token* at, const Token* equals) {
 }
 
 template <bool to_element>
-std::uint64_t let_text(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_text(Current at, std::uint64_t budget) {
     const Token* equals = to_element ? at[1].step.next : at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = target<to_element>(at, equals);
@@ -28,8 +27,7 @@ std::uint64_t let_text(Token* at, std::uint64_t budget) {
 
 // A text joined from two. Like the general evaluator, this leaves it in string space twice.
 template <bool to_element>
-std::uint64_t let_joined(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+std::uint64_t let_joined(Current at, std::uint64_t budget) {
     const Token* equals = to_element ? at[1].step.next : at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = target<to_element>(at, equals);
@@ -47,10 +45,10 @@ bool is_joined(const Side& value) {
 }  // namespace
 
 Execute choose_text_assignment(const Side& value) {
-    return is_joined(value) ? let_joined<false> : let_text<false>;
+    return is_joined(value) ? guarded<let_joined<false>> : guarded<let_text<false>>;
 }
 Execute choose_text_element_assignment(const Side& value) {
-    return is_joined(value) ? let_joined<true> : let_text<true>;
+    return is_joined(value) ? guarded<let_joined<true>> : guarded<let_text<true>>;
 }
 
 }  // namespace korvane::fast
