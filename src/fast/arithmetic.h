@@ -10,7 +10,7 @@
 
 namespace korvane::fast {
 
-template <char operation, typename Number>
+template <int operation, typename Number>
 inline Number apply(Number left, Number right) {
     if constexpr (operation == '+') return left + right;
     if constexpr (operation == '-') return left - right;

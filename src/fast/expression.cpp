@@ -7,13 +7,10 @@
 #include "fast/element_steps.h"
 #include "fast/function_steps.h"
 #include "fast/nodes.h"
-#include "fast/number_steps.h"
-#include "fast/real_steps.h"
+#include "fast/operator_steps.h"
 #include "fast/sides.h"
-#include "fast/single_steps.h"
 #include "fast/text_comparisons.h"
 #include "fast/text_steps.h"
-#include "fast/whole_steps.h"
 
 namespace korvane::fast {
 namespace {
@@ -286,46 +283,6 @@ bool specialise_element(Token* name, Specialised& result) {
     if (!bind_element(name, result.end, result.side.type)) return false;
     result.allocates = pool.progress.allocates;
     return true;
-}
-
-bool set_chained_step(Token* at, Domain domain) {
-    switch (domain) {
-        case Domain::REAL:
-            return set_chained_real_step(at);
-        case Domain::SINGLE:
-            return set_chained_single_step(at);
-        case Domain::WHOLE:
-            return set_chained_whole_step(at);
-        default:
-            return false;
-    }
-}
-
-bool set_computed_step(Token* at, Domain domain) {
-    switch (domain) {
-        case Domain::REAL:
-            return set_computed_real_step(at);
-        case Domain::SINGLE:
-            return set_computed_single_step(at);
-        case Domain::WHOLE:
-            return set_computed_whole_step(at);
-        default:
-            return false;
-    }
-}
-
-void set_sign_step(Token* at, Domain domain) {
-    switch (domain) {
-        case Domain::REAL:
-            set_real_sign_step(at);
-            break;
-        case Domain::SINGLE:
-            set_single_sign_step(at);
-            break;
-        default:
-            set_whole_sign_step(at);
-            break;
-    }
 }
 
 }  // namespace korvane::fast

@@ -1,17 +1,14 @@
-// The steps of numeric operators, picked by operator and by what the right operand is.
+// The steps of numeric operators, picked by operator, by domain and by what the right operand is.
 #pragma once
-
-#include <cstdint>
 
 #include "fast/step.h"
 
 namespace korvane::fast {
 
 // Sets the step function of the operator token `at` for the domain of its result: + - * / and ^ in the real
-// domain,
-// + - * / in the single domain, + - * \ and the keyword operators in the whole domain. The accumulator
-// carries the left operand; at->right_kind, operand and inner describe the right one. False when there is no
-// such step.
+// domain, + - * / in the single domain, + - * \ and the keyword operators in the whole domain. The
+// accumulator carries the left operand; at->right_kind, operand and inner describe the right one. False when
+// there is no such step.
 bool set_chained_step(Token* at, Domain domain);
 
 // The same for a left operand that the accumulator cannot carry, because it belongs to another domain: it is

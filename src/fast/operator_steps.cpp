@@ -1,0 +1,277 @@
+// There are four forms of a step: its right operand is a leaf, a chain that begins in the domain, or any
+// side, while the accumulator carries the left one; or it begins a chain and both operands are sides. What
+// differs between the domains is told by a class for each. Whole results that do not fit end the chain as
+// failed: the general evaluator makes a DOUBLE of them.
+#include "fast/operator_steps.h"
+
+#include "fast/arithmetic.h"
+#include "fast/choose.h"
+#include "fast/sides.h"
+#include "program/keywords.h"
+#include "values/power.h"
+
+namespace korvane::fast {
+namespace {
+
+// ---- The domains --------------------------------------------------------------------------------
+
+inline double raise_to(double left, double right) {
+    return is_finite(left) && is_finite(right) ? power_or_nan(left, right) : no_number();
+}
+
+struct Reals {
+    using Number = double;
+    using Result = double;
+    static constexpr Leaf own_leaf = F64;
+
+    template <Leaf leaf>
+    static double read_leaf(const void* operand) {
+        return real_leaf<leaf>(operand);
+    }
+    static double chain(double start, Token* first) { return call_chain(start, first); }
+    static double left(const Token* at) { return left_real(at); }
+    static double right(const Token* at) { return right_real(at); }
+    static double right_of_both(const Token* at) { return right_real(at); }
+
+    template <int operation>
+    static double finish(double left, double right, Token* at) {
+        if constexpr (operation == '^') return go_on(raise_to(left, right), at);
+        if constexpr (operation != '^') return go_on(apply<operation>(left, right), at);
+    }
+};
+
+// Where an operand may be something that a float cannot hold, it is taken as a double.
+struct Singles {
+    using Number = float;
+    using Result = float;
+    static constexpr Leaf own_leaf = F32;
+
+    template <Leaf leaf>
+    static float read_leaf(const void* operand) {
+        return read<float>(operand);
+    }
+    static float chain(float start, Token* first) { return call_chain(start, first); }
+    static double left(const Token* at) { return left_real(at); }
+    static double right(const Token* at) { return right_real(at); }
+    static double right_of_both(const Token* at) { return right_real(at); }
+
+    template <int operation, typename Left, typename Right>
+    static float finish(Left left, Right right, Token* at) {
+        using Wider = std::common_type_t<Left, Right>;
+        return go_on_single(static_cast<float>(apply<operation, Wider>(left, right)), at);
+    }
+};
+
+template <int operation>
+inline Whole apply_whole(std::int64_t left, std::int64_t right) {
+    std::int64_t result = 0;
+    bool failed = false;
+    if constexpr (operation == '+') failed = __builtin_add_overflow(left, right, &result);
+    if constexpr (operation == '-') failed = __builtin_sub_overflow(left, right, &result);
+    if constexpr (operation == '*') failed = __builtin_mul_overflow(left, right, &result);
+    if constexpr (operation == '\\' || operation == KW_MOD) {
+        // Divisors 0 and -1 are left to the general evaluator: the one is an error, the other may be.
+        if (right == 0 || right == -1) return {0, 1};
+        // Most numbers fit in 32 bits, and processors divide those much faster.
+        if (((static_cast<std::uint64_t>(left) | static_cast<std::uint64_t>(right)) >> 32) == 0) {
+            const auto dividend = static_cast<std::uint32_t>(left);
+            const auto divisor = static_cast<std::uint32_t>(right);
+            result = operation == '\\' ? dividend / divisor : dividend % divisor;
+        } else {
+            result = operation == '\\' ? left / right : left % right;
+        }
+    }
+    if constexpr (operation == KW_AND) result = left & right;
+    if constexpr (operation == KW_OR) result = left | right;
+    if constexpr (operation == KW_XOR) result = left ^ right;
+    if constexpr (operation == KW_EQV) result = ~(left ^ right);
+    if constexpr (operation == KW_IMP) result = ~left | right;
+    return {result, failed};
+}
+
+struct Wholes {
+    using Number = std::int64_t;
+    using Result = Whole;
+    static constexpr Leaf own_leaf = I64;  // stands for the zero in front of a computed value
+
+    template <Leaf leaf>
+    static std::int64_t read_leaf(const void* operand) {
+        return whole_leaf<leaf>(operand);
+    }
+    static Whole chain(std::int64_t start, Token* first) { return first->step.whole(start, first); }
+    static Whole left(const Token* at) {
+        return at->left_kind == F64 ? round_whole(read<double>(at->step.left_operand)) : left_whole(at);
+    }
+    static Whole right(const Token* at) { return right_whole(at); }
+    static Whole right_of_both(const Token* at) { return quick_right_whole(at); }
+
+    template <int operation>
+    static Whole finish(std::int64_t left, std::int64_t right, Token* at) {
+        const Whole result = apply_whole<operation>(left, right);
+        return __builtin_expect(result.failed != 0, false) ? result : go_on_whole(result.value, at);
+    }
+    template <int operation>
+    static Whole finish(std::int64_t left, Whole right, Token* at) {
+        return right.failed != 0 ? right : finish<operation>(left, right.value, at);
+    }
+};
+
+// ---- The forms ----------------------------------------------------------------------------------
+
+template <typename In, int operation, Leaf leaf>
+typename In::Result with_leaf(typename In::Number accumulator, Token* at) {
+    return In::template finish<operation>(accumulator, In::template read_leaf<leaf>(at->step.operand), at);
+}
+
+// The chain is of the same domain, behind a leaf, or begins with a value of its own behind any leaf.
+template <typename In, int operation, Leaf leaf>
+typename In::Result with_chain(typename In::Number accumulator, Token* at) {
+    const auto right = In::chain(In::template read_leaf<leaf>(at->step.operand), at->step.inner);
+    return In::template finish<operation>(accumulator, right, at);
+}
+
+template <typename In, int operation>
+typename In::Result with_side(typename In::Number accumulator, Token* at) {
+    return In::template finish<operation>(accumulator, In::right(at), at);
+}
+
+template <typename In, int operation>
+typename In::Result with_both_sides(typename In::Number, Token* at) {
+    const auto left = In::left(at);
+    if constexpr (std::is_same_v<decltype(left), const Whole>) {
+        if (left.failed != 0) return left;
+        return In::template finish<operation>(left.value, In::right_of_both(at), at);
+    } else {
+        return In::template finish<operation>(left, In::right_of_both(at), at);
+    }
+}
+
+// ---- Which of them there are --------------------------------------------------------------------
+
+template <typename In>
+using StepOf = typename In::Result (*)(typename In::Number, Token*);
+
+// The step for one kind of right side.
+template <typename In, int operation, std::uint8_t kind>
+constexpr StepOf<In> for_kind() {
+    constexpr auto leaf = static_cast<Leaf>(kind & leaf_mask);
+    if constexpr ((kind & has_chain) == 0) return with_leaf<In, operation, leaf>;
+    if constexpr ((kind & has_chain) != 0)
+        return with_chain < In, operation, leaf == COMPUTED ? In::own_leaf : leaf > ;
+}
+
+// The step of an operator that has some of its own for these kinds of right sides.
+template <typename In, int operation, std::uint8_t... kinds>
+StepOf<In> pick(const Token* at, bool chained) {
+    if (!chained) return with_both_sides<In, operation>;
+    const StepOf<In> step =
+        choose<kinds...>(at->right_kind, [](auto kind) { return for_kind<In, operation, kind()>(); });
+    return step != nullptr ? step : with_side<In, operation>;
+}
+
+constexpr std::uint8_t computed(Domain domain) {
+    return side_kind(COMPUTED, true, domain);
+}
+
+template <int operation>
+StepOf<Reals> pick_real(const Token* at, bool chained) {
+    return pick<Reals, operation, F64, F32, I16, I32, I64, side_kind(F64, true, Domain::REAL),
+                computed(Domain::REAL)>(at, chained);
+}
+
+template <int operation>
+StepOf<Singles> pick_single(const Token* at, bool chained) {
+    return pick<Singles, operation, F32, side_kind(F32, true, Domain::SINGLE), computed(Domain::SINGLE)>(
+        at, chained);
+}
+
+// Chains have steps of their own where they are frequent: what a comparison or a call begins, and products in
+// sums.
+template <int operation>
+StepOf<Wholes> pick_whole(const Token* at, bool chained) {
+    constexpr std::uint8_t i16 = side_kind(I16, false, Domain::WHOLE);
+    constexpr std::uint8_t i32 = side_kind(I32, false, Domain::WHOLE);
+    constexpr std::uint8_t i64 = side_kind(I64, false, Domain::WHOLE);
+    constexpr std::uint8_t any = computed(Domain::WHOLE);
+    if constexpr (operation == '+' || operation == '-' || operation == '*') {
+        return pick<Wholes, operation, i16, i32, i64, i16 | has_chain, i32 | has_chain, i64 | has_chain, any>(
+            at, chained);
+    } else if constexpr (operation == KW_AND || operation == KW_OR) {
+        return pick<Wholes, operation, i16, i32, i64, i64 | has_chain, any>(at, chained);
+    } else {
+        return pick<Wholes, operation, i16, i32, i64>(at, chained);
+    }
+}
+
+template <typename Step>
+bool set(Step& place, Step step) {
+    place = step;
+    return step != nullptr;
+}
+
+bool set_operator_step(Token* at, Domain domain, bool chained) {
+    switch (domain) {
+        case Domain::REAL:
+            return set(at->step.real, choose<'+', '-', '*', '/', '^'>(at->kind, [=](auto operation) {
+                           return pick_real<operation()>(at, chained);
+                       }));
+        case Domain::SINGLE:
+            return set(at->step.single, choose<'+', '-', '*', '/'>(at->kind, [=](auto operation) {
+                           return pick_single<operation()>(at, chained);
+                       }));
+        case Domain::WHOLE:
+            return set(at->step.whole,
+                       choose<'+', '-', '*', '\\', KW_MOD, KW_AND, KW_OR, KW_XOR, KW_EQV, KW_IMP>(
+                           at->kind, [=](auto operation) { return pick_whole<operation()>(at, chained); }));
+        default:
+            return false;
+    }
+}
+
+// ---- Signs and NOT ------------------------------------------------------------------------------
+
+double negate_real(double, Token* at) {
+    return go_on(-right_real(at), at);
+}
+
+float negate_single(float, Token* at) {
+    return go_on_single(static_cast<float>(-right_real(at)), at);
+}
+
+Whole negate_whole(std::int64_t, Token* at) {
+    return Wholes::finish<'-'>(0, right_whole(at), at);
+}
+
+Whole complement(std::int64_t, Token* at) {
+    const Whole operand = right_whole(at);
+    return operand.failed != 0 ? operand : go_on_whole(~operand.value, at);
+}
+
+}  // namespace
+
+bool set_chained_step(Token* at, Domain domain) {
+    return set_operator_step(at, domain, true);
+}
+bool set_computed_step(Token* at, Domain domain) {
+    return set_operator_step(at, domain, false);
+}
+
+void set_sign_step(Token* at, Domain domain) {
+    switch (domain) {
+        case Domain::REAL:
+            at->step.real = negate_real;
+            break;
+        case Domain::SINGLE:
+            at->step.single = negate_single;
+            break;
+        default:
+            at->step.whole = negate_whole;
+            break;
+    }
+}
+
+void set_not_step(Token* at) {
+    at->step.whole = complement;
+}
+
+}  // namespace korvane::fast
