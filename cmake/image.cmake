@@ -11,6 +11,16 @@
 # does, because 32-bit Windows keeps it at multiples of 4; 64-bit UEFI firmware keeps it at multiples of 16.
 file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cpp)
 
+# Without the specialised statements: what the differential tests compare with. The linker proves that nothing else
+# knows of them than what stands in for them.
+option(KORVANE_GENERAL_ONLY "Run every statement by its general handler" OFF)
+if(KORVANE_GENERAL_ONLY)
+  list(FILTER KORVANE_SOURCES EXCLUDE REGEX "/src/fast/")
+  list(APPEND KORVANE_SOURCES ${CMAKE_SOURCE_DIR}/src/fast/general_only.cpp)
+else()
+  list(REMOVE_ITEM KORVANE_SOURCES ${CMAKE_SOURCE_DIR}/src/fast/general_only.cpp)
+endif()
+
 add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
 # Whatever does not run in a program's inner loops is compiled for size: the image is copied into every program
 # that is made standalone, and firmware reads it slowly. What is named here is compiled for speed; a name that
@@ -62,11 +72,6 @@ set_property(
 target_include_directories(korvane.efi PRIVATE ${CMAKE_SOURCE_DIR}/src)
 target_link_libraries(korvane.efi PRIVATE korvane_warnings)
 target_compile_definitions(korvane.efi PRIVATE _WIN64 KORVANE_FREESTANDING)
-# Without the specialised statements: what the differential tests compare with.
-option(KORVANE_GENERAL_ONLY "Run every statement by its general handler" OFF)
-if(KORVANE_GENERAL_ONLY)
-  target_compile_definitions(korvane.efi PRIVATE KORVANE_GENERAL_ONLY)
-endif()
 # With little room for token arrays: lines run from the execution buffer, as in programs that fill the arena.
 set(KORVANE_TOKEN_CACHE_LIMIT "" CACHE STRING "Bytes of the token cache, for tests; empty for all that is free")
 if(KORVANE_TOKEN_CACHE_LIMIT)

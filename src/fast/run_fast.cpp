@@ -187,11 +187,7 @@ void enter_line_of(const Token* at) {
 }
 
 bool may_run() {
-#ifdef KORVANE_GENERAL_ONLY
-    return false;
-#else
     return breakpoints.count == 0 && !trace_active() && event_timers.active == 0;
-#endif
 }
 
 Token* run(Token* at, std::uint64_t budget) {

@@ -1,0 +1,25 @@
+// In place of everything else in this folder when the image is built without specialised statements: what the
+// rest of the interpreter calls of it. Then the run loop executes every statement by its general handler.
+#include "fast/run_fast.h"
+
+namespace korvane::fast {
+
+Token* run(Token* at, std::uint64_t) {
+    return at;
+}
+
+void forget_kept_statement() {}
+
+bool may_run() {
+    return false;
+}
+
+}  // namespace korvane::fast
+
+namespace korvane {
+
+std::uint64_t execute_first(Token*, std::uint64_t budget) {
+    return budget;
+}
+
+}  // namespace korvane
