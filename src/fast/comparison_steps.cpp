@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "fast/choose.h"
 #include "fast/sides.h"
 
 namespace korvane::fast {
@@ -48,59 +49,34 @@ Whole compare_whole_leaves(std::int64_t, Token* at) {
 
 using WholeStep = Whole (*)(std::int64_t, Token*);
 
-// The frequent pairs: variables of one type, and a variable with a literal.
-template <int relation, Leaf left>
-WholeStep whole_leaves(std::uint8_t right_kind) {
-    if (right_kind == side_kind(left, false, Domain::WHOLE))
-        return compare_whole_leaves<relation, left, left>;
-    if (right_kind == side_kind(I64, false, Domain::WHOLE)) return compare_whole_leaves<relation, left, I64>;
-    return compare_wholes<relation>;
+// The frequent pairs of leaves have steps of their own: variables of one type, and a variable with a literal.
+template <int relation>
+WholeStep choose_for_wholes(const Token* at) {
+    const std::uint8_t left_kind = at->left_kind;
+    const std::uint8_t right_kind = at->right_kind;
+    const WholeStep step =
+        choose<I16, I32, I64>(static_cast<Leaf>(left_kind & leaf_mask), [=](auto left) -> WholeStep {
+            if (left_kind != side_kind(left(), false, Domain::WHOLE)) return nullptr;
+            if (right_kind == left_kind) return compare_whole_leaves<relation, left(), left()>;
+            const bool literal = right_kind == side_kind(I64, false, Domain::WHOLE);
+            return literal ? compare_whole_leaves<relation, left(), I64> : nullptr;
+        });
+    return step != nullptr ? step : compare_wholes<relation>;
 }
 
 template <int relation>
-WholeStep choose(const Token* at, Domain domain) {
+WholeStep choose_for(const Token* at, Domain domain) {
+    if (domain == Domain::WHOLE) return choose_for_wholes<relation>(at);
     if (domain == Domain::SINGLE) return compare_plain<relation, float>;
-    if (domain == Domain::REAL) {
-        const bool plain = is_plain<double>(at->left_kind) && is_plain<double>(at->right_kind);
-        return plain ? compare_plain<relation, double> : compare_reals<relation>;
-    }
-    switch (at->left_kind) {
-        case side_kind(I16, false, Domain::WHOLE):
-            return whole_leaves<relation, I16>(at->right_kind);
-        case side_kind(I32, false, Domain::WHOLE):
-            return whole_leaves<relation, I32>(at->right_kind);
-        case side_kind(I64, false, Domain::WHOLE):
-            return whole_leaves<relation, I64>(at->right_kind);
-        default:
-            return compare_wholes<relation>;
-    }
-}
-
-WholeStep choose(const Token* at, int relation, Domain domain) {
-    switch (relation) {
-        case LESS:
-            return choose<LESS>(at, domain);
-        case EQUAL:
-            return choose<EQUAL>(at, domain);
-        case LESS | EQUAL:
-            return choose<LESS | EQUAL>(at, domain);
-        default:
-            return choose<LESS | GREATER>(at, domain);
-    }
-}
-
-// The relation of an operator, which may be two tokens long.
-int relation_at(const Token* at) {
-    if (at->kind == '=') return EQUAL;
-    if (at->kind == '>') return at[1].kind == '=' ? GREATER | EQUAL : GREATER;
-    if (at[1].kind == '=') return LESS | EQUAL;
-    return at[1].kind == '>' ? LESS | GREATER : LESS;
+    const bool plain = is_plain<double>(at->left_kind) && is_plain<double>(at->right_kind);
+    return plain ? compare_plain<relation, double> : compare_reals<relation>;
 }
 
 // Exchanges the sides of an operator that asks whether the left one is greater, so that numbers need only be
 // looked at the other way round; gives the relation to ask for now.
 int put_lesser_first(Token* at) {
-    const int relation = relation_at(at);
+    const Token* operation = at;
+    const int relation = read_relation(operation);
     if (relation != GREATER && relation != (GREATER | EQUAL)) return relation;
     std::swap(at->left_kind, at->right_kind);
     std::swap(at->step.left_operand, at->step.operand);
@@ -131,9 +107,10 @@ PlainForm plain_form(const Token* at) {
     return {.relation = 0, .single = false};
 }
 
-void set_comparison_step(Token* at, Domain domain) {
+[[gnu::cold]] void set_comparison_step(Token* at, Domain domain) {
     const int relation = put_lesser_first(at);
-    at->step.whole = choose(at, relation, domain);
+    at->step.whole = choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(
+        relation, [=](auto listed) { return choose_for<listed()>(at, domain); });
 }
 
 }  // namespace korvane::fast

@@ -3,11 +3,9 @@
 #pragma once
 
 #include "fast/step.h"
+#include "values/relations.h"
 
 namespace korvane::fast {
-
-// A relation is the set of outcomes for which it is true.
-enum Outcome : int { LESS = 1, EQUAL = 2, GREATER = 4 };
 
 // The step of a relational operator between numbers: `domain` is that in which its left and right sides are
 // compared. The sides may change places, so they must not both take string space, which is taken in order.

@@ -2,6 +2,7 @@
 // frequent forms, each of which is a type with a function `of` here.
 #pragma once
 
+#include "fast/choose.h"
 #include "fast/comparison_steps.h"
 #include "fast/expression.h"
 #include "fast/sides.h"
@@ -41,16 +42,8 @@ void keep_leaves(Token* at, const Token* comparison, std::size_t size_of_number)
 
 template <template <typename> class Handler, typename Number>
 Execute handler_of_comparison(int relation) {
-    switch (relation) {
-        case LESS:
-            return Handler<LeafComparison<LESS, Number>>::execute;
-        case EQUAL:
-            return Handler<LeafComparison<EQUAL, Number>>::execute;
-        case LESS | EQUAL:
-            return Handler<LeafComparison<LESS | EQUAL, Number>>::execute;
-        default:
-            return Handler<LeafComparison<LESS | GREATER, Number>>::execute;
-    }
+    return choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(
+        relation, [](auto listed) { return Handler<LeafComparison<listed(), Number>>::execute; });
 }
 
 // The handler of a statement for the condition that it holds: `Handler` is a template of the condition's

@@ -209,7 +209,7 @@ bool set(Step& place, Step step) {
     return step != nullptr;
 }
 
-bool set_operator_step(Token* at, Domain domain, bool chained) {
+[[gnu::cold]] bool set_operator_step(Token* at, Domain domain, bool chained) {
     switch (domain) {
         case Domain::REAL:
             return set(at->step.real, choose<'+', '-', '*', '/', '^'>(at->kind, [=](auto operation) {

@@ -12,6 +12,7 @@
 #include "program/keywords.h"
 #include "values/functions.h"
 #include "values/operator_strength.h"
+#include "values/relations.h"
 #include "values/user_functions.h"
 #include "values/variables.h"
 
@@ -296,9 +297,8 @@ double result_bound(std::uint8_t operation, double left, double right) {
 }
 
 std::int16_t parse_relation(Token*& at, std::int16_t left) {
-    Token* operation = at++;
-    if (operation->kind == '<' && (at->kind == '=' || at->kind == '>')) ++at;
-    if (operation->kind == '>' && at->kind == '=') ++at;
+    Token* operation = at;
+    read_relation(at);
     const bool left_allocates = pool.progress.allocates;
     pool.progress.allocates = false;
     const std::int16_t right = parse_expression(at, relational_strength + 1);

@@ -143,7 +143,7 @@ Execute choose_shape(Type type, const Side& side) {
 
 }  // namespace
 
-Execute scalar_handler(Type type, const Specialised& value) {
+[[gnu::cold]] Execute scalar_handler(Type type, const Specialised& value) {
     // What takes string space has to give it back when it fails.
     const Execute shape = value.allocates ? nullptr : choose_shape(type, value.side);
     if (shape != nullptr) return shape;

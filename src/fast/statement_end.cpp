@@ -3,6 +3,7 @@
 #include "program/execution.h"
 #include "program/keywords.h"
 #include "values/operator_strength.h"
+#include "values/relations.h"
 
 namespace korvane::fast {
 namespace {
@@ -39,14 +40,12 @@ const Token* pass_primary(const Token* at) {
     }
 }
 
-bool is_relation(std::uint8_t first, std::uint8_t second) {
-    return (first == '<' && (second == '=' || second == '>')) || (first == '>' && second == '=');
-}
-
 // The token behind the binary operator at `at`, or null when there is none.
 const Token* pass_operator(const Token* at) {
     if (at->kind != '^' && operator_strengths[at->kind] == 0) return nullptr;
-    return is_relation(at->kind, at[1].kind) ? at + 2 : at + 1;
+    if (operator_strengths[at->kind] != relational_strength) return at + 1;
+    read_relation(at);
+    return at;
 }
 
 const Token* pass_expression(const Token* at) {

@@ -2,17 +2,18 @@
 
 #include <algorithm>
 
+#include "fast/choose.h"
 #include "fast/sides.h"
 #include "fast/text_sides.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
+#include "values/relations.h"
 
 namespace korvane::fast {
 namespace {
 
-// The outcomes of a comparison as bits, so that a relation is the set of those for which it is true. No bit
-// is set when a side failed.
-enum Outcome : unsigned { FAILED = 0, LESS = 1, EQUAL = 2, GREATER = 4 };
+// What a comparison of which a side failed gives: no outcome makes any relation true.
+constexpr std::uint8_t no_outcome = 0;
 
 // The first eight bytes of a text as a number that orders like them; a shorter text is filled up with zeros.
 inline std::uint64_t leading_bytes(const std::uint8_t* bytes, std::uint32_t length) {
@@ -31,11 +32,11 @@ inline std::uint64_t leading_bytes(const std::uint8_t* bytes, std::uint32_t leng
 }
 
 // A text that is the beginning of the other one comes first.
-Outcome order_of(const Token* at) {
+std::uint8_t order_of(const Token* at) {
     const Value left = left_text(at);
-    if (failed(left)) return FAILED;
+    if (failed(left)) return no_outcome;
     const Value right = right_text(at);
-    if (failed(right)) return FAILED;
+    if (failed(right)) return no_outcome;
     const std::uint64_t left_word = leading_bytes(left.bytes, left.length);
     const std::uint64_t right_word = leading_bytes(right.bytes, right.length);
     if (left_word != right_word) return left_word < right_word ? LESS : GREATER;
@@ -49,38 +50,40 @@ Outcome order_of(const Token* at) {
 }
 
 // The same for "=" and "<>", which need no order: LESS stands for every difference.
-Outcome equality_of(const Token* at) {
+std::uint8_t equality_of(const Token* at) {
     const Value left = left_text(at);
-    if (failed(left)) return FAILED;
+    if (failed(left)) return no_outcome;
     const Value right = right_text(at);
-    if (failed(right)) return FAILED;
+    if (failed(right)) return no_outcome;
     if (left.length != right.length) return LESS;
     if (leading_bytes(left.bytes, left.length) != leading_bytes(right.bytes, left.length)) return LESS;
     if (left.length <= 8) return EQUAL;
     return compare_bytes(left.bytes + 8, right.bytes + 8, left.length - 8) == 0 ? EQUAL : LESS;
 }
 
-template <Outcome (*compare)(const Token*), unsigned relation>
+template <std::uint8_t (*compare)(const Token*), unsigned relation>
 Whole compare_texts(std::int64_t, Token* at) {
-    const Outcome outcome = compare(at);
-    if (__builtin_expect(outcome == FAILED, false)) return {0, 1};
+    const std::uint8_t outcome = compare(at);
+    if (__builtin_expect(outcome == no_outcome, false)) return {0, 1};
     return go_on_whole((outcome & relation) != 0 ? -1 : 0, at);
 }
 
 }  // namespace
 
 void set_text_comparison_step(Token* at) {
-    const std::uint8_t second = at[1].kind;
-    if (at->kind == '=') {
-        at->step.whole = compare_texts<equality_of, EQUAL>;
-    } else if (at->kind == '<' && second == '>') {
-        at->step.whole = compare_texts<equality_of, LESS>;
-    } else if (at->kind == '<') {
-        at->step.whole =
-            second == '=' ? compare_texts<order_of, LESS | EQUAL> : compare_texts<order_of, LESS>;
-    } else {
-        at->step.whole =
-            second == '=' ? compare_texts<order_of, GREATER | EQUAL> : compare_texts<order_of, GREATER>;
+    const Token* operation = at;
+    const std::uint8_t relation = read_relation(operation);
+    switch (relation) {
+        case EQUAL:
+            at->step.whole = compare_texts<equality_of, EQUAL>;
+            break;
+        case LESS | GREATER:
+            at->step.whole = compare_texts<equality_of, LESS>;
+            break;
+        default:
+            at->step.whole = choose<LESS, LESS | EQUAL, GREATER, GREATER | EQUAL>(
+                relation, [](auto listed) { return compare_texts<order_of, listed()>; });
+            break;
     }
 }
 

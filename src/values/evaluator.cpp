@@ -13,6 +13,7 @@
 #include "values/functions.h"
 #include "values/operator_strength.h"
 #include "values/operators.h"
+#include "values/relations.h"
 #include "values/screen_function.h"
 #include "values/user_functions.h"
 #include "values/variables.h"
@@ -143,18 +144,6 @@ Value evaluate_signed(Cursor& cursor) {
         value = evaluate_power(cursor);
     }
     return negative && !error_pending() ? negate(value) : value;
-}
-
-// The relational operators, each with the set of outcomes of a comparison for which it is true.
-enum Outcome : std::uint8_t { LESS = 1, EQUAL = 2, GREATER = 4 };
-
-// Reads "=", "<", "<=", "<>", ">" or ">="; "=<", "=>" and "><" are no operators.
-std::uint8_t read_relation(Cursor& cursor) {
-    const std::uint8_t first = (cursor++)->kind;
-    if (first == '=') return EQUAL;
-    if (first == '>') return accept(cursor, '=') ? GREATER | EQUAL : GREATER;
-    if (accept(cursor, '=')) return LESS | EQUAL;
-    return accept(cursor, '>') ? LESS | GREATER : LESS;
 }
 
 Value apply_relation(std::uint8_t relation, const Value& left, const Value& right) {
