@@ -4,12 +4,12 @@
 #include <charconv>
 #include <cstdint>
 
-#include "program/execution.h"
-#include "program/messages.h"
-#include "program/program_store.h"
 #include "files/program_text.h"
 #include "folder.h"
 #include "host_text.h"
+#include "program/execution.h"
+#include "program/messages.h"
+#include "program/program_store.h"
 #include "unicode.h"
 
 namespace korvane::host {

@@ -21,8 +21,8 @@ TerminalLook look_of_environment();
 /// False when TERM says that the terminal understands no control sequences.
 bool has_control_sequences();
 
-/// The cell as the terminal can show it: nearest colours, ASCII. Without colours, what is bright is drawn and what is dark
-/// is left out, and text on bright paper is reversed.
+/// The cell as the terminal can show it: nearest colours, ASCII. Without colours, what is bright is drawn and
+/// what is dark is left out, and text on bright paper is reversed.
 Cell shown_cell(Cell cell, const TerminalLook& look);
 
 /// Appends the sequence that sets a colour of a cell that shown_cell() has made.
