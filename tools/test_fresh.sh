@@ -226,8 +226,8 @@ main() {
     work=$(mktemp -d /var/tmp/korvane-fresh-XXXXXX)
     # Nothing is mounted in it any more when the processes in it have ended.
     trap remove_system EXIT
-    trap 'exit 130' INT
-    trap 'exit 143' TERM HUP
+    trap 'say interrupted; exit 130' INT
+    trap 'say "ended from outside"; exit 143' TERM HUP
     chmod 755 "$work"
     # In the background, so that a signal is acted upon at once.
     unshare --mount --pid --fork --kill-child \
@@ -246,3 +246,4 @@ if [ "${1:-}" = --inside ]; then
 else
     main "$@"
 fi
+exit # without reading on, in a script that may have been changed meanwhile
