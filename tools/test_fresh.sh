@@ -223,6 +223,7 @@ main() {
 
     mkdir -p build
     : >"$log"
+    [ -z "${SUDO_UID:-}" ] || chown "$SUDO_UID:${SUDO_GID:-}" build "$log" # the checkout stays its owner's
     work=$(mktemp -d /var/tmp/korvane-fresh-XXXXXX)
     # Nothing is mounted in it any more when the processes in it have ended.
     trap remove_system EXIT
@@ -235,7 +236,6 @@ main() {
     inside=$!
     wait "$inside" || status=$?
     inside=
-    [ -z "${SUDO_UID:-}" ] || chown "$SUDO_UID:${SUDO_GID:-}" build "$log"
     say "build/fresh.log tells all"
     return "$status"
 }
