@@ -227,7 +227,8 @@ class Typist {
     std::string run(std::size_t keys, bool looks, std::string& shown) {
         host::Keyboard& keyboard = machine_->firmware().keyboard();
         const std::uint64_t polls = keyboard.polls();
-        if (escape_at_ != 0) keyboard.press_at_poll(keys + escape_at_, escape);
+        // The machine already stands in the look that takes the first key.
+        if (escape_at_ != 0) keyboard.press_at_poll(keys - 1 + escape_at_, escape);
         escape_at_ = 0;
         // The key of somebody who loses patience, soon and again and again.
         for (std::uint64_t n = patient_polls_; n < 4000; n += n / 2)

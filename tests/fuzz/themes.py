@@ -360,26 +360,22 @@ def poll_breaks(maker):
 
 
 def counted_loops(maker):
-    """Endless loops that count in Y at most the statements they execute."""
+    """Endless loops that count in Y the statements they execute, those with counting included."""
     choose, chance = maker.choose, maker.chance
-    count = "Y=Y+1"
     inner = lambda: choose(
-        count, f"IF 1 THEN {count}", f"IF Y>=0 THEN {count}", f"IF 0 THEN Z=1 ELSE {count}", "GOSUB 100",
-        f":::{count}",
-        f"IF 1 THEN {count}:{count}", f"IF 1 THEN {count} {count}", f"FOR I=1 TO 3:{count}:NEXT", f"{count} {count}",
-        "ON 1 GOSUB 100,100",
-        f"IF Y>=0 THEN IF 1 THEN {count}", f"IF Z THEN 400 ELSE {count}", f"W=0:WHILE W<3:W=W+1:{count}:WEND",
-        f"LET {count}",
-        "A$=B$:" + count, "IF 1 THEN GOSUB 100", f"IF 1 THEN Z=0:{count}", "READ Z:RESTORE:" + count)
+        "Y=Y+1", "IF 1 THEN Y=Y+2", "IF Y>=0 THEN Y=Y+2", "IF 0 THEN Z=1 ELSE Y=Y+2", "GOSUB 100", ":::Y=Y+1",
+        "IF 1 THEN Y=Y+3:Z=0", "IF 1 THEN Y=Y+3 Z=0", "FOR I=1 TO 3:Y=Y+2:NEXT", "Y=Y+2 Z=0", "ON 1 GOSUB 100,100",
+        "IF Y>=0 THEN IF 1 THEN Y=Y+3", "IF Z THEN 400 ELSE Y=Y+2", "W=0:WHILE W<3:W=W+1:Y=Y+4:WEND", "LET Y=Y+1",
+        "A$=B$:Y=Y+2", "IF 1 THEN Y=Y+1:GOSUB 100", "READ Z:RESTORE:Y=Y+3", "IF 1 THEN Y=Y+1 GOSUB 100")
     counting = (20, 22, 24)[:choose(1, 1, 2, 3)]
     lines = ["10 Y=0"] + [f"{number} {':'.join(maker.some(1, 2, inner))}" for number in counting]
-    lines.append(choose("30 GOTO 20", "30 IF 1 THEN 20", f"30 IF 1 THEN {count}:GOTO 20", "30 ON 1 GOTO 20",
-                        f"30 {count}:GOTO 20",
-                        "30 IF Y<0 THEN 400 ELSE 20"))
+    lines.append(choose("30 Y=Y+2:GOTO 20", "30 Y=Y+2:IF 1 THEN 20", "30 IF 1 THEN Y=Y+3:GOTO 20",
+                        "30 Y=Y+2:ON 1 GOTO 20", "30 Y=Y+2 GOTO 20", "30 Y=Y+2:IF Y<0 THEN 400 ELSE 20",
+                        "30 GOTO 20"))
     if chance(30):
         lines = ["10 Y=0", f"20 {choose('WHILE 1', 'FOR K=1 TO 2 STEP 0')}:" + ":".join(maker.some(1, 3, inner))]
         lines.append("30 WEND" if "WHILE 1" in lines[1] else "30 NEXT K")
-    return lines + [f"100 {count}:RETURN", "400 END", "500 DATA 0", f"@escape {choose(1, 1, 2, 3)}", "RUN", "PRINT Y"]
+    return lines + ["100 Y=Y+3:RETURN", "400 END", "500 DATA 0", f"@escape {choose(1, 1, 2, 3)}", "RUN", "PRINT Y"]
 
 
 # ---- The specialiser's own work
