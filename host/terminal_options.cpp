@@ -5,6 +5,7 @@
 
 #include "folder.h"
 #include "host_text.h"
+#include "program_file.h"
 
 namespace korvane::host {
 namespace {
@@ -15,14 +16,14 @@ constexpr std::uint32_t cell_height = 16;
 /// 256 MiB apart from the firmware's other memory: the largest region, which becomes the data arena.
 constexpr MemoryRegion spare_memory = {0x20000000, 0x10000, uefi::MemoryType::EfiConventionalMemory};
 
-constexpr std::size_t longest_loaded_name = 126;  // one less than LOAD takes, for the dot of a name without
+constexpr std::size_t longest_loaded_name = 127;
 
 /// True when LOAD finds a file of the volume by its own name.
 bool can_load(const std::filesystem::path& file) {
     const std::string name = file.filename().string();
     const bool is_plain = std::all_of(name.begin(), name.end(), [](char c) { return c >= ' ' && c < 127; });
-    return is_plain && is_legal_name(name) && name.size() <= longest_loaded_name && name.front() != ' ' &&
-           name.back() != ' ' && name.back() != '.' && !std::filesystem::is_symlink(file);
+    return is_plain && is_legal_name(name) && has_program_name(name) && name.size() <= longest_loaded_name &&
+           name.front() != ' ' && !std::filesystem::is_symlink(file);
 }
 
 /// A name in ASCII that resembles the file's and that no file in its folder has.
@@ -81,8 +82,6 @@ void choose_program(TerminalOptions& options, const std::filesystem::path& file)
     options.volume = absolute.parent_path();
     options.lends_program = !can_load(absolute);
     options.program = options.lends_program ? lent_name(absolute) : name;
-    // A name without an extension would get one.
-    if (options.program.find('.') == name.npos) options.program += '.';
 }
 
 void lend_program(Machine& machine, const TerminalOptions& options) {

@@ -98,6 +98,96 @@ def test_characters_keep_their_look(tmp_path):
     assert piped('PRINT "é░π"\n', tmp_path)[-3:] == ['PRINT "é░π"', "é░π", "Ready."]
 
 
+def run_piped(volume, *arguments, lines=""):
+    return subprocess.run(
+        command(volume, *arguments), input=lines.encode(), capture_output=True, timeout=30, check=False
+    )
+
+
+def test_rows_that_scroll_away_are_printed_too(tmp_path):
+    rows = piped("10 FOR I=1 TO 1000:PRINT I:NEXT\nRUN\n", tmp_path)
+    assert rows[0].startswith('"That brain')
+    at = rows.index("RUN")
+    assert rows[at + 1 :] == [f" {i}" for i in range(1, 1001)] + ["Ready."]
+
+
+def test_rows_above_a_scrolling_area_stay(tmp_path):
+    lines = '10 CLS:PRINT "TITLE":VIEW PRINT 2 TO 10\n20 FOR I=1 TO 50:PRINT I:NEXT\nRUN\n'
+    rows = piped(lines, tmp_path)
+    at = rows.index(" 1")
+    # Row 1 stays on the screen, which is printed last.
+    assert rows[at : at + 42] == [f" {i}" for i in range(1, 43)]
+    assert rows[rows.index("TITLE") + 1] == " 43"
+
+
+def test_rows_of_an_endless_program_come_while_it_runs(tmp_path):
+    (tmp_path / "p.bas").write_text("10 PRINT 7\n20 GOTO 10\n", encoding="ascii")
+    with subprocess.Popen(
+        command(tmp_path, tmp_path / "p.bas"), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE
+    ) as process:
+        rows = [process.stdout.readline() for _ in range(500)]
+        process.kill()
+    assert rows[-1] == b" 7\n"
+
+
+def test_output_that_cannot_be_written_is_a_status(tmp_path):
+    with open("/dev/full", "wb") as full:
+        done = subprocess.run(
+            command(tmp_path), stdin=subprocess.DEVNULL, stdout=full, stderr=subprocess.PIPE, timeout=30, check=False
+        )
+    assert done.returncode == 74
+    assert b"No space left" in done.stderr
+
+
+def test_run_does_not_follow_a_load_that_failed(tmp_path):
+    (tmp_path / "p.bas").write_text('10 PRINT "RAN"\nPRINT 2\n', encoding="ascii")
+    done = run_piped(tmp_path, tmp_path / "p.bas", lines="PRINT 3*3\n")
+    rows = done.stdout.decode().splitlines()
+    assert done.returncode == 1
+    assert "RUN" not in rows and "RAN" not in rows
+    assert rows[-6:] == ['LOAD "p.bas"', "Direct statement in file", "Ready.", "PRINT 3*3", " 9", "Ready."]
+
+
+@pytest.mark.parametrize("name", ["plain.bas", "no extension", "é.bas", 'qu"ote.bas', "two.dots.bas", "ÄÖ"])
+def test_program_of_any_name_is_loaded_and_saved(tmp_path, name):
+    program = tmp_path / name
+    program.write_text('10 PRINT "é";1\n', encoding="utf-8")
+    rows = piped("", tmp_path, program)
+    assert rows[-2:] == ["é 1", "Ready."]
+    load = next(row for row in rows if row.startswith("LOAD"))
+    piped("20 PRINT 2\n" + load.replace("LOAD", "SAVE") + "\n", tmp_path, program)
+    assert program.read_bytes().decode().replace("\r\n", "\n") == '10 PRINT "é";1\n20 PRINT 2\n'
+    assert [path.name for path in tmp_path.iterdir()] == [name]
+
+
+def test_linked_program_is_saved_where_the_link_leads(tmp_path):
+    (tmp_path / "elsewhere").mkdir()
+    real = tmp_path / "elsewhere" / "real.bas"
+    real.write_text("10 PRINT 1\n20 PRINT 2\n", encoding="ascii")
+    link = tmp_path / "link.bas"
+    link.symlink_to("elsewhere/real.bas")
+    rows = piped("", tmp_path, link)
+    assert rows[-3:] == [" 1", " 2", "Ready."]
+    load = next(row for row in rows if row.startswith("LOAD"))
+    piped("20\n" + load.replace("LOAD", "SAVE") + "\n", tmp_path, link)
+    assert link.is_symlink()
+    assert real.read_bytes() == b"10 PRINT 1\r\n"
+
+
+def test_programs_are_text_of_the_host(tmp_path):
+    piped('10 PRINT "é▒ß"\nSAVE "OUT.BAS"\n', tmp_path)
+    assert (tmp_path / "OUT.BAS").read_bytes() == '10 PRINT "é▒ß"\r\n'.encode()
+    assert piped('LOAD "OUT.BAS"\nLIST\n', tmp_path)[-2:] == ['10 PRINT "é▒ß"', "Ready."]
+
+
+def test_other_files_are_bytes(tmp_path):
+    (tmp_path / "DATA.TXT").write_bytes("é\r\n".encode())
+    rows = piped('OPEN "DATA.TXT" FOR INPUT AS #1:LINE INPUT #1,A$:PRINT LEN(A$):CLOSE #1\n', tmp_path)
+    assert rows[-2] == " 2"
+    piped('OPEN "OUT.TXT" FOR OUTPUT AS #1:PRINT #1,CHR$(130):CLOSE #1\n', tmp_path)
+    assert (tmp_path / "OUT.TXT").read_bytes() == b"\x82\r\n"
+
+
 def test_missing_program_is_one_clear_line(tmp_path):
     result = subprocess.run(
         command(tmp_path, tmp_path / "none.bas"), stdin=subprocess.DEVNULL, capture_output=True, check=False
@@ -241,6 +331,21 @@ def test_session_that_takes_nothing_is_left_by_a_second_ctrl_c(terminal):
     terminal.send("\x03")
     assert terminal.wait_for_end() == 0
     assert terminal.is_restored()
+
+
+def test_bad_line_of_a_loaded_file_is_named(terminal, tmp_path):
+    (tmp_path / "BAD.BAS").write_text("10 PRINT 1\n\nPRINT 2\n", encoding="ascii")
+    terminal.send('LOAD "BAD"\r')
+    terminal.wait_for_row("Direct statement in file")
+    terminal.wait_for(lambda: "BAD.BAS, line 3: Direct statement in file" in terminal.screen()[0])
+    terminal.send("P")
+    terminal.wait_for(lambda: "HELP" in terminal.screen()[0])
+
+
+def test_lost_characters_of_a_loaded_file_are_named(terminal, tmp_path):
+    (tmp_path / "LOSS.BAS").write_text("10 PRINT 1\n20 '字\n", encoding="utf-8")
+    terminal.send('LOAD "LOSS"\r')
+    terminal.wait_for(lambda: "LOSS.BAS, line 2: '字'" in terminal.screen()[0])
 
 
 # ---- The line above the screen ----------------------------------------------------------------------------------
