@@ -36,7 +36,8 @@ struct TerminalOptions {
 Config terminal_machine(const TerminalOptions& options, std::uint32_t columns, std::uint32_t rows);
 
 /// Enters a program's file: its folder becomes the volume. Names that LOAD cannot reach (characters beyond
-/// ASCII, links, quotation marks) are replaced by one that it can.
+/// ASCII, links, quotation marks) or that do not say that it is a program are replaced by one that it can and
+/// that does.
 void choose_program(TerminalOptions& options, const std::filesystem::path& file);
 
 /// Puts the program onto the machine's volume where the volume does not show it.

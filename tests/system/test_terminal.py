@@ -116,8 +116,8 @@ def test_rows_above_a_scrolling_area_stay(tmp_path):
     rows = piped(lines, tmp_path)
     at = rows.index(" 1")
     # Row 1 stays on the screen, which is printed last.
-    assert rows[at : at + 42] == [f" {i}" for i in range(1, 43)]
-    assert rows[rows.index("TITLE") + 1] == " 43"
+    assert rows[at : at + 43] == [f" {i}" for i in range(1, 44)]
+    assert rows[rows.index("TITLE") + 1 :] == [f" {i}" for i in range(44, 51)] + ["Ready."]
 
 
 def test_rows_of_an_endless_program_come_while_it_runs(tmp_path):
