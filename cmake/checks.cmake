@@ -3,6 +3,7 @@
 add_test(NAME format COMMAND ${CMAKE_SOURCE_DIR}/tools/check_format.sh)
 
 add_test(NAME rooms COMMAND /usr/bin/python3 ${CMAKE_SOURCE_DIR}/tools/check_rooms.py ${CMAKE_SOURCE_DIR}/src)
+add_test(NAME tour COMMAND /usr/bin/python3 ${CMAKE_SOURCE_DIR}/tools/check_tour.py)
 
 add_test(NAME tail_calls COMMAND ${CMAKE_SOURCE_DIR}/tools/check_tail_calls.sh)
 add_test(NAME clang_tidy COMMAND run-clang-tidy -quiet -p ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR}/src/.*)

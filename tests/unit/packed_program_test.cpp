@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "explorer_session.h"
+#include "files/named_files.h"
 #include "files/own_image.h"
 #include "program/arenas.h"
 #include "program/errors.h"
