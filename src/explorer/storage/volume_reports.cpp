@@ -7,6 +7,7 @@
 #include "explorer/report.h"
 #include "explorer/storage/device_path_text.h"
 #include "explorer/storage/volumes.h"
+#include "files/directory_record.h"
 #include "files/file_handle.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
@@ -19,13 +20,8 @@ constexpr std::size_t longest_label = 32;          // characters shown
 constexpr std::uint64_t largest_info = 4096;       // bytes of a volume's information record
 constexpr std::uint64_t entry_buffer_size = 1024;  // holds any name of up to 471 characters
 
-/// A zero-terminated UTF-16 text that ends with its record at the latest.
 void put_record_text(LineText& line, std::span<const std::uint8_t> text, std::size_t limit) {
-    for (std::size_t i = 0; i + 1 < text.size() && i / 2 < limit; i += 2) {
-        const auto unit = read_unaligned<char16_t>(text.data() + i);
-        if (unit == 0) break;
-        line.put_utf16(unit);
-    }
+    for_each_unit(text, limit, [&line](char16_t unit) { line.put_utf16(unit); });
 }
 
 // ---- VOLUMES ------------------------------------------------------------------------------------
@@ -104,25 +100,21 @@ struct DirectoryTotals {
 };
 
 /// Lists one entry: when it was changed, its attributes, its size and its name.
-bool list_entry(PagedReport& listing, std::span<const std::uint8_t> record, DirectoryTotals& totals) {
-    const auto* start = record.data();
-    const auto size = read_unaligned<std::uint64_t>(start + offsetof(uefi::FileInfo, FileSize));
-    const auto time = read_unaligned<uefi::Time>(start + offsetof(uefi::FileInfo, ModificationTime));
-    const auto attributes = read_unaligned<std::uint64_t>(start + offsetof(uefi::FileInfo, Attribute));
+bool list_entry(PagedReport& listing, const DirectoryRecord& record, DirectoryTotals& totals) {
     LineText line;
-    put_time(line, time);
+    put_time(line, record.changed());
     line.put("  ");
-    put_attributes(line, attributes);
-    if ((attributes & uefi::file_directory) != 0) {
+    put_attributes(line, record.attributes());
+    if (record.is_directory()) {
         line.put("         <DIR>");
         ++totals.directories;
     } else {
-        line.put_decimal(size, 14);
+        line.put_decimal(record.size(), 14);
         ++totals.files;
-        totals.bytes += size;
+        totals.bytes += record.size();
     }
     line.put("  ");
-    put_record_text(line, record.subspan(uefi::file_info_name_offset), LineText::capacity);
+    put_record_text(line, record.name(), LineText::capacity);
     return listing.line(line);
 }
 
@@ -148,8 +140,8 @@ void list_directory(PagedReport& listing, const FileHandle& directory) {
             return;
         }
         if (size == 0) break;
-        if (size < uefi::file_info_name_offset) continue;  // no record of a file
-        if (!list_entry(listing, {buffer.data(), size}, totals)) return;
+        const DirectoryRecord record({buffer.data(), size});
+        if (record.is_whole() && !list_entry(listing, record, totals)) return;
     }
     list_totals(listing, totals);
 }

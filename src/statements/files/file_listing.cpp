@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "files/directory_record.h"
 #include "files/file_handle.h"
 #include "files/firmware_name.h"
 #include "files/volume.h"
@@ -49,11 +50,7 @@ struct Listing {
     std::uint32_t name_length;
 
     std::string_view entry_name() const { return {name, name_length}; }
-    bool entry_is_directory() const {
-        const auto attributes =
-            read_unaligned<std::uint64_t>(entry + __builtin_offsetof(uefi::FileInfo, Attribute));
-        return (attributes & uefi::file_directory) != 0;
-    }
+    DirectoryRecord record() const { return DirectoryRecord({entry, entry_size}); }
 };
 Listing listing;
 
@@ -83,13 +80,10 @@ bool read_entry(uefi::FileProtocol* directory) {
     if (status == uefi::buffer_too_small) status = read_record(directory, entry_buffer_size);
     if (uefi::is_error(status) || listing.entry_size == 0) return false;
 
-    // The name may lack its terminator: it ends with the record at the latest.
     listing.name_length = 0;
-    for (std::uint64_t at = uefi::file_info_name_offset; at + 1 < listing.entry_size; at += 2) {
-        const auto unit = read_unaligned<std::uint16_t>(listing.entry + at);
-        if (unit == 0 || listing.name_length == max_entry_name) break;
+    for_each_unit(listing.record().name(), max_entry_name, [](char16_t unit) {
         listing.name[listing.name_length++] = static_cast<char>(unit & 0xFF);
-    }
+    });
     return true;
 }
 
@@ -146,7 +140,7 @@ bool print_names(uefi::FileProtocol* directory) {
     set_file_position(directory, 0);
     while (read_named_entry(directory)) {
         const std::string_view name = listing.entry_name();
-        if (matches_wildcard(listing.names, name) && !print_entry(name, listing.entry_is_directory()))
+        if (matches_wildcard(listing.names, name) && !print_entry(name, listing.record().is_directory()))
             return false;
     }
     return listing.column == 0 || end_line();
@@ -173,7 +167,7 @@ void list_subdirectories(uefi::FileProtocol* directory, std::uint32_t depth) {
     const std::uint32_t own_length = listing.path_length;
     set_file_position(directory, 0);
     while (!listing.aborted && read_named_entry(directory)) {
-        if (!listing.entry_is_directory()) continue;
+        if (!listing.record().is_directory()) continue;
         const FileHandle subdirectory = open_entry(directory);
         if (!subdirectory) continue;
         const char last = own_length == 0 ? '\\' : listing.path[own_length - 1];
