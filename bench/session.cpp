@@ -33,16 +33,6 @@ void give_up(const std::string& reason) {
     std::exit(EXIT_FAILURE);
 }
 
-ScratchFolder::ScratchFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "korvane-speed-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) give_up("cannot make a scratch folder");
-    path_ = name;
-}
-
-ScratchFolder::~ScratchFolder() {
-    std::filesystem::remove_all(path_);
-}
-
 Session::Session(const std::filesystem::path& image, std::uint32_t width, std::uint32_t height)
     : machine_(make_config(folder_.path(), width, height), host::ImageSource::file(image)) {
     run_until_waiting();

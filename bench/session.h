@@ -11,25 +11,12 @@
 #include <vector>
 
 #include "machine.h"
+#include "temporary_folder.h"
 
 namespace korvane::bench {
 
 /// The processor time of this process, in seconds.
 double processor_seconds();
-
-/// An empty folder that goes with its owner.
-class ScratchFolder {
-  public:
-    ScratchFolder();
-    ~ScratchFolder();
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
 
 /// Whatever goes wrong ends the program with a message.
 class Session {
@@ -59,7 +46,7 @@ class Session {
     void press(std::string_view keys);
     void run_until_waiting();
 
-    ScratchFolder folder_;
+    test::TemporaryFolder folder_;
     host::Machine machine_;
 };
 

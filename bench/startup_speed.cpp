@@ -25,7 +25,7 @@ bool shows_prompt(const host::Display& display) {
 }
 
 double seconds_to_prompt(const std::filesystem::path& image) {
-    const ScratchFolder folder;
+    const test::TemporaryFolder folder;
     host::Config config;
     config.width = width;
     config.height = height;

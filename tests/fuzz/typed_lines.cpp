@@ -14,6 +14,7 @@
 #include "machine.h"
 #include "screen_text.h"
 #include "session.h"
+#include "temporary_folder.h"
 
 // The entry point of the interpreter when it is linked into this program.
 extern "C" __attribute__((weak)) korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle,
@@ -196,13 +197,7 @@ std::string from_difference(const std::string& text, const std::string& other) {
 
 class Run {
   public:
-    explicit Run(const Options& options) : options_(options) {
-        scratch_ = std::filesystem::temp_directory_path() / ("korvane-fuzz-" + std::to_string(getpid()));
-        std::filesystem::create_directories(scratch_);
-    }
-    ~Run() { std::filesystem::remove_all(scratch_); }
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
+    explicit Run(const Options& options) : options_(options) {}
 
     int all() {
         for (const std::filesystem::path& file : options_.replayed)
@@ -231,7 +226,7 @@ class Run {
     // Each image has a process of its own, since machines stand at fixed addresses.
     std::vector<ForkedResult> type_apart(const std::filesystem::path& image,
                                          const std::vector<Session>& sessions) {
-        const std::filesystem::path folder = scratch_ / "volume";
+        const std::filesystem::path folder = scratch_.path() / "volume";
         std::vector<ForkedResult> results(sessions.size());
         const ForkedResult packed = run_forked([&] {
             const auto typed = type_all(source(image), folder, !options_.other.empty(), sessions);
@@ -280,7 +275,7 @@ class Run {
     }
 
     const Options& options_;
-    std::filesystem::path scratch_;
+    test::TemporaryFolder scratch_;
     int played_ = 0;
     int failures_ = 0;
 };

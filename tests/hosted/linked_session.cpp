@@ -1,23 +1,10 @@
 #include "linked_session.h"
 
-#include <cstdlib>
-#include <fstream>
-
 // The interpreter's entry point.
 extern "C" korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle image_handle,
                                                           korvane::uefi::SystemTable* system_table);
 
 namespace korvane::test {
-
-namespace {
-
-std::filesystem::path make_folder() {
-    std::string name = (std::filesystem::temp_directory_path() / "korvane-session-XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) std::abort();
-    return name;
-}
-
-}  // namespace
 
 host::Config LinkedSession::make_config(std::uint32_t width, std::uint32_t height,
                                         const std::filesystem::path& folder) {
@@ -29,14 +16,9 @@ host::Config LinkedSession::make_config(std::uint32_t width, std::uint32_t heigh
 }
 
 LinkedSession::LinkedSession(std::uint32_t width, std::uint32_t height)
-    : folder_(make_folder()),
-      machine_(make_config(width, height, folder_), {.path = {}, .linked_code = _ModuleEntryPoint}) {
+    : machine_(make_config(width, height, folder()), {.path = {}, .linked_code = _ModuleEntryPoint}) {
     broke_down_ = machine_.run() != host::Stop::waits_for_key;
     machine_.learn_waiting_place();
-}
-
-LinkedSession::~LinkedSession() {
-    std::filesystem::remove_all(folder_);
 }
 
 void LinkedSession::queue_keys(std::string_view keys) {
@@ -69,8 +51,7 @@ bool LinkedSession::press_escape() {
 }
 
 void LinkedSession::write_file(const std::string& name, std::string_view content) const {
-    std::ofstream file(folder_ / name, std::ios::binary);
-    file.write(content.data(), static_cast<std::streamsize>(content.size()));
+    folder_.write(name, content);
 }
 
 std::string LinkedSession::problem() const {

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "machine.h"
+#include "temporary_folder.h"
 
 namespace korvane::test {
 
@@ -18,9 +19,6 @@ class LinkedSession {
   public:
     /// Starts the interpreter in this screen mode, up to its prompt.
     LinkedSession(std::uint32_t width, std::uint32_t height);
-    ~LinkedSession();
-    LinkedSession(const LinkedSession&) = delete;
-    LinkedSession& operator=(const LinkedSession&) = delete;
 
     /// Runs until the queue is empty and the next key is wanted; as type().
     bool run();
@@ -39,7 +37,7 @@ class LinkedSession {
     void write_file(const std::string& name, std::string_view content) const;
 
     /// The folder that is the volume.
-    const std::filesystem::path& folder() const { return folder_; }
+    const std::filesystem::path& folder() const { return folder_.path(); }
 
     /// What the firmware complains about, or how the interpreter broke down; empty when all is well.
     std::string problem() const;
@@ -50,7 +48,7 @@ class LinkedSession {
     static host::Config make_config(std::uint32_t width, std::uint32_t height,
                                     const std::filesystem::path& folder);
 
-    std::filesystem::path folder_;
+    TemporaryFolder folder_;
     host::Machine machine_;
     bool broke_down_ = false;
 };

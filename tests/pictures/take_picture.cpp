@@ -10,29 +10,10 @@
 #include <vector>
 
 #include "machine.h"
+#include "temporary_folder.h"
 
 namespace korvane::host {
 namespace {
-
-class ScratchFolder {
-  public:
-    ScratchFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "korvane-picture-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) {
-            std::cerr << "take_picture: no scratch folder\n";
-            std::exit(EXIT_FAILURE);
-        }
-        path_ = name;
-    }
-    ~ScratchFolder() { std::filesystem::remove_all(path_); }
-    ScratchFolder(const ScratchFolder&) = delete;
-    ScratchFolder& operator=(const ScratchFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-
-  private:
-    std::filesystem::path path_;
-};
 
 bool write_ppm(const Display& display, const std::filesystem::path& path) {
     std::ofstream file(path, std::ios::binary);
@@ -68,7 +49,7 @@ bool run_to_picture(Machine& machine) {
 
 int take_picture(const std::filesystem::path& image, const std::filesystem::path& program,
                  const std::filesystem::path& picture) {
-    const ScratchFolder volume;
+    const test::TemporaryFolder volume;
     std::filesystem::copy_file(program, volume.path() / "STARTUP.BAS");
     Config config;
     config.width = 640;

@@ -16,6 +16,7 @@
 #include "forked.h"
 #include "machine_builder.h"
 #include "player.h"
+#include "temporary_folder.h"
 #include "transcript.h"
 
 // The entry point of the interpreter when it is linked into this program.
@@ -250,14 +251,9 @@ int run(const Options& options) {
         return 2;
     }
 
-    std::string scratch = (std::filesystem::temp_directory_path() / "korvane-XXXXXX").string();
-    if (mkdtemp(scratch.data()) == nullptr) {
-        std::perror("temporary folder");
-        return 2;
-    }
+    const test::TemporaryFolder scratch;
     const std::vector<Group> groups = make_groups(cases, options.jobs);
-    const int failures = play_in_processes(options, groups, scratch);
-    std::filesystem::remove_all(scratch);
+    const int failures = play_in_processes(options, groups, scratch.path());
     std::printf("%zu cases, %d failed\n", cases.size(), failures);
     return failures == 0 ? 0 : 1;
 }

@@ -6,8 +6,6 @@
 #include <algorithm>
 #include <cstdlib>
 #include <deque>
-#include <filesystem>
-#include <fstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -24,38 +22,11 @@
 #include "screen/line_editor.h"
 #include "screen/text_windows.h"
 #include "screen/video_mode.h"
+#include "temporary_folder.h"
 
 namespace korvane::test {
 
 using Lines = std::vector<std::string>;
-
-/// A folder of its own that goes with the test.
-class TemporaryFolder {
-  public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "explorer-XXXXXX").string();
-        if (mkdtemp(name.data()) == nullptr) std::abort();
-        path_ = name;
-    }
-    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-
-    std::filesystem::path write(const std::filesystem::path& name, std::string_view contents) const {
-        std::filesystem::create_directories((path_ / name).parent_path());
-        std::ofstream(path_ / name, std::ios::binary) << contents;
-        return path_ / name;
-    }
-    std::string read(const std::filesystem::path& name) const {
-        std::ifstream file(path_ / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-  private:
-    std::filesystem::path path_;
-};
 
 /// A machine with a screen of 128 columns and the given number of rows (at most 128). A key pressed whenever
 /// the explorer waits for one keeps paged reports going. At its end no pool buffer, file handle or misuse of

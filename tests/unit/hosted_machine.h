@@ -2,39 +2,16 @@
 #pragma once
 
 #include <gtest/gtest.h>
-#include <stdlib.h>
 
-#include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 
 #include "firmware.h"
+#include "temporary_folder.h"
 
 namespace korvane::host {
 
-class TemporaryFolder {
-  public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "korvane-unit-XXXXXX").string();
-        path_ = mkdtemp(name.data());
-    }
-    ~TemporaryFolder() { std::filesystem::remove_all(path_); }
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-    void write(const std::string& name, const std::string& content) const {
-        std::ofstream(path_ / name, std::ios::binary) << content;
-    }
-    std::string read(const std::string& name) const {
-        std::ifstream stream(path_ / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(stream), {}};
-    }
-
-  private:
-    std::filesystem::path path_;
-};
+using test::TemporaryFolder;
 
 class HostedFirmwareTest : public ::testing::Test {
   protected:
