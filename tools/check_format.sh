@@ -3,9 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-sources=(src host tests)
-[ ! -d bench ] || sources+=(bench)
-if ! report=$(find "${sources[@]}" \( -name '*.cpp' -o -name '*.h' \) -print0 |
+if ! report=$(find src host tests bench \( -name '*.cpp' -o -name '*.h' \) -print0 |
     xargs -0 clang-format --dry-run --Werror 2>&1); then
     sed -n 's/:[0-9]*:[0-9]*: error: .*/ is not formatted/p' <<<"$report" | sort -u
     exit 1
