@@ -73,7 +73,7 @@ NumericField scan_number(std::string_view format, std::size_t& position) {
 }
 
 UsingItem literal(char character) {
-    return {UsingKind::LITERAL, character, 0, {}};
+    return {UsingKind::literal, character, 0, {}};
 }
 UsingItem string_field(UsingKind kind, std::uint32_t width) {
     return {kind, 0, width, {}};
@@ -84,7 +84,7 @@ UsingItem scan_fixed_string(std::string_view format, std::size_t& position) {
     for (position++; at(format, position) == ' '; position++)
         width++;
     if (at(format, position) == '\\') position++;
-    return string_field(UsingKind::FIXED_STRING, width);
+    return string_field(UsingKind::fixed_string, width);
 }
 
 // '-' for a negative number, else '+' when asked for, else 0.
@@ -130,17 +130,17 @@ void put_fraction(TextWriter& out, double fraction, std::int32_t digits) {
 
 UsingItem next_using_item(std::string_view format, std::size_t& position) {
     format = format.substr(0, using_format_limit);
-    if (position >= format.size()) return {UsingKind::END, 0, 0, {}};
-    if (starts_number(format, position)) return {UsingKind::NUMBER, 0, 0, scan_number(format, position)};
+    if (position >= format.size()) return {UsingKind::end, 0, 0, {}};
+    if (starts_number(format, position)) return {UsingKind::number, 0, 0, scan_number(format, position)};
     switch (const char character = format[position]) {
         case '\\':
             return scan_fixed_string(format, position);
         case '!':
             position++;
-            return string_field(UsingKind::FIRST_BYTE, 0);
+            return string_field(UsingKind::first_byte, 0);
         case '&':
             position++;
-            return string_field(UsingKind::WHOLE_STRING, 0);
+            return string_field(UsingKind::whole_string, 0);
         case '_':
             if (position + 1 < format.size()) position++;
             return literal(format[position++]);

@@ -27,21 +27,21 @@ struct NumericField {
 };
 
 enum class UsingKind : std::uint8_t {
-    END,           // the format is used up
-    LITERAL,       // `character` is printed as it stands
-    FIRST_BYTE,    // ! : the first byte of a string, nothing of an empty one
-    WHOLE_STRING,  // & : a whole string
-    FIXED_STRING,  // \ \ : a string cut or padded with blanks on the right to `width`
-    NUMBER,        // a number by `field`
+    end,           // the format is used up
+    literal,       // `character` is printed as it stands
+    first_byte,    // ! : the first byte of a string, nothing of an empty one
+    whole_string,  // & : a whole string
+    fixed_string,  // \ \ : a string cut or padded with blanks on the right to `width`
+    number,        // a number by `field`
 };
 
 struct UsingItem {
     UsingKind kind;
-    char character;       // of LITERAL
-    std::uint32_t width;  // of FIXED_STRING: 2 plus the blanks after the \, up to and including a closing one
-    NumericField field;   // of NUMBER
+    char character;       // of literal
+    std::uint32_t width;  // of fixed_string: 2 plus the blanks after the \, up to and including a closing one
+    NumericField field;   // of number
 
-    bool is_field() const { return kind > UsingKind::LITERAL; }
+    bool is_field() const { return kind > UsingKind::literal; }
 };
 
 // The item at `position` of a format, which is advanced past it.

@@ -27,7 +27,7 @@ std::vector<UsingItem> items_of(const std::string& format) {
     std::size_t position = 0;
     while (true) {
         const UsingItem item = next_using_item(format, position);
-        if (item.kind == UsingKind::END) return items;
+        if (item.kind == UsingKind::end) return items;
         items.push_back(item);
     }
 }
@@ -37,16 +37,16 @@ std::string outline(const std::string& format) {
     std::string text;
     for (const UsingItem& item : items_of(format)) {
         switch (item.kind) {
-            case UsingKind::LITERAL:
+            case UsingKind::literal:
                 text += item.character;
                 break;
-            case UsingKind::FIRST_BYTE:
+            case UsingKind::first_byte:
                 text += "<!>";
                 break;
-            case UsingKind::WHOLE_STRING:
+            case UsingKind::whole_string:
                 text += "<&>";
                 break;
-            case UsingKind::FIXED_STRING:
+            case UsingKind::fixed_string:
                 text += "<" + std::to_string(item.width) + ">";
                 break;
             default:
@@ -59,7 +59,7 @@ std::string outline(const std::string& format) {
 NumericField field_of(const std::string& format) {
     const std::vector<UsingItem> items = items_of(format);
     EXPECT_EQ(items.size(), 1u) << format;
-    EXPECT_EQ(items[0].kind, UsingKind::NUMBER) << format;
+    EXPECT_EQ(items[0].kind, UsingKind::number) << format;
     return items[0].field;
 }
 

@@ -27,10 +27,10 @@ bool accept_separator(Cursor& cursor) {
 
 void put_string_field(const UsingItem& item, const Value& value) {
     std::string_view text(reinterpret_cast<const char*>(value.bytes), value.length);
-    if (item.kind == UsingKind::FIRST_BYTE) text = text.substr(0, 1);
-    if (item.kind == UsingKind::FIXED_STRING) text = text.substr(0, item.width);
+    if (item.kind == UsingKind::first_byte) text = text.substr(0, 1);
+    if (item.kind == UsingKind::fixed_string) text = text.substr(0, item.width);
     out_put_text(text);
-    if (item.kind != UsingKind::FIXED_STRING) return;
+    if (item.kind != UsingKind::fixed_string) return;
     out_put_blanks(std::int64_t{item.width} - static_cast<std::int64_t>(text.size()));
 }
 
@@ -38,7 +38,7 @@ void put_string_field(const UsingItem& item, const Value& value) {
 void put_field(const UsingItem& item, Cursor& cursor) {
     const Value value = evaluate(cursor);
     if (error_pending()) return;
-    const bool wants_string = item.kind != UsingKind::NUMBER;
+    const bool wants_string = item.kind != UsingKind::number;
     if (wants_string != (value.type == Type::STRING)) {
         raise(message::type_mismatch);
         return;
@@ -57,7 +57,7 @@ void put_field(const UsingItem& item, Cursor& cursor) {
 bool put_pass(std::string_view format, Cursor& cursor) {
     bool used_field = false;
     std::size_t position = 0;
-    for (UsingItem item = next_using_item(format, position); item.kind != UsingKind::END;
+    for (UsingItem item = next_using_item(format, position); item.kind != UsingKind::end;
          item = next_using_item(format, position)) {
         if (!item.is_field()) {
             out_put_char(static_cast<std::uint8_t>(item.character));
