@@ -14,9 +14,8 @@ constexpr std::uint32_t glyph_height = 16;
 std::uint32_t* find_back_buffer(Session& session) {
     constexpr std::uint32_t colours[] = {0x9A31C5, 0x07B2E8, 0x5CD463, 0xE81F76};
     session.enter("CLS");
-    for (int x = 0; x < 4; ++x) {
+    for (int x = 0; x < 4; ++x)
         session.enter("PSET (" + std::to_string(x) + ", 0), " + std::to_string(colours[x]));
-    }
     for (const host::MemoryRegion& region : session.machine().firmware().config().memory) {
         if (region.type != uefi::MemoryType::EfiConventionalMemory) continue;
         for (std::uint64_t page = 0; page < region.pages; ++page) {

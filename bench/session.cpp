@@ -45,9 +45,8 @@ void Session::run_until_waiting() {
 }
 
 void Session::press(std::string_view keys) {
-    for (const char key : keys) {
+    for (const char key : keys)
         machine_.firmware().keyboard().press({.ScanCode = 0, .UnicodeChar = static_cast<unsigned char>(key)});
-    }
 }
 
 void Session::enter(std::string_view line) {

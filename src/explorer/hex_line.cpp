@@ -34,9 +34,8 @@ LineText format_hex_line(const HexLine& line) {
         text.put(column == hex_line_bytes / 2 - 1 ? "  " : " ");
     }
     text.put(' ');
-    for (unsigned column = 0; column < line.count; ++column) {
+    for (unsigned column = 0; column < line.count; ++column)
         text.put(is_unread(line, column) ? '?' : shown(line.bytes[column]));
-    }
     return text;
 }
 

@@ -193,9 +193,8 @@ std::size_t write_integral(double integral, std::span<char> text) {
     std::size_t written = write_unsigned(limbs[size - 1], text);
     for (std::size_t i = size - 1; i-- > 0;) {
         std::uint32_t limb = limbs[i];
-        for (std::size_t digit = 9; digit-- > 0; limb /= 10) {
+        for (std::size_t digit = 9; digit-- > 0; limb /= 10)
             text[written + digit] = static_cast<char>('0' + limb % 10);
-        }
         written += 9;
     }
     return written;

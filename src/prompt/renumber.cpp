@@ -111,9 +111,8 @@ bool rewrite_texts(const WorkSpace& space) {
 }
 
 void renumber_breakpoints(const WorkSpace& space) {
-    for (std::uint32_t i = 0; i < breakpoints.count; ++i) {
+    for (std::uint32_t i = 0; i < breakpoints.count; ++i)
         breakpoints.lines[i] = renumbered_line(breakpoints.lines[i], &space);
-    }
 }
 
 void store_renumbered(const WorkSpace& space) {

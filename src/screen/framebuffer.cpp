@@ -21,9 +21,8 @@ constexpr std::uint64_t pixels_per_page = uefi::page_size / pixel_size;
 constexpr std::array<std::array<std::uint32_t, 4>, 16> make_glyph_masks() {
     std::array<std::array<std::uint32_t, 4>, 16> masks{};
     for (std::uint32_t pattern = 0; pattern < 16; ++pattern) {
-        for (std::uint32_t pixel = 0; pixel < 4; ++pixel) {
+        for (std::uint32_t pixel = 0; pixel < 4; ++pixel)
             masks[pattern][pixel] = (pattern & (8u >> pixel)) != 0 ? 0xFFFFFFFF : 0;
-        }
     }
     return masks;
 }
@@ -98,9 +97,8 @@ void fill_pixels(std::uint32_t x, std::uint32_t y, std::uint32_t columns, std::u
     }
     // Ends at the end of memory too: a mode may report any number of rows.
     std::uint64_t index = pixel_index(x, y);
-    for (; rows != 0 && index < screen.addressable; --rows, index += screen.pitch) {
+    for (; rows != 0 && index < screen.addressable; --rows, index += screen.pitch)
         fill_both(index, count_in_memory(index, columns), colour);
-    }
 }
 
 void store_pixel_row(std::uint32_t x, std::uint32_t y, std::span<const std::uint32_t> pixels) {
@@ -114,9 +112,8 @@ void move_pixels_up(std::uint32_t x, std::uint32_t to_y, std::uint32_t from_y, s
                     std::uint32_t rows) {
     // Row by row: what was just moved in the back buffer is still
     // in the processor's cache when it is copied on.
-    for (std::uint32_t row = 0; row < rows; ++row) {
+    for (std::uint32_t row = 0; row < rows; ++row)
         move_words(pixel_index(x, to_y + row), pixel_index(x, from_y + row), columns);
-    }
 }
 
 void draw_glyph(std::uint32_t x, std::uint32_t y, std::uint8_t code, std::uint32_t foreground,

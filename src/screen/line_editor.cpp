@@ -246,9 +246,8 @@ std::uint32_t take_logical_line(const EditArea& area, std::span<std::uint8_t> bu
     std::uint32_t length = 0;
     for (std::uint32_t row = first_row_of_line(area); row <= last; ++row) {
         const std::uint32_t used = used_columns(area, row);
-        for (std::uint32_t i = 0; i < used && length + 1 < buffer.size(); ++i) {
+        for (std::uint32_t i = 0; i < used && length + 1 < buffer.size(); ++i)
             buffer[length++] = cell_at(row, area.cells.left + i);
-        }
     }
     buffer[length] = 0;
     return length;

@@ -18,9 +18,8 @@ std::uint32_t window_columns(const TextWindow& window) {
 void clear_rows(const TextWindow& window, std::uint32_t first, std::uint32_t last) {
     fill_pixels(window.left * glyph_width, first * glyph_height, window_columns(window) * glyph_width,
                 (last - first + 1) * glyph_height, window.background);
-    for (std::uint32_t row = first; row <= last; ++row) {
+    for (std::uint32_t row = first; row <= last; ++row)
         fill_bytes(&console.grid[row][window.left], ' ', window_columns(window));
-    }
 }
 
 }  // namespace

@@ -40,9 +40,8 @@ double load(std::span<const std::uint8_t> image) {
     const std::size_t last = image.size() - 1;
     if (image[last] == 0) return 0;
     std::uint64_t mantissa = 0;
-    for (std::size_t i = 0; i < last; i++) {
+    for (std::size_t i = 0; i < last; i++)
         mantissa |= static_cast<std::uint64_t>(image[i]) << (64 - 8 * (last - i));
-    }
     const bool negative = (mantissa & sign_bit) != 0;
     mantissa |= sign_bit;  // the implied leading bit takes the sign's place
     // At most 56 bits, of which the lowest 8 of the word are zero:

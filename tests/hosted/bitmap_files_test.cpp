@@ -37,9 +37,8 @@ constexpr std::int64_t bad_file_mode_code = 54;
 // Loads each content into slot 0, in one run of a program, and gives the error codes,
 // 0 for those that were loaded.
 std::vector<std::int64_t> load_all(LinkedSession& session, const std::vector<std::string>& contents) {
-    for (std::size_t i = 0; i < contents.size(); ++i) {
+    for (std::size_t i = 0; i < contents.size(); ++i)
         session.write_file("T" + std::to_string(i) + ".BMP", contents[i]);
-    }
     const std::string last = std::to_string(contents.size() - 1);
     session.write_file("LOADALL.BAS", "10 DIM CODE%(" + last + "): ON ERROR GOTO 90\r\n" +
                                           "20 FOR K = 0 TO " + last +
@@ -50,9 +49,8 @@ std::vector<std::int64_t> load_all(LinkedSession& session, const std::vector<std
     if (!session.type("LOAD \"LOADALL\"") || !session.type("RUN")) return codes;
     constexpr char name[name_capacity] = "CODE%";
     const VariableEntry* array = find_variable(name, true);
-    for (std::size_t i = 0; i < contents.size(); ++i) {
+    for (std::size_t i = 0; i < contents.size(); ++i)
         codes.push_back(read_unaligned<std::int16_t>(array->array->elements() + i * 2));
-    }
     return codes;
 }
 
@@ -60,9 +58,8 @@ void expect_picture(const BitmapSlot& slot) {
     ASSERT_EQ(slot.width, width);
     ASSERT_EQ(slot.height, height);
     for (std::uint32_t y = 0; y < height; ++y) {
-        for (std::uint32_t x = 0; x < width; ++x) {
+        for (std::uint32_t x = 0; x < width; ++x)
             ASSERT_EQ(slot.pixels[y * width + x], picture_pixel(x, y)) << x << "," << y;
-        }
     }
 }
 

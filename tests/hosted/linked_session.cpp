@@ -56,9 +56,8 @@ void LinkedSession::write_file(const std::string& name, std::string_view content
 
 std::string LinkedSession::problem() const {
     std::string text = broke_down_ ? "broke down: " + machine_.fault_report() : "";
-    for (const std::string& complaint : const_cast<host::Machine&>(machine_).firmware().complaints()) {
+    for (const std::string& complaint : const_cast<host::Machine&>(machine_).firmware().complaints())
         text += complaint + '\n';
-    }
     return text;
 }
 

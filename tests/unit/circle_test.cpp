@@ -65,9 +65,8 @@ TEST(GfxCircle, RadiusFourHasTheseTwentyFourPixels) {
     DrawingScreen memory(9, 9, 9);
     gfx_circle({4, 4}, 4, ink);
     for (std::uint32_t y = 0; y < 9; ++y) {
-        for (std::uint32_t x = 0; x < 9; ++x) {
+        for (std::uint32_t x = 0; x < 9; ++x)
             ASSERT_EQ(get_pixel(x, y), picture[y * 9 + x] == '#' ? ink : 0) << x << "," << y;
-        }
     }
 }
 

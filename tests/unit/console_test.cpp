@@ -132,17 +132,15 @@ TEST(Console, FlagsScrollWithTheirRows) {
 
 TEST(Console, EveryOtherControlCodeIsDrawn) {
     MemoryScreen memory(160, 64);
-    for (const int code : {10, 8, 9, 7, 0, 27, 127, 255}) {
+    for (const int code : {10, 8, 9, 7, 0, 27, 127, 255})
         con_put_char(static_cast<std::uint8_t>(code));
-    }
     EXPECT_EQ(console.cursor_row, 0u);
     EXPECT_EQ(console.cursor_column, 8u);
     EXPECT_EQ(console.grid[0][0], 10);
     EXPECT_EQ(console.grid[0][3], 7);
     for (std::uint32_t y = 0; y < 16; ++y) {
-        for (std::uint32_t x = 0; x < 8; ++x) {
+        for (std::uint32_t x = 0; x < 8; ++x)
             ASSERT_EQ(memory.front(x, y), (font_glyphs[10][y] >> (7 - x) & 1) != 0 ? white : black);
-        }
     }
 }
 
@@ -289,9 +287,8 @@ class Model {
                 grid[r][c] = grid[r + 1][c];
             flags[r] = flags[r + 1];
             for (std::uint32_t y = 0; y < 16; ++y) {
-                for (std::uint32_t x = left * 8; x < right * 8 + 8; ++x) {
+                for (std::uint32_t x = left * 8; x < right * 8 + 8; ++x)
                     pixels[(std::size_t{r} * 16 + y) * columns_ * 8 + x] = pixel(x, (r + 1) * 16 + y);
-                }
             }
         }
         for (std::uint32_t c = left; c <= right; ++c)

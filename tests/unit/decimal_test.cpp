@@ -149,9 +149,8 @@ TEST(DecimalTest, LengthIsNoLimit) {
 }
 
 TEST(DecimalTest, ExponentLettersAreEAndDOfEitherCase) {
-    for (const char* text : {"15E1", "15e1", "15D1", "15d1", "15E+1", "15D+01"}) {
+    for (const char* text : {"15E1", "15e1", "15D1", "15d1", "15E+1", "15D+01"})
         EXPECT_EQ(decimal_to_double(text), 150) << text;
-    }
     EXPECT_EQ(decimal_to_double("15E-1"), 1.5);
     EXPECT_EQ(decimal_to_double("15d-01"), 1.5);
 }
@@ -183,9 +182,8 @@ TEST(DecimalTest, ScanDescribesTheNumber) {
 }
 
 TEST(DecimalTest, PowersOfTenAreCorrectlyRounded) {
-    for (int exponent = 0; exponent <= 308; exponent++) {
+    for (int exponent = 0; exponent <= 308; exponent++)
         EXPECT_EQ(power_of_ten(exponent), std::strtod(print("1e%d", exponent).c_str(), nullptr));
-    }
 }
 
 }  // namespace

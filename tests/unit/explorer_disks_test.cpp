@@ -124,16 +124,13 @@ TEST(ExplorerDisks, BadArgumentsPrintTheUsage) {
     ExplorerSession session;
     for (const char* line : {"DISK", "DISK X", "DISK D:"})
         EXPECT_EQ(session.run(line), Lines{"Usage: DISK n"});
-    for (const char* line : {"SECTOR", "SECTOR 0", "SECTOR X 0", "SECTOR 0 X"}) {
+    for (const char* line : {"SECTOR", "SECTOR 0", "SECTOR X 0", "SECTOR 0 X"})
         EXPECT_EQ(session.run(line), Lines{"Usage: SECTOR disk lba [count]"}) << line;
-    }
     EXPECT_EQ(session.run("SECTOR 0 0 X"), Lines{"Bad count."});
-    for (const char* line : {"PARTITIONS", "PARTITIONS X"}) {
+    for (const char* line : {"PARTITIONS", "PARTITIONS X"})
         EXPECT_EQ(session.run(line), Lines{"Usage: PARTITIONS disk"}) << line;
-    }
-    for (const char* line : {"PARTITION", "PARTITION 0", "PARTITION 0 X", "PARTITION X 0"}) {
+    for (const char* line : {"PARTITION", "PARTITION 0", "PARTITION 0 X", "PARTITION X 0"})
         EXPECT_EQ(session.run(line), Lines{"Usage: PARTITION disk partition"}) << line;
-    }
 }
 
 TEST(ExplorerDisks, SizesThatDoNotFitAreUnknown) {

@@ -57,9 +57,8 @@ TEST(MemoryMap, FiveTypesAreNotReadable) {
 }
 
 TEST(MemoryMap, OnlyThreeTypesAreWritable) {
-    for (std::uint32_t type = 0; type < 20; ++type) {
+    for (std::uint32_t type = 0; type < 20; ++type)
         EXPECT_EQ(allows(Access::write, type), type == 2 || type == 4 || type == 7) << type;
-    }
 }
 
 TEST(MemoryMap, DescriptorsAreSteppedByTheSizeTheFirmwareReports) {

@@ -48,9 +48,8 @@ TEST(ExplorerDump, LengthIs256UnlessGiven) {
 TEST(ExplorerDump, EveryNumberSyntaxNamesTheSameAddress) {
     ExplorerSession session;
     const Lines expected = session.run("M 10100000 10");
-    for (const char* line : {"M D:269484032 10", "M &H10100000 10", "M 0x10100000 10", "m 0X10100000 &h10"}) {
+    for (const char* line : {"M D:269484032 10", "M &H10100000 10", "M 0x10100000 10", "m 0X10100000 &h10"})
         EXPECT_EQ(session.run(line), expected) << line;
-    }
 }
 
 TEST(ExplorerDump, ContinuesBehindTheLastDumpWithItsLength) {

@@ -94,9 +94,8 @@ TEST(GptEntry, KnownTypesHaveNames) {
         {linux_filesystem, "Linux filesystem"},
         {linux_swap, "Linux swap"},
         {other_type, "GPT"}};
-    for (const auto& [type, name] : types) {
+    for (const auto& [type, name] : types)
         EXPECT_EQ(shown(7, entry(type, 1, 1, u"")), "  7  " + name + "  \"\"  LBA 1-1  0 MiB");
-    }
 }
 
 TEST(GptEntry, UnusedEntryHasAZeroType) {

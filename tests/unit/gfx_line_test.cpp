@@ -53,9 +53,8 @@ void expect_reference_line(DrawingScreen& memory, Point from, Point to) {
 
 TEST(GfxLine, EveryLineOfASmallSquareFollowsTheErrorTerm) {
     DrawingScreen memory(9, 9, 12);
-    for (std::int64_t i = 0; i < 9 * 9 * 9 * 9; ++i) {
+    for (std::int64_t i = 0; i < 9 * 9 * 9 * 9; ++i)
         expect_reference_line(memory, {i % 9, i / 9 % 9}, {i / 81 % 9, i / 729});
-    }
     EXPECT_TRUE(memory.unseen_words_are_untouched());
 }
 

@@ -465,9 +465,8 @@ TEST_F(LineEditorTest, TheCursorIsAFullBlockThatLeavesNoTrace) {
     std::string shape;
     for (std::uint32_t y = 0; y < glyph_height; ++y) {
         std::uint8_t bits = 0;
-        for (std::uint32_t x = 0; x < glyph_width; ++x) {
+        for (std::uint32_t x = 0; x < glyph_width; ++x)
             bits = static_cast<std::uint8_t>(bits << 1 | (memory.front(x, y) == white ? 1 : 0));
-        }
         EXPECT_EQ(bits, font_glyphs['A'][y]) << "row " << y;
     }
 }

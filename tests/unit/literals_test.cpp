@@ -68,9 +68,8 @@ TEST(LiteralsTest, IntegerSuffixesGiveTheirTypesUpToTheirLimits) {
 
 TEST(LiteralsTest, PointsAndExponentsDoNotGoWithIntegerSuffixes) {
     for (const char* suffix : {"%", "&", "&&"}) {
-        for (const char* number : {"1.5", "1.", ".5", "1E2", "1D2", "1.5E2", "99999.5"}) {
+        for (const char* number : {"1.5", "1.", ".5", "1E2", "1D2", "1.5E2", "99999.5"})
             EXPECT_EQ(read(std::string(number) + suffix).error, "Syntax Error") << number << suffix;
-        }
     }
 }
 
@@ -176,9 +175,8 @@ TEST(LiteralsTest, SuffixesOfHexadecimalLiteralsTakeTheBitsAsTheyAre) {
 }
 
 TEST(LiteralsTest, HexadecimalAndOctalFaults) {
-    for (const char* text : {"&", "&1", "&X", "&G1", "& H1", "&H", "&HG", "&O", "&O8", "&H ", "&&H1"}) {
+    for (const char* text : {"&", "&1", "&X", "&G1", "& H1", "&H", "&HG", "&O", "&O8", "&H ", "&&H1"})
         EXPECT_EQ(read(text).error, "Syntax Error") << text;
-    }
     EXPECT_EQ(read("&H10000000000000000").error, "Overflow");
     EXPECT_EQ(read("&O2000000000000000000000").error, "Overflow");
     EXPECT_EQ(read("&H10000000000000000%").error, "Overflow");

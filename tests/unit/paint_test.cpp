@@ -25,9 +25,8 @@ std::vector<std::uint32_t> reference_fill(std::vector<std::uint32_t> pixels, Poi
         std::uint32_t& pixel = pixels[static_cast<std::size_t>(at.y * width + at.x)];
         if ((pixel & 0xFFFFFF) == paint || (pixel & 0xFFFFFF) == border) continue;
         pixel = paint;
-        for (const Point step : {Point{1, 0}, Point{-1, 0}, Point{0, 1}, Point{0, -1}}) {
+        for (const Point step : {Point{1, 0}, Point{-1, 0}, Point{0, 1}, Point{0, -1}})
             open.push_back({at.x + step.x, at.y + step.y});
-        }
     }
     return pixels;
 }
@@ -82,9 +81,8 @@ TEST(GfxPaint, WorksWithTheFramebufferAloneWhenThereIsNoBackBuffer) {
         set_pixel(6, y, border);
     gfx_paint({2, 2}, paint, border);
     for (std::uint32_t y = 0; y < 12; ++y) {
-        for (std::uint32_t x = 0; x < 12; ++x) {
+        for (std::uint32_t x = 0; x < 12; ++x)
             ASSERT_EQ(screen.framebuffer[pixel_index(x, y)], x < 6 ? paint : x == 6 ? border : 0U);
-        }
     }
 }
 
@@ -106,9 +104,8 @@ TEST(GfxPaint, SeedsBeyondTheStackAreDroppedSilently) {
     for (std::uint32_t gap = 0; gap < gaps; ++gap)
         set_pixel(gap * 2 + 1, 1, border);
     gfx_paint({0, 0}, paint, border);
-    for (std::uint32_t gap = 0; gap < gaps; ++gap) {
+    for (std::uint32_t gap = 0; gap < gaps; ++gap)
         ASSERT_EQ(get_pixel(gap * 2, 1), gap < paint_stack_capacity ? paint : 0) << gap;
-    }
 }
 
 }  // namespace

@@ -25,9 +25,8 @@ void expect_error(double base, double exponent, const char* message) {
 }
 
 TEST(PowerTest, ExponentZeroGivesOne) {
-    for (const double base : {0.0, -0.0, 5.0, -5.0, infinity, std::numeric_limits<double>::quiet_NaN()}) {
+    for (const double base : {0.0, -0.0, 5.0, -5.0, infinity, std::numeric_limits<double>::quiet_NaN()})
         expect_power(base, 0, 1);
-    }
 }
 
 TEST(PowerTest, BaseZero) {

@@ -149,9 +149,8 @@ TEST(LongestNumberTest, TakesTheLongestNumericBeginningAsADouble) {
 }
 
 TEST(LongestNumberTest, WithoutANumberItIsZero) {
-    for (const char* text : {"", " ", "ABC", "-", "+", ".", "&", "&H", "&X1", "E5", "--1", "- 1"}) {
+    for (const char* text : {"", " ", "ABC", "-", "+", ".", "&", "&H", "&X1", "E5", "--1", "- 1"})
         expect_real_value(text, 0);
-    }
 }
 
 void expect_integer_value(const char* text, Type type, std::int64_t expected) {

@@ -34,9 +34,8 @@ Value peek(const Value& address, std::uint32_t bytes, Type type) {
 // The last digits of a number, with leading zeros.
 template <std::size_t Size>
 void put_digits(std::array<char, Size>& text, std::size_t start, std::size_t count, unsigned number) {
-    for (std::size_t i = start + count; i-- > start; number /= 10) {
+    for (std::size_t i = start + count; i-- > start; number /= 10)
         text[i] = static_cast<char>('0' + number % 10);
-    }
 }
 
 }  // namespace
@@ -160,17 +159,15 @@ Value function_commandlinearg(const Value& number) {
 
 Value function_commandlinearg_bare() {
     std::uint64_t length = 0;
-    for (std::uint32_t i = 0; i < command_arguments.count; ++i) {
+    for (std::uint32_t i = 0; i < command_arguments.count; ++i)
         length += std::string_view(command_arguments.arguments[i]).size() + (i > 0);
-    }
     const NewString joined = new_string(length);
     if (error_pending()) return Value::nothing();
     std::uint8_t* at = joined.bytes;
     for (std::uint32_t i = 0; i < command_arguments.count; ++i) {
         if (i > 0) *at++ = ' ';
-        for (const char character : std::string_view(command_arguments.arguments[i])) {
+        for (const char character : std::string_view(command_arguments.arguments[i]))
             *at++ = static_cast<std::uint8_t>(character);
-        }
     }
     return joined.value;
 }

@@ -92,9 +92,8 @@ bool skip(FileHandle& file, std::uint32_t count) {
 
 void convert_row(const Layout& layout, std::uint32_t* pixels) {
     const std::uint8_t* bytes = bmp_reader.row;
-    for (std::uint32_t x = 0; x < layout.width; ++x, bytes += layout.pixel_size) {
+    for (std::uint32_t x = 0; x < layout.width; ++x, bytes += layout.pixel_size)
         pixels[x] = std::uint32_t{bytes[2]} << 16 | std::uint32_t{bytes[1]} << 8 | bytes[0];
-    }
 }
 
 bool read_rows(FileHandle& file, const Layout& layout, std::uint32_t* pixels) {

@@ -115,9 +115,8 @@ void put_row(std::span<const std::uint32_t> image, std::uint32_t x, std::uint32_
         const std::size_t count = std::min(image.size(), std::size(part));
         const std::span<const std::uint32_t> below = pixel_row(x, y, count);
         std::size_t i = 0;
-        for (; i + 4 <= below.size(); i += 4) {
+        for (; i + 4 <= below.size(); i += 4)
             store_four(part + i, combination.apply(load_four(&image[i]), load_four(&below[i])));
-        }
         for (; i < below.size(); ++i)
             part[i] = combination.apply(image[i], below[i]);
         store_pixel_row(x, y, {part, below.size()});
