@@ -27,6 +27,15 @@ std::optional<CommandEnd> read_addresses(WordReader& arguments,
     return std::nullopt;
 }
 
+std::optional<std::uint8_t> next_byte(WordReader& arguments, bool& bad) {
+    const Word word = arguments.next(byte_word_length);
+    if (word.empty()) return std::nullopt;
+    const auto byte = parse_byte(word.view());
+    bad = !byte;
+    if (bad) print_line(LineText().put("Bad hex byte: ").put(word.view()));
+    return byte;
+}
+
 bool read_numbers(WordReader& arguments, std::initializer_list<std::uint64_t*> numbers) {
     for (std::uint64_t* place : numbers) {
         const auto number = parse_number(arguments.next().view());

@@ -27,6 +27,10 @@ std::optional<std::uint64_t> parse_address(std::string_view word);
 std::optional<CommandEnd> read_addresses(WordReader& arguments,
                                          std::initializer_list<std::uint64_t*> addresses);
 
+/// Reads the next word as a byte. Nothing at the end of the line, and after "Bad hex byte: " for a word that
+/// is none, which sets `bad`.
+std::optional<std::uint8_t> next_byte(WordReader& arguments, bool& bad);
+
 /// Reads number words (disks, volumes, partitions). False when one is missing or is no number.
 bool read_numbers(WordReader& arguments, std::initializer_list<std::uint64_t*> numbers);
 

@@ -50,20 +50,15 @@ CommandEnd do_hunt(WordReader& arguments) {
     if (const auto ended = read_addresses(arguments, {&range.start, &range.end})) return *ended;
     std::array<std::uint8_t, longest_pattern> pattern{};
     std::size_t length = 0;
-    for (;;) {
-        const Word word = arguments.next(byte_word_length);
-        if (word.empty()) break;
-        const auto byte = parse_byte(word.view());
-        if (!byte) {
-            print_line(LineText().put("Bad hex byte: ").put(word.view()));
-            return CommandEnd::done;
-        }
+    bool bad = false;
+    while (const auto byte = next_byte(arguments, bad)) {
         if (length == longest_pattern) {
             print_line("Pattern limited to 256 bytes.");
             return CommandEnd::done;
         }
         pattern[length++] = *byte;
     }
+    if (bad) return CommandEnd::done;
     hunt(range, std::span(pattern).first(length));
     return CommandEnd::done;
 }

@@ -80,18 +80,13 @@ CommandEnd do_enter_bytes(WordReader& arguments) {
     std::uint64_t base = 0;
     if (const auto ended = read_addresses(arguments, {&base})) return *ended;
     std::uint64_t written = 0;
-    for (;;) {
-        const Word word = arguments.next(byte_word_length);
-        if (word.empty()) break;
-        const auto byte = parse_byte(word.view());
-        if (!byte) {
-            print_line(LineText().put("Bad hex byte: ").put(word.view()));
-            return CommandEnd::done;
-        }
+    bool bad = false;
+    while (const auto byte = next_byte(arguments, bad)) {
         std::uint64_t address = 0;
         if (!next_address(base, written, address) || !write_byte(address, *byte)) return CommandEnd::done;
         ++written;
     }
+    if (bad) return CommandEnd::done;
     if (written == 0) {
         print_line("No bytes supplied.");
     } else {
