@@ -3,11 +3,12 @@
 // A READ that fails part of the way is executed again from its start, with the position in the DATA that it
 // found. That cannot be noticed while reading a place does not change where the next one is, so only a single
 // place may be an element.
-#include <limits>
 #include <string_view>
 
 #include "fast/links.h"
+#include "fast/number_types.h"
 #include "fast/places.h"
+#include "fast/sides.h"
 #include "fast/statement.h"
 #include "fast/text_sides.h"
 #include "values/data_items.h"
@@ -16,35 +17,15 @@
 namespace korvane::fast {
 namespace {
 
-// Integers that the type does not hold exactly are rounded or refused by the general handler.
-template <typename Integer>
-bool store_integer(std::uint8_t* place, double number) {
-    using Limits = std::numeric_limits<Integer>;
-    if (!(number >= Limits::min() && number <= Limits::max())) return false;
-    const auto integer = static_cast<Integer>(number);
-    if (static_cast<double>(integer) != number) return false;
-    write_unaligned(place, integer);
-    return true;
-}
-
-bool store_number(std::uint8_t* place, Type type, std::string_view item) {
+// Integers that the type does not hold exactly are rounded or refused by the general handler; so is every
+// INT64, which a double may not hold.
+bool store_item(std::uint8_t* place, Type type, std::string_view item) {
     double number;
     if (!cannot_overflow(item) || text_to_double(item, number) != NumberReading::number) return false;
-    switch (type) {
-        case Type::INTEGER:
-            return store_integer<std::int16_t>(place, number);
-        case Type::LONG:
-            return store_integer<std::int32_t>(place, number);
-        case Type::SINGLE:
-            write_unaligned(place, static_cast<float>(number));
-            return true;
-        case Type::DOUBLE:
-            write_unaligned(place, number);
-            return true;
-        // A double does not hold every INT64.
-        default:
-            return false;
-    }
+    if (!is_integer(type)) return store_number(type, place, number);
+    const Whole whole = round_whole(number);
+    return type != Type::INT64 && static_cast<double>(whole.value) == number &&
+           store_number(type, place, whole.value);
 }
 
 bool read_item(const Token* host) {
@@ -52,7 +33,7 @@ bool read_item(const Token* host) {
     std::uint8_t* place = place_address(host);
     std::string_view item;
     if (place == nullptr || !next_data_item(item)) return false;
-    if (type != Type::STRING) return store_number(place, type, item);
+    if (type != Type::STRING) return store_item(place, type, item);
     return store_text(place, Value::of_string(reinterpret_cast<const std::uint8_t*>(item.data()),
                                               static_cast<std::uint32_t>(item.size())));
 }

@@ -18,29 +18,21 @@ std::uint64_t let_element(Current at, std::uint64_t budget) {
     return proceed(equals->step.next, budget);
 }
 
-template <Type type>
-struct LetElement {
-    static constexpr Execute execute = guarded<let_element<type>>;
-};
-
 // The frequent shapes, whose value can be taken before the element is found: a plain side for a DOUBLE
 // element, and a literal for an INTEGER one.
 template <Subscripts subscripts>
 std::uint64_t let_plain_element(Current at, std::uint64_t budget) {
     const auto value = plain_right<double>(at[1].step.next);
     std::uint8_t* place = find_element<8, subscripts>(at + 1);
-    if (place == nullptr || !is_finite(value)) return execute_general(at, budget);
-    __builtin_memcpy(place, &value, sizeof value);
+    if (place == nullptr || !store_number<double>(place, value)) return execute_general(at, budget);
     return proceed(at[1].step.next->step.next, budget);
 }
 
 std::uint64_t let_integer_element(Current at, std::uint64_t budget) {
     const Token* equals = at[1].step.next;
     const auto literal = read<std::int64_t>(equals->step.operand);
-    const auto value = static_cast<std::int16_t>(literal);
     std::uint8_t* place = find_element<2, Subscripts::ONE>(at + 1);
-    if (place == nullptr || value != literal) return execute_general(at, budget);
-    __builtin_memcpy(place, &value, sizeof value);
+    if (place == nullptr || !store_number<std::int16_t>(place, literal)) return execute_general(at, budget);
     return proceed(equals->step.next, budget);
 }
 
@@ -65,8 +57,9 @@ Execute element_handler(const Token* bracket, const Specialised& element, const 
     const Execute shape =
         allocates ? nullptr : choose_element_shape(bracket, element.side.type, value.side.kind);
     if (shape != nullptr) return shape;
-    return element.side.type == Type::STRING ? choose_text_element_assignment(value.side)
-                                             : handler_of_number<LetElement>(element.side.type);
+    const Type type = element.side.type;
+    if (type == Type::STRING) return choose_text_element_assignment(value.side);
+    return choose_by_type(type, [](auto listed) -> Execute { return guarded<let_element<listed()>>; });
 }
 
 }  // namespace korvane::fast

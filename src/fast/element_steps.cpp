@@ -1,6 +1,7 @@
 #include "fast/element_steps.h"
 
 #include "fast/elements.h"
+#include "fast/number_types.h"
 #include "fast/text_sides.h"
 
 namespace korvane::fast {
@@ -32,58 +33,30 @@ Value text_element(Token* at) {
     return Value::of_string(descriptor.bytes, descriptor.length);
 }
 
+// ---- Which of them there are --------------------------------------------------------------------
+
+// For each type, and for the frequent subscripts where they have steps of their own.
 using RealStep = double (*)(double, Token*);
+using WholeStep = Whole (*)(std::int64_t, Token*);
 
-RealStep choose_double(Subscripts subscripts) {
-    switch (subscripts) {
-        case Subscripts::ONE:
-            return real_element<F64, 8, Subscripts::ONE>;
-        case Subscripts::TWO:
-            return real_element<F64, 8, Subscripts::TWO>;
-        default:
-            return real_element<F64, 8, Subscripts::ANY>;
-    }
+template <Type type, Subscripts subscripts>
+constexpr RealStep real_step = real_element<leaf_of(type), storage_size(type), subscripts>;
+template <Type type, Subscripts subscripts>
+constexpr WholeStep whole_step = whole_element<leaf_of(type), storage_size(type), subscripts>;
+
+RealStep choose_real(Type type, Subscripts subscripts) {
+    if (type != Type::DOUBLE)
+        return choose<Type::INTEGER, Type::LONG, Type::INT64, Type::SINGLE>(
+            type, [](auto listed) { return real_step<listed(), Subscripts::ANY>; });
+    return choose<Subscripts::ONE, Subscripts::TWO, Subscripts::ANY>(
+        subscripts, [](auto listed) { return real_step<Type::DOUBLE, listed()>; });
 }
 
-void set_real_element_step(Token* bracket, Type type) {
-    switch (type) {
-        case Type::INTEGER:
-            bracket->step.real = real_element<I16, 2, Subscripts::ANY>;
-            break;
-        case Type::LONG:
-            bracket->step.real = real_element<I32, 4, Subscripts::ANY>;
-            break;
-        case Type::INT64:
-            bracket->step.real = real_element<I64, 8, Subscripts::ANY>;
-            break;
-        case Type::SINGLE:
-            bracket->step.real = real_element<F32, 4, Subscripts::ANY>;
-            break;
-        default:
-            bracket->step.real = choose_double(subscripts_of(bracket));
-            break;
-    }
-}
-
-void set_whole_element_step(Token* bracket, Type type) {
-    const bool one = subscripts_of(bracket) == Subscripts::ONE;
-    switch (type) {
-        case Type::INTEGER:
-            bracket->step.whole =
-                one ? whole_element<I16, 2, Subscripts::ONE> : whole_element<I16, 2, Subscripts::ANY>;
-            break;
-        case Type::LONG:
-            bracket->step.whole = whole_element<I32, 4, Subscripts::ANY>;
-            break;
-        default:
-            bracket->step.whole = whole_element<I64, 8, Subscripts::ANY>;
-            break;
-    }
-}
-
-void set_single_element_step(Token* bracket) {
-    const bool one = subscripts_of(bracket) == Subscripts::ONE;
-    bracket->step.single = one ? single_element<Subscripts::ONE> : single_element<Subscripts::ANY>;
+WholeStep choose_whole(Type type, Subscripts subscripts) {
+    if (type == Type::INTEGER && subscripts == Subscripts::ONE)
+        return whole_step<Type::INTEGER, Subscripts::ONE>;
+    return choose<Type::INTEGER, Type::LONG, Type::INT64>(
+        type, [](auto listed) { return whole_step<listed(), Subscripts::ANY>; });
 }
 
 }  // namespace
@@ -123,19 +96,21 @@ std::uint8_t* element_address(Token* at, Type type) {
 }
 
 void set_element_step(Token* bracket, Type type, Domain domain) {
+    const Subscripts subscripts = subscripts_of(bracket);
+    const bool one = subscripts == Subscripts::ONE;
+    Step& step = bracket->step;
     switch (domain) {
         case Domain::REAL:
-            set_real_element_step(bracket, type);
+            step.real = choose_real(type, subscripts);
             break;
         case Domain::SINGLE:
-            set_single_element_step(bracket);
+            step.single = one ? single_element<Subscripts::ONE> : single_element<Subscripts::ANY>;
             break;
         case Domain::WHOLE:
-            set_whole_element_step(bracket, type);
+            step.whole = choose_whole(type, subscripts);
             break;
         case Domain::TEXT:
-            bracket->step.text = subscripts_of(bracket) == Subscripts::ONE ? text_element<Subscripts::ONE>
-                                                                           : text_element<Subscripts::ANY>;
+            step.text = one ? text_element<Subscripts::ONE> : text_element<Subscripts::ANY>;
             break;
     }
 }

@@ -1,4 +1,5 @@
 // Specialised SWAP: the keyword holds the first place, the comma the second one.
+#include "fast/choose.h"
 #include "fast/links.h"
 #include "fast/places.h"
 #include "fast/statement.h"
@@ -25,17 +26,9 @@ std::uint64_t swap_places(Current at, std::uint64_t budget) {
     return proceed(at->step.next, budget);
 }
 
-Execute choose(Type type) {
-    switch (storage_size(type)) {
-        case 2:
-            return guarded<swap_places<2>>;
-        case 4:
-            return guarded<swap_places<4>>;
-        case 8:
-            return guarded<swap_places<8>>;
-        default:
-            return guarded<swap_places<16>>;
-    }
+Execute choose_swap(Type type) {
+    return choose<2, 4, 8, 16>(storage_size(type),
+                               [](auto size) -> Execute { return guarded<swap_places<size()>>; });
 }
 
 }  // namespace
@@ -47,7 +40,7 @@ bool specialise_swap(Token* at) {
     if (!bind_place(comma, end) || place_type(at) != place_type(comma)) return false;
     at->step.inner = comma;
     at->step.next = link_behind(end);
-    at->execute = choose(place_type(at));
+    at->execute = choose_swap(place_type(at));
     return true;
 }
 

@@ -7,6 +7,7 @@
 #include "fast/element_steps.h"
 #include "fast/function_steps.h"
 #include "fast/nodes.h"
+#include "fast/number_types.h"
 #include "fast/operator_steps.h"
 #include "fast/sides.h"
 #include "fast/text_comparisons.h"
@@ -14,23 +15,6 @@
 
 namespace korvane::fast {
 namespace {
-
-Leaf leaf_of(Type type) {
-    switch (type) {
-        case Type::INTEGER:
-            return I16;
-        case Type::LONG:
-            return I32;
-        case Type::INT64:
-            return I64;
-        case Type::SINGLE:
-            return F32;
-        case Type::STRING:
-            return TEXT_VARIABLE;
-        default:
-            return F64;
-    }
-}
 
 // A number literal keeps copies of itself in the forms in which it may be wanted.
 void emit_number(Token* literal, Type type, Domain wanted, Side& side) {

@@ -1,5 +1,6 @@
 #include "fast/function_steps.h"
 
+#include "fast/number_types.h"
 #include "fast/sides.h"
 #include "fast/text_sides.h"
 #include "numbers/kernels.h"
@@ -130,24 +131,9 @@ struct Saved {
 
 // Writes an argument with conversion to the parameter's type; false when it does not fit.
 bool bind(const VariableEntry& parameter, std::uint8_t* storage, const Token* mark) {
-    if (is_integer(parameter.type)) {
-        const Whole x = right_whole(mark);
-        if (x.failed != 0) return false;
-        std::int64_t bits = x.value;
-        if (parameter.type == Type::INTEGER && static_cast<std::int16_t>(bits) != bits) return false;
-        if (parameter.type == Type::LONG && static_cast<std::int32_t>(bits) != bits) return false;
-        __builtin_memcpy(storage, &bits, storage_size(parameter.type));
-        return true;
-    }
-    const double x = right_real(mark);
-    if (!is_finite(x)) return false;
-    if (parameter.type == Type::SINGLE) {
-        const auto narrow = static_cast<float>(x);
-        __builtin_memcpy(storage, &narrow, sizeof narrow);
-    } else {
-        __builtin_memcpy(storage, &x, sizeof x);
-    }
-    return true;
+    if (!is_integer(parameter.type)) return store_number(parameter.type, storage, right_real(mark));
+    const Whole x = right_whole(mark);
+    return x.failed == 0 && store_number(parameter.type, storage, x.value);
 }
 
 // The body's value with all parameters bound. Arguments are evaluated before any parameter is changed, so

@@ -4,6 +4,7 @@
 #include "fast/conditions.h"
 #include "fast/expression.h"
 #include "fast/links.h"
+#include "fast/number_types.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
 #include "platform/memory.h"
@@ -32,26 +33,13 @@ bool held_value(const Token* host, Value& value) {
 }
 
 // Stores a FOR's start value; the general handler raises what is wrong with it.
-bool store_start(const VariableEntry& variable, std::uint8_t* storage, const Value& start) {
-    if (!is_integer(variable.type)) {
+bool store_start(Type type, std::uint8_t* storage, const Value& start) {
+    if (!is_integer(type)) {
         const double real = is_integer(start.type) ? static_cast<double>(start.integer) : start.real;
-        if (variable.type == Type::DOUBLE) {
-            write_unaligned(storage, real);
-        } else {
-            const auto narrow = static_cast<float>(real);
-            if (!is_finite(narrow)) return false;
-            write_unaligned(storage, narrow);
-        }
-        return true;
+        return store_number(type, storage, real);
     }
-    Whole whole{start.integer, 0};
-    if (!is_integer(start.type)) whole = round_whole(start.real);
-    if (whole.failed != 0) return false;
-    const auto size = storage_size(variable.type);
-    if (size == 2 && static_cast<std::int16_t>(whole.value) != whole.value) return false;
-    if (size == 4 && static_cast<std::int32_t>(whole.value) != whole.value) return false;
-    copy_bytes(storage, &whole.value, size);
-    return true;
+    const Whole whole = is_integer(start.type) ? Whole{start.integer, 0} : round_whole(start.real);
+    return whole.failed == 0 && store_number(type, storage, whole.value);
 }
 
 Token* to_of(Token* at) {
@@ -91,7 +79,7 @@ bool nothing_to_do(const ForEntry& entry) {
         return false;
     }
     const auto before = read<std::uint64_t>(variable->storage);
-    if (!store_start(*variable, variable->storage, start)) return false;
+    if (!store_start(variable->type, variable->storage, start)) return false;
     ForEntry& entry = control_stacks.fors[control_stacks.for_count];
     if (describes(entry, at)) {
         set_loop_bounds(entry, limit, step);

@@ -2,6 +2,7 @@
 // loop's entry, left_operand the variable, right_kind the depth, next the statement behind a loop that is
 // done. As long as all of this fits, a turn is an addition and a comparison.
 #include "fast/links.h"
+#include "fast/number_types.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
 #include "run/control_stacks.h"
@@ -46,8 +47,7 @@ std::uint64_t next_real(Current at, std::uint64_t budget) {
     if (!fits(at, entry)) return next_elsewhere(at, budget);
     std::uint8_t* storage = entry.variable->storage;
     const auto sum = static_cast<Number>(read<Number>(storage) + entry.step_as_double);
-    if (!is_finite(sum)) return execute_general(at, budget);
-    __builtin_memcpy(storage, &sum, sizeof sum);
+    if (!store_number<Number>(storage, sum)) return execute_general(at, budget);
     const double limit = entry.limit_as_double;
     return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, budget);
 }
@@ -60,27 +60,17 @@ std::uint64_t next_whole(Current at, std::uint64_t budget) {
     std::int64_t sum;
     if (__builtin_add_overflow(std::int64_t{read<Narrow>(storage)}, entry.step.integer, &sum))
         return execute_general(at, budget);
-    const auto narrow = static_cast<Narrow>(sum);
-    if (narrow != sum) return execute_general(at, budget);
-    __builtin_memcpy(storage, &narrow, sizeof narrow);
+    if (!store_number<Narrow>(storage, sum)) return execute_general(at, budget);
     const std::int64_t limit = entry.limit.integer;
     return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, budget);
 }
 
 // Whole numbers are added to a floating variable as doubles, so its loops need not be whole.
-Execute choose(Type type) {
-    switch (type) {
-        case Type::DOUBLE:
-            return guarded<next_real<double>>;
-        case Type::SINGLE:
-            return guarded<next_real<float>>;
-        case Type::INTEGER:
-            return guarded<next_whole<std::int16_t>>;
-        case Type::LONG:
-            return guarded<next_whole<std::int32_t>>;
-        default:
-            return guarded<next_whole<std::int64_t>>;
-    }
+Execute choose_next(Type type) {
+    return choose_by_type(type, [](auto listed) -> Execute {
+        if constexpr (is_integer(listed())) return guarded<next_whole<NumberOf<listed()>>>;
+        if constexpr (is_floating(listed())) return guarded<next_real<NumberOf<listed()>>>;
+    });
 }
 
 }  // namespace
@@ -99,7 +89,7 @@ bool specialise_next(Token* at) {
     at->step.operand = &entry;
     at->step.left_operand = entry.quick_variable;
     at->step.next = link_behind(end);
-    at->execute = choose(entry.variable_type);
+    at->execute = choose_next(entry.variable_type);
     return true;
 }
 

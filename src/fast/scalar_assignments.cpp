@@ -18,26 +18,19 @@ std::uint64_t let_scalar(Current at, std::uint64_t budget) {
     return proceed(equals->step.next, budget);
 }
 
-template <Type type>
-struct LetScalar {
-    static constexpr Execute execute = guarded<let_scalar<type>>;
-};
-
 // The frequent shapes of a floating target whose right side is plain: a variable or literal of its type, one
 // operator between two of them, more behind that, and anything else that is a chain.
 template <typename Number>
 std::uint64_t let_copy(Current at, std::uint64_t budget) {
     Token* equals = at + 1;
-    const auto value = read<Number>(equals->step.operand);
-    __builtin_memcpy(place_of(equals), &value, sizeof value);
+    write_unaligned(place_of(equals), read<Number>(equals->step.operand));
     return proceed(equals->step.next, budget);
 }
 
 template <typename Number>
 inline std::uint64_t let_value(Token* at, Number value, std::uint64_t budget) {
-    if (!is_finite(value)) return execute_general(at, budget);
     Token* equals = at + 1;
-    __builtin_memcpy(place_of(equals), &value, sizeof value);
+    if (!store_number<Number>(place_of(equals), value)) return execute_general(at, budget);
     return proceed(equals->step.next, budget);
 }
 
@@ -75,18 +68,9 @@ template <typename Number>
 Execute choose_chain(const Token* first) {
     if (first->right_kind != (sizeof(Number) == sizeof(double) ? F64 : F32))
         return guarded<let_chain<Number>>;
-    switch (first->kind) {
-        case '+':
-            return choose_operation<Number, '+'>(first);
-        case '-':
-            return choose_operation<Number, '-'>(first);
-        case '*':
-            return choose_operation<Number, '*'>(first);
-        case '/':
-            return choose_operation<Number, '/'>(first);
-        default:
-            return guarded<let_chain<Number>>;
-    }
+    const Execute handler = choose<'+', '-', '*', '/'>(
+        first->kind, [=](auto operation) { return choose_operation<Number, operation()>(first); });
+    return handler != nullptr ? handler : guarded<let_chain<Number>>;
 }
 
 template <typename Number>
@@ -102,43 +86,28 @@ std::uint64_t let_whole_chain(Current at, std::uint64_t budget) {
     Token* equals = at + 1;
     Token* inner = equals->step.inner;
     const Whole whole = inner->step.whole(whole_leaf<leaf>(equals->step.operand), inner);
-    const auto value = static_cast<Integer>(whole.value);
-    if (whole.failed != 0 || value != whole.value) return execute_general(at, budget);
-    __builtin_memcpy(place_of(equals), &value, sizeof value);
+    if (whole.failed != 0 || !store_number<Integer>(place_of(equals), whole.value))
+        return execute_general(at, budget);
     return proceed(equals->step.next, budget);
 }
 
 template <typename Integer>
 Execute choose_whole_chain(std::uint8_t kind) {
-    switch (kind) {
-        case side_kind(I16, true, Domain::WHOLE):
-            return guarded<let_whole_chain<Integer, I16>>;
-        case side_kind(I32, true, Domain::WHOLE):
-            return guarded<let_whole_chain<Integer, I32>>;
-        case side_kind(I64, true, Domain::WHOLE):
-        case side_kind(COMPUTED, true, Domain::WHOLE):
-            return guarded<let_whole_chain<Integer, I64>>;
-        default:
-            return nullptr;
-    }
+    if ((kind & has_chain) == 0 || domain_of_kind(kind) != Domain::WHOLE) return nullptr;
+    const auto leaf = static_cast<Leaf>(kind & leaf_mask);
+    return choose<I16, I32, I64>(leaf == COMPUTED ? I64 : leaf, [](auto listed) -> Execute {
+        return guarded<let_whole_chain<Integer, listed()>>;
+    });
 }
 
 // The handler for a frequent shape, or null.
 Execute choose_shape(Type type, const Side& side) {
-    switch (type) {
-        case Type::DOUBLE:
-            return is_plain<double>(side.kind) ? choose_plain<double>(side) : nullptr;
-        case Type::SINGLE:
-            return is_plain<float>(side.kind) ? choose_plain<float>(side) : nullptr;
-        case Type::INTEGER:
-            return choose_whole_chain<std::int16_t>(side.kind);
-        case Type::LONG:
-            return choose_whole_chain<std::int32_t>(side.kind);
-        case Type::INT64:
-            return choose_whole_chain<std::int64_t>(side.kind);
-        default:
-            return nullptr;
-    }
+    return choose_by_type(type, [&side](auto listed) -> Execute {
+        using Number = NumberOf<listed()>;
+        if constexpr (is_integer(listed())) return choose_whole_chain<Number>(side.kind);
+        if constexpr (is_floating(listed()))
+            return is_plain<Number>(side.kind) ? choose_plain<Number>(side) : nullptr;
+    });
 }
 
 }  // namespace
@@ -147,7 +116,8 @@ Execute choose_shape(Type type, const Side& side) {
     // What takes string space has to give it back when it fails.
     const Execute shape = value.allocates ? nullptr : choose_shape(type, value.side);
     if (shape != nullptr) return shape;
-    return type == Type::STRING ? choose_text_assignment(value.side) : handler_of_number<LetScalar>(type);
+    if (type == Type::STRING) return choose_text_assignment(value.side);
+    return choose_by_type(type, [](auto listed) -> Execute { return guarded<let_scalar<listed()>>; });
 }
 
 }  // namespace korvane::fast
