@@ -27,10 +27,10 @@ add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
 # stands for no file stops the configuration.
 set(KORVANE_HOT_NAMES
     dispatch
-    fast/assignments fast/branches fast/comparison_steps fast/conditions fast/data_items fast/element_assignments
-    fast/element_steps fast/exchange fast/function_steps fast/links fast/loops fast/next fast/operator_steps
+    fast/assignment fast/comparison_steps fast/conditions fast/data_statements fast/element_assignments
+    fast/element_steps fast/function_steps fast/jumps fast/links fast/loops fast/operator_steps
     fast/places fast/run_fast fast/scalar_assignments fast/sides fast/statement_end fast/text_assignments
-    fast/text_comparisons fast/text_steps
+    fast/text_comparisons fast/text_steps fast/truth
     files/output
     numbers/angle_reduction numbers/circular_kernels numbers/exponential_kernels numbers/format
     platform/clock platform/firmware platform/memory platform/stack

@@ -1,35 +1,89 @@
-#include "fast/conditions.h"
-
+// Specialised IF, which holds its condition as its right side; next is the statement to which a true one
+// leads, left_inner that to which a false one does; step.jump.line is how many statements it may take to the
+// end of the THEN part.
+#include "run/conditions.h"
+#include "fast/expression.h"
+#include "fast/jumps.h"
 #include "fast/links.h"
-#include "platform/memory.h"
-#include "program/execution.h"
+#include "fast/sides.h"
+#include "fast/statement.h"
+#include "fast/statement_end.h"
+#include "fast/truth.h"
+#include "program/keywords.h"
 
 namespace korvane::fast {
 namespace {
 
-// Variables lie outside the current line's records.
-bool is_literal(const void* operand) {
-    const void* first = execution.tokens;
-    const void* end = end_of_line(execution.tokens);
-    return operand >= first && operand < end;
+std::uint64_t fall_back_if(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+    arenas.FREETOP = string_top;
+    return execute_general_if(at, budget);
+}
+
+// Fewer statements are left than the THEN part may take: as the keyboard is not looked at inside it, that is
+// done now. An IF within a THEN part has been counted by the one around it.
+std::uint64_t pause_before(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+    if (execution.then_part) return fall_back_if(at, budget, string_top);
+    arenas.FREETOP = string_top;
+    return pause(at);
+}
+
+// Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that.
+// Nothing behind one that is the whole THEN part could ask whether there was one.
+inline std::uint64_t enter_then_part(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+    if (budget < at->step.jump.line) return pause_before(at, budget, string_top);
+    execution.then_part = (at->right_kind & lone_then_part) == 0;
+    if (execution.kept_token != at) execution.kept_start = at;
+    execution.kept_token = at->step.next;
+    return at->step.next->execute(at->step.next, budget - 1);
+}
+
+// A branch to a line that has not been tokenized, for which null stands: the general handler goes there, and
+// the statement is looked at again.
+std::uint64_t branch_first(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+    at->execute = execute_first;
+    return fall_back_if(at, budget, string_top);
+}
+
+template <typename Condition, bool to_line>
+std::uint64_t if_then(Current at, std::uint64_t budget) {
+    std::uint8_t* string_top = arenas.FREETOP;
+    const Truth truth = Condition::of(at);
+    if (truth == Truth::FAILED) return fall_back_if(at, budget, string_top);
+    if (!to_line && truth == Truth::TRUE) return enter_then_part(at, budget, string_top);
+    Token* target = truth == Truth::TRUE ? at->step.next : at->step.left_inner;
+    return target == nullptr ? branch_first(at, budget, string_top) : jump(target, budget);
+}
+
+template <bool to_line>
+Execute if_handler(Token* at) {
+    return handler_for(
+        at, [](auto condition) -> Execute { return guarded<if_then<decltype(condition), to_line>>; });
+}
+
+// Where a false condition leads. "ELSE :" is an empty statement; only a number right behind ELSE is a line.
+Token* false_target(Token* behind_condition) {
+    Token* target = find_else(behind_condition);
+    if (target->kind != KW_ELSE) return link_to(target);
+    return target[1].kind == NUMBER ? target_of(target + 1) : link_to(following(target + 1));
 }
 
 }  // namespace
 
-void keep_leaves(Token* at, const Token* comparison, std::size_t size_of_number) {
-    at->step.left_operand = comparison->step.left_operand;
-    at->step.operand = comparison->step.operand;
-    const void*& kept = is_literal(at->step.operand) ? at->step.operand : at->step.left_operand;
-    if (!is_literal(kept)) return;
-    copy_bytes(at->step.literal, kept, size_of_number);
-    kept = at->step.literal;
-}
-
-Truth AnyCondition::of(const Token* at) {
-    if (domain_of_kind(at->right_kind) == Domain::WHOLE) return truth_of(right_whole(at));
-    const double value = right_real(at);
-    if (!is_finite(value)) return Truth::FAILED;
-    return value != 0 ? Truth::TRUE : Truth::FALSE;
+bool specialise_if(Token* at) {
+    Specialised condition;
+    if (!specialise(at + 1, Domain::WHOLE, condition) || condition.side.type == Type::STRING) return false;
+    hold(at, condition.side);
+    Token* then = condition.end;
+    if (then->kind == KW_THEN || then->kind == KW_GOTO) ++then;
+    const bool to_line = then->kind == NUMBER;
+    at->step.next = to_line ? target_of(then) : following(then);
+    at->step.left_inner = false_target(condition.end);
+    at->execute = to_line ? if_handler<true>(at) : if_handler<false>(at);
+    const bool lone = then_part_is_lone(at);
+    if (lone) at->right_kind |= lone_then_part;
+    // The IF, the statement and perhaps the ELSE behind it.
+    at->step.jump.line = lone ? 3 : statements_of_if(at);
+    return true;
 }
 
 }  // namespace korvane::fast

@@ -58,7 +58,7 @@ struct Step {
         Whole (*whole)(std::int64_t accumulator, Token* at);
         Value (*text)(Token* at);
         Position jump;  // of a keyword: where a scan from it leads; of a cached line's end record: its line;
-                        // IF has the record alone, and in `line` what fast/branches.cpp says
+                        // IF has the record alone, and in `line` what fast/conditions.cpp says
     };
     const void* operand;  // leaf of the right operand
     union {

@@ -17,14 +17,6 @@ void skip_to_line_end(Cursor& cursor) {
         ++cursor;
 }
 
-// The first ELSE behind the condition, or the end of the line.
-template <typename AnyToken>
-AnyToken* find_else(AnyToken* at) {
-    while (at->kind != KW_ELSE && at->kind != END_OF_LINE)
-        ++at;
-    return at;
-}
-
 void take_then_part(Cursor& cursor) {
     execution.then_part = true;
     while (cursor->kind == ':')

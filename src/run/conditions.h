@@ -7,9 +7,18 @@
 
 #include <cstdint>
 
+#include "program/keywords.h"
 #include "program/token.h"
 
 namespace korvane {
+
+// The first ELSE from a token on, or the end of the line.
+template <typename AnyToken>
+inline AnyToken* find_else(AnyToken* at) {
+    while (at->kind != KW_ELSE && at->kind != END_OF_LINE)
+        ++at;
+    return at;
+}
 
 void do_if(Cursor& cursor);
 

@@ -20,11 +20,6 @@ Value literal_value(const Token& literal) {
                                           : Value::of_real(literal.number.real, literal.value_type);
 }
 
-// A line number that is an expression of its own: its target is looked up once.
-bool is_lone_literal(const Token* at) {
-    return at->kind == NUMBER && at_statement_end(at + 1);
-}
-
 void jump_to_value(const Value& value) {
     const std::int64_t number = to_integer(value);
     if (!error_pending()) jump_to_line(number);
@@ -88,6 +83,10 @@ void do_on_list(Cursor& cursor) {
 }
 
 }  // namespace
+
+bool is_lone_literal(const Token* at) {
+    return at->kind == NUMBER && at_statement_end(at + 1);
+}
 
 void jump_to_literal(Token& literal) {
     if (literal.number.target == nullptr) {

@@ -19,8 +19,11 @@ void do_return(Cursor& cursor);
 // A malformed one is "Syntax error".
 void do_on(Cursor& cursor);
 
-// Jumps to the line whose number is the literal at the cursor, as after THEN and ELSE.
-// Remembers where it leads.
+// Whether a line number literal is an expression of its own: its target is looked up once.
+bool is_lone_literal(const Token* at);
+
+// Jumps to the line whose number is the literal at the cursor, as after THEN and ELSE. Remembers where it
+// leads.
 void jump_to_literal(Token& literal);
 
 }  // namespace korvane

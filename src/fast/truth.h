@@ -40,25 +40,20 @@ struct LeafComparison {
 
 void keep_leaves(Token* at, const Token* comparison, std::size_t size_of_number);
 
-template <template <typename> class Handler, typename Number>
-Execute handler_of_comparison(int relation) {
-    return choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(
-        relation, [](auto listed) { return Handler<LeafComparison<listed(), Number>>::execute; });
-}
-
-// The handler of a statement for the condition that it holds: `Handler` is a template of the condition's
-// type.
-template <template <typename> class Handler>
-Execute handler_for(Token* at) {
-    if (at->right_kind != side_kind(COMPUTED, true, Domain::WHOLE)) return Handler<AnyCondition>::execute;
+// The handler of a statement for the condition that it holds: what `make` gives for the condition's type, of
+// which it takes an object.
+template <typename Make>
+Execute handler_for(Token* at, Make make) {
+    if (at->right_kind != side_kind(COMPUTED, true, Domain::WHOLE)) return make(AnyCondition{});
     const Token* first = at->step.inner;
     const PlainForm form = plain_form(first);
     const bool leaves = first->step.left_inner == nullptr && first->step.inner == nullptr;
-    if (form.relation == 0 || !leaves || first->step.next != nullptr)
-        return Handler<ComputedCondition>::execute;
+    if (form.relation == 0 || !leaves || first->step.next != nullptr) return make(ComputedCondition{});
     keep_leaves(at, first, form.single ? sizeof(float) : sizeof(double));
-    return form.single ? handler_of_comparison<Handler, float>(form.relation)
-                       : handler_of_comparison<Handler, double>(form.relation);
+    return choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(form.relation, [=](auto listed) {
+        return form.single ? make(LeafComparison<listed(), float>{})
+                           : make(LeafComparison<listed(), double>{});
+    });
 }
 
 }  // namespace korvane::fast

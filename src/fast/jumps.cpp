@@ -1,0 +1,77 @@
+// Specialised GOTO, GOSUB and RETURN. A line number literal keeps the first token of its line.
+#include "fast/jumps.h"
+
+#include "fast/links.h"
+#include "fast/statement.h"
+#include "program/program_store.h"
+#include "run/control_stacks.h"
+#include "run/jumps.h"
+#include "values/convert.h"
+
+namespace korvane::fast {
+namespace {
+
+std::uint64_t goto_line(Token* at, std::uint64_t budget) {
+    return jump(at[1].number.target, budget);
+}
+
+// GOSUB keeps where it returns to: the position in own and the statement in next.
+std::uint64_t gosub_line(Token* at, std::uint64_t budget) {
+    if (control_stacks.gosub_count == max_gosub_depth) return execute_general(at, budget);
+    control_stacks.gosubs[control_stacks.gosub_count++] = {.line = at->step.own.line,
+                                                           .record = at->step.own.record,
+                                                           .kind = GosubKind::GOSUB,
+                                                           .timer = 0,
+                                                           .epoch = program.cache_epoch,
+                                                           .token = at->step.next};
+    return jump(at[1].number.target, budget);
+}
+
+std::uint64_t return_to_line(Token* at, std::uint64_t budget) {
+    if (control_stacks.gosub_count == 0) return execute_general(at, budget);
+    const GosubEntry& entry = control_stacks.gosubs[control_stacks.gosub_count - 1];
+    if (entry.kind != GosubKind::GOSUB || entry.epoch != program.cache_epoch)
+        return execute_general(at, budget);
+    --control_stacks.gosub_count;
+    return jump(entry.token, budget);
+}
+
+}  // namespace
+
+Token* target_of(Token* literal) {
+    const double number = literal->number.as_double;
+    if (!(number >= 0 && number <= max_line_number)) return nullptr;
+    // The general handler rounds a broken number.
+    if (number != static_cast<double>(static_cast<std::uint32_t>(number))) return nullptr;
+    const std::uint32_t line = find_line(static_cast<std::uint32_t>(number));
+    Token* tokens = cached_tokens(line);
+    if (tokens == nullptr) {
+        // The general handler is about to tokenize it, if it exists.
+        state.target_not_ready = true;
+        return nullptr;
+    }
+    literal->number.target = tokens;
+    literal->number.target_line = line;
+    return tokens;
+}
+
+bool specialise_goto(Token* at) {
+    if (!is_lone_literal(at + 1) || target_of(at + 1) == nullptr) return false;
+    at->execute = goto_line;
+    return true;
+}
+
+bool specialise_gosub(Token* at) {
+    if (!is_lone_literal(at + 1) || target_of(at + 1) == nullptr) return false;
+    at->step.own = {execution.line, record_of(at + 2)};
+    at->step.next = link_behind(at + 2);
+    at->execute = gosub_line;
+    return true;
+}
+
+bool specialise_return(Token* at) {
+    at->execute = return_to_line;
+    return true;
+}
+
+}  // namespace korvane::fast
