@@ -2,6 +2,7 @@
 #pragma once
 
 #include "fast/number_types.h"
+#include "fast/records.h"
 #include "fast/sides.h"
 
 namespace korvane::fast {
@@ -21,7 +22,15 @@ inline bool assign(std::uint8_t* place, const Token* equals) {
 }
 
 inline std::uint8_t* place_of(const Token* equals) {
-    return static_cast<std::uint8_t*>(const_cast<void*>(equals->step.left_operand));
+    return as<AssignmentRecord>(equals).place;
+}
+// The same of the assignment to an element whose name is at `at`.
+inline Token* equals_of_element(const Token* at) {
+    return as<MarkRecord>(at + 1).next;
+}
+// The statement that follows the assignment.
+inline Token* after(const Token* equals) {
+    return as<AssignmentRecord>(equals).after;
 }
 
 }  // namespace korvane::fast

@@ -1,11 +1,11 @@
-// Specialised LET, which may go without its word, and SWAP. "=" holds the expression as its right side, the
-// place in left_operand and the following statement in next; the bracket of an element begins no chain, its
-// next leads to "=".
+// Specialised LET, which may go without its word, and SWAP. "=" holds what an assignment is about; the
+// bracket of an element begins no chain and leads to it.
 #include "fast/choose.h"
 #include "fast/element_assignments.h"
 #include "fast/expression.h"
 #include "fast/links.h"
 #include "fast/places.h"
+#include "fast/records.h"
 #include "fast/scalar_assignments.h"
 #include "fast/statement.h"
 #include "platform/memory.h"
@@ -23,15 +23,15 @@ bool specialise_value(const Token* at, Token* equals, Type type, Specialised& va
     if (equals->kind != '=' || !specialise(equals + 1, domain_of(type), value)) return false;
     if ((value.side.type == Type::STRING) != (type == Type::STRING)) return false;
     hold(equals, value.side);
-    equals->step.next = link_behind_assignment(at, value.end);
+    as<AssignmentRecord>(equals).after = link_behind_assignment(at, value.end);
     return true;
 }
 
 bool specialise_scalar(Token* at) {
-    const VariableEntry* entry = find_variable(at->name, false);
+    VariableEntry* entry = find_variable(at->name, false);
     Specialised value;
     if (entry == nullptr || !specialise_value(at, at + 1, entry->type, value)) return false;
-    at[1].step.left_operand = entry->storage;
+    as<AssignmentRecord>(at + 1).place = entry->storage;
     at->execute = scalar_handler(entry->type, value);
     return true;
 }
@@ -41,7 +41,7 @@ bool specialise_array_element(Token* at) {
     Specialised value;
     if (!specialise_element(at, element) || !specialise_value(at, element.end, element.side.type, value))
         return false;
-    at[1].step.next = element.end;
+    as<MarkRecord>(at + 1).next = element.end;
     at->execute = element_handler(at + 1, element, value);
     return true;
 }
@@ -65,13 +65,14 @@ template <int size>
 std::uint64_t swap_places(Current at, std::uint64_t budget) {
     // Subscripts may take string space.
     std::uint8_t* string_top = arenas.FREETOP;
-    std::uint8_t* first = place_address<size>(at);
-    std::uint8_t* second = first == nullptr ? nullptr : place_address<size>(at->step.inner);
+    std::uint8_t* first = place_address<size>(as<PlaceRecord>(at));
+    std::uint8_t* second =
+        first == nullptr ? nullptr : place_address<size>(as<PlaceRecord>(as<PlaceRecord>(at).next_place));
     if (__builtin_expect(second == nullptr, false)) return fall_back(at, budget, string_top);
     const auto kept = read_unaligned<Datum<size>>(first);
     write_unaligned(first, read_unaligned<Datum<size>>(second));
     write_unaligned(second, kept);
-    return proceed(at->step.next, budget);
+    return proceed(as<PlaceRecord>(at).after, budget);
 }
 
 Execute choose_swap(Type type) {
@@ -94,13 +95,14 @@ bool specialise_assignment(Token* at) {
 }
 
 bool specialise_swap(Token* at) {
+    auto& place = as<PlaceRecord>(at);
     Token* comma = at + 1;
     if (!bind_place(at, comma) || comma->kind != ',') return false;
     Token* end = comma + 1;
-    if (!bind_place(comma, end) || place_type(at) != place_type(comma)) return false;
-    at->step.inner = comma;
-    at->step.next = link_behind(end);
-    at->execute = choose_swap(place_type(at));
+    if (!bind_place(comma, end) || place.type != as<PlaceRecord>(comma).type) return false;
+    place.next_place = comma;
+    place.after = link_behind(end);
+    at->execute = choose_swap(place.type);
     return true;
 }
 

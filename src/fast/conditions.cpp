@@ -1,10 +1,9 @@
-// Specialised IF, which holds its condition as its right side; next is the statement to which a true one
-// leads, left_inner that to which a false one does; step.jump.line is how many statements it may take to the
-// end of the THEN part.
+// Specialised IF.
 #include "run/conditions.h"
 #include "fast/expression.h"
 #include "fast/jumps.h"
 #include "fast/links.h"
+#include "fast/records.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
 #include "fast/statement_end.h"
@@ -30,11 +29,13 @@ std::uint64_t pause_before(Token* at, std::uint64_t budget, std::uint8_t* string
 // Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that.
 // Nothing behind one that is the whole THEN part could ask whether there was one.
 inline std::uint64_t enter_then_part(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
-    if (budget < at->step.jump.line) return pause_before(at, budget, string_top);
-    execution.then_part = (at->right_kind & lone_then_part) == 0;
+    const auto& record = as<IfRecord>(at);
+    if (budget < record.most_statements) return pause_before(at, budget, string_top);
+    execution.then_part = (record.condition_kind & IfRecord::lone_then_part) == 0;
     if (execution.kept_token != at) execution.kept_start = at;
-    execution.kept_token = at->step.next;
-    return at->step.next->execute(at->step.next, budget - 1);
+    Token* first = record.when_true;
+    execution.kept_token = first;
+    return first->execute(first, budget - 1);
 }
 
 // A branch to a line that has not been tokenized, for which null stands: the general handler goes there, and
@@ -50,7 +51,7 @@ std::uint64_t if_then(Current at, std::uint64_t budget) {
     const Truth truth = Condition::of(at);
     if (truth == Truth::FAILED) return fall_back_if(at, budget, string_top);
     if (!to_line && truth == Truth::TRUE) return enter_then_part(at, budget, string_top);
-    Token* target = truth == Truth::TRUE ? at->step.next : at->step.left_inner;
+    Token* target = truth == Truth::TRUE ? as<IfRecord>(at).when_true : as<IfRecord>(at).when_false;
     return target == nullptr ? branch_first(at, budget, string_top) : jump(target, budget);
 }
 
@@ -76,13 +77,14 @@ bool specialise_if(Token* at) {
     Token* then = condition.end;
     if (then->kind == KW_THEN || then->kind == KW_GOTO) ++then;
     const bool to_line = then->kind == NUMBER;
-    at->step.next = to_line ? target_of(then) : following(then);
-    at->step.left_inner = false_target(condition.end);
+    auto& record = as<IfRecord>(at);
+    record.when_true = to_line ? target_of(then) : following(then);
+    record.when_false = false_target(condition.end);
     at->execute = to_line ? if_handler<true>(at) : if_handler<false>(at);
     const bool lone = then_part_is_lone(at);
-    if (lone) at->right_kind |= lone_then_part;
+    if (lone) record.condition_kind |= IfRecord::lone_then_part;
     // The IF, the statement and perhaps the ELSE behind it.
-    at->step.jump.line = lone ? 3 : statements_of_if(at);
+    record.most_statements = lone ? 3 : statements_of_if(at);
     return true;
 }
 

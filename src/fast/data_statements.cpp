@@ -1,4 +1,4 @@
-// Specialised READ: the keyword and the commas behind it hold a place each, and the next comma in inner.
+// Specialised READ: the keyword and the commas behind it hold a place each.
 //
 // A READ that fails part of the way is executed again from its start, with the position in the DATA that it
 // found. That cannot be noticed while reading a place does not change where the next one is, so only a single
@@ -28,20 +28,19 @@ bool store_item(std::uint8_t* place, Type type, std::string_view item) {
            store_number(type, place, whole.value);
 }
 
-bool read_item(const Token* host) {
-    const Type type = place_type(host);
+bool read_item(const PlaceRecord& host) {
     std::uint8_t* place = place_address(host);
     std::string_view item;
     if (place == nullptr || !next_data_item(item)) return false;
-    if (type != Type::STRING) return store_item(place, type, item);
+    if (host.type != Type::STRING) return store_item(place, host.type, item);
     return store_text(place, Value::of_string(reinterpret_cast<const std::uint8_t*>(item.data()),
                                               static_cast<std::uint32_t>(item.size())));
 }
 
 bool read_items(const Token* host) {
     const DataPosition start = data_position;
-    for (; host != nullptr; host = host->step.inner) {
-        if (read_item(host)) continue;
+    for (; host != nullptr; host = as<PlaceRecord>(host).next_place) {
+        if (read_item(as<PlaceRecord>(host))) continue;
         data_position = start;
         return false;
     }
@@ -51,7 +50,7 @@ bool read_items(const Token* host) {
 std::uint64_t read_places(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     if (!read_items(at)) return fall_back(at, budget, string_top);
-    return proceed(at->step.next, budget);
+    return proceed(as<PlaceRecord>(at).after, budget);
 }
 
 }  // namespace
@@ -61,14 +60,14 @@ bool specialise_read(Token* at) {
     Token* end = at + 1;
     while (bind_place(host, end)) {
         const bool is_only = host == at && end->kind != ',';
-        if (is_element(host) && !is_only) return false;
-        host->step.inner = nullptr;
+        if (as<PlaceRecord>(host).is_element && !is_only) return false;
+        as<PlaceRecord>(host).next_place = nullptr;
         if (end->kind != ',') {
-            at->step.next = link_behind(end);
+            as<PlaceRecord>(at).after = link_behind(end);
             at->execute = guarded<read_places>;
             return true;
         }
-        host->step.inner = end;
+        as<PlaceRecord>(host).next_place = end;
         host = end++;
     }
     return false;

@@ -11,29 +11,29 @@ namespace {
 
 template <Type type>
 std::uint64_t let_element(Current at, std::uint64_t budget) {
-    Token* equals = at[1].step.next;
+    Token* equals = equals_of_element(at);
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = find_element<storage_size(type), Subscripts::ANY>(at + 1);
     if (place == nullptr || !assign<type>(place, equals)) return fall_back(at, budget, string_top);
-    return proceed(equals->step.next, budget);
+    return proceed(after(equals), budget);
 }
 
 // The frequent shapes, whose value can be taken before the element is found: a plain side for a DOUBLE
 // element, and a literal for an INTEGER one.
 template <Subscripts subscripts>
 std::uint64_t let_plain_element(Current at, std::uint64_t budget) {
-    const auto value = plain_right<double>(at[1].step.next);
+    const auto value = plain_right<double>(equals_of_element(at));
     std::uint8_t* place = find_element<8, subscripts>(at + 1);
     if (place == nullptr || !store_number<double>(place, value)) return execute_general(at, budget);
-    return proceed(at[1].step.next->step.next, budget);
+    return proceed(after(equals_of_element(at)), budget);
 }
 
 std::uint64_t let_integer_element(Current at, std::uint64_t budget) {
-    const Token* equals = at[1].step.next;
+    const Token* equals = equals_of_element(at);
     const auto literal = read<std::int64_t>(equals->step.operand);
     std::uint8_t* place = find_element<2, Subscripts::ONE>(at + 1);
     if (place == nullptr || !store_number<std::int16_t>(place, literal)) return execute_general(at, budget);
-    return proceed(equals->step.next, budget);
+    return proceed(after(equals), budget);
 }
 
 // The handler for a frequent shape, or null.

@@ -74,7 +74,7 @@ template std::uint8_t* element_place<16>(const Token*);
 bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& offset) {
     offset = 0;
     const std::int64_t* bound = block->bounds;
-    for (const Token* mark = bracket; mark != nullptr; mark = mark->step.left_inner, ++bound) {
+    for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++bound) {
         std::uint64_t along;
         if (!subscript_offset(quick_right_index(mark), *bound, along)) return false;
         offset = offset * (static_cast<std::uint64_t>(*bound - variables.array_base) + 1) + along;

@@ -1,6 +1,5 @@
 // Array elements. The bracket of an element and its commas hold a subscript each as their right side, and the
-// next comma in left_inner (null at the last subscript); the bracket also holds the array block in
-// left_operand.
+// bracket the array (MarkRecord).
 #pragma once
 
 #include <cstdint>

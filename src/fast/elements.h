@@ -1,8 +1,8 @@
 // Finding an array element from its bracket: each mark, the bracket or a comma, holds the subscript behind it
-// as its right side; the bracket's left_operand is the array block, left_inner leads to the next comma and is
-// null at the last subscript.
+// as its right side (MarkRecord).
 #pragma once
 
+#include "fast/records.h"
 #include "fast/sides.h"
 #include "values/variables.h"
 
@@ -12,11 +12,11 @@ namespace korvane::fast {
 enum class Subscripts : std::uint8_t { ONE, TWO, ANY };
 
 inline Subscripts subscripts_of(const Token* bracket) {
-    const Token* comma = bracket->step.left_inner;
-    if (bracket->right_kind != F64) return Subscripts::ANY;
+    const Token* comma = as<MarkRecord>(bracket).next_mark;
+    if (as<MarkRecord>(bracket).value_kind != F64) return Subscripts::ANY;
     if (comma == nullptr) return Subscripts::ONE;
-    const bool last = comma->step.left_inner == nullptr;
-    return last && comma->right_kind == F64 ? Subscripts::TWO : Subscripts::ANY;
+    const bool last = as<MarkRecord>(comma).next_mark == nullptr;
+    return last && as<MarkRecord>(comma).value_kind == F64 ? Subscripts::TWO : Subscripts::ANY;
 }
 
 // A subscript counted from the lower bound; false when it is out of range.
@@ -33,7 +33,7 @@ bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& o
 // element.
 template <int size, Subscripts subscripts>
 inline std::uint8_t* find_element(const Token* bracket) {
-    const auto* block = static_cast<const ArrayBlock*>(bracket->step.left_operand);
+    const auto* block = static_cast<const ArrayBlock*>(as<MarkRecord>(bracket).callee);
     const std::int64_t* elements = block->bounds + (subscripts == Subscripts::ONE   ? 1
                                                     : subscripts == Subscripts::TWO ? 2
                                                                                     : block->dimensions);
@@ -41,12 +41,14 @@ inline std::uint8_t* find_element(const Token* bracket) {
     if constexpr (subscripts == Subscripts::ANY) {
         if (!find_offset(bracket, block, offset)) return nullptr;
     } else {
-        if (!subscript_offset(round_whole(read<double>(bracket->step.operand)), block->bounds[0], offset))
+        if (!subscript_offset(round_whole(read<double>(as<MarkRecord>(bracket).value_leaf)), block->bounds[0],
+                              offset))
             return nullptr;
     }
     if constexpr (subscripts == Subscripts::TWO) {
         std::uint64_t column;
-        const Whole second = round_whole(read<double>(bracket->step.left_inner->step.operand));
+        const Whole second =
+            round_whole(read<double>(as<MarkRecord>(as<MarkRecord>(bracket).next_mark).value_leaf));
         if (!subscript_offset(second, block->bounds[1], column)) return nullptr;
         const std::int64_t columns = block->bounds[1] - variables.array_base + 1;
         offset = offset * static_cast<std::uint64_t>(columns) + column;

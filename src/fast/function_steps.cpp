@@ -1,6 +1,7 @@
 #include "fast/function_steps.h"
 
 #include "fast/number_types.h"
+#include "fast/records.h"
 #include "fast/sides.h"
 #include "fast/text_sides.h"
 #include "numbers/kernels.h"
@@ -64,15 +65,16 @@ Whole code_of_text(std::int64_t, Token* at) {
 
 Whole position_in_text(std::int64_t, Token* at) {
     const Token* mark = at;
+    const Token* second = as<MarkRecord>(at).next_mark;
     Whole start{1, 0};
-    if (at->step.left_inner->step.left_inner != nullptr) {
+    if (as<MarkRecord>(second).next_mark != nullptr) {
         start = right_whole(at);
         if (start.failed != 0 || start.value < 1) return {0, 1};
-        mark = at->step.left_inner;
+        mark = second;
     }
     const Value text = right_text(mark);
     if (failed(text)) return {0, 1};
-    const Value wanted = right_text(mark->step.left_inner);
+    const Value wanted = right_text(as<MarkRecord>(mark).next_mark);
     if (failed(wanted)) return {0, 1};
     return go_on_whole(find_text(text, wanted, start.value), at);
 }
@@ -140,11 +142,11 @@ bool bind(const VariableEntry& parameter, std::uint8_t* storage, const Token* ma
 // they are collected first; parameters are put back in reverse.
 template <typename Body>
 bool call(const Token* bracket, Body body) {
-    auto* function = static_cast<UserFunction*>(const_cast<void*>(bracket->step.left_operand));
+    auto* function = static_cast<UserFunction*>(as<MarkRecord>(bracket).callee);
     if (stack_exhausted()) return false;
     std::uint8_t arguments[max_parameters][8];
     std::int32_t count = 0;
-    for (const Token* mark = bracket; mark != nullptr; mark = mark->step.left_inner, ++count) {
+    for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++count) {
         if (!bind(*function->entries[count], arguments[count], mark)) return false;
     }
     Saved saved[max_parameters];
@@ -168,7 +170,7 @@ double call_real(double, Token* at) {
 
 // The frequent case: one DOUBLE parameter.
 double call_real_with_one(double, Token* at) {
-    auto* function = static_cast<UserFunction*>(const_cast<void*>(at->step.left_operand));
+    auto* function = static_cast<UserFunction*>(as<MarkRecord>(at).callee);
     const double argument = quick_right_real(at);
     if (!is_finite(argument) || stack_exhausted()) return no_number();
     std::uint8_t* storage = function->entries[0]->storage;
@@ -237,7 +239,7 @@ void set_function_step(Token* bracket, std::string_view name, Domain domain) {
 }
 
 void set_user_function_step(Token* bracket, UserFunction* function, Domain domain) {
-    bracket->step.left_operand = function;
+    as<MarkRecord>(bracket).callee = function;
     switch (domain) {
         case Domain::REAL: {
             const bool simple = function->parameter_count == 1 && function->entries[0]->type == Type::DOUBLE;

@@ -2,6 +2,7 @@
 #include "fast/jumps.h"
 
 #include "fast/links.h"
+#include "fast/records.h"
 #include "fast/statement.h"
 #include "program/program_store.h"
 #include "run/control_stacks.h"
@@ -15,15 +16,15 @@ std::uint64_t goto_line(Token* at, std::uint64_t budget) {
     return jump(at[1].number.target, budget);
 }
 
-// GOSUB keeps where it returns to: the position in own and the statement in next.
 std::uint64_t gosub_line(Token* at, std::uint64_t budget) {
     if (control_stacks.gosub_count == max_gosub_depth) return execute_general(at, budget);
-    control_stacks.gosubs[control_stacks.gosub_count++] = {.line = at->step.own.line,
-                                                           .record = at->step.own.record,
+    const auto& gosub = as<GosubRecord>(at);
+    control_stacks.gosubs[control_stacks.gosub_count++] = {.line = gosub.own.line,
+                                                           .record = gosub.own.record,
                                                            .kind = GosubKind::GOSUB,
                                                            .timer = 0,
                                                            .epoch = program.cache_epoch,
-                                                           .token = at->step.next};
+                                                           .token = gosub.after};
     return jump(at[1].number.target, budget);
 }
 
@@ -63,8 +64,9 @@ bool specialise_goto(Token* at) {
 
 bool specialise_gosub(Token* at) {
     if (!is_lone_literal(at + 1) || target_of(at + 1) == nullptr) return false;
-    at->step.own = {execution.line, record_of(at + 2)};
-    at->step.next = link_behind(at + 2);
+    auto& gosub = as<GosubRecord>(at);
+    gosub.own = {execution.line, record_of(at + 2)};
+    gosub.after = link_behind(at + 2);
     at->execute = gosub_line;
     return true;
 }

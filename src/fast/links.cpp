@@ -1,5 +1,6 @@
 #include "fast/links.h"
 
+#include "fast/records.h"
 #include "fast/statement.h"
 #include "fast/statement_end.h"
 #include "program/execution.h"
@@ -18,7 +19,8 @@ inline void follow_then_part(const Token* at, bool& open) {
 }  // namespace
 
 Token* link_to(Token* at) {
-    return at->kind == END_OF_LINE && at->step.next != nullptr ? at->step.next : at;
+    if (at->kind != END_OF_LINE || as<EndRecord>(at).next_line == nullptr) return at;
+    return as<EndRecord>(at).next_line;
 }
 
 Token* link_behind(Token* end) {
@@ -37,13 +39,13 @@ Token* link_behind_assignment(const Token* at, Token* end) {
 // Whoever leads to the end of a line may lead to the next line at once, unless a THEN part ends there: then
 // the end record has to say so.
 void link_line(Token* end) {
-    Token* next = end->step.next;
+    Token* next = as<EndRecord>(end).next_line;
     bool open = false;
     for (Token* at = execution.tokens; at != end; ++at) {
         if (at->kind <= IDENTIFIER) continue;  // holds a value or a name
         follow_then_part(at, open);
         if (at->kind == KW_IF) {
-            if (at->step.left_inner == end) at->step.left_inner = next;
+            if (as<IfRecord>(at).when_false == end) as<IfRecord>(at).when_false = next;
         } else if (!open && at->step.next == end) {
             at->step.next = next;
         }

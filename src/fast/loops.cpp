@@ -1,9 +1,9 @@
-// Specialised FOR, NEXT, WHILE and WEND. FOR keeps its expressions at "=", TO and STEP and the place behind a
-// loop that is skipped in step.jump. WHILE holds its condition as its right side.
+// Specialised FOR, NEXT, WHILE and WEND.
 #include "run/loops.h"
 #include "fast/expression.h"
 #include "fast/links.h"
 #include "fast/number_types.h"
+#include "fast/records.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
 #include "fast/truth.h"
@@ -21,7 +21,7 @@ namespace {
 
 // A held number as a Value of its static type; false when its evaluation failed.
 bool held_value(const Token* host, Value& value) {
-    const auto type = static_cast<Type>(host->value_type);
+    const Type type = as<BoundRecord>(host).type;
     if (is_integer(type)) {
         const Whole whole = quick_right_whole(host);
         value = Value::of_integer(whole.value, type);
@@ -42,15 +42,11 @@ bool store_start(Type type, std::uint8_t* storage, const Value& start) {
     return whole.failed == 0 && store_number(type, storage, whole.value);
 }
 
-Token* to_of(Token* at) {
-    return at->step.inner;
-}
-
 // The innermost free entry still describes the loop that was there last, which is often the same again.
-bool describes(const ForEntry& entry, const Token* at) {
-    return entry.quick_variable != nullptr && entry.quick_variable == at->step.operand &&
-           entry.generation == arenas.generation && entry.loop.line == at->step.own.line &&
-           entry.loop.record == at->step.own.record;
+bool describes(const ForEntry& entry, const ForRecord& loop) {
+    return entry.quick_variable != nullptr && entry.quick_variable == loop.variable &&
+           entry.generation == arenas.generation && entry.loop.line == loop.own.line &&
+           entry.loop.record == loop.own.record;
 }
 
 // Whether the variable is past the limit before the first turn.
@@ -69,22 +65,23 @@ bool nothing_to_do(const ForEntry& entry) {
 // Opens the loop; false when that is for the general handler to do. Apart, because a statement that has the
 // address of a local would call its successor instead of jumping to it.
 [[gnu::noinline]] bool open_loop(Token* at) {
-    const Token* step_word = to_of(at)->step.left_inner;
-    auto* variable = static_cast<VariableEntry*>(const_cast<void*>(at->step.operand));
+    const auto& loop = as<ForRecord>(at);
+    const Token* step_word = as<BoundRecord>(loop.to).step;
+    VariableEntry* variable = loop.variable;
     Value start;
     Value limit;
     Value step = Value::of_integer(1);
     if (control_stacks.for_count == max_for_depth || !held_value(at + 2, start) ||
-        !held_value(to_of(at), limit) || (step_word != nullptr && !held_value(step_word, step))) {
+        !held_value(loop.to, limit) || (step_word != nullptr && !held_value(step_word, step))) {
         return false;
     }
     const auto before = read<std::uint64_t>(variable->storage);
     if (!store_start(variable->type, variable->storage, start)) return false;
     ForEntry& entry = control_stacks.fors[control_stacks.for_count];
-    if (describes(entry, at)) {
+    if (describes(entry, loop)) {
         set_loop_bounds(entry, limit, step);
     } else {
-        fill_for_entry(entry, at[1].name, *variable, limit, step, at->step.own);
+        fill_for_entry(entry, at[1].name, *variable, limit, step, loop.own);
     }
     // A loop that has nothing to do is skipped by the general handler, which remembers where it ends. It
     // evaluates the start again, which may depend on the variable.
@@ -97,7 +94,7 @@ bool nothing_to_do(const ForEntry& entry) {
 }
 
 std::uint64_t for_loop(Current at, std::uint64_t budget) {
-    return open_loop(at) ? proceed(at->step.next, budget) : execute_general(at, budget);
+    return open_loop(at) ? proceed(as<ForRecord>(at).after, budget) : execute_general(at, budget);
 }
 
 // The expression behind a word, kept in its own domain so that the general NEXT sees the type it would have
@@ -107,50 +104,46 @@ bool hold_natural(Token* host, Token*& end) {
     if (!specialise(host + 1, Domain::WHOLE, value) || !is_numeric(value.side.type) || value.allocates)
         return false;
     hold(host, value.side);
-    host->value_type = value.side.type;
+    as<BoundRecord>(host).type = value.side.type;
     end = value.end;
     return true;
 }
 
 // ---- NEXT ---------------------------------------------------------------------------------------
 
-// NEXT is made for a variable and for the depth at which its loop is open: operand is the
-// loop's entry, left_operand the variable, right_kind the depth, next the statement behind a loop that is
-// done. As long as all of this fits, a turn is an addition and a comparison.
-
-ForEntry& entry_of(const Token* at) {
-    return *static_cast<ForEntry*>(const_cast<void*>(at->step.operand));
-}
+// NEXT is made for a variable and for the depth at which its loop is open. As long as both fit, a turn is an
+// addition and a comparison.
 
 // Whether the innermost loop is the one that this NEXT was made for.
-inline bool fits(const Token* at, const ForEntry& entry) {
-    return control_stacks.for_count == at->right_kind && entry.quick_variable == at->step.left_operand &&
-           entry.generation == at->generation;
+inline bool fits(const NextRecord& next) {
+    return control_stacks.for_count == next.depth && next.entry->quick_variable == next.variable &&
+           next.entry->generation == next.generation;
 }
 
 // Takes the NEXT to the depth of the innermost loop if that is open for its variable; anything else is the
 // general handler's business.
 std::uint64_t next_elsewhere(Current at, std::uint64_t budget) {
+    auto& next = as<NextRecord>(at);
     const std::uint32_t depth = control_stacks.for_count;
-    if (depth == 0 || depth == at->right_kind) return execute_general(at, budget);
+    if (depth == 0 || depth == next.depth) return execute_general(at, budget);
     ForEntry& entry = control_stacks.fors[depth - 1];
-    if (entry.quick_variable != at->step.left_operand || entry.generation != arenas.generation)
+    if (entry.quick_variable != next.variable || entry.generation != arenas.generation)
         return execute_general(at, budget);
-    at->right_kind = static_cast<std::uint8_t>(depth);
-    at->step.operand = &entry;
+    next.depth = static_cast<std::uint8_t>(depth);
+    next.entry = &entry;
     return at->execute(at, budget);
 }
 
 inline std::uint64_t turn(const ForEntry& entry, bool done, Token* at, std::uint64_t budget) {
     if (!done) return jump(entry.loop_token, budget);
     --control_stacks.for_count;
-    return proceed(at->step.next, budget);
+    return proceed(as<NextRecord>(at).after, budget);
 }
 
 template <typename Number>
 std::uint64_t next_real(Current at, std::uint64_t budget) {
-    const ForEntry& entry = entry_of(at);
-    if (!fits(at, entry)) return next_elsewhere(at, budget);
+    if (!fits(as<NextRecord>(at))) return next_elsewhere(at, budget);
+    const ForEntry& entry = *as<NextRecord>(at).entry;
     std::uint8_t* storage = entry.variable->storage;
     const auto sum = static_cast<Number>(read<Number>(storage) + entry.step_as_double);
     if (!store_number<Number>(storage, sum)) return execute_general(at, budget);
@@ -160,8 +153,8 @@ std::uint64_t next_real(Current at, std::uint64_t budget) {
 
 template <typename Narrow>
 std::uint64_t next_whole(Current at, std::uint64_t budget) {
-    const ForEntry& entry = entry_of(at);
-    if (!fits(at, entry)) return next_elsewhere(at, budget);
+    if (!fits(as<NextRecord>(at))) return next_elsewhere(at, budget);
+    const ForEntry& entry = *as<NextRecord>(at).entry;
     std::uint8_t* storage = entry.variable->storage;
     std::int64_t sum;
     if (__builtin_add_overflow(std::int64_t{read<Narrow>(storage)}, entry.step.integer, &sum))
@@ -185,14 +178,15 @@ template <typename Condition>
 std::uint64_t while_true(Current at, std::uint64_t budget) {
     const Truth truth = Condition::of(at);
     if (truth == Truth::FALSE && at->jump_known) {
-        Token* behind = cached_statement({at->step.jump.line, at->step.jump.record + 1});
+        const Position wend = as<WhileRecord>(at).wend;
+        Token* behind = cached_statement({wend.line, wend.record + 1});
         if (behind != nullptr) return jump(behind, budget);
     }
     if (truth != Truth::TRUE || control_stacks.while_count == max_while_depth)
         return execute_general(at, budget);
     control_stacks.whiles[control_stacks.while_count++] = {
-        .start = at->step.own, .token = at, .epoch = program.cache_epoch};
-    return proceed(at->step.next, budget);
+        .start = as<WhileRecord>(at).own, .token = at, .epoch = program.cache_epoch};
+    return proceed(as<WhileRecord>(at).after, budget);
 }
 
 std::uint64_t wend(Token* at, std::uint64_t budget) {
@@ -213,15 +207,16 @@ bool specialise_for(Token* at) {
     Token* to;
     Token* end;
     if (!hold_natural(at + 2, to) || to->kind != KW_TO || !hold_natural(to, end)) return false;
-    to->step.left_inner = nullptr;
+    as<BoundRecord>(to).step = nullptr;
     if (end->kind == KW_STEP) {
-        to->step.left_inner = end;
+        as<BoundRecord>(to).step = end;
         if (!hold_natural(end, end)) return false;
     }
-    at->step.operand = variable;
-    at->step.inner = to;
-    at->step.own = {execution.line, record_of(end)};
-    at->step.next = link_behind(end);
+    auto& loop = as<ForRecord>(at);
+    loop.variable = variable;
+    loop.to = to;
+    loop.own = {execution.line, record_of(end)};
+    loop.after = link_behind(end);
     at->execute = guarded<for_loop>;
     return true;
 }
@@ -236,10 +231,11 @@ bool specialise_next(Token* at) {
         if (find_variable(end->name, false) != entry.quick_variable) return false;
         ++end;
     }
-    at->right_kind = static_cast<std::uint8_t>(depth);
-    at->step.operand = &entry;
-    at->step.left_operand = entry.quick_variable;
-    at->step.next = link_behind(end);
+    auto& next = as<NextRecord>(at);
+    next.depth = static_cast<std::uint8_t>(depth);
+    next.entry = &entry;
+    next.variable = entry.quick_variable;
+    next.after = link_behind(end);
     at->execute = choose_next(entry.variable_type);
     return true;
 }
@@ -248,8 +244,9 @@ bool specialise_while(Token* at) {
     Specialised condition;
     if (!specialise(at + 1, Domain::WHOLE, condition) || condition.allocates) return false;
     hold(at, condition.side);
-    at->step.own = {execution.line, record_of(at)};
-    at->step.next = link_behind(condition.end);
+    auto& record = as<WhileRecord>(at);
+    record.own = {execution.line, record_of(at)};
+    record.after = link_behind(condition.end);
     at->execute = handler_for(at, [](auto form) -> Execute { return guarded<while_true<decltype(form)>>; });
     return true;
 }

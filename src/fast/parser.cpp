@@ -7,6 +7,7 @@
 #include "fast/expression.h"
 #include "fast/function_steps.h"
 #include "fast/nodes.h"
+#include "fast/records.h"
 #include "fast/text_steps.h"
 #include "program/arenas.h"
 #include "program/keywords.h"
@@ -102,11 +103,11 @@ bool parse_arguments(Token* bracket, Token*& at, int& count, Accept accept) {
         Type type;
         if (!parse_held(mark, at, type) || !accept(count, type)) return false;
         if (at->kind != ',') break;
-        mark->step.left_inner = at;
+        as<MarkRecord>(mark).next_mark = at;
         mark = at++;
     }
     ++count;
-    mark->step.left_inner = nullptr;
+    as<MarkRecord>(mark).next_mark = nullptr;
     return (at++)->kind == ')';
 }
 
@@ -334,7 +335,7 @@ bool bind_element(Token* name, Token*& at, Type& type) {
         static_cast<std::uint64_t>(count) != array->array->dimensions) {
         return false;
     }
-    name[1].step.left_operand = array->array;
+    as<MarkRecord>(name + 1).callee = array->array;
     type = array->type;
     return true;
 }

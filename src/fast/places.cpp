@@ -8,21 +8,22 @@ namespace korvane::fast {
 
 bool bind_place(Token* host, Token*& at) {
     if (at->kind != IDENTIFIER || is_system_variable(at->name)) return false;
+    auto& place = as<PlaceRecord>(host);
     Token* name = at;
     if (name[1].kind == '(') {
         Specialised element;
         if (!specialise_element(name, element)) return false;
-        host->step.left_operand = name + 1;
-        host->left_kind = static_cast<std::uint8_t>(element.side.type);
-        host->right_kind = 1;
+        place.place = name + 1;
+        place.type = element.side.type;
+        place.is_element = true;
         at = element.end;
         return true;
     }
-    const VariableEntry* entry = find_variable(name->name, false);
+    VariableEntry* entry = find_variable(name->name, false);
     if (entry == nullptr) return false;
-    host->step.left_operand = entry->storage;
-    host->left_kind = static_cast<std::uint8_t>(entry->type);
-    host->right_kind = 0;
+    place.place = entry->storage;
+    place.type = entry->type;
+    place.is_element = false;
     ++at;
     return true;
 }

@@ -1,6 +1,7 @@
 #include "run/specialised.h"
 
 #include "fast/links.h"
+#include "fast/records.h"
 #include "fast/statement.h"
 #include "program/errors.h"
 #include "program/keywords.h"
@@ -30,7 +31,7 @@ std::uint64_t pass_colons(Token* at, std::uint64_t budget) {
 }
 
 std::uint64_t go_to_next_line(Token* at, std::uint64_t budget) {
-    return jump(at->step.next, budget);
+    return jump(as<EndRecord>(at).next_line, budget);
 }
 
 std::uint64_t end_line_first(Token* at, std::uint64_t budget) {
@@ -38,7 +39,7 @@ std::uint64_t end_line_first(Token* at, std::uint64_t budget) {
     Token* tokens = cached_tokens(execution.line + 1);
     // The end of the program, or a line that the run loop has to tokenize.
     if (tokens == nullptr) return leave(at, budget - 1);
-    at->step.next = tokens;
+    as<EndRecord>(at).next_line = tokens;
     at->execute = go_to_next_line;
     link_line(at);
     return go_to_next_line(at, budget);
@@ -131,7 +132,8 @@ inline std::uint64_t execute_unspecialised(Token* at, std::uint64_t budget) {
 // a name without a variable is what stands in the way most often.
 std::uint64_t execute_until_variables_change(Token* at, std::uint64_t budget) {
     const auto seen = static_cast<std::uint8_t>(variables.count);
-    if (is_current(at) && at->right_kind == seen) return execute_unspecialised(at, budget);
+    if (is_current(at) && as<GeneralRecord>(at).variables_seen == seen)
+        return execute_unspecialised(at, budget);
     at->execute = execute_first;
     return execute_first(at, budget);
 }
@@ -182,7 +184,7 @@ std::uint64_t pause(Token* at) {
 }
 
 void enter_line_of(const Token* at) {
-    execution.line = end_of_line(at)->step.jump.line;
+    execution.line = as<EndRecord>(end_of_line(at)).line;
     execution.tokens = program.lines[execution.line].tokens;
 }
 
@@ -219,7 +221,7 @@ std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     enter_generation(at);
     if (specialised) return at->execute(at, budget);
     at->execute = state.target_not_ready ? execute_first : execute_until_variables_change;
-    at->right_kind = static_cast<std::uint8_t>(variables.count);
+    as<GeneralRecord>(at).variables_seen = static_cast<std::uint8_t>(variables.count);
     return execute_unspecialised(at, budget);
 }
 

@@ -1,5 +1,5 @@
-// The name of the scalar is the statement's first token and "=" the second one, whose left_operand is the
-// scalar's storage.
+// The name of the scalar is the statement's first token and "=" the second one, which holds the place
+// and the value.
 #include "fast/scalar_assignments.h"
 
 #include "fast/arithmetic.h"
@@ -15,7 +15,7 @@ std::uint64_t let_scalar(Current at, std::uint64_t budget) {
     Token* equals = at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
     if (!assign<type>(place_of(equals), equals)) return fall_back(at, budget, string_top);
-    return proceed(equals->step.next, budget);
+    return proceed(after(equals), budget);
 }
 
 // The frequent shapes of a floating target whose right side is plain: a variable or literal of its type, one
@@ -24,14 +24,14 @@ template <typename Number>
 std::uint64_t let_copy(Current at, std::uint64_t budget) {
     Token* equals = at + 1;
     write_unaligned(place_of(equals), read<Number>(equals->step.operand));
-    return proceed(equals->step.next, budget);
+    return proceed(after(equals), budget);
 }
 
 template <typename Number>
 inline std::uint64_t let_value(Token* at, Number value, std::uint64_t budget) {
     Token* equals = at + 1;
     if (!store_number<Number>(place_of(equals), value)) return execute_general(at, budget);
-    return proceed(equals->step.next, budget);
+    return proceed(after(equals), budget);
 }
 
 template <typename Number>
@@ -88,7 +88,7 @@ std::uint64_t let_whole_chain(Current at, std::uint64_t budget) {
     const Whole whole = inner->step.whole(whole_leaf<leaf>(equals->step.operand), inner);
     if (whole.failed != 0 || !store_number<Integer>(place_of(equals), whole.value))
         return execute_general(at, budget);
-    return proceed(equals->step.next, budget);
+    return proceed(after(equals), budget);
 }
 
 template <typename Integer>

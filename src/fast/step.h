@@ -21,7 +21,8 @@
 // overflowing integer sum becomes a DOUBLE). So an expression is specialised only when evaluating it twice
 // cannot be noticed.
 //
-// Addresses in the steps are good for one clear generation; every statement compares its own first.
+// The layouts of the records are in fast/records.h. Addresses in them are good for one clear generation;
+// every statement compares its own first (fast/statement.h).
 #pragma once
 
 #include <cstdint>
@@ -48,8 +49,6 @@ enum Leaf : std::uint8_t {
 inline constexpr std::uint8_t leaf_mask = 7;
 inline constexpr std::uint8_t has_chain = 8;
 inline constexpr int domain_shift = 4;
-
-inline constexpr std::uint8_t lone_then_part = 0x80;  // of an IF's condition: see fast/statement_end.h
 
 constexpr Domain domain_of_kind(std::uint8_t kind) {
     return static_cast<Domain>(kind >> domain_shift & 3);

@@ -1,5 +1,6 @@
 #include "fast/text_assignments.h"
 
+#include "fast/assign.h"
 #include "fast/element_steps.h"
 #include "fast/text_sides.h"
 #include "fast/text_steps.h"
@@ -11,31 +12,31 @@ namespace {
 template <bool to_element>
 inline std::uint8_t* target(Token* at, const Token* equals) {
     if constexpr (to_element) return element_place<16>(at + 1);
-    return static_cast<std::uint8_t*>(const_cast<void*>(equals->step.left_operand));
+    return place_of(equals);
 }
 
 template <bool to_element>
 std::uint64_t let_text(Current at, std::uint64_t budget) {
-    const Token* equals = to_element ? at[1].step.next : at + 1;
+    const Token* equals = to_element ? equals_of_element(at) : at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = target<to_element>(at, equals);
     if (place == nullptr) return fall_back(at, budget, string_top);
     const Value text = right_text(equals);
     if (failed(text) || !store_text(place, text)) return fall_back(at, budget, string_top);
-    return proceed(equals->step.next, budget);
+    return proceed(after(equals), budget);
 }
 
 // A text joined from two. Like the general evaluator, this leaves it in string space twice.
 template <bool to_element>
 std::uint64_t let_joined(Current at, std::uint64_t budget) {
-    const Token* equals = to_element ? at[1].step.next : at + 1;
+    const Token* equals = to_element ? equals_of_element(at) : at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = target<to_element>(at, equals);
     if (place == nullptr) return fall_back(at, budget, string_top);
     const Value text = joined(equals->step.inner, 2);
     if (failed(text)) return fall_back(at, budget, string_top);
     write_text(place, text);
-    return proceed(equals->step.next, budget);
+    return proceed(after(equals), budget);
 }
 
 bool is_joined(const Side& value) {

@@ -6,8 +6,8 @@
 
 namespace korvane::fast {
 
-// The handlers of an assignment whose "=" holds a text as its right side: to a scalar, whose storage "="
-// holds in left_operand, and to an element, whose bracket holds "=" in next.
+// The handlers of an assignment whose "=" holds a text: to a scalar, and to an element, whose bracket leads to
+// "=".
 Execute choose_text_assignment(const Side& value);
 Execute choose_text_element_assignment(const Side& value);
 

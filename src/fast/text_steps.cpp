@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "fast/records.h"
 #include "fast/sides.h"
 #include "fast/text_sides.h"
 #include "numbers/format.h"
@@ -32,7 +33,7 @@ Whole number_at(const Token* mark, std::int64_t lowest) {
 Value left_part(Token* at) {
     const Value text = right_text(at);
     if (text.type == Type::NONE) return text;
-    const Whole count = number_at(at->step.left_inner, 0);
+    const Whole count = number_at(as<MarkRecord>(at).next_mark, 0);
     if (count.failed != 0) return no_text();
     return copy_of(text.bytes, static_cast<std::uint64_t>(std::min<std::int64_t>(count.value, text.length)));
 }
@@ -40,7 +41,7 @@ Value left_part(Token* at) {
 Value right_part(Token* at) {
     const Value text = right_text(at);
     if (text.type == Type::NONE) return text;
-    const Whole count = number_at(at->step.left_inner, 0);
+    const Whole count = number_at(as<MarkRecord>(at).next_mark, 0);
     if (count.failed != 0) return no_text();
     const auto length = static_cast<std::uint64_t>(std::min<std::int64_t>(count.value, text.length));
     return copy_of(text.bytes + (text.length - length), length);
@@ -49,11 +50,12 @@ Value right_part(Token* at) {
 Value middle_part(Token* at) {
     const Value text = right_text(at);
     if (text.type == Type::NONE) return text;
-    const Token* start_mark = at->step.left_inner;
+    const Token* start_mark = as<MarkRecord>(at).next_mark;
     const Whole start = number_at(start_mark, 1);
     if (start.failed != 0) return no_text();
     Whole length{INT64_MAX, 0};
-    if (start_mark->step.left_inner != nullptr) length = number_at(start_mark->step.left_inner, 0);
+    const Token* length_mark = as<MarkRecord>(start_mark).next_mark;
+    if (length_mark != nullptr) length = number_at(length_mark, 0);
     if (length.failed != 0) return no_text();
     if (start.value > text.length) return copy_of(nullptr, 0);
     const std::int64_t available = text.length - (start.value - 1);
@@ -68,13 +70,8 @@ Value character(Token* at) {
     return copy_of(&byte, 1);
 }
 
-// The type of a call's last argument, kept by its bracket.
-Type last_argument(const Token* bracket) {
-    return static_cast<Type>(bracket->left_kind);
-}
-
 Value number_text(Token* at) {
-    const Type type = last_argument(at);
+    const Type type = as<MarkRecord>(at).last_argument;
     Value number;
     if (is_integer(type)) {
         const Whole whole = right_whole(at);
@@ -113,8 +110,8 @@ Value blanks(Token* at) {
 
 Value repeated_character(Token* at) {
     const Whole count = number_at(at, 0);
-    const Token* mark = at->step.left_inner;
-    if (last_argument(at) == Type::STRING) {
+    const Token* mark = as<MarkRecord>(at).next_mark;
+    if (as<MarkRecord>(at).last_argument == Type::STRING) {
         const Value text = right_text(mark);
         return failed(text) || text.length == 0 ? no_text() : repeated(text.bytes[0], count);
     }
@@ -176,7 +173,7 @@ std::string_view text_function_arguments(std::string_view name) {
 }
 
 void set_text_function_step(Token* bracket, std::string_view name, Type last) {
-    bracket->left_kind = static_cast<std::uint8_t>(last);
+    as<MarkRecord>(bracket).last_argument = last;
     bracket->step.text = find_row(name)->step;
 }
 
