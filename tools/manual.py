@@ -126,13 +126,32 @@ def unlisted_examples():
     return ["examples.md: %s is missing here or in examples/" % name for name in sorted(named ^ there)]
 
 
+def without_fences(page):
+    """A page's lines outside of fenced blocks."""
+    fenced = False
+    for line in page.read_text().splitlines():
+        fenced ^= line.startswith(FENCE)
+        if not fenced:
+            yield line
+
+
+def anchors(page):
+    """What a link may name behind "#": the headings, in small letters, without marks and with hyphens for blanks."""
+    titles = [re.sub(r"^#+ ", "", line) for line in without_fences(page) if re.match(r"#+ ", line)]
+    return {re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-") for title in titles}
+
+
 def broken_links():
     """Links between the pages that lead nowhere."""
     found = []
     for page in sorted(DOCS.rglob("*.md")) + [ROOT / "README.md"]:
-        for target in re.findall(r"\]\(([^)#:,\s]+)(?:#[^)]*)?\)", page.read_text()):
-            if not (page.parent / target).exists():
+        text = "\n".join(without_fences(page))
+        for target, anchor in re.findall(r"\]\(([^)#:,\s]*)(?:#([^)\s]*))?\)", text):
+            there = page.parent / target if target else page
+            if not there.exists():
                 found.append("%s: nothing is at %s" % (page.relative_to(ROOT), target))
+            elif anchor and anchor not in anchors(there):
+                found.append("%s: %s has no heading %s" % (page.relative_to(ROOT), target or "it", anchor))
     return found
 
 
