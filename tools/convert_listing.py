@@ -157,7 +157,7 @@ def apart(before, text):
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter,
-                                     usage="convert_listing.py LISTING.BAS [-o PROGRAM.BAS] [--single] [--keep NAME,...]")
+                                     usage="convert_listing.py LISTING.BAS [-o FILE] [--single] [--keep NAME,...]")
     parser.add_argument("listing")
     parser.add_argument("-o", "--output")
     parser.add_argument("--single", action="store_true")

@@ -9,6 +9,8 @@ from listing_words import (BARE, BLANK, CALLED, DATA, KEYWORDS, MARK, NAME, NUMB
 LONGEST_LINE = 244
 MOST_TOKENS = 127
 LONGEST_NAME = 37
+# Words that an operand follows.
+BEFORE_OPERANDS = tuple("AND OR NOT XOR MOD TO STEP IF PRINT INPUT NEXT READ DIM SWAP".split())
 COMPARISONS = {"=<": "<=", "=>": ">=", "><": "<>"}
 
 
@@ -55,14 +57,10 @@ def with_single_next(pieces, done):
 
 def in_operand_place(pieces, at):
     """Whether a word at a place can only be a variable."""
-    if at + 1 < len(pieces) and pieces[at + 1].text == "=" and (at in starts(pieces) or pieces[at - 1].is_word("FOR", "LET")):
-        return True
     left = pieces[at - 1] if at else None
-    if left is None:
-        return False
-    return left.text in "=<>+-*/\\^(,;" or left.is_word("AND", "OR", "NOT", "TO", "STEP", "IF", "PRINT", "NEXT", "READ",
-                                                        "XOR", "MOD", "DIM", "SWAP", "THEN", "ELSE", "INPUT") and (
-        not left.is_word("THEN", "ELSE"))
+    if at + 1 < len(pieces) and pieces[at + 1].text == "=" and (at in starts(pieces) or left.is_word("FOR", "LET")):
+        return True
+    return left is not None and (left.text in "=<>+-*/\\^(,;" or left.is_word(*BEFORE_OPERANDS))
 
 
 def is_unreadable(name):
@@ -187,7 +185,7 @@ def split(number, parts, next_number):
         return [(number, joined_statements(parts))], problems
     free = (next_number if next_number is not None else number + 10 * len(lines)) - number - 1
     if free < len(lines) - 1:
-        return [(number, joined_statements(parts))], ["too long, and there is no free line number behind it to split it"]
+        return [(number, joined_statements(parts))], ["too long, and there is no free line number behind it"]
     step = min(10, (free + 1) // len(lines))
     return [(number + at * step, joined_statements(line).lstrip()) for at, line in enumerate(lines)], []
 
@@ -198,7 +196,8 @@ def why_too_long(line):
         return ""
     limit = f"{LONGEST_LINE} characters" if len(text) > LONGEST_LINE else f"{MOST_TOKENS} words and marks"
     kinds = {kind for kind, _, _ in line}
-    what = "the IF and what belongs to it" if re.match(r"\s*IF\b", text, re.I) else \
-        "a remark" if kinds == {REMARK} else "a DATA statement" if kinds == {DATA} else "a statement"
+    what = {(REMARK,): "a remark", (DATA,): "a DATA statement"}.get(tuple(kinds), "a statement")
+    if re.match(r"\s*IF\b", text, re.I):
+        what = "the IF and what belongs to it"
     return f"{what} has more than {limit}: split it by hand"
 

@@ -3,8 +3,7 @@
 import re
 
 from listing_reading import closing, is_assignment, starts
-from listing_words import (CALLED, FOREIGN_FUNCTIONS, FOREIGN_STATEMENTS, LITERAL, NAME, STRING, WORD,
-                           is_function)
+from listing_words import (CALLED, FOREIGN_FUNCTIONS, FOREIGN_STATEMENTS, LITERAL, NAME, WORD, is_function)
 
 PROMPT_ONLY = ("RUN", "LIST", "AUTO", "RENUM", "BREAK", "DELETE", "EDIT", "MERGE", "CREATEEFI", "NEW")
 JUMPS = ("GOTO", "GOSUB", "THEN", "ELSE", "RESTORE", "RESUME")
@@ -37,9 +36,9 @@ def statement_problems(pieces, at):
     if word in FOREIGN_STATEMENTS:
         yield f"{word} is no word of the language"
     elif word in PROMPT_ONLY:
-        yield f"{word} works at the prompt only" if word != "NEW" else "NEW in a program clears the variables and keeps it"
+        yield "NEW keeps a program that runs" if word == "NEW" else f"{word} works at the prompt only"
     elif word == "DEF" and following and following.value in ("SEG", "USR"):
-        yield f"DEF {following.value} does not exist; addresses have 64 bits here, and there are no machine-language calls"
+        yield f"there is no DEF {following.value}: addresses have 64 bits, and there are no machine-language calls"
     elif word == "CLEAR" and following and following.text != ":" and not following.is_word("ELSE"):
         yield "CLEAR takes no values"
     elif word == "SCREEN" and arguments(pieces, at) == 1:
@@ -52,7 +51,7 @@ def statement_problems(pieces, at):
         yield "PRINT @n prints into window n; LOCATE moves the cursor"
     elif word == "CLOSE" and not following:
         yield "CLOSE alone closes nothing: name the files, or let END close all"
-    elif word == "OPEN" and following and following.kind == STRING and len(following.text) == 3 and arguments(pieces, at) > 2:
+    elif word == "OPEN" and following and following.text[1:] in ('I"', 'O"', 'R"', 'A"') and arguments(pieces, at) > 2:
         yield "OPEN names the file first: OPEN file$ FOR INPUT AS #n"
     elif word == "ON" and following and following.value in EVENTS:
         yield f"there are no events of {following.value}"
@@ -64,7 +63,7 @@ def if_problems(pieces):
     if "ELSE" not in words:
         return
     before = words[:words.index("ELSE")]
-    if before.count("IF") > 1 or ("IF" in words[words.index("ELSE"):] and words.count("ELSE") > 1 and before.count("IF") > 1):
+    if before.count("IF") > 1:
         yield "ELSE belongs to the first IF that is false, not to the nearest one"
     if "THEN" in before and "GOSUB" in before[before.index("THEN"):]:
         yield "GOSUB in front of ELSE: RETURN comes back to the ELSE, a Syntax Error; put it on a line of its own"
@@ -172,6 +171,6 @@ def notes(lines):
     for number, statements in lines:
         trapped = [piece.text for pieces in statements for piece in pieces if is_trapped_literal(piece)]
         if trapped:
-            return [(number, f"{trapped[0]} is a SINGLE and variables are DOUBLE: --single makes the variables SINGLE too")]
+            return [(number, f"{trapped[0]} is a SINGLE and variables are DOUBLE: --single makes these SINGLE too")]
     return []
 

@@ -26,11 +26,11 @@ FOREIGN_FUNCTIONS = {
 
 # The words that are found inside of others: those that listings without blanks are made of.
 JOINED_WORDS = sorted((
-    "END FOR NEXT DATA INPUT DIM READ LET GOTO RUN IF RESTORE GOSUB RETURN REM STOP PRINT CLEAR NEW AND OR NOT XOR ON DEF "
-    "TO STEP THEN ELSE TAB SPC USING CLS POKE PEEK SGN INT ABS SQR RND SIN COS TAN ATN EXP LOG LEN STR$ VAL ASC CHR$ "
-    "LEFT$ RIGHT$ MID$ INKEY$ INPUT$ RANDOMIZE SWAP WHILE WEND MOD OPEN CLOSE ERROR RESUME LOCATE COLOR LINE LPRINT HEX$ "
-    "OCT$ STRING$ SPACE$ INSTR FIX DEFINT DEFSNG DEFDBL DEFSTR GET PUT FIELD LSET RSET WRITE ERASE TRON TROFF PSET PRESET "
-    "CIRCLE PAINT SOUND BEEP OPTION BASE SCREEN OUTPUT APPEND"
+    "END FOR NEXT DATA INPUT DIM READ LET GOTO RUN IF RESTORE GOSUB RETURN REM STOP PRINT CLEAR NEW AND OR NOT "
+    "XOR ON DEF TO STEP THEN ELSE TAB SPC USING CLS POKE PEEK SGN INT ABS SQR RND SIN COS TAN ATN EXP LOG LEN "
+    "STR$ VAL ASC CHR$ LEFT$ RIGHT$ MID$ INKEY$ INPUT$ RANDOMIZE SWAP WHILE WEND MOD OPEN CLOSE ERROR RESUME "
+    "LOCATE COLOR LINE LPRINT HEX$ OCT$ STRING$ SPACE$ INSTR FIX DEFINT DEFSNG DEFDBL DEFSTR GET PUT FIELD LSET "
+    "RSET WRITE ERASE TRON TROFF PSET PRESET CIRCLE PAINT SOUND BEEP OPTION BASE SCREEN OUTPUT APPEND"
 ).split(), key=len, reverse=True)
 
 # Words of PRINT, which are names elsewhere.
@@ -137,8 +137,8 @@ def names_like_remarks(lines):
     found = set()
     for _, text in lines:
         plain = re.sub(r"\"[^\"]*\"?", "\"\"", text)
-        for name in re.findall(r"[^\s:A-Za-z0-9][ \t]*((?:REM|DATA)[A-Za-z0-9]+)|\w[ \t]+((?:REM|DATA)[A-Za-z0-9]+)", plain, re.I):
-            found.add((name[0] or name[1]).upper())
+        for name in re.findall(r"(?:[^\s:A-Za-z0-9][ \t]*|\w[ \t]+)((?:REM|DATA)[A-Za-z0-9]+)", plain, re.I):
+            found.add(name.upper())
     return found
 
 

@@ -137,7 +137,7 @@ def grammar(words):
 
 def snippets():
     texts = word_table.help_texts()
-    return {f"{name}": {"prefix": name.lower(), "body": body, "description": texts[name][0]}
+    return {name: {"prefix": name.lower(), "body": body, "description": texts[name][0]}
             for name, body in SNIPPETS.items()}
 
 
@@ -203,9 +203,9 @@ def vim_syntax(words):
         "",
     ]
     links = {
-        "LineNumber": "LineNr", "Reference": "Label", "Flow": "Conditional", "Word": "Statement", "Operator": "Operator",
-        "Function": "Function", "System": "Constant", "UserFunction": "Special", "Name": "Identifier",
-        "Number": "Number", "String": "String", "Data": "PreProc", "Comment": "Comment", "Error": "Error",
+        "LineNumber": "LineNr", "Reference": "Label", "Flow": "Conditional", "Word": "Statement",
+        "Operator": "Operator", "Function": "Function", "System": "Constant", "UserFunction": "Special",
+        "Name": "Identifier", "Number": "Number", "String": "String", "Data": "PreProc", "Comment": "Comment", "Error": "Error",
     }
     lines += [f"highlight default link korvane{ours} {theirs}" for ours, theirs in links.items()]
     return "\n".join([*lines, "", "let b:current_syntax = \"korvane\"", ""])

@@ -6,6 +6,8 @@ Both show places.txt, all examples and all listings of the tests. What the chara
 hand; of the programs the lexer tells it, which has to know the places as well.
 """
 
+import json
+import re
 import subprocess
 import sys
 import tempfile
@@ -49,7 +51,8 @@ def by_vim(lines, folder):
     program, output = folder / "program.bas", folder / "names.txt"
     program.write_text("\n".join(lines) + "\n")
     subprocess.run(["vim", "-es", "-Nu", "NONE", "--cmd", f"set runtimepath^={ROOT}/editors/vim",
-                    "-S", FOLDER / "dump_syntax.vim", program, output], stdin=subprocess.DEVNULL, check=True, timeout=120)
+                    "-S", FOLDER / "dump_syntax.vim", program, output],
+                   stdin=subprocess.DEVNULL, check=True, timeout=120)
     kind, *rows = output.read_text().splitlines()
     if kind != "korvane":
         raise ValueError(f"Vim takes a program for {kind or 'nothing'}")
@@ -62,12 +65,24 @@ def by_textmate(lines, folder, packages):
     program, output = folder / "program.bas", folder / "scopes.txt"
     program.write_text("\n".join(lines) + "\n")
     extension = ROOT / "editors/vscode"
-    subprocess.run(["node", FOLDER / "dump_scopes.mjs", extension / "syntaxes/korvane.tmLanguage.json", program, output],
+    grammar = extension / "syntaxes/korvane.tmLanguage.json"
+    subprocess.run(["node", FOLDER / "dump_scopes.mjs", grammar, program, output],
                    cwd=packages, check=True, timeout=120)
     subprocess.run(["node", FOLDER / "hover_test.mjs", extension], check=True, timeout=60)
     letter_of = {scope: next(letter for start, letter in SCOPE_LETTERS if scope.startswith(start))
                  for scope in set(output.read_text().split())}
     return ["".join(letter_of[scope] for scope in row.split()) for row in output.read_text().splitlines()]
+
+
+def snippet_problems():
+    """Snippets that are no programs when their places keep what is proposed for them."""
+    snippets = json.loads((ROOT / "editors/vscode/snippets/korvane.json").read_text())
+    for name, snippet in snippets.items():
+        typed = re.sub(r"\$\{\d\|(\w+)[^}]*\}|\$\{\d:([^}]*)\}|\$0",
+                       lambda place: place[1] or place[2] or "", snippet["body"])
+        word = name.lower()
+        if "$" in typed or "x" in letters_of(typed) or snippet["prefix"] != word or name not in snippet["description"]:
+            yield f"snippet {name}: {typed}"
 
 
 def differences(who, expected, shown):
@@ -91,6 +106,7 @@ def main(kind, *packages):
         shown = by_vim(lines, Path(folder)) if kind == "vim" else by_textmate(lines, Path(folder), *packages)
     found = differences("lexer", places(), [letters_of(line) for line, _ in places()])
     found += differences(kind, expected, shown)
+    found += snippet_problems() if kind == "textmate" else []
     print("\n".join(found))
     print(f"{kind}: {len(places())} places and {len(lines) - len(places())} lines of programs, {len(found)} differ")
     return 1 if found else 0

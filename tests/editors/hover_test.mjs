@@ -1,10 +1,17 @@
 // What the extension shows for a word, in an editor that is made up here.
 import assert from "node:assert";
+import fs from "node:fs";
 import path from "node:path";
 import Module, { createRequire } from "node:module";
 
 const folder = process.argv[2];
 const require = createRequire(path.join(folder, "package.json"));
+
+// The files that the extension names are there.
+const { main, contributes } = require("./package.json");
+const named = [main, ...contributes.languages.map((language) => language.configuration),
+  ...contributes.grammars.map((grammar) => grammar.path), ...contributes.snippets.map((snippets) => snippets.path)];
+named.forEach((name) => assert.ok(fs.existsSync(path.join(folder, name)), name));
 
 let provider;
 const editor = {
