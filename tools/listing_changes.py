@@ -82,7 +82,7 @@ def unreadable_names(all_pieces):
             array = at + 1 < len(pieces) and pieces[at + 1].text == "("
             if piece.kind == WORD and (is_assignment(pieces, at) and not array):
                 found.add(piece.value)
-            elif piece.kind == NAME and piece.value in SYSTEM | (BARE - {"TIMER"}):
+            elif piece.kind == NAME and piece.value in SYSTEM | (BARE - {"TIMER", "TIME$", "DATE$"}):
                 found.add(piece.value)
             elif piece.kind == NAME and array and piece.value in CALLED - {"MID$"} and piece.value != "TIMER":
                 found.add(piece.value + "(")

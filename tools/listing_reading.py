@@ -168,7 +168,7 @@ def with_blanks(pieces):
         left = pieces[at - 1] if at else None
         if left and BLANK not in (left.kind, piece.kind):
             wordy = WORD in (left.kind, piece.kind)
-            if piece.text[:1].isalnum() and (text[-1:].isalnum() or (wordy and (text[-1:] in ")$%!#"))):
+            if piece.text[:1].isalnum() and (text[-1:].isalnum() or (wordy and text[-1:] in ")$%!#\"")):
                 text += " "
             elif left.kind == WORD and piece.kind == LITERAL:  # THEN.5, TO&H10
                 text += " "

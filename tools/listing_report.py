@@ -30,6 +30,8 @@ def statement_problems(pieces, at):
     following = pieces[at + 1] if at + 1 < len(pieces) else None
     if piece.kind == NAME and not is_assignment(pieces, at) and piece.value not in ("FIND", "TIMER"):
         yield f"{piece.value} begins no statement"
+    if piece.value in ("TIME$", "DATE$") and following and following.text == "=":
+        yield f"{piece.value} cannot be set"
     if piece.kind != WORD:
         return
     word = piece.value
