@@ -26,6 +26,7 @@ struct GraphicsMode {
     std::uint32_t width;   // pixels
     std::uint32_t height;  // pixels
     std::uint32_t pitch;   // pixels per scan line, at least the width
+    uefi::PixelFormat format = uefi::PixelFormat::PixelBlueGreenRedReserved8BitPerColor;
 };
 
 /// A simple file system: a folder of the host, out of which no name leads.

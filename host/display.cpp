@@ -11,6 +11,7 @@ namespace korvane::host {
 namespace {
 
 std::uint64_t framebuffer_bytes(const GraphicsMode& mode) {
+    if (mode.format == uefi::PixelFormat::PixelBltOnly) return 0;
     return std::uint64_t{mode.pitch} * mode.height * sizeof(std::uint32_t);
 }
 
@@ -29,7 +30,7 @@ uefi::GraphicsOutputModeInformation describe(const GraphicsMode& mode) {
     uefi::GraphicsOutputModeInformation information{};
     information.HorizontalResolution = mode.width;
     information.VerticalResolution = mode.height;
-    information.PixelFormat = uefi::PixelFormat::PixelBlueGreenRedReserved8BitPerColor;
+    information.PixelFormat = mode.format;
     information.PixelsPerScanLine = mode.pitch;
     return information;
 }
@@ -39,6 +40,7 @@ uefi::GraphicsOutputModeInformation describe(const GraphicsMode& mode) {
 Display::Display(std::uint64_t base, std::vector<GraphicsMode> modes, std::uint32_t width,
                  std::uint32_t height, Pool& pool, ServiceFaults& faults)
     : uefi::GraphicsOutputProtocol{query_mode, set_mode, nullptr, nullptr},
+      base_(base),
       modes_(std::move(modes)),
       mapping_(base, largest_framebuffer(modes_)),
       pool_(pool),
@@ -47,7 +49,6 @@ Display::Display(std::uint64_t base, std::vector<GraphicsMode> modes, std::uint3
     mode_.MaxMode = static_cast<std::uint32_t>(modes_.size());
     mode_.Info = &information_;
     mode_.SizeOfInfo = sizeof information_;
-    mode_.FrameBufferBase = base;
     const auto found = std::find_if(modes_.begin(), modes_.end(), [=](const GraphicsMode& mode) {
         return mode.width == width && mode.height == height;
     });
@@ -56,15 +57,16 @@ Display::Display(std::uint64_t base, std::vector<GraphicsMode> modes, std::uint3
         std::exit(71);
     }
     enter(static_cast<std::uint32_t>(found - modes_.begin()));
-    std::memset(reinterpret_cast<void*>(base), 0x5A, mode_.FrameBufferSize);
+    if (mode_.FrameBufferSize != 0) std::memset(reinterpret_cast<void*>(base), 0x5A, mode_.FrameBufferSize);
 }
 
 void Display::enter(std::uint32_t mode) {
     information_ = describe(modes_[mode]);
     mode_.Mode = mode;
     mode_.FrameBufferSize = framebuffer_bytes(modes_[mode]);
+    mode_.FrameBufferBase = mode_.FrameBufferSize == 0 ? 0 : base_;
     const std::uint64_t used = whole_pages(mode_.FrameBufferSize);
-    mapping_.protect(0, used, Access::read_write);
+    if (used != 0) mapping_.protect(0, used, Access::read_write);
     mapping_.protect(used, mapping_.size() - used, Access::none);
 }
 
@@ -95,7 +97,8 @@ uefi::Status EFIAPI Display::set_mode(uefi::GraphicsOutputProtocol* self, std::u
     if (auto failure = display.faults_.strike(Service::SetMode)) return *failure;
     if (mode >= display.modes_.size()) return uefi::unsupported;
     display.enter(mode);
-    std::memset(reinterpret_cast<void*>(display.mode_.FrameBufferBase), 0, display.mode_.FrameBufferSize);
+    if (display.mode_.FrameBufferSize != 0)
+        std::memset(reinterpret_cast<void*>(display.base_), 0, display.mode_.FrameBufferSize);
     ++display.mode_changes_;
     return uefi::success;
 }

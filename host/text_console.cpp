@@ -50,8 +50,10 @@ uefi::Status EFIAPI TextConsole::query_mode(uefi::SimpleTextOutputProtocol*, std
     return uefi::success;
 }
 
-uefi::Status EFIAPI TextConsole::set_mode(uefi::SimpleTextOutputProtocol*, std::uint64_t mode) {
-    return mode == 0 ? uefi::success : uefi::unsupported;
+uefi::Status EFIAPI TextConsole::set_mode(uefi::SimpleTextOutputProtocol* self, std::uint64_t mode) {
+    if (mode != 0) return uefi::unsupported;
+    ++static_cast<TextConsole*>(self)->modes_set_;
+    return reset(self, 0);
 }
 
 uefi::Status EFIAPI TextConsole::set_attribute(uefi::SimpleTextOutputProtocol* self,

@@ -16,6 +16,9 @@ class TextConsole : public uefi::SimpleTextOutputProtocol {
     /// Everything printed since the last clearing, as UTF-8.
     const std::string& text() const { return text_; }
 
+    /// How often its mode has been set, as is done after graphics to make it usable again.
+    int modes_set() const { return modes_set_; }
+
   private:
     static uefi::Status EFIAPI reset(uefi::SimpleTextOutputProtocol* self,
                                      std::uint8_t extended_verification);
@@ -33,6 +36,7 @@ class TextConsole : public uefi::SimpleTextOutputProtocol {
     ServiceFaults& faults_;
     uefi::SimpleTextOutputMode mode_{};
     std::string text_;
+    int modes_set_ = 0;
 };
 
 }  // namespace korvane::host

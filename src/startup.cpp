@@ -60,6 +60,15 @@ void clear_firmware_console() {
     out->SetCursorPosition(out, 0, 0);
 }
 
+// The firmware's console as it was before the start: other applications print there.
+void give_back_firmware_console() {
+    video_end();
+    uefi::SimpleTextOutputProtocol* out = firmware.system_table->ConOut;
+    if (out == nullptr || out->Mode == nullptr) return;
+    out->SetMode(out, out->Mode->Mode);
+    clear_firmware_console();
+}
+
 // The state of what needs neither the screen nor the arenas, so that nothing depends on what the image's
 // memory held before; start() sees to the rest.
 void initialize_state() {
@@ -135,5 +144,6 @@ _ModuleEntryPoint(korvane::uefi::Handle image_handle, korvane::uefi::SystemTable
         run_command_loop();
     }
     if (load_packed_program()) handle_text("RUN");
+    give_back_firmware_console();
     return uefi::success;
 }

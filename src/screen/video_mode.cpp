@@ -1,6 +1,7 @@
 #include "screen/video_mode.h"
 
 #include "platform/firmware.h"
+#include "platform/handle_list.h"
 #include "screen/console.h"
 #include "screen/graphics.h"
 
@@ -27,36 +28,115 @@ void take_current_mode() {
     con_clear_black();
 }
 
-bool mode_has_resolution(std::uint32_t mode, std::uint32_t width, std::uint32_t height) {
-    uefi::GraphicsOutputModeInformation* info = nullptr;
-    std::uint64_t info_size = 0;
-    const uefi::Status status =
-        video.graphics_output->QueryMode(video.graphics_output, mode, &info_size, &info);
-    if (uefi::is_error(status) || info == nullptr) return false;
-    const bool matches = info->HorizontalResolution == width && info->VerticalResolution == height;
-    firmware.boot->FreePool(info);
-    return matches;
+// How a mode's pixels agree with the console's, which are words of the form 0x00RRGGBB.
+enum class Fitness {
+    none,     // no framebuffer, or pixels of another size
+    swapped,  // colours come out wrong
+    good,
+};
+
+Fitness fitness(const uefi::GraphicsOutputModeInformation& info) {
+    switch (info.PixelFormat) {
+        case uefi::PixelFormat::PixelBlueGreenRedReserved8BitPerColor:
+            return Fitness::good;
+        case uefi::PixelFormat::PixelRedGreenBlueReserved8BitPerColor:
+            return Fitness::swapped;
+        case uefi::PixelFormat::PixelBitMask: {
+            const uefi::PixelBitmask& masks = info.PixelInformation;
+            // The highest bit of all tells how large a pixel is.
+            const bool whole_words =
+                (masks.RedMask | masks.GreenMask | masks.BlueMask | masks.ReservedMask) >> 24 != 0;
+            if (!whole_words) return Fitness::none;
+            const bool usual =
+                masks.RedMask == 0xFF0000 && masks.GreenMask == 0xFF00 && masks.BlueMask == 0xFF;
+            return usual ? Fitness::good : Fitness::swapped;
+        }
+        default:
+            return Fitness::none;
+    }
+}
+
+std::uint32_t difference(std::uint32_t a, std::uint32_t b) {
+    return a > b ? a - b : b - a;
+}
+
+// The first of the fittest modes that are nearest to a size.
+struct FoundMode {
+    Fitness fitness = Fitness::none;
+    std::uint32_t mode = 0;
+    std::uint32_t distance = 0;  // 0: the very size
+};
+
+FoundMode find_mode(uefi::GraphicsOutputProtocol& output, std::uint32_t width, std::uint32_t height,
+                    std::uint32_t greatest_distance) {
+    FoundMode found{Fitness::none, 0, greatest_distance + 1};
+    for (std::uint32_t mode = 0; mode < output.Mode->MaxMode; ++mode) {
+        uefi::GraphicsOutputModeInformation* info = nullptr;
+        std::uint64_t info_size = 0;
+        if (uefi::is_error(output.QueryMode(&output, mode, &info_size, &info)) || info == nullptr) continue;
+        const FoundMode other = {
+            fitness(*info), mode,
+            difference(info->HorizontalResolution, width) + difference(info->VerticalResolution, height)};
+        firmware.boot->FreePool(info);
+        if (other.distance > greatest_distance || other.fitness < found.fitness) continue;
+        if (other.fitness == found.fitness && other.distance >= found.distance) continue;
+        found = other;
+        if (found.fitness == Fitness::good && found.distance == 0) break;
+    }
+    return found;
+}
+
+constexpr std::uint32_t any_distance = 0x7FFFFFFF;
+
+// Leaves a mode that can be drawn in as it is; else changes to the nearest one that can.
+bool make_usable(uefi::GraphicsOutputProtocol& output) {
+    if (output.Mode == nullptr || output.Mode->Info == nullptr) return false;
+    const uefi::GraphicsOutputModeInformation current = *output.Mode->Info;
+    const Fitness as_it_is = fitness(current);
+    if (as_it_is == Fitness::good) return true;
+    const FoundMode found =
+        find_mode(output, current.HorizontalResolution, current.VerticalResolution, any_distance);
+    if (found.fitness > as_it_is && !uefi::is_error(output.SetMode(&output, found.mode))) return true;
+    return as_it_is != Fitness::none;
+}
+
+// The graphics output that the firmware prefers may stand for several and have no framebuffer itself.
+uefi::GraphicsOutputProtocol* find_graphics_output() {
+    auto* const preferred =
+        static_cast<uefi::GraphicsOutputProtocol*>(find_interface(uefi::graphics_output_guid));
+    if (preferred == nullptr) return nullptr;
+    if (preferred->Mode != nullptr) video.first_mode = preferred->Mode->Mode;
+    if (make_usable(*preferred)) return preferred;
+    for (const uefi::Handle handle : HandleList(uefi::graphics_output_guid)) {
+        auto* const other =
+            static_cast<uefi::GraphicsOutputProtocol*>(find_interface(handle, uefi::graphics_output_guid));
+        if (other == nullptr || other == preferred || other->Mode == nullptr) continue;
+        video.first_mode = other->Mode->Mode;
+        if (make_usable(*other)) return other;
+    }
+    return nullptr;
 }
 
 }  // namespace
 
 bool video_start() {
-    auto* const graphics_output =
-        static_cast<uefi::GraphicsOutputProtocol*>(find_interface(uefi::graphics_output_guid));
-    if (graphics_output == nullptr || graphics_output->Mode == nullptr) return false;
-    if (graphics_output->Mode->Info == nullptr) return false;
+    uefi::GraphicsOutputProtocol* const graphics_output = find_graphics_output();
+    if (graphics_output == nullptr) return false;
     video.graphics_output = graphics_output;
     take_current_mode();
     return true;
 }
 
+void video_end() {
+    uefi::GraphicsOutputProtocol& output = *video.graphics_output;
+    // A mode that cannot be set again was good enough to draw in.
+    if (output.Mode->Mode != video.first_mode) output.SetMode(&output, video.first_mode);
+}
+
 bool con_set_mode(std::uint32_t width, std::uint32_t height) {
-    const std::uint32_t modes = video.graphics_output->Mode->MaxMode;
-    std::uint32_t mode = 0;
-    while (mode < modes && !mode_has_resolution(mode, width, height))
-        ++mode;
-    if (mode == modes || uefi::is_error(video.graphics_output->SetMode(video.graphics_output, mode)))
-        return false;
+    uefi::GraphicsOutputProtocol& output = *video.graphics_output;
+    const FoundMode found = find_mode(output, width, height, 0);
+    if (found.fitness == Fitness::none || uefi::is_error(output.SetMode(&output, found.mode))) return false;
     take_current_mode();
     gfx_reset_coordinates();
     console.view_print_active = false;

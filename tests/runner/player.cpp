@@ -108,6 +108,8 @@ void Player::play_step(const Step& step) {
             if (firmware.text_console().text().find(step.content) == std::string::npos)
                 fail("the firmware's console shows:\n" + firmware.text_console().text());
             return;
+        case Action::given_back:
+            return check_given_back(step);
         case Action::exits:
             return check_exit(step);
         case Action::halts:

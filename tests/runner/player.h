@@ -64,6 +64,7 @@ class Player {
     void check_file(const Step& step);
     void check_image();
     void check_exit(const Step& step);
+    void check_given_back(const Step& step);
     void check_end();
 
     void restart(const Step& step);

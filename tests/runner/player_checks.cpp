@@ -129,6 +129,16 @@ void Player::check_exit(const Step& step) {
     if (machine_->status() != step.numbers[0]) fail("it ended with status " + in_hex(machine_->status()));
 }
 
+void Player::check_given_back(const Step& step) {
+    const host::Display& display = *machine_->firmware().display();
+    if (display.width() != step.numbers[0] || display.height() != step.numbers[1])
+        fail("the screen has " + std::to_string(display.width()) + "x" + std::to_string(display.height()) +
+             " pixels");
+    const host::TextConsole& console = machine_->firmware().text_console();
+    if (console.modes_set() == 0) fail("the mode of the firmware's console was not set again");
+    if (!console.text().empty()) fail("the firmware's console shows:\n" + console.text());
+}
+
 void Player::check_image() {
     const auto content = [](const std::filesystem::path& file) {
         std::ifstream stream(file, std::ios::binary);

@@ -22,6 +22,7 @@ const Parser::Directive Parser::step_directives[] = {
     {"no-file", &Parser::no_file},
     {"console", &Parser::console},
     {"exits", &Parser::exits},
+    {"given-back", &Parser::given_back},
     {"halts", &Parser::halts},
     {"fail", &Parser::fail},
     {"heal", &Parser::heal},

@@ -33,6 +33,7 @@ enum class Action {
     no_file,        // expects no file or folder `name`
     put_file,       // writes `content` to the file `name`
     console,        // expects `content` somewhere on the firmware's text console
+    given_back,     // expects a usable text console on a screen of `numbers[0]` by `[1]` pixels
     exits,          // expects that the application has ended with status `numbers[0]`
     halts,          // expects that it neither ends nor asks for a key any more
     fail,           // arms `faults`, in addition to those armed

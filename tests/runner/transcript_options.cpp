@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <optional>
+#include <string_view>
 #include <utility>
 
 #include "text_syntax.h"
@@ -10,6 +12,13 @@ namespace korvane::transcript {
 namespace {
 
 constexpr std::uint64_t default_disk_blocks = 64;
+
+std::optional<uefi::PixelFormat> pixel_format(std::string_view name) {
+    if (name == "bgr") return uefi::PixelFormat::PixelBlueGreenRedReserved8BitPerColor;
+    if (name == "rgb") return uefi::PixelFormat::PixelRedGreenBlueReserved8BitPerColor;
+    if (name == "blt") return uefi::PixelFormat::PixelBltOnly;
+    return std::nullopt;
+}
 
 }  // namespace
 
@@ -30,21 +39,24 @@ bool Parser::screen(const Words& words, std::string_view) {
     return true;
 }
 
-// @modes WIDTHxHEIGHT[/PITCH] ...
+// @modes WIDTHxHEIGHT[/PITCH][:rgb|:blt] ...
 bool Parser::modes(const Words& words, std::string_view) {
     std::vector<host::GraphicsMode>& modes = cases_.back().config.modes;
     modes.clear();
     for (std::size_t i = 1; i < words.size(); ++i) {
-        const std::size_t x = words[i].find('x');
-        if (x == std::string::npos) return false;
-        const std::size_t slash = words[i].find('/');
-        const auto width = parse_number(words[i].substr(0, x));
+        const std::size_t colon = words[i].find(':');
+        const std::string size = words[i].substr(0, colon);
+        const auto format = pixel_format(colon == std::string::npos ? "bgr" : words[i].substr(colon + 1));
+        const std::size_t x = size.find('x');
+        if (x == std::string::npos || !format) return false;
+        const std::size_t slash = size.find('/');
+        const auto width = parse_number(size.substr(0, x));
         const auto height =
-            parse_number(words[i].substr(x + 1, slash == std::string::npos ? slash : slash - x - 1));
-        const auto pitch = slash == std::string::npos ? width : parse_number(words[i].substr(slash + 1));
+            parse_number(size.substr(x + 1, slash == std::string::npos ? slash : slash - x - 1));
+        const auto pitch = slash == std::string::npos ? width : parse_number(size.substr(slash + 1));
         if (!width || !height || !pitch) return false;
         modes.push_back({static_cast<std::uint32_t>(*width), static_cast<std::uint32_t>(*height),
-                         static_cast<std::uint32_t>(*pitch)});
+                         static_cast<std::uint32_t>(*pitch), *format});
     }
     return !modes.empty();
 }

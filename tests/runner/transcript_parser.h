@@ -52,6 +52,7 @@ class Parser {
     bool no_file(const Words& words, std::string_view);
     bool console(const Words&, std::string_view rest);
     bool exits(const Words& words, std::string_view);
+    bool given_back(const Words& words, std::string_view);
     bool halts(const Words& words, std::string_view);
     bool fail(const Words& words, std::string_view);
     bool heal(const Words& words, std::string_view);

@@ -88,6 +88,19 @@ bool Parser::exits(const Words& words, std::string_view) {
     return words.size() == 2 && numbers(words, 1, 1, add_step(Action::exits).numbers);
 }
 
+// @given-back WIDTHxHEIGHT
+bool Parser::given_back(const Words& words, std::string_view) {
+    cases_.back().own_start = true;
+    const std::size_t x = words.size() == 2 ? words[1].find('x') : std::string::npos;
+    if (x == std::string::npos) return false;
+    const auto width = parse_number(words[1].substr(0, x));
+    const auto height = parse_number(words[1].substr(x + 1));
+    if (!width || !height) return false;
+    auto& size = add_step(Action::given_back).numbers;
+    size = {*width, *height};
+    return true;
+}
+
 bool Parser::halts(const Words& words, std::string_view) {
     cases_.back().own_start = true;
     add_step(Action::halts);

@@ -44,6 +44,7 @@ constexpr uefi::GraphicsOutputModeInformation mode_information(std::uint32_t wid
     info.HorizontalResolution = width;
     info.VerticalResolution = height;
     info.PixelsPerScanLine = pitch;
+    info.PixelFormat = uefi::PixelFormat::PixelBlueGreenRedReserved8BitPerColor;
     return info;
 }
 
