@@ -156,7 +156,8 @@ def stale(maker):
         return choose([f"10 {text}"], [f"10 {text}"], ["10 Y=0", f"20 {text}"], [f"10 {text}", f"20 {maker.rich()}"])
 
     def others():
-        fill = choose(":" * maker.random.randint(0, 8), "DATA 1,2,3,4", "?1;", "B=1", ":" * choose(0, 1, 2, 3, 4) + "TROFF",
+        fill = choose(":" * maker.random.randint(0, 8), "DATA 1,2,3,4", "?1;", "B=1",
+                      ":" * choose(0, 1, 2, 3, 4) + "TROFF",
                       "TROFF:TROFF", "?1;2;3;", "B=2+1")
         rest = choose("ELSE", "ELSE ?22", "ELSE B=1", "RETURN", "?1 ELSE ?2")
         return [f"10 {fill}{choose(':', ':', ' ', ':?1 ')}{rest}"]
