@@ -57,7 +57,8 @@ __attribute__((no_sanitize("address"))) bool Keyboard::is_spinning(const std::ui
     else if (quick)
         ++looks_from_one_place_;
     last_frame_ = frame;
-    std::copy_n(frame, watched_words, last_words_.begin());
+    const std::size_t words = frame < stack_end_ ? static_cast<std::size_t>(stack_end_ - frame) : 0;
+    std::copy_n(frame, std::min(words, watched_words), last_words_.begin());
     return quick_polls_ >= polls_of_a_spin;
 }
 

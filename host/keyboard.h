@@ -34,6 +34,9 @@ class Keyboard : public uefi::SimpleTextInputProtocol {
     bool empty() const { return queue_.empty(); }
     void clear();
 
+    /// Where the image's stack ends; nothing above is looked at.
+    void stack_ends_at(const void* end) { stack_end_ = static_cast<const std::uint64_t*>(end); }
+
     /// Calls of ReadKeyStroke so far.
     std::uint64_t polls() const { return polls_; }
 
@@ -60,6 +63,7 @@ class Keyboard : public uefi::SimpleTextInputProtocol {
     std::uint64_t last_poll_ticks_ = 0;       // time stamp when the last poll returned
     std::uint64_t quick_polls_ = 0;           // polls in a row with hardly any time in between
     std::uint64_t looks_from_one_place_ = 0;  // polls since the last key, with hardly any time in between
+    const std::uint64_t* stack_end_ = nullptr;
     const std::uint64_t* last_frame_ = nullptr;
     std::array<std::uint64_t, watched_words> last_words_{};  // of the last poll's frame
     struct StackWord {

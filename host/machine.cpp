@@ -123,6 +123,8 @@ Machine::Machine(Config config, ImageSource source)
     }
     if (source_.linked_code != nullptr) entry_point_ = source_.linked_code;
     firmware_.keyboard().on_wanted([this](KeyWant want) { key_wanted(want); });
+    const auto stack = firmware_.stack().bytes();
+    firmware_.keyboard().stack_ends_at(stack.data() + stack.size());
     firmware_.on_exit([this](uefi::Status status) {
         status_ = status;
         switch_to_host(Stop::returned);

@@ -7,6 +7,7 @@ for people who look into it on another system.
 
 import os
 import tempfile
+import time
 import uuid
 
 from disk_image import SECTOR, DiskImage, run
@@ -25,17 +26,18 @@ def make_partition(path, identity, image, files):
     return partition.install(image, files)
 
 
-def make_iso(output, identity, image, files, visible):
+def make_iso(output, identity, epoch, image, files, visible):
     """Makes the file `output` with an interpreter and files ({name: path}) to boot, and the files `visible`
-    ({name: path}) in the ISO file system. The same identity (a UUID) and the same time (SOURCE_DATE_EPOCH) give the
-    same bytes."""
+    ({name: path}) in the ISO file system. The same identity (a UUID) and the same time, which has to be in
+    SOURCE_DATE_EPOCH too, give the same bytes."""
+    timestamp = time.strftime("%Y%m%d%H%M%S00", time.gmtime(epoch))
     with tempfile.TemporaryDirectory(prefix="korvane-iso-") as folder:
         partition = os.path.join(folder, "partition.img")
         make_partition(partition, uuid.uuid5(identity, "compact disc"), image, files)
         run(
             "xorriso", "-as", "mkisofs", "-quiet", "-volid", "KORVANE", "-rational-rock", "-joliet", "-o", output,
             # The boot partition is at the end, where both tables point.
-            "-append_partition", "2", EFI_SYSTEM_PARTITION, partition, "-appended_part_as_gpt",
+            "--set_all_file_dates", timestamp, "-append_partition", "2", EFI_SYSTEM_PARTITION, partition, "-appended_part_as_gpt",
             "-eltorito-catalog", "boot.cat", "--efi-boot", "--interval:appended_partition_2:all::", "-no-emul-boot",
             "-graft-points", *(f"{name}={path}" for name, path in sorted(visible.items())),
         )  # fmt: skip

@@ -114,7 +114,7 @@ def make_release(folder, image, terminal, version, epoch):
     make_disk(folder, name, identity, image, examples)
     visible = {"/KORVANE.EFI": image} | {f"/{licence}": path for licence, path in LICENCES.items()}
     visible |= {f"/EXAMPLES/{os.path.basename(example).upper()}": example for example in examples}
-    make_iso(str(folder / f"{name}.iso"), identity, image, root_files([], examples), visible)
+    make_iso(str(folder / f"{name}.iso"), identity, epoch, image, root_files([], examples), visible)
     package = folder / f"korvane_{version}_amd64.deb"
     make_package(package, image, terminal, examples, manual, version, notes, epoch)
     make_sources(folder, name)
