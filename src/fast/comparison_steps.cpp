@@ -75,36 +75,20 @@ WholeStep choose_for(const Token* at, Domain domain) {
 // Exchanges the sides of an operator that asks whether the left one is greater, so that numbers need only be
 // looked at the other way round; gives the relation to ask for now.
 int put_lesser_first(Token* at) {
-    const Token* operation = at;
-    const int relation = read_relation(operation);
-    if (relation != GREATER && relation != (GREATER | EQUAL)) return relation;
-    std::swap(at->left_kind, at->right_kind);
-    std::swap(at->step.left_operand, at->step.operand);
-    std::swap(at->step.left_inner, at->step.inner);
-    return relation == GREATER ? LESS : LESS | EQUAL;
+    if (at->kind == '>') {
+        std::swap(at->left_kind, at->right_kind);
+        std::swap(at->step.left_operand, at->step.operand);
+        std::swap(at->step.left_inner, at->step.inner);
+    }
+    return lesser_first(at);
 }
 
 }  // namespace
 
-PlainForm plain_form(const Token* at) {
-    struct Row {
-        WholeStep step;
-        PlainForm form;
-    };
-    static constexpr Row rows[] = {
-        {compare_plain<LESS, double>, {LESS, false}},
-        {compare_plain<EQUAL, double>, {EQUAL, false}},
-        {compare_plain<LESS | EQUAL, double>, {LESS | EQUAL, false}},
-        {compare_plain<LESS | GREATER, double>, {LESS | GREATER, false}},
-        {compare_plain<LESS, float>, {LESS, true}},
-        {compare_plain<EQUAL, float>, {EQUAL, true}},
-        {compare_plain<LESS | EQUAL, float>, {LESS | EQUAL, true}},
-        {compare_plain<LESS | GREATER, float>, {LESS | GREATER, true}},
-    };
-    for (const Row& row : rows) {
-        if (row.step == at->step.whole) return row.form;
-    }
-    return {.relation = 0, .single = false};
+int lesser_first(const Token* at) {
+    const int relation = read_relation(at);
+    if (relation == GREATER) return LESS;
+    return relation == (GREATER | EQUAL) ? LESS | EQUAL : relation;
 }
 
 [[gnu::cold]] void set_comparison_step(Token* at, Domain domain) {

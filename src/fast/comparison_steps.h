@@ -11,13 +11,8 @@ namespace korvane::fast {
 // compared. The sides may change places, so they must not both take string space, which is taken in order.
 void set_comparison_step(Token* at, Domain domain);
 
-// What a step compares when that is two plain sides: a relation in order, and their type. The relation is 0
-// for all other steps.
-struct PlainForm {
-    int relation;
-    bool single;
-};
-PlainForm plain_form(const Token* at);
+// The relation that such a step asks for, whose sides are in order: it is not GREATER, with EQUAL or without.
+int lesser_first(const Token* at);
 
 // Whether a relation in order is true.
 template <int relation, typename Number>

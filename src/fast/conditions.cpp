@@ -56,9 +56,9 @@ std::uint64_t if_then(Current at, std::uint64_t budget) {
 }
 
 template <bool to_line>
-Execute if_handler(Token* at) {
-    return handler_for(
-        at, [](auto condition) -> Execute { return guarded<if_then<decltype(condition), to_line>>; });
+Execute if_handler(Token* at, const Specialised& condition) {
+    return handler_for(at, condition,
+                       [](auto form) -> Execute { return guarded<if_then<decltype(form), to_line>>; });
 }
 
 // Where a false condition leads. "ELSE :" is an empty statement; only a number right behind ELSE is a line.
@@ -80,7 +80,7 @@ bool specialise_if(Token* at) {
     auto& record = as<IfRecord>(at);
     record.when_true = to_line ? target_of(then) : following(then);
     record.when_false = false_target(condition.end);
-    at->execute = to_line ? if_handler<true>(at) : if_handler<false>(at);
+    at->execute = to_line ? if_handler<true>(at, condition) : if_handler<false>(at, condition);
     const bool lone = then_part_is_lone(at);
     if (lone) record.condition_kind |= IfRecord::lone_then_part;
     // The IF, the statement and perhaps the ELSE behind it.

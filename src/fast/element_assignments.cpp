@@ -58,7 +58,7 @@ Execute element_handler(const Token* bracket, const Specialised& element, const 
         allocates ? nullptr : choose_element_shape(bracket, element.side.type, value.side.kind);
     if (shape != nullptr) return shape;
     const Type type = element.side.type;
-    if (type == Type::STRING) return choose_text_element_assignment(value.side);
+    if (type == Type::STRING) return choose_text_element_assignment(value);
     return choose_by_type(type, [](auto listed) -> Execute { return guarded<let_element<listed()>>; });
 }
 

@@ -258,6 +258,8 @@ bool specialise(Token* start, Domain wanted, Specialised& result) {
     const Domain natural = domain_of(node_at(root).type);
     if (natural == Domain::TEXT && wanted != Domain::TEXT) return false;
     if (!emit(root, wanted, result.side)) return false;
+    result.form = node_at(root).form;
+    result.operation = node_at(root).token;
     result.allocates = pool.progress.allocates;
     return true;
 }

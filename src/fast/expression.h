@@ -7,11 +7,27 @@
 
 namespace korvane::fast {
 
+// What a part of an expression is.
+enum class Form : std::uint8_t {
+    VARIABLE,
+    LITERAL,
+    BINARY,
+    RELATION,
+    SIGN,
+    NOT,
+    ELEMENT,
+    CALL,
+    TEXT_CALL,
+    USER
+};
+
 // An expression that has been looked at.
 struct Specialised {
     Side side;
-    Token* end;      // the token behind the expression
-    bool allocates;  // evaluating it takes string space
+    Form form;         // of the whole expression
+    Token* operation;  // its operator, where it is BINARY or a RELATION
+    Token* end;        // the token behind the expression
+    bool allocates;    // evaluating it takes string space
 };
 
 // Specialises the expression at `start`. With `wanted` REAL a number is prepared to be taken as a double,

@@ -247,7 +247,8 @@ bool specialise_while(Token* at) {
     auto& record = as<WhileRecord>(at);
     record.own = {execution.line, record_of(at)};
     record.after = link_behind(condition.end);
-    at->execute = handler_for(at, [](auto form) -> Execute { return guarded<while_true<decltype(form)>>; });
+    at->execute =
+        handler_for(at, condition, [](auto form) -> Execute { return guarded<while_true<decltype(form)>>; });
     return true;
 }
 

@@ -16,19 +16,6 @@ struct UserFunction;
 
 namespace korvane::fast {
 
-enum class Form : std::uint8_t {
-    VARIABLE,
-    LITERAL,
-    BINARY,
-    RELATION,
-    SIGN,
-    NOT,
-    ELEMENT,
-    CALL,
-    TEXT_CALL,
-    USER
-};
-
 struct Node {
     Form form;
     Type type;

@@ -116,7 +116,7 @@ Execute choose_shape(Type type, const Side& side) {
     // What takes string space has to give it back when it fails.
     const Execute shape = value.allocates ? nullptr : choose_shape(type, value.side);
     if (shape != nullptr) return shape;
-    if (type == Type::STRING) return choose_text_assignment(value.side);
+    if (type == Type::STRING) return choose_text_assignment(value);
     return choose_by_type(type, [](auto listed) -> Execute { return guarded<let_scalar<listed()>>; });
 }
 

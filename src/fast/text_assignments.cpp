@@ -39,16 +39,17 @@ std::uint64_t let_joined(Current at, std::uint64_t budget) {
     return proceed(after(equals), budget);
 }
 
-bool is_joined(const Side& value) {
-    return value.inner != nullptr && value.inner->kind == '+';
+// "+" is the only operator between texts that gives a text.
+bool is_joined(const Specialised& value) {
+    return value.form == Form::BINARY;
 }
 
 }  // namespace
 
-Execute choose_text_assignment(const Side& value) {
+Execute choose_text_assignment(const Specialised& value) {
     return is_joined(value) ? guarded<let_joined<false>> : guarded<let_text<false>>;
 }
-Execute choose_text_element_assignment(const Side& value) {
+Execute choose_text_element_assignment(const Specialised& value) {
     return is_joined(value) ? guarded<let_joined<true>> : guarded<let_text<true>>;
 }
 

@@ -40,20 +40,27 @@ struct LeafComparison {
 
 void keep_leaves(Token* at, const Token* comparison, std::size_t size_of_number);
 
+// Whether the condition is such a comparison: of two DOUBLE leaves, or of two SINGLE ones.
+inline bool compares_leaves(const Specialised& condition) {
+    if (condition.form != Form::RELATION) return false;
+    const Token& comparison = *condition.operation;
+    return comparison.left_kind == comparison.right_kind &&
+           (comparison.left_kind == F64 || comparison.left_kind == F32);
+}
+
 // The handler of a statement for the condition that it holds: what `make` gives for the condition's type, of
 // which it takes an object.
 template <typename Make>
-Execute handler_for(Token* at, Make make) {
-    if (at->right_kind != side_kind(COMPUTED, true, Domain::WHOLE)) return make(AnyCondition{});
-    const Token* first = at->step.inner;
-    const PlainForm form = plain_form(first);
-    const bool leaves = first->step.left_inner == nullptr && first->step.inner == nullptr;
-    if (form.relation == 0 || !leaves || first->step.next != nullptr) return make(ComputedCondition{});
-    keep_leaves(at, first, form.single ? sizeof(float) : sizeof(double));
-    return choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(form.relation, [=](auto listed) {
-        return form.single ? make(LeafComparison<listed(), float>{})
-                           : make(LeafComparison<listed(), double>{});
-    });
+Execute handler_for(Token* at, const Specialised& condition, Make make) {
+    if (condition.side.kind != side_kind(COMPUTED, true, Domain::WHOLE)) return make(AnyCondition{});
+    if (!compares_leaves(condition)) return make(ComputedCondition{});
+    const bool single = condition.operation->left_kind == F32;
+    keep_leaves(at, condition.operation, single ? sizeof(float) : sizeof(double));
+    return choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(
+        lesser_first(condition.operation), [=](auto listed) {
+            return single ? make(LeafComparison<listed(), float>{})
+                          : make(LeafComparison<listed(), double>{});
+        });
 }
 
 }  // namespace korvane::fast
