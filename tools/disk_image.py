@@ -18,6 +18,7 @@ import subprocess
 import sys
 import uuid
 
+import program_text
 import programs
 
 BOOT_FOLDER = "EFI/BOOT"
@@ -129,8 +130,24 @@ class DiskImage:
         for name, path in LICENCES.items():
             self.put(path, f"{BOOT_FOLDER}/{name}")
         for name, path in (files or {}).items():
-            self.put(path, name)
+            self.put_text(path, name)
         return self
+
+    def put_text(self, local, name):
+        """The same as put(), but programs become what the interpreter reads."""
+        if not program_text.is_program(name):
+            self.put(local, name)
+            return
+        with open(local, "rb") as file:
+            data = file.read()
+        try:
+            codes = program_text.to_codes(data)
+        except program_text.ProgramTextError as error:
+            raise DiskImageError(f"{local}: {error}") from error
+        if codes == data:
+            self.put(local, name)
+        else:
+            self.put_bytes(codes, name)
 
 
 def main():
