@@ -104,7 +104,8 @@ def fill_folder(folder, image, terminal, examples, manual, values):
     folder.add(image, "usr/share/korvane/korvane.efi")
     for example in examples:
         folder.add(example, f"usr/share/korvane/examples/{os.path.basename(example)}")
-    folder.write_compressed(filled("korvane.1", values), "usr/share/man/man1/korvane.1.gz")
+    folder.write_compressed(filled("man/korvane.1", values), "usr/share/man/man1/korvane.1.gz")
+    folder.add(ROOT / "packaging/completions/korvane", "usr/share/bash-completion/completions/korvane")
     for page in manual:
         folder.add(ROOT / page, pathlib.Path("usr/share/doc/korvane/manual", *pathlib.Path(page).parts[1:]))
     folder.write(copyright_text().encode(), "usr/share/doc/korvane/copyright")
