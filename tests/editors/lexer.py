@@ -67,7 +67,7 @@ def word_letter(word, text, end):
 
 def name_letter(name, text, end):
     called = text[end:].lstrip(" \t").startswith("(")
-    if (name in CALLED and called) or name in BARE or name == "INPUT$":
+    if (name in CALLED and called) or name in BARE:
         return "f"
     if name in SYSTEM:
         return "y"

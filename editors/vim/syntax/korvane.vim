@@ -20,7 +20,7 @@ syntax match korvaneOperator ~\v%(AND|EQV|IMP|MOD|NOT|OR|XOR)[A-Za-z0-9]@!~
 syntax match korvaneSystem ~\v%(FREEBOT|FREETOP|GRAMAXX|GRAMAXY|GRAPITCH|HIMEM|LOMEM|SCRNADR|TXTMAXX|TXTMAXY)[A-Za-z0-9%!#$&]@!~
 syntax match korvaneFunction ~\v%(COMMANDLINEARGC|CSRLIN|ERL|ERR|RND|TIMER)[A-Za-z0-9%!#$&]@!~
 syntax match korvaneFunction ~\v%(COMMANDLINEARG\$|DATE\$|INKEY\$|TIME\$)~
-syntax match korvaneFunction ~\vINPUT\$~
+syntax match korvaneName ~\vINPUT\$~
 syntax match korvaneFunction ~\v%(ABS|ASC|ATN|CDBL|CHR\$|CINT|COMMANDLINEARG\$|COS|CSNG|CVD|CVI|CVS|EOF|EXP|FIX|FRE|HEX\$|INPUT\$|INSTR|INT|KORVANEADR|LCASE\$|LEFT\$|LEN|LOC|LOF|LOG|MID\$|MKD\$|MKI\$|MKS\$|OCT\$|PEEK|PEEK16|PEEK32|PEEK64|POINT|POS|RIGHT\$|RND|SGN|SIN|SPACE\$|SPC|SQR|STR\$|STRING\$|TAB|TAN|TIMER|UCASE\$|VAL|VARPTR)%([ \t]*\()@=~
 syntax match korvaneNumber ~\v%([0-9]+\.?[0-9]*|\.[0-9]+)%([ED][+-]?[0-9]+)?%(\&\&|[%!#&])?~
 syntax match korvaneNumber ~\v\&%(H[0-9A-F]+|O[0-7]+)%(\&\&|[%&])?~
