@@ -26,7 +26,7 @@ printf '%s\\n' "${COMPREPLY[@]}"
 
 def offered(completion, *words, folder=ROOT):
     done = subprocess.run(["bash", "-c", ASK, "bash", ROOT / "packaging/completions" / completion, *words], cwd=folder,
-                          capture_output=True, text=True, check=True, timeout=20)
+                          capture_output=True, text=True, check=True, timeout=120)
     if done.stderr:
         raise ValueError(done.stderr)
     return sorted(filter(None, done.stdout.splitlines()))

@@ -52,7 +52,7 @@ def by_vim(lines, folder):
     program.write_text("\n".join(lines) + "\n")
     subprocess.run(["vim", "-es", "-Nu", "NONE", "--cmd", f"set runtimepath^={ROOT}/editors/vim",
                     "-S", FOLDER / "dump_syntax.vim", program, output],
-                   stdin=subprocess.DEVNULL, check=True, timeout=120)
+                   stdin=subprocess.DEVNULL, check=True, timeout=600)
     kind, *rows = output.read_text().splitlines()
     if kind != "korvane":
         raise ValueError(f"Vim takes a program for {kind or 'nothing'}")
@@ -67,7 +67,7 @@ def by_textmate(lines, folder, packages):
     extension = ROOT / "editors/vscode"
     grammar = extension / "syntaxes/korvane.tmLanguage.json"
     subprocess.run(["node", FOLDER / "dump_scopes.mjs", grammar, program, output],
-                   cwd=packages, check=True, timeout=120)
+                   cwd=packages, check=True, timeout=600)
     subprocess.run(["node", FOLDER / "hover_test.mjs", extension], check=True, timeout=60)
     letter_of = {scope: next(letter for start, letter in SCOPE_LETTERS if scope.startswith(start))
                  for scope in set(output.read_text().split())}
