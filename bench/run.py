@@ -2,7 +2,7 @@
 
     python3 bench/run.py [--part NAME]... [--rounds N] [options of compare.py]
 
-Without --part it runs all of them; options that only compare.py knows choose the part "tasks".
+Without --part it runs all of them but "shapes", which compares statements with their general handlers; options that only compare.py knows choose the part "tasks".
 """
 
 import argparse
@@ -19,7 +19,7 @@ PROGRAMS = {
     "growth": ("Long programs and many names", "growth_speed"),
     "startup": ("Start-up", "startup_speed"),
 }
-PARTS = ["tasks", *PROGRAMS]
+PARTS = ["tasks", *PROGRAMS, "shapes"]
 
 
 def parse_arguments():
@@ -29,7 +29,7 @@ def parse_arguments():
     parser.add_argument("--image", type=pathlib.Path, default=ROOT / "build/korvane.efi")
     arguments, for_tasks = parser.parse_known_args()
     if not arguments.part:
-        arguments.part = ["tasks"] if for_tasks else PARTS
+        arguments.part = ["tasks"] if for_tasks else ["tasks", *PROGRAMS]
     return arguments, for_tasks
 
 
@@ -47,6 +47,10 @@ def main():
             print(f"\n{title}\n", flush=True)
             command = [ROOT / "build/host/bench" / program, *common, arguments.image]
             failures += subprocess.run(command, check=False).returncode != 0
+    if "shapes" in arguments.part:
+        print("\nStatements, beside the image without specialised ones\n", flush=True)
+        command = [sys.executable, ROOT / "bench/shapes.py", *common, "--image", arguments.image, *for_tasks]
+        failures += subprocess.run(command, check=False).returncode != 0
     return 1 if failures else 0
 
 
