@@ -34,6 +34,7 @@
 
 #include "forked.h"
 #include "machine.h"
+#include "program_words.h"
 #include "screen_text.h"
 #include "text_syntax.h"
 
@@ -74,22 +75,18 @@ struct Options {
 
 Options parse_options(int count, char** words) {
     Options options;
-    for (int i = 1; i < count; ++i) {
-        const std::string_view word = words[i];
-        const auto value = [&]() -> std::string {
-            if (i + 1 >= count) usage();
-            return words[++i];
-        };
+    test::ProgramWords program(count, words, usage);
+    for (std::string_view word; program.take(word);) {
         if (word == "--image")
-            options.image = value();
+            options.image = program.value();
         else if (word == "--volume")
-            options.volume = value();
+            options.volume = program.value();
         else if (word == "--linked")
             options.linked = true;
         else if (word == "--prepare")
-            options.prepared.push_back(value());
+            options.prepared.push_back(program.value());
         else if (word == "--patience")
-            options.patience = std::chrono::milliseconds(std::atoi(value().c_str()));
+            options.patience = std::chrono::milliseconds(std::atoi(program.value().c_str()));
         else
             usage();
     }

@@ -12,6 +12,7 @@
 
 #include "forked.h"
 #include "machine.h"
+#include "program_words.h"
 #include "screen_text.h"
 #include "session.h"
 #include "temporary_folder.h"
@@ -55,22 +56,18 @@ struct Options {
 
 Options parse_options(int count, char** words) {
     Options options;
-    for (int i = 1; i < count; ++i) {
-        const std::string_view word = words[i];
-        const auto value = [&]() -> std::string {
-            if (i + 1 >= count) usage();
-            return words[++i];
-        };
+    test::ProgramWords program(count, words, usage);
+    for (std::string_view word; program.take(word);) {
         if (word == "--image")
-            options.image = value();
+            options.image = program.value();
         else if (word == "--linked")
             options.linked = true;
         else if (word == "--compare")
-            options.other = value();
+            options.other = program.value();
         else if (word == "--seed")
-            options.seed = std::strtoull(value().c_str(), nullptr, 10);
+            options.seed = std::strtoull(program.value().c_str(), nullptr, 10);
         else if (word == "--seconds")
-            options.duration = std::chrono::seconds(std::atoi(value().c_str()));
+            options.duration = std::chrono::seconds(std::atoi(program.value().c_str()));
         else if (word == "--print")
             options.print = true;
         else if (word.starts_with("-"))

@@ -16,6 +16,7 @@
 #include "forked.h"
 #include "machine_builder.h"
 #include "player.h"
+#include "program_words.h"
 #include "temporary_folder.h"
 #include "transcript.h"
 
@@ -50,24 +51,20 @@ struct Options {
 
 Options parse_options(int count, char** words) {
     Options options;
-    for (int i = 1; i < count; ++i) {
-        const std::string_view word = words[i];
-        const auto value = [&]() -> std::string {
-            if (i + 1 >= count) usage();
-            return words[++i];
-        };
+    test::ProgramWords program(count, words, usage);
+    for (std::string_view word; program.take(word);) {
         if (word == "--image")
-            options.image = value();
+            options.image = program.value();
         else if (word == "--linked")
             options.linked = true;
         else if (word == "--filter")
-            options.filter = value();
+            options.filter = program.value();
         else if (word == "--show")
             options.play.show = true;
         else if (word == "--jobs")
-            options.jobs = static_cast<unsigned>(std::max(1, std::atoi(value().c_str())));
+            options.jobs = static_cast<unsigned>(std::max(1, std::atoi(program.value().c_str())));
         else if (word == "--patience")
-            options.play.patience = std::chrono::milliseconds(std::atoi(value().c_str()));
+            options.play.patience = std::chrono::milliseconds(std::atoi(program.value().c_str()));
         else if (word.starts_with("-"))
             usage();
         else
