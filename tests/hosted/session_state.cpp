@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "files/file_table.h"
+#include "files/volume.h"
 #include "program/arenas.h"
 #include "program/errors.h"
 #include "program/program_store.h"
