@@ -1,14 +1,12 @@
 // In place of everything else in this folder when the image is built without specialised statements: what the
 // rest of the interpreter calls of it. Then the run loop executes every statement by its general handler.
-#include "fast/run_fast.h"
+#include "run/specialised.h"
 
 namespace korvane::fast {
 
 Token* run(Token* at, std::uint64_t) {
     return at;
 }
-
-void forget_kept_statement() {}
 
 bool may_run() {
     return false;

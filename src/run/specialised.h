@@ -10,7 +10,7 @@ namespace korvane {
 
 // What a token's `execute` holds until its statement has been met: specialises it if that can be done, and
 // executes it.
-std::uint64_t execute_first(Token* at, std::uint64_t left);
+std::uint64_t execute_first(Token* at, std::uint64_t budget);
 
 }  // namespace korvane
 
