@@ -50,15 +50,14 @@ struct Whole {
 };
 
 // A specialised piece of evaluation, kept in the unused bytes of an operator, a bracket, "=" or a keyword;
-// fast/step.h explains it.
+// fast/step.h explains it, and fast/records.h tells what else is kept in these bytes.
 struct Step {
     union {
         double (*real)(double accumulator, Token* at);
         float (*single)(float accumulator, Token* at);
         Whole (*whole)(std::int64_t accumulator, Token* at);
         Value (*text)(Token* at);
-        Position jump;  // of a keyword: where a scan from it leads; of a cached line's end record: its line;
-                        // IF has the record alone, and in `line` what fast/conditions.cpp says
+        Position jump;  // of a keyword: where a scan from it leads; of a cached line's end record: its line
     };
     const void* operand;  // leaf of the right operand
     union {
