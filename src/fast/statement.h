@@ -101,7 +101,7 @@ class Current {
 
 template <std::uint64_t (*body)(Current at, std::uint64_t budget)>
 std::uint64_t guarded(Token* at, std::uint64_t budget) {
-    if (!is_current(at)) return execute_first(at, budget);
+    if (__builtin_expect(!is_current(at), false)) return execute_first(at, budget);
     return body(Current(at), budget);
 }
 
