@@ -9,7 +9,7 @@
 
 namespace korvane::bench {
 
-/// A rectangle of pixels.
+// A rectangle of pixels.
 struct Area {
     std::uint32_t x;
     std::uint32_t y;
@@ -19,18 +19,18 @@ struct Area {
 
 class PlainBuffers {
   public:
-    /// Finds the image's own buffers. The session must be at its prompt.
+    // Finds the image's own buffers. The session must be at its prompt.
     explicit PlainBuffers(Session& session);
 
     void fill(const Area& area);
-    /// From memory elsewhere to both buffers, or to the framebuffer only.
+    // From memory elsewhere to both buffers, or to the framebuffer only.
     void copy_in(const Area& area);
     void copy_to_front(const Area& area);
-    /// From the back buffer to memory elsewhere.
+    // From the back buffer to memory elsewhere.
     void copy_out(const Area& area);
-    /// Moves the area up by one row of text and fills the gap.
+    // Moves the area up by one row of text and fills the gap.
     void scroll(const Area& area);
-    /// Stores single pixels, given by their places in the buffers.
+    // Stores single pixels, given by their places in the buffers.
     void store(const std::vector<std::uint64_t>& places);
 
     std::uint32_t pitch() const { return pitch_; }

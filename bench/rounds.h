@@ -13,12 +13,12 @@ struct Options {
     int rounds = 5;
 };
 
-/// "[--rounds N] IMAGE". Ends the program with a message when they are anything else.
+// "[--rounds N] IMAGE". Ends the program with a message when they are anything else.
 Options parse_options(int count, char** arguments);
 
 double median(std::vector<double> numbers);
 
-/// Two things measured in turns, a round each.
+// Two things measured in turns, a round each.
 struct Comparison {
     std::vector<double> subject;    // seconds
     std::vector<double> yardstick;  // the same; empty when there is nothing to compare with
@@ -26,12 +26,12 @@ struct Comparison {
     double ratio() const;  // the median of the rounds' ratios
 };
 
-/// Takes turns for this many rounds. Each function gives the seconds of one execution;
-/// the yardstick may be empty.
+// Takes turns for this many rounds. Each function gives the seconds of one execution;
+// the yardstick may be empty.
 Comparison take_turns(int rounds, const std::function<double()>& subject,
                       const std::function<double()>& yardstick);
 
-/// The processor seconds that one of `count` calls takes.
+// The processor seconds that one of `count` calls takes.
 double seconds_each(int count, const std::function<void()>& work);
 
 struct Unit {
@@ -42,14 +42,14 @@ inline constexpr Unit milliseconds{"ms", 1e3};
 inline constexpr Unit microseconds{"us", 1e6};
 inline constexpr Unit nanoseconds{"ns", 1e9};
 
-/// A table in Markdown: a name, its time and the yardstick's, their ratio,
-/// and the largest ratio that is good enough.
+// A table in Markdown: a name, its time and the yardstick's, their ratio,
+// and the largest ratio that is good enough.
 class Table {
   public:
-    /// Prints the head.
+    // Prints the head.
     Table(const std::string& subject, const std::string& yardstick, Unit unit);
 
-    /// Prints a row. A goal of 0 is none.
+    // Prints a row. A goal of 0 is none.
     void row(const std::string& name, const Comparison& comparison, double goal = 0) const;
 
   private:

@@ -8,11 +8,11 @@ namespace korvane::host {
 
 enum class Access { none, read, read_write, read_execute };
 
-/// Zeroed memory at a fixed address, with an inaccessible page on either side, unmapped when its owner goes.
+// Zeroed memory at a fixed address, with an inaccessible page on either side, unmapped when its owner goes.
 class Mapping {
   public:
     Mapping() = default;
-    /// Ends the program with a message when the addresses are taken. `base` and `size` are whole pages.
+    // Ends the program with a message when the addresses are taken. `base` and `size` are whole pages.
     Mapping(std::uint64_t base, std::uint64_t size);
     ~Mapping();
     Mapping(Mapping&& other) noexcept;
@@ -23,11 +23,11 @@ class Mapping {
     bool contains(std::uint64_t address) const { return address - base_ < size_; }
     std::span<std::uint8_t> bytes() const { return {reinterpret_cast<std::uint8_t*>(base_), size_}; }
 
-    /// Takes whole pages of it from the system before they are touched. `offset` and `size` are bytes. Where
-    /// the system cannot do that, they come when they are touched, as ever.
+    // Takes whole pages of it from the system before they are touched. `offset` and `size` are bytes. Where
+    // the system cannot do that, they come when they are touched, as ever.
     void make_present(std::uint64_t offset, std::uint64_t size);
 
-    /// Changes the access to whole pages of it. `offset` and `size` are bytes.
+    // Changes the access to whole pages of it. `offset` and `size` are bytes.
     void protect(std::uint64_t offset, std::uint64_t size, Access access);
 
   private:

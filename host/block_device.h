@@ -14,8 +14,8 @@ namespace korvane::host {
 
 class BlockDevice : public uefi::BlockIoProtocol {
   public:
-    /// Ends the program with a message when the image file cannot be opened. A last block that the file holds
-    /// only in part reads as if it went on with zeros.
+    // Ends the program with a message when the image file cannot be opened. A last block that the file holds
+    // only in part reads as if it went on with zeros.
     BlockDevice(const BlockDeviceConfig& config, ServiceFaults& faults, Misuse& misuse);
 
   private:

@@ -11,8 +11,8 @@
 
 namespace korvane::host {
 
-/// A region of the machine's memory. Regions are mapped at their own addresses in this process, so that they
-/// are identity-mapped for the image as on real firmware.
+// A region of the machine's memory. Regions are mapped at their own addresses in this process, so that they
+// are identity-mapped for the image as on real firmware.
 struct MemoryRegion {
     std::uint64_t base;   // page-aligned
     std::uint64_t pages;  // of 4 KiB
@@ -21,7 +21,7 @@ struct MemoryRegion {
     std::uint64_t present_pages = 0;
 };
 
-/// One mode of the graphics output protocol.
+// One mode of the graphics output protocol.
 struct GraphicsMode {
     std::uint32_t width;   // pixels
     std::uint32_t height;  // pixels
@@ -29,21 +29,21 @@ struct GraphicsMode {
     uefi::PixelFormat format = uefi::PixelFormat::PixelBlueGreenRedReserved8BitPerColor;
 };
 
-/// A simple file system: a folder of the host, out of which no name leads.
+// A simple file system: a folder of the host, out of which no name leads.
 struct VolumeConfig {
     std::filesystem::path folder;
     bool read_only = false;
     std::uint64_t capacity = std::uint64_t{1} << 40;  // bytes by which files may still grow
     std::u16string label = u"KORVANE";
-    /// Programs (files named *.BAS) are text of the host; the image sees them in code page 437, and what it
-    /// writes is converted when it closes the file.
+    // Programs (files named *.BAS) are text of the host; the image sees them in code page 437, and what it
+    // writes is converted when it closes the file.
     bool host_programs = false;
-    /// What the device path ends with: nothing, so that there is no device path; a USB device; or a partition
-    /// of one.
+    // What the device path ends with: nothing, so that there is no device path; a USB device; or a partition
+    // of one.
     enum class DevicePath { none, stick, partition } device_path = DevicePath::none;
 };
 
-/// A block device over a raw image file.
+// A block device over a raw image file.
 struct BlockDeviceConfig {
     std::filesystem::path image;
     std::uint32_t block_size = 512;  // bytes
@@ -57,7 +57,7 @@ struct BlockDeviceConfig {
     std::vector<std::uint64_t> unreadable_blocks;  // LBAs whose reading is a device error
 };
 
-/// A firmware variable.
+// A firmware variable.
 struct Variable {
     std::u16string name;
     uefi::Guid vendor = uefi::global_variable_guid;
@@ -65,11 +65,11 @@ struct Variable {
     std::vector<std::uint8_t> data;
 };
 
-/// 64 MiB that become the data arena, a second region from which everything else is taken, and small or
-/// reserved ones that a reader of the map must cope with.
+// 64 MiB that become the data arena, a second region from which everything else is taken, and small or
+// reserved ones that a reader of the map must cope with.
 std::vector<MemoryRegion> default_memory();
 
-/// The usual resolutions, one very tall mode, and one whose lines are longer than its width.
+// The usual resolutions, one very tall mode, and one whose lines are longer than its width.
 std::vector<GraphicsMode> default_graphics_modes();
 
 struct Config {
@@ -82,8 +82,8 @@ struct Config {
     bool cpu_protocol = true;     // false: no CPU architectural protocol
 
     std::vector<VolumeConfig> volumes;  // the image comes from the first one, if there is one
-    /// Where the image says it was loaded from. The image file is found there even when the folder does not
-    /// hold it, so that a host folder needs no copy of the interpreter; it is then not listed.
+    // Where the image says it was loaded from. The image file is found there even when the folder does not
+    // hold it, so that a host folder needs no copy of the interpreter; it is then not listed.
     std::u16string image_path = u"\\EFI\\BOOT\\BOOTX64.EFI";
 
     std::optional<std::u16string> load_options;  // without: a null options pointer
@@ -93,7 +93,7 @@ struct Config {
     bool acpi_table = true;
     bool smbios_table = true;
 
-    /// Bytes of stack for the image. Firmware guarantees 128 KiB (UEFI 2.10, section 2.3.4).
+    // Bytes of stack for the image. Firmware guarantees 128 KiB (UEFI 2.10, section 2.3.4).
     std::uint64_t stack_size = 128 * 1024;
 };
 

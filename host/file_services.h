@@ -10,7 +10,7 @@
 namespace korvane::host {
 
 struct FileServices {
-    /// A file protocol whose members are the functions below.
+    // A file protocol whose members are the functions below.
     static uefi::FileProtocol table();
 
   private:

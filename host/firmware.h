@@ -44,7 +44,7 @@ inline constexpr std::uint64_t pool_size = 16 * 1024 * 1024;
 inline constexpr std::uint64_t image_base = 0x0E000000;
 inline constexpr std::uint64_t framebuffer_base = 0x70000000;
 
-/// Where a stick is when it is back.
+// Where a stick is when it is back.
 enum class Replugged {
     same_port,    // under a new handle with the old device path
     other_port,   // under a new handle; only the partition is the same
@@ -59,12 +59,12 @@ class Firmware {
     Firmware(const Firmware&) = delete;
     Firmware& operator=(const Firmware&) = delete;
 
-    /// What the entry point of an image is given.
+    // What the entry point of an image is given.
     uefi::Handle image_handle() const { return image_handle_; }
     uefi::SystemTable* system_table() { return &tables_->system; }
 
-    /// Enters the image's place into the loaded image record and the memory map. `file`, when given, is found
-    /// at Config::image_path on the first volume.
+    // Enters the image's place into the loaded image record and the memory map. `file`, when given, is found
+    // at Config::image_path on the first volume.
     void place_image(std::uint64_t base, std::uint64_t size, const std::filesystem::path& file);
 
     const Config& config() const { return config_; }
@@ -78,23 +78,23 @@ class Firmware {
     ServiceFaults& faults() { return faults_; }
     Misuse& misuse() { return misuse_; }
 
-    /// Offers the interpreter to be listened to (platform/listener.h), which is to be done before it starts:
-    /// `told` is called, on the image's stack, for everything that it tells.
+    // Offers the interpreter to be listened to (platform/listener.h), which is to be done before it starts:
+    // `told` is called, on the image's stack, for everything that it tells.
     void listen(std::function<void(Happening, std::uint64_t)> told) { listener_.told = std::move(told); }
-    /// Null when nobody listens.
+    // Null when nobody listens.
     ListenerProtocol* listener() { return listener_.told ? &listener_ : nullptr; }
 
-    /// Called, on the image's stack, when the image calls Exit.
+    // Called, on the image's stack, when the image calls Exit.
     void on_exit(std::function<void(uefi::Status)> exit) { exit_ = std::move(exit); }
 
-    /// Pulls out the stick that the first volume is on: its handles go, and every use of its files fails.
+    // Pulls out the stick that the first volume is on: its handles go, and every use of its files fails.
     void pull_stick();
-    /// Puts it back, with `folder` on it; its free space is the volume's first one again.
+    // Puts it back, with `folder` on it; its free space is the volume's first one again.
     void plug_stick(Replugged where, const std::filesystem::path& folder);
 
     void set_time(const std::optional<uefi::Time>& time) { config_.time = time; }
 
-    /// Everything the image did wrong so far, damaged pool borders included.
+    // Everything the image did wrong so far, damaged pool borders included.
     std::vector<std::string> complaints() const;
 
   private:

@@ -13,7 +13,7 @@
 
 namespace korvane::host {
 
-/// An open file descriptor, closed when its owner goes.
+// An open file descriptor, closed when its owner goes.
 class Descriptor {
   public:
     Descriptor() = default;
@@ -29,34 +29,34 @@ class Descriptor {
     int number_ = -1;
 };
 
-/// Files whose names begin so are the host side's own and not listed.
+// Files whose names begin so are the host side's own and not listed.
 inline constexpr std::string_view own_name_prefix = ".korvane-";
 
-/// The names that lead from the folder to a file, as the host spells them; empty for the folder itself.
+// The names that lead from the folder to a file, as the host spells them; empty for the folder itself.
 using FolderPath = std::vector<std::string>;
 
-/// Names match without regard to case, as on FAT. Only regular files and directories with names that FAT
-/// could hold exist; links and special files do not.
+// Names match without regard to case, as on FAT. Only regular files and directories with names that FAT
+// could hold exist; links and special files do not.
 class Folder {
   public:
-    /// Ends the program with a message when the folder cannot be opened.
+    // Ends the program with a message when the folder cannot be opened.
     explicit Folder(const std::filesystem::path& folder);
 
-    /// The host's spelling of a name in a directory, or nothing when there is no such entry.
+    // The host's spelling of a name in a directory, or nothing when there is no such entry.
     std::optional<std::string> find(const FolderPath& directory, std::string_view name) const;
 
     std::optional<struct stat> status(const FolderPath& path) const;
 
-    /// In the order of creation: first, by name, what was there at the beginning.
+    // In the order of creation: first, by name, what was there at the beginning.
     std::vector<std::string> list(const FolderPath& directory) const;
 
-    /// No descriptor on failure. `flags` are those of open(2).
+    // No descriptor on failure. `flags` are those of open(2).
     Descriptor open(const FolderPath& path, int flags) const;
     bool create_file(const FolderPath& path);
     bool create_directory(const FolderPath& path);
-    /// Directories must be empty.
+    // Directories must be empty.
     bool remove(const FolderPath& path);
-    /// Never replaces an existing entry.
+    // Never replaces an existing entry.
     bool rename(const FolderPath& from, const FolderPath& to);
 
   private:
@@ -69,11 +69,11 @@ class Folder {
     std::uint64_t creations_ = 0;
 };
 
-/// Letters A to Z folded; other bytes exactly.
+// Letters A to Z folded; other bytes exactly.
 bool same_name(std::string_view left, std::string_view right);
 
-/// True for a name that FAT allows, as UTF-8: 1 to 255 characters of UTF-16, none of them a control
-/// character, one of "*/:<>?\| or of the private or half-width blocks from U+FF80 on; neither "." nor "..".
+// True for a name that FAT allows, as UTF-8: 1 to 255 characters of UTF-16, none of them a control
+// character, one of "*/:<>?\| or of the private or half-width blocks from U+FF80 on; neither "." nor "..".
 bool is_legal_name(std::string_view name);
 
 }  // namespace korvane::host

@@ -8,15 +8,15 @@
 
 namespace korvane::host {
 
-/// A program that runs drops all but one of the keys that come in; text that was not typed by a person at
-/// that moment is therefore handed out a line at a time, whenever the image waits for a key.
+// A program that runs drops all but one of the keys that come in; text that was not typed by a person at
+// that moment is therefore handed out a line at a time, whenever the image waits for a key.
 class HeldKeys {
   public:
     void add(uefi::InputKey key) { keys_.push_back(key); }
     void clear() { keys_.clear(); }
     bool empty() const { return keys_.empty(); }
 
-    /// Presses the held keys up to the next Enter.
+    // Presses the held keys up to the next Enter.
     void press_line(Keyboard& keyboard);
 
   private:

@@ -8,7 +8,7 @@ namespace {
 constexpr char32_t no_break_space = U'\u00a0';
 constexpr unsigned char code_of_no_break_space = 255;
 
-/// The number of bytes of the sequence that a byte begins, 0 when it begins none.
+// The number of bytes of the sequence that a byte begins, 0 when it begins none.
 std::size_t sequence_length(unsigned char byte) {
     if (byte < 0x80) return 1;
     if (byte >= 0xC2 && byte <= 0xDF) return 2;

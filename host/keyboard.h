@@ -14,7 +14,7 @@
 
 namespace korvane::host {
 
-/// How the image asks for a key while the queue is empty.
+// How the image asks for a key while the queue is empty.
 enum class KeyWant {
     poll,   // in passing; it goes on with other work when there is none
     spin,   // again and again with nothing done in between, as the line editor does: it waits
@@ -25,25 +25,25 @@ class Keyboard : public uefi::SimpleTextInputProtocol {
   public:
     explicit Keyboard(ServiceFaults& faults);
 
-    /// Called, on the image's stack, whenever the image asks for a key and the queue is empty.
+    // Called, on the image's stack, whenever the image asks for a key and the queue is empty.
     void on_wanted(std::function<void(KeyWant)> wanted) { wanted_ = std::move(wanted); }
 
     void press(uefi::InputKey key) { queue_.push_back(key); }
-    /// Puts a key into the queue at the n-th call of ReadKeyStroke from now, counted from 1.
+    // Puts a key into the queue at the n-th call of ReadKeyStroke from now, counted from 1.
     void press_at_poll(std::uint64_t n, uefi::InputKey key) { scheduled_.emplace(polls_ + n, key); }
     bool empty() const { return queue_.empty(); }
     void clear();
 
-    /// Where the image's stack ends; nothing above is looked at.
+    // Where the image's stack ends; nothing above is looked at.
     void stack_ends_at(const void* end) { stack_end_ = static_cast<const std::uint64_t*>(end); }
 
-    /// Calls of ReadKeyStroke so far.
+    // Calls of ReadKeyStroke so far.
     std::uint64_t polls() const { return polls_; }
 
-    /// Called while the image spins: from now on a poll from this very place counts as waiting at once.
+    // Called while the image spins: from now on a poll from this very place counts as waiting at once.
     void learn_spin_place(std::uint64_t code_base, std::uint64_t code_size);
 
-    /// Waits, through `on_wanted`, until the queue holds a key.
+    // Waits, through `on_wanted`, until the queue holds a key.
     uefi::Status wait();
 
   private:

@@ -27,7 +27,7 @@ namespace korvane::host {
 
 using EntryPoint = uefi::Status(EFIAPI*)(uefi::Handle, uefi::SystemTable*);
 
-/// The application: a file, or code that is linked into this program.
+// The application: a file, or code that is linked into this program.
 struct ImageSource {
     // Of the file; with linked code, of the file that stands for it on the volume.
     std::filesystem::path path;
@@ -46,7 +46,7 @@ enum class Stop {
 
 class Machine {
   public:
-    /// Ends the program with a message when the image cannot be loaded.
+    // Ends the program with a message when the image cannot be loaded.
     Machine(Config config, ImageSource source);
     ~Machine();
     Machine(const Machine&) = delete;
@@ -54,23 +54,23 @@ class Machine {
 
     Firmware& firmware() { return firmware_; }
 
-    /// Starts the application, or lets it go on, until something that `Stop` names. The limit
-    /// is in processor time; 0 is none.
+    // Starts the application, or lets it go on, until something that `Stop` names. The limit
+    // is in processor time; 0 is none.
     Stop run(std::chrono::milliseconds limit = {});
 
-    /// True when the application waits in WaitForEvent, false when it asks again and again.
+    // True when the application waits in WaitForEvent, false when it asks again and again.
     bool waits_in_event() const { return waits_in_event_; }
 
-    /// Makes run() also stop at polls, at most once in this many microseconds; 0 never.
+    // Makes run() also stop at polls, at most once in this many microseconds; 0 never.
     void stop_at_polls(std::uint64_t microseconds) { poll_interval_ = microseconds; }
 
-    /// The status that the application returned.
+    // The status that the application returned.
     uefi::Status status() const { return status_; }
-    /// What went wrong and where, with the offset in the image.
+    // What went wrong and where, with the offset in the image.
     const std::string& fault_report() const { return fault_report_; }
 
-    /// Called while the application waits in the line editor's loop for a key: later polls from the same
-    /// place stop the machine at once instead of after some milliseconds.
+    // Called while the application waits in the line editor's loop for a key: later polls from the same
+    // place stop the machine at once instead of after some milliseconds.
     void learn_waiting_place();
 
   private:

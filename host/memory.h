@@ -11,17 +11,17 @@
 
 namespace korvane::host {
 
-/// Bytes from one descriptor of the memory map to the next:
-/// more than the record's 40, as on much real firmware.
+// Bytes from one descriptor of the memory map to the next:
+// more than the record's 40, as on much real firmware.
 inline constexpr std::uint64_t descriptor_stride = 48;
 
 class Memory {
   public:
-    /// Maps all regions at their addresses. The map lists them in ascending or descending order; readers must
-    /// cope with any.
+    // Maps all regions at their addresses. The map lists them in ascending or descending order; readers must
+    // cope with any.
     Memory(const std::vector<MemoryRegion>& regions, bool descending_map);
 
-    /// Enters memory into the map that is mapped by someone else.
+    // Enters memory into the map that is mapped by someone else.
     void add(const MemoryRegion& region);
 
     uefi::Status allocate_pages(uefi::AllocateType how, uefi::MemoryType type, std::uint64_t pages,
@@ -30,10 +30,10 @@ class Memory {
     uefi::Status get_map(std::uint64_t* map_size, uefi::MemoryDescriptor* map, std::uint64_t* map_key,
                          std::uint64_t* descriptor_size, std::uint32_t* descriptor_version) const;
 
-    /// Pages handed out and not given back.
+    // Pages handed out and not given back.
     std::uint64_t allocated_pages() const { return allocated_pages_; }
 
-    /// The regions as the map shows them, in ascending order, neighbours of one type as one region.
+    // The regions as the map shows them, in ascending order, neighbours of one type as one region.
     std::vector<MemoryRegion> regions() const;
 
   private:

@@ -14,20 +14,20 @@
 namespace korvane::host {
 namespace {
 
-/// A classic width, and as many rows as the console can have, so that most of what is printed stays together
-/// on the screen at the end.
+// A classic width, and as many rows as the console can have, so that most of what is printed stays together
+// on the screen at the end.
 constexpr std::uint32_t columns = 80;
 constexpr std::uint32_t rows = 128;
 
 constexpr std::uint64_t glance_time_us =
     20'000;  // between looks at what is to be written while a program runs
 
-/// Standard input's lines typed into a machine, and its screen's rows on standard output.
+// Standard input's lines typed into a machine, and its screen's rows on standard output.
 class PipedSession {
   public:
     PipedSession(Machine& machine, const TerminalOptions& options);
 
-    /// The exit status.
+    // The exit status.
     int run();
 
   private:
@@ -76,7 +76,7 @@ int PipedSession::run() {
     }
 }
 
-/// Presses the next line's keys; false when there is none.
+// Presses the next line's keys; false when there is none.
 bool PipedSession::press_keys() {
     if (held_.empty() && starts_program_ && state_.at_prompt()) {
         starts_program_ = false;
@@ -104,7 +104,7 @@ void PipedSession::hold(std::string_view bytes) {
         held_.add(key->key);
 }
 
-/// The rows down to the last one that is not blank.
+// The rows down to the last one that is not blank.
 void PipedSession::print_screen() {
     std::vector<std::string> text = read_rows(pixels());
     while (!text.empty() && text.back().empty())

@@ -15,14 +15,14 @@ class Pool {
   public:
     Pool(std::uint64_t base, std::uint64_t size);
 
-    /// Buffers are aligned to 8 bytes and never to more, the least that firmware promises. They hold anything
-    /// but zeros. `out_of_resources` when the pool is full.
+    // Buffers are aligned to 8 bytes and never to more, the least that firmware promises. They hold anything
+    // but zeros. `out_of_resources` when the pool is full.
     uefi::Status allocate(std::uint64_t size, void** buffer);
 
-    /// `invalid_parameter` for an address that is no buffer of the pool.
+    // `invalid_parameter` for an address that is no buffer of the pool.
     uefi::Status release(void* buffer);
 
-    /// What the image did wrong: bytes written just outside a buffer.
+    // What the image did wrong: bytes written just outside a buffer.
     std::vector<std::string> damage() const;
 
     std::uint64_t buffers() const { return blocks_.size(); }

@@ -19,7 +19,7 @@ constexpr std::string_view byte_order_mark = "\xEF\xBB\xBF";
 constexpr char control_z = 26;
 constexpr std::string_view extension = ".bas";
 
-/// Programs begin with a digit or a blank: a zero byte beside it is the other half of the character.
+// Programs begin with a digit or a blank: a zero byte beside it is the other half of the character.
 bool is_utf16(std::string_view bytes) {
     if (bytes.size() < 2) return false;
     return bytes.starts_with("\xFF\xFE") || bytes.starts_with("\xFE\xFF") ||
@@ -38,7 +38,7 @@ void append_loss(std::string& loss, std::size_t line, std::string_view character
            "' is not in code page 437 and is read as '?'";
 }
 
-/// A line of UTF-8 in the code page.
+// A line of UTF-8 in the code page.
 std::string convert_line(std::string_view line, std::size_t number, std::string& loss) {
     std::string codes;
     while (!line.empty()) {
@@ -52,7 +52,7 @@ std::string convert_line(std::string_view line, std::size_t number, std::string&
     return codes;
 }
 
-/// What LOAD says about a line, or nothing.
+// What LOAD says about a line, or nothing.
 std::string_view line_fault(std::string_view line) {
     line = line.substr(0, max_file_line);
     line.remove_prefix(std::min(line.find_first_not_of(' '), line.size()));

@@ -15,7 +15,7 @@ namespace {
 
 constexpr std::uint64_t largest_text = 16 * 1024 * 1024;  // the program arena
 
-/// Copies memory that a POKE may have led astray: what cannot be read is no error of this program.
+// Copies memory that a POKE may have led astray: what cannot be read is no error of this program.
 bool copy_memory(void* to, std::uint64_t from, std::size_t size) {
     const iovec local{to, size};
     const iovec remote{reinterpret_cast<void*>(from), size};

@@ -17,7 +17,7 @@ namespace {
 constexpr std::string_view hidden_prefix = ".korvane-unsaved-";
 constexpr std::string_view rescued_stem = "RESCUE";
 
-/// For users whose volume cannot be written; empty when they have no place either.
+// For users whose volume cannot be written; empty when they have no place either.
 std::filesystem::path users_folder() {
     if (const char* state = std::getenv("XDG_STATE_HOME"); state != nullptr && *state == '/')
         return std::filesystem::path(state) / "korvane";
@@ -26,7 +26,7 @@ std::filesystem::path users_folder() {
     return {};
 }
 
-/// True when no session that lives has locked the file.
+// True when no session that lives has locked the file.
 bool is_left_over(const std::filesystem::path& file) {
     const Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
     return opened && flock(opened.number(), LOCK_EX | LOCK_NB) == 0;
@@ -42,7 +42,7 @@ std::vector<std::filesystem::path> left_over_files(const std::filesystem::path& 
     return files;
 }
 
-/// Gives the file the first free name; empty when that cannot be done.
+// Gives the file the first free name; empty when that cannot be done.
 std::filesystem::path rename_to_free_name(const std::filesystem::path& file) {
     constexpr int most_names = 1000;
     const std::filesystem::path folder = file.parent_path();

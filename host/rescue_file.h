@@ -9,20 +9,20 @@
 
 namespace korvane::host {
 
-/// A file in the volume's folder, hidden while the session lives: however that ends, the file stays. The next
-/// session in the folder gives it a name that can be loaded. Where the folder cannot be written, a folder of
-/// the user's is used.
+// A file in the volume's folder, hidden while the session lives: however that ends, the file stays. The next
+// session in the folder gives it a name that can be loaded. Where the folder cannot be written, a folder of
+// the user's is used.
 class RescueFile {
   public:
     explicit RescueFile(std::filesystem::path volume);
 
-    /// Names what earlier sessions have left; a line that says so, or nothing.
+    // Names what earlier sessions have left; a line that says so, or nothing.
     std::string adopt();
 
-    /// Puts this program in the place of the one kept before. False when it cannot be written.
+    // Puts this program in the place of the one kept before. False when it cannot be written.
     bool keep(std::string_view program);
 
-    /// There is nothing to be kept any more.
+    // There is nothing to be kept any more.
     void drop();
 
   private:

@@ -7,7 +7,7 @@
 namespace korvane::host {
 
 struct RuntimeServiceFunctions {
-    /// The functions act on this firmware from now on.
+    // The functions act on this firmware from now on.
     static void fill(uefi::RuntimeServices& table, Firmware& firmware);
 };
 

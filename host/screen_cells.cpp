@@ -17,7 +17,7 @@ constexpr std::uint32_t cell_width = 8;
 constexpr std::uint32_t cell_height = 16;
 constexpr char32_t upper_half_block = U'▀';
 
-/// The 128 pixels of a glyph, the upper eight rows in the first word.
+// The 128 pixels of a glyph, the upper eight rows in the first word.
 using Shape = std::array<std::uint64_t, 2>;
 
 struct ShapeHash {
@@ -33,7 +33,7 @@ Shape glyph_shape(std::uint32_t code) {
     return shape;
 }
 
-/// Maps shapes to codes. Where glyphs look alike, the first in this order counts: ASCII, then the rest.
+// Maps shapes to codes. Where glyphs look alike, the first in this order counts: ASCII, then the rest.
 std::unordered_map<Shape, std::uint8_t, ShapeHash> make_shape_table() {
     std::unordered_map<Shape, std::uint8_t, ShapeHash> table;
     for (std::uint32_t i = 0; i < 256; ++i) {
@@ -64,7 +64,7 @@ std::uint32_t mean_colour(const std::uint32_t* first, std::uint32_t pitch) {
 
 constexpr std::size_t most_line_colours = 4;  // of drawings: the ground, a grid, and lines over it
 
-/// The colours of 8x8 pixels with the numbers of their pixels; only the first few.
+// The colours of 8x8 pixels with the numbers of their pixels; only the first few.
 struct ColourCounts {
     struct Entry {
         std::uint32_t colour;
@@ -95,16 +95,16 @@ ColourCounts count_colours(const std::uint32_t* first, std::uint32_t pitch) {
     return counts;
 }
 
-/// How much a colour stands out: coloured lines from grey ones, then bright ones from dark ones.
+// How much a colour stands out: coloured lines from grey ones, then bright ones from dark ones.
 std::uint32_t vividness(std::uint32_t colour) {
     const std::array<std::uint32_t, 3> parts = {colour >> 16 & 0xFF, colour >> 8 & 0xFF, colour & 0xFF};
     const auto [least, most] = std::minmax_element(parts.begin(), parts.end());
     return (*most - *least) * 256 + *most;
 }
 
-/// The colour to show for 8x8 pixels that begin at `first`: what is drawn on the paper if that is of one
-/// colour, so that thin lines are seen; where lines of a few colours lie on a ground that fills at least
-/// half, the most vivid of them, so that a curve is seen on its grid; else the mean.
+// The colour to show for 8x8 pixels that begin at `first`: what is drawn on the paper if that is of one
+// colour, so that thin lines are seen; where lines of a few colours lie on a ground that fills at least
+// half, the most vivid of them, so that a curve is seen on its grid; else the mean.
 std::uint32_t half_colour(const std::uint32_t* first, std::uint32_t pitch, std::uint32_t paper) {
     const ColourCounts counts = count_colours(first, pitch);
     if (counts.has_more) return mean_colour(first, pitch);
@@ -124,7 +124,7 @@ std::uint32_t half_colour(const std::uint32_t* first, std::uint32_t pitch, std::
     return shown;
 }
 
-/// A cell of at most two colours, with the shape of its ink.
+// A cell of at most two colours, with the shape of its ink.
 Cell two_colour_cell(const Shape& shape, std::uint32_t ink, std::uint32_t paper) {
     if (ink == paper) return {U' ', ink, paper, true};
     // The top left pixel is paper in nearly every glyph; where it is ink, the shape is found inside out.

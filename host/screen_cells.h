@@ -7,7 +7,7 @@
 
 namespace korvane::host {
 
-/// A framebuffer of 0x00RRGGBB words; rows are `pitch` words apart.
+// A framebuffer of 0x00RRGGBB words; rows are `pitch` words apart.
 struct Pixels {
     const std::uint32_t* words;
     std::uint32_t width;
@@ -15,10 +15,10 @@ struct Pixels {
     std::uint32_t pitch;
 };
 
-/// One cell, ready to be shown on a terminal. A glyph has its character in `ink` on `paper`. A cell that is
-/// no glyph has the upper half block: `ink` is the colour of its upper 8x8 pixels and `paper` of its lower.
-/// Where one colour is drawn on the cell's paper that is the drawing's, where thin lines of a few colours are
-/// drawn the most vivid one; in a picture of more it is the mean.
+// One cell, ready to be shown on a terminal. A glyph has its character in `ink` on `paper`. A cell that is
+// no glyph has the upper half block: `ink` is the colour of its upper 8x8 pixels and `paper` of its lower.
+// Where one colour is drawn on the cell's paper that is the drawing's, where thin lines of a few colours are
+// drawn the most vivid one; in a picture of more it is the mean.
 struct Cell {
     char32_t character;
     std::uint32_t ink;
@@ -28,11 +28,11 @@ struct Cell {
     bool operator==(const Cell&) const = default;
 };
 
-/// Recognises the cell at a text position, which must lie whole inside the picture. A cell of one colour is a
-/// blank on that colour.
+// Recognises the cell at a text position, which must lie whole inside the picture. A cell of one colour is a
+// blank on that colour.
 Cell read_cell(const Pixels& pixels, std::uint32_t row, std::uint32_t column);
 
-/// The size of the picture in whole cells.
+// The size of the picture in whole cells.
 inline std::uint32_t cell_columns(const Pixels& pixels) {
     return pixels.width / 8;
 }
@@ -40,10 +40,10 @@ inline std::uint32_t cell_rows(const Pixels& pixels) {
     return pixels.height / 16;
 }
 
-/// A row of text in UTF-8, trailing blanks trimmed; cells that are no glyphs are left blank.
+// A row of text in UTF-8, trailing blanks trimmed; cells that are no glyphs are left blank.
 std::string read_row(const Pixels& pixels, std::uint32_t row);
 
-/// All rows of text in UTF-8, trailing blanks trimmed; cells that are no glyphs are left blank.
+// All rows of text in UTF-8, trailing blanks trimmed; cells that are no glyphs are left blank.
 std::vector<std::string> read_rows(const Pixels& pixels);
 
 }  // namespace korvane::host

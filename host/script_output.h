@@ -9,21 +9,21 @@
 
 namespace korvane::host {
 
-/// Passes the text that statements print on to standard output, in UTF-8 and without the screen's line
-/// breaks: only the ends of lines that the program prints end lines. A cursor that is moved to another row
-/// ends the line that is begun, and so does a change between the console and a text window; one that is moved
-/// to the right in its row, and one that starts a row further right, put blanks in front of what follows.
-/// Messages are gathered apart.
+// Passes the text that statements print on to standard output, in UTF-8 and without the screen's line
+// breaks: only the ends of lines that the program prints end lines. A cursor that is moved to another row
+// ends the line that is begun, and so does a change between the console and a text window; one that is moved
+// to the right in its row, and one that starts a row further right, put blanks in front of what follows.
+// Messages are gathered apart.
 class ScriptOutput {
   public:
     explicit ScriptOutput(StandardOutput& out) : out_(out) {}
 
     void hear(Happening happening, std::uint64_t value);
 
-    /// The messages that have been told of end with a whole line.
+    // The messages that have been told of end with a whole line.
     bool has_message_line() const { return messages_.ends_with('\n'); }
 
-    /// The messages since the last call, their lines ended by line feeds.
+    // The messages since the last call, their lines ended by line feeds.
     std::string take_messages();
 
   private:

@@ -14,20 +14,20 @@
 namespace korvane::host {
 namespace {
 
-/// As wide as a screen can be, so that neither TAB nor the print zones meet its edge; as high as on a usual
-/// PC.
+// As wide as a screen can be, so that neither TAB nor the print zones meet its edge; as high as on a usual
+// PC.
 constexpr std::uint32_t columns = 256;
 constexpr std::uint32_t rows = 25;
 
 constexpr std::uint64_t glance_time_us =
     20'000;  // between looks at what is to be written while a program runs
 
-/// One program's run, its text on standard output, its messages on standard error.
+// One program's run, its text on standard output, its messages on standard error.
 class ScriptSession {
   public:
     ScriptSession(Machine& machine, const TerminalOptions& options);
 
-    /// The exit status.
+    // The exit status.
     int run();
 
   private:
@@ -93,7 +93,7 @@ void ScriptSession::type(std::string_view line) {
         machine_.firmware().keyboard().press({uefi::scan_none, static_cast<unsigned char>(character)});
 }
 
-/// Types the next line of the session; false when the script is over.
+// Types the next line of the session; false when the script is over.
 bool ScriptSession::go_on_at_prompt() {
     failed_ = failed_ || state_.line_failed();
     switch (phase_) {
@@ -118,8 +118,8 @@ bool ScriptSession::go_on_at_prompt() {
     return false;
 }
 
-/// Gives the program the next key of standard input; false when it waits for one that will never come. A
-/// program that only looks for a key may have other things to do, and goes on.
+// Gives the program the next key of standard input; false when it waits for one that will never come. A
+// program that only looks for a key may have other things to do, and goes on.
 bool ScriptSession::press_input() {
     out_.flush();
     const bool waits = machine_.waits_in_event();
@@ -131,7 +131,7 @@ bool ScriptSession::press_input() {
     return !waits;
 }
 
-/// Whole lines of messages, below the text that was printed before.
+// Whole lines of messages, below the text that was printed before.
 void ScriptSession::print_messages() {
     if (!output_.has_message_line()) return;
     out_.flush();

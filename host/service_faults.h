@@ -11,8 +11,8 @@
 
 namespace korvane::host {
 
-/// Every service whose uses are counted and that can be made to fail. Protocol members carry their protocol's
-/// name in front where the member's own name would not tell.
+// Every service whose uses are counted and that can be made to fail. Protocol members carry their protocol's
+// name in front where the member's own name would not tell.
 enum class Service : std::uint32_t {
     AllocatePages,
     FreePages,
@@ -52,12 +52,12 @@ enum class Service : std::uint32_t {
 };
 inline constexpr std::size_t service_count = static_cast<std::size_t>(Service::count_of_services);
 
-/// The enumerator's own name.
+// The enumerator's own name.
 std::string_view service_name(Service service);
 std::optional<Service> find_service(std::string_view name);
 
-/// Makes uses `first` to `first + uses - 1` of a service fail; uses are counted from 1, from the moment the
-/// fault is armed.
+// Makes uses `first` to `first + uses - 1` of a service fail; uses are counted from 1, from the moment the
+// fault is armed.
 struct ServiceFault {
     Service service;
     std::uint64_t first = 1;
@@ -67,16 +67,16 @@ struct ServiceFault {
 
 class ServiceFaults {
   public:
-    /// Replaces all faults; counting starts anew.
+    // Replaces all faults; counting starts anew.
     void arm(std::vector<ServiceFault> faults);
 
-    /// Called once for each use of a service, before it does anything: the status to fail with, or nothing.
+    // Called once for each use of a service, before it does anything: the status to fail with, or nothing.
     std::optional<uefi::Status> strike(Service service);
 
-    /// All uses of a service so far.
+    // All uses of a service so far.
     std::uint64_t uses(Service service) const { return uses_[static_cast<std::size_t>(service)]; }
 
-    /// Failures delivered since the last arming.
+    // Failures delivered since the last arming.
     std::uint64_t strikes() const { return strikes_; }
 
   private:
@@ -86,7 +86,7 @@ class ServiceFaults {
     std::uint64_t strikes_ = 0;
 };
 
-/// "EFI_NOT_FOUND" and the like to the status; nothing for an unknown name.
+// "EFI_NOT_FOUND" and the like to the status; nothing for an unknown name.
 std::optional<uefi::Status> find_status(std::string_view name);
 
 }  // namespace korvane::host

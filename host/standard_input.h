@@ -8,14 +8,14 @@
 
 namespace korvane::host {
 
-/// Characters of code page 437 are keys by their look, others a question mark, tabs blanks. Line ends of all
-/// systems are one Enter each; the last line needs none.
+// Characters of code page 437 are keys by their look, others a question mark, tabs blanks. Line ends of all
+// systems are one Enter each; the last line needs none.
 class StandardInput {
   public:
-    /// The next key; nothing at the end. Waits for it.
+    // The next key; nothing at the end. Waits for it.
     std::optional<uefi::InputKey> next();
 
-    /// The same without waiting: nothing also when none has come yet.
+    // The same without waiting: nothing also when none has come yet.
     std::optional<uefi::InputKey> next_if_there();
 
   private:

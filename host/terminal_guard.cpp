@@ -23,7 +23,7 @@ constexpr std::array ending_signals = {SIGINT, SIGQUIT, SIGTERM, SIGHUP};
 volatile pid_t session_process = 0;
 volatile std::sig_atomic_t ended_by = 0;
 
-/// Shared by the two processes.
+// Shared by the two processes.
 struct Interrupts {
     std::atomic<std::uint32_t> made{0};
     std::atomic<std::uint32_t> taken{0};

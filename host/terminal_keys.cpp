@@ -17,7 +17,7 @@ struct NamedKey {
     std::uint16_t scan_code;
 };
 
-/// Keys of the form ESC [ letter or ESC O letter.
+// Keys of the form ESC [ letter or ESC O letter.
 constexpr std::array letter_keys = {
     NamedKey{'A', uefi::scan_up},     NamedKey{'B', uefi::scan_down},   NamedKey{'C', uefi::scan_right},
     NamedKey{'D', uefi::scan_left},   NamedKey{'H', uefi::scan_home},   NamedKey{'F', uefi::scan_end},
@@ -25,7 +25,7 @@ constexpr std::array letter_keys = {
     NamedKey{'S', uefi::scan_f1 + 3},
 };
 
-/// Keys of the form ESC [ number ~.
+// Keys of the form ESC [ number ~.
 constexpr std::array number_keys = {
     NamedKey{1, uefi::scan_home},     NamedKey{2, uefi::scan_insert},   NamedKey{3, uefi::scan_delete},
     NamedKey{4, uefi::scan_end},      NamedKey{5, uefi::scan_page_up},  NamedKey{6, uefi::scan_page_down},
@@ -39,7 +39,7 @@ constexpr std::array number_keys = {
 constexpr int paste_begin = 200;
 constexpr int paste_end = 201;
 
-/// Bytes of an escape sequence that no terminal exceeds; a longer one is noise.
+// Bytes of an escape sequence that no terminal exceeds; a longer one is noise.
 constexpr std::size_t longest_sequence = 64;
 
 bool is_final_byte(char byte) {
@@ -52,7 +52,7 @@ int first_number(std::string_view parameters) {
     return number;
 }
 
-/// The number of bytes of the UTF-8 sequence that a byte begins, 0 when it begins none.
+// The number of bytes of the UTF-8 sequence that a byte begins, 0 when it begins none.
 std::size_t utf8_length(std::uint8_t byte) {
     if (byte >= 0xC2 && byte <= 0xDF) return 2;
     if (byte >= 0xE0 && byte <= 0xEF) return 3;
@@ -79,8 +79,8 @@ std::optional<TerminalKey> TerminalKeys::next() {
     return key;
 }
 
-/// Decodes what stands first in pending_ and returns its length;
-/// 0 when nothing is there, or not all of it yet.
+// Decodes what stands first in pending_ and returns its length;
+// 0 when nothing is there, or not all of it yet.
 std::size_t TerminalKeys::decode(bool at_end) {
     if (pending_.empty()) return 0;
     const auto byte = static_cast<std::uint8_t>(pending_[0]);

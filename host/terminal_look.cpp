@@ -14,7 +14,7 @@ std::string_view environment(const char* name) {
     return value == nullptr ? std::string_view{} : value;
 }
 
-/// The usual colours 0 to 15 of terminals.
+// The usual colours 0 to 15 of terminals.
 constexpr std::array<std::uint32_t, 16> sixteen_colours = {
     0x000000, 0xAA0000, 0x00AA00, 0xAA5500, 0x0000AA, 0xAA00AA, 0x00AAAA, 0xAAAAAA,
     0x555555, 0xFF5555, 0x55FF55, 0xFFFF55, 0x5555FF, 0xFF55FF, 0x55FFFF, 0xFFFFFF,
@@ -68,7 +68,7 @@ int brightness(std::uint32_t colour) {
     return (3 * part(colour, 16) + 6 * part(colour, 8) + part(colour, 0)) / 10;
 }
 
-/// Code page 437's characters beyond ASCII, and what resembles them.
+// Code page 437's characters beyond ASCII, and what resembles them.
 constexpr std::u32string_view unicode_shapes =
     U"☺☻♥♦♣♠•◘○◙♂♀♪♫☼►◄↕‼¶§▬↨↑↓→←∟↔▲▼⌂ÇüéâäàåçêëèïîìÄÅÉæÆôöòûùÿÖÜ¢£¥₧ƒáíóúñÑªº¿⌐¬½¼¡«»"
     U"░▒▓│┤╡╢╖╕╣║╗╝╜╛┐└┴┬├─┼╞╟╚╔╩╦╠═╬╧╨╤╥╙╘╒╓╫╪┘┌█▄▌▐▀αßΓπΣσµτΦΘΩδ∞φε∩≡±≥≤⌠⌡÷≈°∙·√ⁿ²■\u00a0";
@@ -83,7 +83,7 @@ char32_t ascii_shape(char32_t character) {
     return at == unicode_shapes.npos ? U'?' : static_cast<char32_t>(ascii_shapes[at]);
 }
 
-/// Colours of cells on terminals that have none.
+// Colours of cells on terminals that have none.
 constexpr std::uint32_t dark = 0;
 constexpr std::uint32_t bright = 1;
 

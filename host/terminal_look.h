@@ -14,18 +14,18 @@ struct TerminalLook {
     bool has_unicode = true;
 };
 
-/// What the environment says about the terminal: TERM, COLORTERM and NO_COLOR about colours; LC_ALL, LC_CTYPE
-/// and LANG about characters. A locale that is not set at all is no sign against UTF-8.
+// What the environment says about the terminal: TERM, COLORTERM and NO_COLOR about colours; LC_ALL, LC_CTYPE
+// and LANG about characters. A locale that is not set at all is no sign against UTF-8.
 TerminalLook look_of_environment();
 
-/// False when TERM says that the terminal understands no control sequences.
+// False when TERM says that the terminal understands no control sequences.
 bool has_control_sequences();
 
-/// The cell as the terminal can show it: nearest colours, ASCII. Without colours, what is bright is drawn and
-/// what is dark is left out, and text on bright paper is reversed.
+// The cell as the terminal can show it: nearest colours, ASCII. Without colours, what is bright is drawn and
+// what is dark is left out, and text on bright paper is reversed.
 Cell shown_cell(Cell cell, const TerminalLook& look);
 
-/// Appends the sequence that sets a colour of a cell that shown_cell() has made.
+// Appends the sequence that sets a colour of a cell that shown_cell() has made.
 void append_colour(std::string& bytes, bool is_paper, std::uint32_t colour, const TerminalLook& look);
 
 }  // namespace korvane::host

@@ -59,7 +59,7 @@ std::uint64_t parse_number(std::string_view text) {
     std::exit(2);
 }
 
-/// Takes COLUMNSxROWS.
+// Takes COLUMNSxROWS.
 void parse_size(std::string_view text, TerminalOptions& options) {
     const std::size_t x = text.find('x');
     if (x == text.npos) fail("a size is COLUMNSxROWS, not " + std::string(text));
@@ -115,8 +115,8 @@ TerminalOptions parse_options(int count, char** arguments) {
     return options;
 }
 
-/// The program has to be there and to be understood as far as a glance tells; what else is wrong with it is
-/// told by LOAD in a session, and here for a script.
+// The program has to be there and to be understood as far as a glance tells; what else is wrong with it is
+// told by LOAD in a session, and here for a script.
 void check_program(TerminalOptions& options) {
     const auto file = find_program(options.program_file);
     if (!file) fail("there is no program " + options.program_file.string());
@@ -137,7 +137,7 @@ void check_options(TerminalOptions& options) {
     if (!options.program_file.empty()) check_program(options);
 }
 
-/// Without a volume that was asked for, an installed terminal has the user's own.
+// Without a volume that was asked for, an installed terminal has the user's own.
 void choose_volume(TerminalOptions& options) {
     if (!options.volume.empty() || options.image != installed_image()) return;
     try {

@@ -13,12 +13,12 @@ namespace {
 constexpr std::uint32_t cell_width = 8;
 constexpr std::uint32_t cell_height = 16;
 
-/// 256 MiB apart from the firmware's other memory: the largest region, which becomes the data arena.
+// 256 MiB apart from the firmware's other memory: the largest region, which becomes the data arena.
 constexpr MemoryRegion spare_memory = {0x20000000, 0x10000, uefi::MemoryType::EfiConventionalMemory};
 
 constexpr std::size_t longest_loaded_name = 127;
 
-/// True when LOAD finds a file of the volume by its own name.
+// True when LOAD finds a file of the volume by its own name.
 bool can_load(const std::filesystem::path& file) {
     const std::string name = file.filename().string();
     const bool is_plain = std::all_of(name.begin(), name.end(), [](char c) { return c >= ' ' && c < 127; });
@@ -26,7 +26,7 @@ bool can_load(const std::filesystem::path& file) {
            name.front() != ' ' && !std::filesystem::is_symlink(file);
 }
 
-/// A name in ASCII that resembles the file's and that no file in its folder has.
+// A name in ASCII that resembles the file's and that no file in its folder has.
 std::string lent_name(const std::filesystem::path& file) {
     std::string stem;
     for (const char c : file.stem().string()) {
@@ -41,7 +41,7 @@ std::string lent_name(const std::filesystem::path& file) {
     return name;
 }
 
-/// The command line of an application: the program and its arguments, those with blanks in quotation marks.
+// The command line of an application: the program and its arguments, those with blanks in quotation marks.
 std::u16string command_line(const TerminalOptions& options) {
     std::vector<std::string> words = options.arguments;
     words.insert(words.begin(), options.program_file.string());

@@ -10,7 +10,7 @@
 
 namespace korvane::host {
 
-/// Smallest and largest screens that the image's text console knows, in cells.
+// Smallest and largest screens that the image's text console knows, in cells.
 constexpr std::uint32_t least_columns = 40;
 constexpr std::uint32_t least_rows = 15;
 constexpr std::uint32_t most_columns = 256;
@@ -31,32 +31,32 @@ struct TerminalOptions {
     std::uint32_t rows = 0;
 };
 
-/// A machine with memory to spare that starts in a screen mode of the size asked for, else of the given one,
-/// in text cells, and has the usual modes beside it.
+// A machine with memory to spare that starts in a screen mode of the size asked for, else of the given one,
+// in text cells, and has the usual modes beside it.
 Config terminal_machine(const TerminalOptions& options, std::uint32_t columns, std::uint32_t rows);
 
-/// Enters a program's file: its folder becomes the volume. Names that LOAD cannot reach (characters beyond
-/// ASCII, links, quotation marks) or that do not say that it is a program are replaced by one that it can and
-/// that does.
+// Enters a program's file: its folder becomes the volume. Names that LOAD cannot reach (characters beyond
+// ASCII, links, quotation marks) or that do not say that it is a program are replaced by one that it can and
+// that does.
 void choose_program(TerminalOptions& options, const std::filesystem::path& file);
 
-/// Puts the program onto the machine's volume where the volume does not show it.
+// Puts the program onto the machine's volume where the volume does not show it.
 void lend_program(Machine& machine, const TerminalOptions& options);
 
-/// The line that loads the program.
+// The line that loads the program.
 std::string load_line(const TerminalOptions& options);
 
-/// Runs the image on a terminal in full-screen mode; `argument` points to TerminalOptions. Returns when the
-/// image ends.
+// Runs the image on a terminal in full-screen mode; `argument` points to TerminalOptions. Returns when the
+// image ends.
 int run_terminal_session(void* argument);
 
-/// Runs the image with the lines of standard input typed in, and prints the text of the screen that they lead
-/// to, rows that scroll away as they do. Lines are typed whenever the image waits for a key; when there are
-/// no more, the session ends.
+// Runs the image with the lines of standard input typed in, and prints the text of the screen that they lead
+// to, rows that scroll away as they do. Lines are typed whenever the image waits for a key; when there are
+// no more, the session ends.
 int run_piped_session(const TerminalOptions& options);
 
-/// Runs the program with its text on standard output and standard input as its keyboard; messages go to
-/// standard error. Status 0 when it has ended, 1 when an error ended it.
+// Runs the program with its text on standard output and standard input as its keyboard; messages go to
+// standard error. Status 0 when it has ended, 1 when an error ended it.
 int run_script_session(const TerminalOptions& options);
 
 }  // namespace korvane::host

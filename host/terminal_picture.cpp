@@ -26,8 +26,8 @@ void append_position(std::string& bytes, std::uint32_t row, std::uint32_t column
     bytes += 'H';
 }
 
-/// Where a view of `length` cells must begin to show cell `focus` of `total` and, as far as there is room, a
-/// quarter of the view on either side of it, moving as little as possible.
+// Where a view of `length` cells must begin to show cell `focus` of `total` and, as far as there is room, a
+// quarter of the view on either side of it, moving as little as possible.
 std::uint32_t scrolled_start(std::uint32_t start, std::uint32_t length, std::uint32_t total,
                              std::uint32_t focus) {
     if (total <= length) return 0;
@@ -63,7 +63,7 @@ std::string TerminalPicture::update(const Pixels& pixels, TerminalSize size) {
     return bytes;
 }
 
-/// Takes the screen over cell by cell and notes the last one that changed.
+// Takes the screen over cell by cell and notes the last one that changed.
 void TerminalPicture::read_screen(const Pixels& pixels) {
     const std::uint32_t columns = cell_columns(pixels);
     const std::uint32_t rows = cell_rows(pixels);
@@ -97,7 +97,7 @@ std::string TerminalPicture::redraw_all() const {
     return bytes + "\x1b[2J";
 }
 
-/// What a cell of the terminal is to show.
+// What a cell of the terminal is to show.
 Cell TerminalPicture::wanted_cell(std::uint32_t row, std::uint32_t column) const {
     if (row < lines_) {
         const char32_t character = column < line_.size() ? line_[column] : U' ';

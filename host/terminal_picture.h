@@ -11,7 +11,7 @@
 
 namespace korvane::host {
 
-/// Size of a terminal window in character cells.
+// Size of a terminal window in character cells.
 struct TerminalSize {
     std::uint32_t columns;
     std::uint32_t rows;
@@ -19,22 +19,22 @@ struct TerminalSize {
     bool operator==(const TerminalSize&) const = default;
 };
 
-/// Remembers what the terminal shows and produces the control sequences that bring it up to date: one
-/// terminal cell for each text cell. A screen larger than the terminal is shown in part; the part follows the
-/// cell that changed last, and what surrounds it, so that the line being typed stays in view.
+// Remembers what the terminal shows and produces the control sequences that bring it up to date: one
+// terminal cell for each text cell. A screen larger than the terminal is shown in part; the part follows the
+// cell that changed last, and what surrounds it, so that the line being typed stays in view.
 class TerminalPicture {
   public:
     explicit TerminalPicture(TerminalLook look = {}) : look_(look) {}
 
-    /// A line above the screen, in UTF-8, which takes a row of the terminal; empty for none. It is seen with
-    /// the next update, and not at all where the terminal has one row only.
+    // A line above the screen, in UTF-8, which takes a row of the terminal; empty for none. It is seen with
+    // the next update, and not at all where the terminal has one row only.
     void set_line(std::string_view text);
 
-    /// The bytes to send so that a terminal of this size shows these pixels; empty when nothing has changed.
-    /// A new size of terminal or screen redraws everything.
+    // The bytes to send so that a terminal of this size shows these pixels; empty when nothing has changed.
+    // A new size of terminal or screen redraws everything.
     std::string update(const Pixels& pixels, TerminalSize size);
 
-    /// Forgets what the terminal shows: the next update draws everything.
+    // Forgets what the terminal shows: the next update draws everything.
     void invalidate() { shown_.clear(); }
 
   private:

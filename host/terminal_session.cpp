@@ -33,12 +33,12 @@ constexpr std::string_view leave_question =
     " The program is not saved. Ctrl-C again leaves (it will be kept), any key goes on";
 constexpr std::string_view stop_question = " The program goes on. Ctrl-C again leaves, any key stays";
 
-/// A machine's screen and keyboard on a terminal.
+// A machine's screen and keyboard on a terminal.
 class TerminalSession {
   public:
     TerminalSession(Machine& machine, const TerminalOptions& options);
 
-    /// Runs the machine until its image ends or the person leaves; the exit status.
+    // Runs the machine until its image ends or the person leaves; the exit status.
     int run();
 
   private:
@@ -97,7 +97,7 @@ void TerminalSession::hear(Happening happening, std::uint64_t value) {
     }
 }
 
-/// Keys to be typed before the person's own.
+// Keys to be typed before the person's own.
 void TerminalSession::type(std::string_view bytes) {
     TerminalKeys decoder;
     decoder.feed(bytes);
@@ -133,7 +133,7 @@ int TerminalSession::run() {
     return status();
 }
 
-/// RUN follows the LOAD of the program that the session was asked for, if that has succeeded.
+// RUN follows the LOAD of the program that the session was asked for, if that has succeeded.
 void TerminalSession::start_program() {
     if (!starts_program_ || !held_.empty() || !state_.at_prompt() || !machine_.firmware().keyboard().empty())
         return;
@@ -142,7 +142,7 @@ void TerminalSession::start_program() {
     if (!load_failed_) type("RUN\r");
 }
 
-/// A look at the terminal without waiting, and a picture when one is due.
+// A look at the terminal without waiting, and a picture when one is due.
 void TerminalSession::glance() {
     take_keys(read_terminal(0));
     flush_escape();
@@ -151,7 +151,7 @@ void TerminalSession::glance() {
     if (Clock::now() - last_picture_ >= frame_time) draw();
 }
 
-/// The image waits for a key: so does the terminal, after it has shown how things are.
+// The image waits for a key: so does the terminal, after it has shown how things are.
 void TerminalSession::wait_for_input() {
     Keyboard& keyboard = machine_.firmware().keyboard();
     rescue_program();
@@ -167,8 +167,8 @@ void TerminalSession::wait_for_input() {
     }
 }
 
-/// Ctrl-C: stops what runs, leaves at the prompt. It asks before a program is left that is in no file, and
-/// when it has to be pressed again because the program traps the break.
+// Ctrl-C: stops what runs, leaves at the prompt. It asks before a program is left that is in no file, and
+// when it has to be pressed again because the program traps the break.
 void TerminalSession::interrupt() {
     ++interrupts_;
     held_.clear();
@@ -184,7 +184,7 @@ void TerminalSession::interrupt() {
     if (leaves_) rescue_program();
 }
 
-/// Brings the copy of a program that is in no file up to date.
+// Brings the copy of a program that is in no file up to date.
 void TerminalSession::rescue_program() {
     last_rescue_ = Clock::now();
     if (!keeps_programs_) return;
@@ -198,7 +198,7 @@ void TerminalSession::rescue_program() {
     if (!text.empty() && rescue_.keep(text)) rescued_version_ = state_.version();
 }
 
-/// Tells which line of a program's file LOAD has stopped at, and what it could not read as it stands there.
+// Tells which line of a program's file LOAD has stopped at, and what it could not read as it stands there.
 void TerminalSession::show_program_notes() {
     if (machine_.firmware().volumes().empty()) return;
     Volume& volume = *machine_.firmware().volumes().front();
@@ -216,7 +216,7 @@ void TerminalSession::take_keys(std::string_view bytes) {
         accept(*key);
 }
 
-/// Takes an ESC byte that nothing has followed for a while as the Escape key.
+// Takes an ESC byte that nothing has followed for a while as the Escape key.
 void TerminalSession::flush_escape() {
     if (!keys_.waits_for_escape() || Clock::now() - last_input_ < std::chrono::milliseconds(escape_delay_ms))
         return;

@@ -13,10 +13,10 @@ class TextConsole : public uefi::SimpleTextOutputProtocol {
   public:
     explicit TextConsole(ServiceFaults& faults);
 
-    /// Everything printed since the last clearing, as UTF-8.
+    // Everything printed since the last clearing, as UTF-8.
     const std::string& text() const { return text_; }
 
-    /// How often its mode has been set, as is done after graphics to make it usable again.
+    // How often its mode has been set, as is done after graphics to make it usable again.
     int modes_set() const { return modes_set_; }
 
   private:

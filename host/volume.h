@@ -17,8 +17,8 @@ namespace korvane::host {
 
 class Volume;
 
-/// One handle of the file protocol. Handles stay in memory after they are closed,
-/// so that their use is noticed.
+// One handle of the file protocol. Handles stay in memory after they are closed,
+// so that their use is noticed.
 struct OpenFile : uefi::FileProtocol {
     OpenFile(Volume& its_volume, FolderPath its_path);
 
@@ -35,8 +35,8 @@ struct OpenFile : uefi::FileProtocol {
     std::vector<std::string> entries;  // of a directory, read when its listing begins
 };
 
-/// A file that is there without the folder holding it; it is not listed. One that is writable is emptied
-/// where others are deleted.
+// A file that is there without the folder holding it; it is not listed. One that is writable is emptied
+// where others are deleted.
 struct LentFile {
     std::vector<std::string> path;
     std::filesystem::path source;
@@ -47,13 +47,13 @@ class Volume : public uefi::SimpleFileSystemProtocol {
   public:
     Volume(const VolumeConfig& config, ServiceFaults& faults, Misuse& misuse);
 
-    /// Puts another folder in the place of this one. Open handles keep their paths.
+    // Puts another folder in the place of this one. Open handles keep their paths.
     void replace_folder(const std::filesystem::path& folder) { folder_ = Folder(folder); }
-    /// A file that the folder holds itself is not lent.
+    // A file that the folder holds itself is not lent.
     void lend(LentFile file);
     const std::vector<LentFile>& lent() const { return lent_; }
 
-    /// What read_program() tells about the program that was opened last for reading, with the file's name.
+    // What read_program() tells about the program that was opened last for reading, with the file's name.
     struct ProgramNotes {
         std::string fault;
         std::string loss;
@@ -61,10 +61,10 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     const ProgramNotes& program_notes() const { return program_notes_; }
     void forget_program_notes() { program_notes_ = {}; }
 
-    /// The media has gone: every use of the volume and of its files fails so from now on.
+    // The media has gone: every use of the volume and of its files fails so from now on.
     void lose(uefi::Status status) { lost_ = status; }
 
-    /// Handles that are open, the volume's root included; none of a volume that has gone.
+    // Handles that are open, the volume's root included; none of a volume that has gone.
     std::vector<const OpenFile*> open_files() const;
 
   private:

@@ -15,10 +15,10 @@ struct ExplorerCommand {
     CommandEnd (*run)(WordReader& arguments);
 };
 
-/// Every command, in the order in which a word is compared with them.
+// Every command, in the order in which a word is compared with them.
 std::span<const ExplorerCommand> explorer_commands();
 
-/// The command of a word in upper case, or null.
+// The command of a word in upper case, or null.
 const ExplorerCommand* find_explorer_command(std::string_view word);
 
 }  // namespace korvane

@@ -14,7 +14,7 @@
 namespace korvane {
 namespace {
 
-/// Reads a command line behind the prompt and executes it. False when the explorer is to be left.
+// Reads a command line behind the prompt and executes it. False when the explorer is to be left.
 bool read_and_execute() {
     // The editor hands over the whole screen line: the prompt, the command and a terminator.
     std::array<std::uint8_t, explorer_prompt.size() + command_line_length + 1> buffer{};

@@ -4,7 +4,7 @@
 
 namespace korvane {
 
-/// `?`: the help lines of all commands, those for memory before those for storage.
+// `?`: the help lines of all commands, those for memory before those for storage.
 CommandEnd do_explorer_help(WordReader& arguments);
 
 }  // namespace korvane

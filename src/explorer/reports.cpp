@@ -53,7 +53,7 @@ void put_vendor(LineText& line) {
         line.put_utf16(vendor[i]);
 }
 
-/// A revision of the standard: 2.7 is kept as 2 and 70, 2.3.1 as 2 and 31.
+// A revision of the standard: 2.7 is kept as 2 and 70, 2.3.1 as 2 and 31.
 void put_standard_revision(LineText& line, std::uint32_t revision) {
     const std::uint32_t minor = revision & 0xFFFF;
     line.put("UEFI ").put_decimal(revision >> 16).put('.').put_decimal(minor / 10);

@@ -13,10 +13,10 @@ CommandEnd do_landmarks(WordReader& arguments);
 CommandEnd do_memory_map(WordReader& arguments);
 CommandEnd do_machine_information(WordReader& arguments);
 
-/// `R address`: the region of a fresh memory map that contains the address.
+// `R address`: the region of a fresh memory map that contains the address.
 CommandEnd do_region(WordReader& arguments);
 
-/// `W address`: the nearest landmark at or below the address, and its region.
+// `W address`: the nearest landmark at or below the address, and its region.
 CommandEnd do_where(WordReader& arguments);
 
 }  // namespace korvane

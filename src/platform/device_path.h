@@ -9,7 +9,7 @@
 
 namespace korvane {
 
-/// One node of a device path. The body is what follows the four bytes of its header.
+// One node of a device path. The body is what follows the four bytes of its header.
 struct DevicePathElement {
     std::uint8_t type;
     std::uint8_t sub_type;
@@ -17,7 +17,7 @@ struct DevicePathElement {
 
     bool ends_instance() const { return type == uefi::device_path_end; }
 
-    /// A little-endian field of the body; 0 where the body is too short to hold it.
+    // A little-endian field of the body; 0 where the body is too short to hold it.
     template <typename Field>
     Field field(std::size_t offset) const {
         if (offset > body.size() || body.size() - offset < sizeof(Field)) return Field{};
@@ -25,8 +25,8 @@ struct DevicePathElement {
     }
 };
 
-/// Takes a device path apart. Its bytes may be anything: the reader ends at the end node, at a node whose
-/// length is impossible and at the end of the bytes.
+// Takes a device path apart. Its bytes may be anything: the reader ends at the end node, at a node whose
+// length is impossible and at the end of the bytes.
 class DevicePathReader {
   public:
     explicit DevicePathReader(std::span<const std::uint8_t> path) : rest_(path) {}
@@ -37,8 +37,8 @@ class DevicePathReader {
     std::span<const std::uint8_t> rest_;
 };
 
-/// The device path of a handle, its end node included; empty when it has none. A path without an end node is
-/// cut after some 4 KiB, far more than any real one has.
+// The device path of a handle, its end node included; empty when it has none. A path without an end node is
+// cut after some 4 KiB, far more than any real one has.
 std::span<const std::uint8_t> device_path_of(uefi::Handle handle);
 
 }  // namespace korvane

@@ -6,8 +6,8 @@
 
 namespace korvane {
 
-/// The handles that carry a protocol, in the firmware's order; gives the firmware's buffer back when it goes
-/// out of scope. Empty when there are none or the firmware fails.
+// The handles that carry a protocol, in the firmware's order; gives the firmware's buffer back when it goes
+// out of scope. Empty when there are none or the firmware fails.
 class HandleList {
   public:
     explicit HandleList(const uefi::Guid& protocol);

@@ -20,7 +20,7 @@ constexpr std::array<const char*, 15> type_names = {"Reserved", "LoaderCode",  "
                                                     "Unusable", "ACPIReclaim", "ACPINVS",     "MMIO",
                                                     "MMIOPort", "PalCode",     "Persistent"};
 
-/// The size of buffer that the map wants, with room to grow; 0 when the firmware does not tell.
+// The size of buffer that the map wants, with room to grow; 0 when the firmware does not tell.
 std::uint64_t wanted_buffer_size(std::uint64_t spare_descriptors, std::uint64_t& descriptor_size) {
     std::uint64_t map_size = 0;
     std::uint64_t map_key = 0;

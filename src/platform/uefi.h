@@ -1,17 +1,17 @@
 #pragma once
 
-/// The UEFI ABI: the records, calling convention, status codes and identifiers of the firmware interface, as
-/// far as the interpreter (and the hosted firmware of the development tools) use them.
-///
-/// The names of fields and services are those of the UEFI standard (release 2.10), so that its text can be
-/// read beside the code. Services that nothing here uses are declared `Unused`: they only hold their place in
-/// the table.
+// The UEFI ABI: the records, calling convention, status codes and identifiers of the firmware interface, as
+// far as the interpreter (and the hosted firmware of the development tools) use them.
+//
+// The names of fields and services are those of the UEFI standard (release 2.10), so that its text can be
+// read beside the code. Services that nothing here uses are declared `Unused`: they only hold their place in
+// the table.
 
 #include <array>
 #include <cstddef>
 #include <cstdint>
 
-/// The calling convention of every firmware entry point on x86-64 (UEFI 2.10, section 2.3.4).
+// The calling convention of every firmware entry point on x86-64 (UEFI 2.10, section 2.3.4).
 #define EFIAPI __attribute__((ms_abi))
 
 namespace korvane::uefi {
@@ -23,12 +23,12 @@ using Status = std::uint64_t;
 using Handle = void*;
 using Event = void*;
 using PhysicalAddress = std::uint64_t;
-/// A block number on a Block I/O device.
+// A block number on a Block I/O device.
 using Lba = std::uint64_t;
-/// The place of a service that is not used.
+// The place of a service that is not used.
 using Unused = void*;
 
-/// A 128-bit identifier, in its mixed-endian in-memory form.
+// A 128-bit identifier, in its mixed-endian in-memory form.
 struct Guid {
     std::uint32_t Data1;
     std::uint16_t Data2;
@@ -42,7 +42,7 @@ static_assert(sizeof(Guid) == 16);
 // ---------------------------------------------------------------------------------------------------------------
 // Status codes (appendix D)
 
-/// Set in every status that is an error; warnings and success leave it clear.
+// Set in every status that is an error; warnings and success leave it clear.
 inline constexpr Status error_bit = 0x8000000000000000;
 
 inline constexpr Status success = 0;
@@ -64,10 +64,10 @@ inline constexpr Status access_denied = error_bit | 15;
 inline constexpr Status timeout = error_bit | 18;
 inline constexpr Status aborted = error_bit | 21;
 inline constexpr Status security_violation = error_bit | 26;
-/// A warning, not an error: `File::Delete` closed the handle but could not remove the file.
+// A warning, not an error: `File::Delete` closed the handle but could not remove the file.
 inline constexpr Status warn_delete_failure = 2;
 
-/// True when `status` is an error; a warning is not.
+// True when `status` is an error; a warning is not.
 constexpr bool is_error(Status status) {
     return (status & error_bit) != 0;
 }
@@ -101,7 +101,7 @@ enum class MemoryType : std::uint32_t {
     EfiPersistentMemory = 14,
 };
 
-/// One region of the memory map. Firmware may use larger records: step by the descriptor size it reports.
+// One region of the memory map. Firmware may use larger records: step by the descriptor size it reports.
 struct MemoryDescriptor {
     MemoryType Type;
     PhysicalAddress PhysicalStart;
@@ -224,7 +224,7 @@ struct GraphicsOutputMode {
 static_assert(sizeof(GraphicsOutputMode) == 40);
 
 struct GraphicsOutputProtocol {
-    /// The information record is pool memory that the caller frees.
+    // The information record is pool memory that the caller frees.
     Status(EFIAPI* QueryMode)(GraphicsOutputProtocol* self, std::uint32_t mode, std::uint64_t* size_of_info,
                               GraphicsOutputModeInformation** info);
     Status(EFIAPI* SetMode)(GraphicsOutputProtocol* self, std::uint32_t mode);
@@ -247,7 +247,7 @@ inline constexpr std::uint64_t file_directory = 0x10;
 inline constexpr std::uint64_t file_archive = 0x20;
 inline constexpr std::uint64_t file_valid_attributes = 0x37;
 
-/// The argument of `FileProtocol::SetPosition` that means the end of the file.
+// The argument of `FileProtocol::SetPosition` that means the end of the file.
 inline constexpr std::uint64_t end_of_file_position = 0xFFFFFFFFFFFFFFFF;
 
 struct FileProtocol {
@@ -255,7 +255,7 @@ struct FileProtocol {
     Status(EFIAPI* Open)(FileProtocol* self, FileProtocol** opened, const char16_t* name, std::uint64_t mode,
                          std::uint64_t attributes);
     Status(EFIAPI* Close)(FileProtocol* self);
-    /// Closes the handle in every case; `warn_delete_failure` when the file stays.
+    // Closes the handle in every case; `warn_delete_failure` when the file stays.
     Status(EFIAPI* Delete)(FileProtocol* self);
     Status(EFIAPI* Read)(FileProtocol* self, std::uint64_t* size, void* buffer);
     Status(EFIAPI* Write)(FileProtocol* self, std::uint64_t* size, const void* buffer);
@@ -273,7 +273,7 @@ struct SimpleFileSystemProtocol {
 };
 static_assert(sizeof(SimpleFileSystemProtocol) == 16);
 
-/// EFI_FILE_INFO. The name, with its terminating zero, runs to the end of the record.
+// EFI_FILE_INFO. The name, with its terminating zero, runs to the end of the record.
 struct FileInfo {
     std::uint64_t Size;  // of this record, name and terminator included
     std::uint64_t FileSize;
@@ -284,12 +284,12 @@ struct FileInfo {
     std::uint64_t Attribute;
     char16_t FileName[1];
 };
-/// Bytes of a FileInfo before its name.
+// Bytes of a FileInfo before its name.
 inline constexpr std::uint64_t file_info_name_offset = 80;
 static_assert(offsetof(FileInfo, Attribute) == 72);
 static_assert(offsetof(FileInfo, FileName) == file_info_name_offset);
 
-/// EFI_FILE_SYSTEM_INFO. The label, with its terminating zero, runs to the end of the record.
+// EFI_FILE_SYSTEM_INFO. The label, with its terminating zero, runs to the end of the record.
 struct FileSystemInfo {
     std::uint64_t Size;  // of this record, label and terminator included
     std::uint8_t ReadOnly;
@@ -298,7 +298,7 @@ struct FileSystemInfo {
     std::uint32_t BlockSize;
     char16_t VolumeLabel[1];
 };
-/// Bytes of a FileSystemInfo before its label.
+// Bytes of a FileSystemInfo before its label.
 inline constexpr std::uint64_t file_system_info_label_offset = 36;
 static_assert(offsetof(FileSystemInfo, VolumeLabel) == file_system_info_label_offset);
 
@@ -320,7 +320,7 @@ struct BlockIoProtocol {
     std::uint64_t Revision;
     BlockIoMedia* Media;
     Status(EFIAPI* Reset)(BlockIoProtocol* self, std::uint8_t extended_verification);
-    /// `size` is in bytes and a multiple of the block size.
+    // `size` is in bytes and a multiple of the block size.
     Status(EFIAPI* ReadBlocks)(BlockIoProtocol* self, std::uint32_t media_id, Lba lba, std::uint64_t size,
                                void* buffer);
     Status(EFIAPI* WriteBlocks)(BlockIoProtocol* self, std::uint32_t media_id, Lba lba, std::uint64_t size,
@@ -338,7 +338,7 @@ inline constexpr std::uint8_t device_path_media_file_path = 4;
 inline constexpr std::uint8_t device_path_end = 0x7F;
 inline constexpr std::uint8_t device_path_end_entire = 0xFF;
 
-/// The header that begins every node of a device path.
+// The header that begins every node of a device path.
 struct DevicePathNode {
     std::uint8_t Type;
     std::uint8_t SubType;
@@ -366,7 +366,7 @@ struct LoadedImageProtocol {
 static_assert(sizeof(LoadedImageProtocol) == 96);
 static_assert(offsetof(LoadedImageProtocol, ImageBase) == 64);
 
-/// The CPU architectural protocol (PI 1.7, volume 2, section 12.3).
+// The CPU architectural protocol (PI 1.7, volume 2, section 12.3).
 struct CpuArchProtocol {
     Unused FlushDataCache;
     Unused EnableInterrupt;
@@ -412,7 +412,7 @@ struct BootServices {
     Unused RaiseTPL;
     Unused RestoreTPL;
 
-    /// `memory` is in and out: the address wanted, and the address given.
+    // `memory` is in and out: the address wanted, and the address given.
     Status(EFIAPI* AllocatePages)(AllocateType type, MemoryType memory_type, std::uint64_t pages,
                                   PhysicalAddress* memory);
     Status(EFIAPI* FreePages)(PhysicalAddress memory, std::uint64_t pages);
@@ -457,7 +457,7 @@ struct BootServices {
     Unused OpenProtocolInformation;
 
     Unused ProtocolsPerHandle;
-    /// The handle buffer is pool memory that the caller frees.
+    // The handle buffer is pool memory that the caller frees.
     Status(EFIAPI* LocateHandleBuffer)(LocateSearchType search_type, const Guid* protocol, void* search_key,
                                        std::uint64_t* count, Handle** handles);
     Status(EFIAPI* LocateProtocol)(const Guid* protocol, void* registration, void** interface);
@@ -564,7 +564,7 @@ inline constexpr Guid smbios3_table_guid{
     0xF2FD1544, 0x9794, 0x4A2C, {0x99, 0x2E, 0xE5, 0xBB, 0xCF, 0x20, 0xE3, 0x94}};
 inline constexpr Guid smbios_table_guid{
     0xEB9D2D31, 0x2D88, 0x11D3, {0x9A, 0x16, 0x00, 0x90, 0x27, 0x3F, 0xC1, 0x4D}};
-/// The vendor of `BootOrder` and the `Boot####` variables (section 3.3).
+// The vendor of `BootOrder` and the `Boot####` variables (section 3.3).
 inline constexpr Guid global_variable_guid{
     0x8BE4DF61, 0x93CA, 0x11D2, {0xAA, 0x0D, 0x00, 0xE0, 0x98, 0x03, 0x2B, 0x8C}};
 

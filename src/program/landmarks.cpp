@@ -37,7 +37,7 @@ Address configuration_table(const uefi::Guid& identifier) {
     return std::nullopt;
 }
 
-/// The table under its newer identifier, else under the older one.
+// The table under its newer identifier, else under the older one.
 Address newest_table(const uefi::Guid& newer, const uefi::Guid& older) {
     const Address found = configuration_table(newer);
     return found ? found : configuration_table(older);

@@ -8,7 +8,7 @@
 
 namespace korvane::fuzz {
 
-/// The lines that are typed one after the other.
+// The lines that are typed one after the other.
 using Session = std::vector<std::string>;
 
 enum class Taste {
@@ -16,7 +16,7 @@ enum class Taste {
     repeatable,  // only what shows the same on every machine: no clock, no files, no nonsense
 };
 
-/// The same seed and taste always give the same session.
+// The same seed and taste always give the same session.
 Session make_session(std::uint64_t seed, Taste taste);
 
 }  // namespace korvane::fuzz

@@ -19,18 +19,18 @@ namespace {
 constexpr std::uint32_t columns = 80;
 constexpr std::uint32_t rows = 128;
 
-/// Rows of a window that is being printed in.
+// Rows of a window that is being printed in.
 class WindowRows {
   public:
     explicit WindowRows(std::size_t width) : width_(width) {}
 
-    /// A text that ends its line even where it has just filled one.
+    // A text that ends its line even where it has just filled one.
     void print_line(std::string_view text) {
         print(text);
         if (text.empty() || text.size() % width_ == 0) rows_.emplace_back();
     }
 
-    /// Names of a category.
+    // Names of a category.
     void print_names(const std::vector<std::string>& names) {
         std::string line;
         for (const std::string& name : names) {
@@ -71,7 +71,7 @@ std::vector<std::string> expected_rows(std::size_t width) {
     return window.rows();
 }
 
-/// What stands in the window above the cursor.
+// What stands in the window above the cursor.
 std::vector<std::string> shown_rows(std::uint32_t width) {
     std::vector<std::string> shown;
     for (std::uint32_t row = 0; row < console.cursor_row; ++row) {

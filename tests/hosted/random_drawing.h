@@ -12,8 +12,8 @@ class RandomDrawing {
   public:
     explicit RandomDrawing(std::uint32_t seed) : random_(seed) {}
 
-    /// A program of `statements` random statements in a random screen mode, which goes on after errors. At
-    /// its end it frees the text, makes room for a line to be typed and sets the variable DONE to `number`.
+    // A program of `statements` random statements in a random screen mode, which goes on after errors. At
+    // its end it frees the text, makes room for a line to be typed and sets the variable DONE to `number`.
     std::string program(int statements, int number);
 
   private:

@@ -12,8 +12,8 @@ struct ForkedResult {
     bool goes_on = false;  // there is more of the same to do
 };
 
-/// Runs `work` in a child process and gives its result. A child that dies gives a report of how, with what it
-/// wrote to standard error.
+// Runs `work` in a child process and gives its result. A child that dies gives a report of how, with what it
+// wrote to standard error.
 ForkedResult run_forked(const std::function<ForkedResult()>& work);
 
 }  // namespace korvane::transcript

@@ -24,14 +24,14 @@ struct PlayOptions {
 
 class Player {
   public:
-    /// `machine` either has not been started or waits at its first prompt.
+    // `machine` either has not been started or waits at its first prompt.
     Player(const Case& test, std::unique_ptr<host::Machine>& machine, std::filesystem::path scratch,
            host::ImageSource image, PlayOptions options);
 
-    /// Plays all steps. The result is the report of the first failure, empty when there is none.
+    // Plays all steps. The result is the report of the first failure, empty when there is none.
     std::string play();
 
-    /// What --show asked for.
+    // What --show asked for.
     const std::string& shown() const { return shown_; }
 
   private:

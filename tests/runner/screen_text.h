@@ -22,12 +22,12 @@ struct ScreenText {
     std::uint32_t columns = 0;
     std::optional<CellPosition> cursor;  // the line editor's full block
 
-    /// One past the last row that is not blank.
+    // One past the last row that is not blank.
     std::size_t used_rows() const;
 };
 
-/// Reads all cells. A cell of one colour is a blank when that is the paper of its neighbours or the screen's
-/// most frequent colour, else a full block. With `find_cursor` the last full block is taken as the cursor.
+// Reads all cells. A cell of one colour is a blank when that is the paper of its neighbours or the screen's
+// most frequent colour, else a full block. With `find_cursor` the last full block is taken as the cursor.
 ScreenText read_screen(const host::Display& display, bool find_cursor);
 
 }  // namespace korvane::transcript

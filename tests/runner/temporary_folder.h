@@ -11,7 +11,7 @@
 
 namespace korvane::test {
 
-/// An empty folder that goes with its owner. Without one there is nothing to run: the program ends.
+// An empty folder that goes with its owner. Without one there is nothing to run: the program ends.
 class TemporaryFolder {
   public:
     TemporaryFolder() {
@@ -28,7 +28,7 @@ class TemporaryFolder {
 
     const std::filesystem::path& path() const { return path_; }
 
-    /// Writes a file, in a new folder if its name has one, and gives its path.
+    // Writes a file, in a new folder if its name has one, and gives its path.
     std::filesystem::path write(const std::filesystem::path& name, std::string_view content) const {
         std::filesystem::create_directories((path_ / name).parent_path());
         std::ofstream(path_ / name, std::ios::binary) << content;

@@ -14,13 +14,13 @@
 
 namespace korvane::transcript {
 
-/// One line of expectation: a row of text, or a regular expression for a whole row.
+// One line of expectation: a row of text, or a regular expression for a whole row.
 struct ExpectedRow {
     std::string text;  // UTF-8, without trailing blanks
     bool is_pattern = false;
 };
 
-/// What a step does. The comments name the fields of `Step` that count.
+// What a step does. The comments name the fields of `Step` that count.
 enum class Action {
     type,           // types `keys` and enter; expects `rows` below the typed line
     press,          // presses `keys`; expects `rows` from the cursor's row on, when there are any
@@ -76,12 +76,12 @@ struct DiskPatch {
     std::string bytes;
 };
 
-/// One test.
+// One test.
 struct Case {
     std::filesystem::path file;
     std::size_t line;
     std::string title;
-    /// The machine. Folders of volumes and images of disks are filled in when it is built.
+    // The machine. Folders of volumes and images of disks are filled in when it is built.
     host::Config config;
     std::vector<std::uint64_t> disk_sizes;  // bytes
     std::vector<DiskPatch> disk_patches;
@@ -90,13 +90,13 @@ struct Case {
     std::vector<Step> steps;
     std::vector<host::ServiceFault> start_faults;  // armed while the machine starts
     std::vector<host::Service> start_fail_each;    // each use of these while it starts fails in turn
-    /// The options that shape the machine, as written: cases with the same text can share a started machine.
+    // The options that shape the machine, as written: cases with the same text can share a started machine.
     std::string machine_key;
-    /// True when the machine must be started with the case's own files.
+    // True when the machine must be started with the case's own files.
     bool own_start = false;
 };
 
-/// The cases of a file. Mistakes in the file are reported as "file:line: ..." in `problems`.
+// The cases of a file. Mistakes in the file are reported as "file:line: ..." in `problems`.
 std::vector<Case> read_transcript(const std::filesystem::path& file, std::vector<std::string>& problems);
 
 }  // namespace korvane::transcript

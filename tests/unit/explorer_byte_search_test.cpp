@@ -34,7 +34,7 @@ TEST(ByteSearch, FindsTheFirstDifferenceAtEveryPlaceOfEveryLength) {
     }
 }
 
-/// All matches, then -1 when the hunt ended for an unreadable byte.
+// All matches, then -1 when the hunt ended for an unreadable byte.
 std::vector<std::int64_t> hunt(const Bytes& memory, std::size_t readable, const Bytes& pattern) {
     PatternHunt search(memory.data(), readable, memory.size() - pattern.size(), pattern);
     std::vector<std::int64_t> found;

@@ -16,7 +16,7 @@ using test::TemporaryFolder;
 
 // ---- Disk images --------------------------------------------------------------------------------
 
-/// The bytes of a small disk, put together by the tests.
+// The bytes of a small disk, put together by the tests.
 class DiskImage {
   public:
     explicit DiskImage(std::size_t bytes, std::size_t block_size = 512)
@@ -42,7 +42,7 @@ class DiskImage {
         return put(block_ + 72, lba).put(block_ + 80, entries).put(block_ + 84, entry_size);
     }
 
-    /// An entry at a byte offset, of a type that has no name.
+    // An entry at a byte offset, of a type that has no name.
     DiskImage& gpt_entry(std::size_t offset, std::uint64_t first, std::uint64_t last,
                          std::u16string_view name) {
         put(offset, std::uint32_t{0x11111111}).put(offset + 32, first).put(offset + 40, last);
@@ -68,7 +68,7 @@ host::Config machine_with(std::vector<host::BlockDeviceConfig> devices) {
     return config;
 }
 
-/// What `PARTITIONS 0` says of a disk of these bytes.
+// What `PARTITIONS 0` says of a disk of these bytes.
 Lines partitions_of(DiskImage& image, std::uint32_t block_size = 512,
                     std::string_view command = "PARTITIONS 0") {
     const TemporaryFolder folder;

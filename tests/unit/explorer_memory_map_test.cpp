@@ -20,7 +20,7 @@ enum Type : std::uint32_t {
     mmio = 11,
 };
 
-/// A map as firmware writes it, with descriptors larger than the record.
+// A map as firmware writes it, with descriptors larger than the record.
 class TestMap {
   public:
     explicit TestMap(std::uint64_t stride = 48) : stride_(stride) {}
@@ -130,7 +130,7 @@ TEST(MemoryMap, EarlierOverlappingRegionInterruptsARun) {
     EXPECT_EQ(reversed.view().run_up(Access::read, 0x1000, 0x8000), 0x8000u);
 }
 
-/// The runs agree with a test of every single page, whatever the map.
+// The runs agree with a test of every single page, whatever the map.
 TEST(MemoryMap, RunsAgreeWithASearchPageByPage) {
     std::uint32_t random = 12345;
     const auto draw = [&random](std::uint32_t limit) {

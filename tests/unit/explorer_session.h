@@ -28,9 +28,9 @@ namespace korvane::test {
 
 using Lines = std::vector<std::string>;
 
-/// A machine with a screen of 128 columns and the given number of rows (at most 128). A key pressed whenever
-/// the explorer waits for one keeps paged reports going. At its end no pool buffer, file handle or misuse of
-/// the firmware may be left.
+// A machine with a screen of 128 columns and the given number of rows (at most 128). A key pressed whenever
+// the explorer waits for one keeps paged reports going. At its end no pool buffer, file handle or misuse of
+// the firmware may be left.
 class ExplorerSession {
   public:
     explicit ExplorerSession(host::Config config = {}, std::uint32_t rows = 128)
@@ -69,14 +69,14 @@ class ExplorerSession {
 
     host::Firmware& machine() { return machine_; }
 
-    /// The screen lines that a command prints, without trailing blanks, on a screen cleared before it.
+    // The screen lines that a command prints, without trailing blanks, on a screen cleared before it.
     Lines run(std::string_view line) {
         clear_text();
         outcome = execute_explorer_line(line);
         return lines();
     }
 
-    /// The rows above the cursor's, and the cursor's own when there is something on it.
+    // The rows above the cursor's, and the cursor's own when there is something on it.
     Lines lines() const {
         Lines text;
         for (std::uint32_t row = 0; row <= console.cursor_row; ++row)
@@ -91,14 +91,14 @@ class ExplorerSession {
         return text;
     }
 
-    /// A key for the next time one is waited for; without any, the blank key is pressed.
+    // A key for the next time one is waited for; without any, the blank key is pressed.
     void press_later(uefi::InputKey key) { keys_.push_back(key); }
 
     CommandEnd outcome = CommandEnd::done;  // of the last command
     int waits = 0;                          // how often a key was waited for
 
   private:
-    /// Clears the text without the pixels, which nobody looks at here.
+    // Clears the text without the pixels, which nobody looks at here.
     static void clear_text() {
         for (auto& row : console.grid)
             std::fill(std::begin(row), std::end(row), std::uint8_t{' '});

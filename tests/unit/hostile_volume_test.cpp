@@ -17,7 +17,7 @@ namespace {
 
 constexpr std::uint64_t directory = uefi::file_directory;
 
-/// A directory entry as its bytes, of any length.
+// A directory entry as its bytes, of any length.
 std::string entry(const std::u16string& name, std::uint64_t attributes = 0) {
     std::string bytes(80, '\0');
     std::memcpy(bytes.data() + 72, &attributes, sizeof attributes);
@@ -25,7 +25,7 @@ std::string entry(const std::u16string& name, std::uint64_t attributes = 0) {
     return bytes + std::string(2, '\0');
 }
 
-/// A directory that holds itself under every name that can be opened.
+// A directory that holds itself under every name that can be opened.
 struct StrangeDirectory {
     uefi::FileProtocol protocol;  // first, so that `self` leads here
     std::vector<std::string> entries;
@@ -96,7 +96,7 @@ class HostileVolumeTest : public testing::Test {
     HostileVolumeTest() { volume.root = &root_.protocol; }
     ~HostileVolumeTest() override { initialize_volume(); }
 
-    /// The rows that FILES with the given options prints.
+    // The rows that FILES with the given options prints.
     test::Lines list(const std::vector<const char*>& options = {}) {
         std::vector<Token> tokens(1 + 2 * options.size() + 1);
         tokens[0].kind = KW_FILES;

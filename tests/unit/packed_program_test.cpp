@@ -41,7 +41,7 @@ std::string with_trailer(const std::string& program_bytes) {
     return program_bytes + trailer(program_bytes.size());
 }
 
-/// What stands in front of the packed program; its content is of no interest to the loader.
+// What stands in front of the packed program; its content is of no interest to the loader.
 const std::string image_bytes(1000, 'i');
 
 host::Config config_for(const std::filesystem::path& folder) {
@@ -65,13 +65,13 @@ class PackedProgramTest : public testing::Test {
         packed_program = PackedProgram{};
     }
 
-    /// Makes `contents` the image file and looks for a program in it.
+    // Makes `contents` the image file and looks for a program in it.
     bool detect(const std::string& contents) {
         folder_.write("APP.EFI", contents);
         return detect_packed_program();
     }
 
-    /// Loads over a program that is there already.
+    // Loads over a program that is there already.
     bool load(const std::string& contents) {
         EXPECT_TRUE(detect(contents));
         errors = ErrorState{};
@@ -246,7 +246,7 @@ TEST_F(PackedProgramTest, AFailingFirmwareCallMeansNoProgram) {
 
 // ---- Signed images ------------------------------------------------------------------------------
 
-/// The headers of a PE32+ image as far as they tell where its certificate table is.
+// The headers of a PE32+ image as far as they tell where its certificate table is.
 std::string pe_headers(std::uint32_t table, std::uint32_t table_size) {
     std::string headers(64 + 24 + 240, '\0');
     headers.replace(0, 2, "MZ");

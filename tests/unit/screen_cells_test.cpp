@@ -13,7 +13,7 @@ constexpr std::uint32_t grey = 0x606060;
 constexpr std::uint32_t white = 0xFFFFFF;
 constexpr std::uint32_t red = 0xC00000;
 
-/// One cell that can be drawn on.
+// One cell that can be drawn on.
 class Drawing {
   public:
     void row(std::uint32_t y, std::uint32_t colour) {

@@ -17,7 +17,7 @@
 namespace korvane {
 namespace {
 
-/// A file that moves at most `step` bytes a call.
+// A file that moves at most `step` bytes a call.
 struct SlowFile {
     uefi::FileProtocol protocol;  // first, so that `self` leads here
     std::string content;

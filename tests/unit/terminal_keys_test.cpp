@@ -8,7 +8,7 @@
 namespace korvane::host {
 namespace {
 
-/// Keys as text: characters as they are, others as <scan:character>; pasted ones after a '+'.
+// Keys as text: characters as they are, others as <scan:character>; pasted ones after a '+'.
 std::string shown(TerminalKeys& keys) {
     std::string text;
     while (const auto key = keys.next()) {

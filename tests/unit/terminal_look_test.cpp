@@ -14,7 +14,7 @@ namespace {
 constexpr std::uint32_t black = 0x000000;
 constexpr std::uint32_t white = 0xFFFFFF;
 
-/// What the environment means that holds these variables, and of those that matter no others.
+// What the environment means that holds these variables, and of those that matter no others.
 TerminalLook look_of(const std::map<std::string, std::string>& variables) {
     for (const char* name : {"TERM", "COLORTERM", "NO_COLOR", "LC_ALL", "LC_CTYPE", "LANG"})
         unsetenv(name);

@@ -31,7 +31,7 @@ class Screen {
     std::vector<std::uint32_t> words_ = std::vector<std::uint32_t>(std::size_t{columns} * 8 * rows * 16, 0);
 };
 
-/// Just enough of a terminal to see what the control sequences leave on it.
+// Just enough of a terminal to see what the control sequences leave on it.
 class Terminal {
   public:
     explicit Terminal(TerminalSize size) : text_(size.rows, std::string(size.columns, ' ')) {}

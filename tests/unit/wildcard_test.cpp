@@ -81,7 +81,7 @@ TEST(Wildcard, ManyStarsTakeNoExponentialTime) {
     EXPECT_FALSE(matches_wildcard(pattern, name));
 }
 
-/// The rules as they are told, tried in the slow way.
+// The rules as they are told, tried in the slow way.
 bool matches_slowly(std::string_view pattern, std::string_view name) {
     if (pattern.empty()) return name.empty();
     if (pattern[0] == '*') {

@@ -22,7 +22,7 @@ bool any_set(Mask mask) {
     return __builtin_ia32_pmovmskb128(mask) != 0;
 }
 
-/// True when one of the 64 bytes has the value that fills `needle`.
+// True when one of the 64 bytes has the value that fills `needle`.
 bool step_holds(const std::uint8_t* bytes, Vector needle) {
     const auto first = (load(bytes) == needle) | (load(bytes + vector_bytes) == needle);
     const auto second =

@@ -4,7 +4,7 @@
 
 namespace korvane {
 
-/// `C start1 end1 start2`: lists the differences between two blocks of equal length.
+// `C start1 end1 start2`: lists the differences between two blocks of equal length.
 CommandEnd do_compare(WordReader& arguments);
 
 }  // namespace korvane

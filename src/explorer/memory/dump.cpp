@@ -15,7 +15,7 @@ namespace {
 constexpr std::uint64_t default_length = 256;
 constexpr std::uint64_t longest_dump = 65536;
 
-/// The line at `address`; without `forced` only bytes in readable memory are read.
+// The line at `address`; without `forced` only bytes in readable memory are read.
 HexLine read_line(std::uint64_t address, unsigned count, bool forced) {
     HexLine line{.address = address, .count = count, .absent = "??"};
     for (unsigned i = 0; i < count; ++i) {

@@ -20,7 +20,7 @@ void print_write_refused(std::uint64_t address) {
     print_line(LineText().put("Write refused/unavailable at ").put_address(address));
 }
 
-/// Writes one byte if its address is writable; otherwise says so.
+// Writes one byte if its address is writable; otherwise says so.
 bool write_byte(std::uint64_t address, std::uint8_t byte) {
     if (accessible_run_up(Access::write, address, 1) == 0) {
         print_write_refused(address);
@@ -30,16 +30,16 @@ bool write_byte(std::uint64_t address, std::uint8_t byte) {
     return true;
 }
 
-/// Where the next of a row of bytes goes; false, with the message, when the row passes the top of memory.
+// Where the next of a row of bytes goes; false, with the message, when the row passes the top of memory.
 bool next_address(std::uint64_t base, std::uint64_t written, std::uint64_t& address) {
     if (!check_wrap(base, written + 1)) return false;
     address = base + written;
     return true;
 }
 
-/// Copies the range so that the result is right when source and destination overlap. Returns true, or false
-/// and the offset of the byte that could not be copied: of the bytes before it when copying upward, of those
-/// after it when copying downward, all have been.
+// Copies the range so that the result is right when source and destination overlap. Returns true, or false
+// and the offset of the byte that could not be copied: of the bytes before it when copying upward, of those
+// after it when copying downward, all have been.
 bool transfer(const MemoryRange& source, std::uint64_t destination, std::uint64_t& stopped_at) {
     const std::uint64_t count = source.count();
     const bool downward = destination > source.start && destination <= source.end;

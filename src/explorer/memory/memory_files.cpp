@@ -34,7 +34,7 @@ bool read_memory(const FileHandle& file, std::uint64_t address, std::uint64_t co
     return true;
 }
 
-/// Bytes before a refusal stay in the file, as they stay in memory when the other commands are refused.
+// Bytes before a refusal stay in the file, as they stay in memory when the other commands are refused.
 void save(std::string_view name, const MemoryRange& range) {
     const FileHandle file = OpenFileByName(name, OpenMode::create);
     if (!file) {

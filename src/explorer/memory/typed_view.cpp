@@ -21,7 +21,7 @@ LineText labelled(const char* label) {
     return line;
 }
 
-/// One line for the lowest `bytes` bytes of the data: hexadecimal and unsigned.
+// One line for the lowest `bytes` bytes of the data: hexadecimal and unsigned.
 void print_unsigned(const char* label, std::uint64_t data, unsigned bytes) {
     const std::uint64_t value = bytes == 8 ? data : data & ((std::uint64_t{1} << (8 * bytes)) - 1);
     LineText line = labelled(label);

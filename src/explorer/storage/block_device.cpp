@@ -8,7 +8,7 @@
 namespace korvane {
 namespace {
 
-/// What to allocate so that `bytes` bytes fit at an aligned address within it.
+// What to allocate so that `bytes` bytes fit at an aligned address within it.
 std::uint64_t bytes_with_slack(std::uint64_t bytes, std::uint32_t alignment) {
     return alignment > 1 ? bytes + (alignment - 1) : bytes;
 }

@@ -9,7 +9,7 @@
 
 namespace korvane {
 
-/// The contents of one of the firmware's global variables.
+// The contents of one of the firmware's global variables.
 class GlobalVariable {
   public:
     explicit GlobalVariable(const char16_t* name);
@@ -17,7 +17,7 @@ class GlobalVariable {
     explicit operator bool() const { return valid_; }  // false: not there, unreadable or absurdly large
     std::span<const std::uint8_t> bytes() const;
 
-    /// The contents as one 16-bit number; nothing when they are no such number.
+    // The contents as one 16-bit number; nothing when they are no such number.
     std::optional<std::uint16_t> number() const;
 
   private:
@@ -26,7 +26,7 @@ class GlobalVariable {
     bool valid_ = false;
 };
 
-/// The name of a `Boot####` variable: four upper-case hexadecimal digits follow "Boot".
+// The name of a `Boot####` variable: four upper-case hexadecimal digits follow "Boot".
 class BootVariableName {
   public:
     explicit BootVariableName(std::uint16_t number);
@@ -36,7 +36,7 @@ class BootVariableName {
     std::array<char16_t, 9> text_;
 };
 
-/// The `BootOrder` variable: the numbers of the boot entries in the order in which the firmware tries them.
+// The `BootOrder` variable: the numbers of the boot entries in the order in which the firmware tries them.
 class BootOrder {
   public:
     BootOrder();
@@ -49,13 +49,13 @@ class BootOrder {
     GlobalVariable variable_;
 };
 
-/// Walks the numbers of the boot entries that may exist: those of `BootOrder` in its order, then 0000 to 00FF
-/// as far as they are not in it. Firmware that numbers entries higher lists them in `BootOrder` in practice.
+// Walks the numbers of the boot entries that may exist: those of `BootOrder` in its order, then 0000 to 00FF
+// as far as they are not in it. Firmware that numbers entries higher lists them in `BootOrder` in practice.
 class BootEntryWalk {
   public:
     explicit BootEntryWalk(const BootOrder& order) : order_(order) {}
 
-    /// Goes to the next number; false when there is none left.
+    // Goes to the next number; false when there is none left.
     bool next();
 
     std::uint16_t number() const { return number_; }

@@ -11,7 +11,7 @@ using Element = DevicePathElement;
 constexpr std::size_t line_width = 79;
 constexpr std::size_t most_data_bytes = 32;
 
-/// A number as device paths show it: "0x" and no leading zeros.
+// A number as device paths show it: "0x" and no leading zeros.
 void put_0x(LineText& line, std::uint64_t value) {
     unsigned digits = 1;
     while (digits < 16 && value >> (4 * digits) != 0)
@@ -58,7 +58,7 @@ void put_pci(LineText& line, const Element& node) {
     line.put(')');
 }
 
-/// GUID and data, for the vendor nodes of all three types.
+// GUID and data, for the vendor nodes of all three types.
 void put_vendor(LineText& line, const char* name, const Element& node) {
     line.put(name).put('(');
     put_guid(line, node.field<uefi::Guid>(0));
@@ -79,7 +79,7 @@ void put_memory_mapped(LineText& line, const Element& node) {
     line.put(')');
 }
 
-/// A compressed EISA identifier: three letters of five bits and a product number.
+// A compressed EISA identifier: three letters of five bits and a product number.
 void put_eisa_id(LineText& line, std::uint32_t id) {
     constexpr std::uint32_t pnp = 0x41D0;
     if ((id & 0xFFFF) == pnp) {
@@ -234,7 +234,7 @@ void put_bbs(LineText& line, const Element& node) {
 
 // ---- The kinds of nodes -------------------------------------------------------------------------
 
-/// A node whose text is a name and up to five fields, given by their sizes in bytes; or one with a function.
+// A node whose text is a name and up to five fields, given by their sizes in bytes; or one with a function.
 struct NodeKind {
     std::uint8_t type;
     std::uint8_t sub_type;

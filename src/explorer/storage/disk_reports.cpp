@@ -24,7 +24,7 @@ void put_size(LineText& line, const uefi::BlockIoMedia& media, unsigned width) {
     }
 }
 
-/// "Disk 0     61440 MiB  block=512   last LBA=125829119  fixed  read/write"
+// "Disk 0     61440 MiB  block=512   last LBA=125829119  fixed  read/write"
 LineText disk_line(std::uint64_t number, const uefi::BlockIoMedia& media) {
     LineText line;
     line.put("Disk ").put_decimal(number).tab_to(8);

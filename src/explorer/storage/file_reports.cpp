@@ -19,13 +19,13 @@ constexpr std::size_t tab_width = 8;
 constexpr unsigned offset_digits = 8;  // leaves a dump line within 80 columns
 constexpr unsigned large_offset_digits = 16;
 
-/// The rows of a text as it fills the text area's width.
+// The rows of a text as it fills the text area's width.
 class TextRows {
   public:
     explicit TextRows(PagedReport& listing)
         : listing_(listing), width_(std::min<std::size_t>(listing.columns(), LineText::capacity)) {}
 
-    /// False when the user ended the listing.
+    // False when the user ended the listing.
     bool put(std::uint8_t character) {
         if (character == TextDecoder::line_end) return end_row();
         if (character == TextDecoder::tab) {
@@ -37,7 +37,7 @@ class TextRows {
         return put_shown(static_cast<char>(character));
     }
 
-    /// Shows a last line that has no end.
+    // Shows a last line that has no end.
     void finish() {
         if (row_.length() != 0) end_row();
     }
@@ -61,14 +61,14 @@ class TextRows {
     LineText row_;
 };
 
-/// Reads a file in pieces of equal size, but for the last.
+// Reads a file in pieces of equal size, but for the last.
 class FileChunks {
   public:
     explicit FileChunks(const FileHandle& file) : file_(file), buffer_(chunk_bytes) {
         if (!buffer_) failure_ = "Out of memory.";
     }
 
-    /// Reads the next piece; false at the end of the file and after a failure.
+    // Reads the next piece; false at the end of the file and after a failure.
     bool next() {
         if (at_end_ || !failure_.empty()) return false;
         offset_ += filled_;
@@ -137,7 +137,7 @@ void report_hex(const FileHandle& file) {
     if (!chunks.failure().empty()) listing.line(chunks.failure());
 }
 
-/// Opens the file that `v file` names. Empty after a message, or with the outcome of bad arguments.
+// Opens the file that `v file` names. Empty after a message, or with the outcome of bad arguments.
 FileHandle open_argument(WordReader& arguments, CommandEnd& outcome) {
     std::uint64_t number = 0;
     outcome = CommandEnd::bad_arguments;

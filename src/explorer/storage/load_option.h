@@ -14,7 +14,7 @@ inline constexpr std::uint32_t load_option_hidden = 0x8;
 inline constexpr std::uint32_t load_option_category = 0x1F00;
 inline constexpr std::uint32_t load_option_category_application = 0x100;
 
-/// The contents of a `Boot####` variable; the spans are parts of its bytes.
+// The contents of a `Boot####` variable; the spans are parts of its bytes.
 struct LoadOption {
     std::uint32_t attributes;
     std::span<const std::uint8_t> description;  // UTF-16 without its terminator
@@ -27,10 +27,10 @@ struct LoadOption {
     }
 };
 
-/// Takes a load option apart; nothing when its parts do not fit into its bytes.
+// Takes a load option apart; nothing when its parts do not fit into its bytes.
 std::optional<LoadOption> decode_load_option(std::span<const std::uint8_t> bytes);
 
-/// Puts the description as 8-bit text.
+// Puts the description as 8-bit text.
 void put_description(LineText& line, const LoadOption& option);
 
 }  // namespace korvane

@@ -24,7 +24,7 @@ constexpr std::array<PartitionType, 6> partition_types = {{
     {{0x0657FD6D, 0xA4AB, 0x43C4, {0x84, 0xE5, 0x09, 0x33, 0xC8, 0x4B, 0x4F, 0x4F}}, "Linux swap"},
 }};
 
-/// The bytes of `count` blocks from `first` to `last`, or nothing when they do not fit in 64 bits.
+// The bytes of `count` blocks from `first` to `last`, or nothing when they do not fit in 64 bits.
 std::optional<std::uint64_t> partition_bytes(uefi::Lba first, uefi::Lba last, std::uint32_t block_size) {
     std::uint64_t blocks = 0;
     std::uint64_t bytes = 0;

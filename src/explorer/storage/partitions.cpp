@@ -10,14 +10,14 @@
 namespace korvane {
 namespace {
 
-/// What to show of a table: one entry, or all.
+// What to show of a table: one entry, or all.
 struct Selection {
     std::optional<std::uint64_t> number;  // counted from 1
 
     bool includes(std::uint64_t entry) const { return !number || *number == entry; }
 };
 
-/// The lines of a table, printed with pauses; knows whether any was shown.
+// The lines of a table, printed with pauses; knows whether any was shown.
 class PartitionList {
   public:
     explicit PartitionList(Selection selection) : selection_(selection) {}
@@ -41,7 +41,7 @@ class PartitionList {
     bool shown_ = false;
 };
 
-/// Walks the entry table until its end, a read that fails or a place that 64 bits cannot hold.
+// Walks the entry table until its end, a read that fails or a place that 64 bits cannot hold.
 void list_gpt_entries(DiskReader& reader, const GptHeader& header, std::uint32_t block_size,
                       std::span<std::uint8_t> entry_bytes, PartitionList& list) {
     std::uint64_t table = 0;

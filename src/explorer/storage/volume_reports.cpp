@@ -45,7 +45,7 @@ void list_volume_info(PagedReport& listing, std::uint64_t number, std::span<cons
     listing.line(details.put("  block=").put_decimal(block));
 }
 
-/// The volume's information record, or an empty span when the firmware does not tell.
+// The volume's information record, or an empty span when the firmware does not tell.
 std::span<const std::uint8_t> read_volume_info(uefi::FileProtocol* root, const PoolBuffer& buffer) {
     std::uint64_t size = buffer.size();
     if (!buffer || uefi::is_error(root->GetInfo(root, &uefi::file_system_info_guid, &size, buffer.data()))) {
@@ -99,7 +99,7 @@ struct DirectoryTotals {
     std::uint64_t bytes;  // of the files, modulo 2^64 should a file system claim that much
 };
 
-/// Lists one entry: when it was changed, its attributes, its size and its name.
+// Lists one entry: when it was changed, its attributes, its size and its name.
 bool list_entry(PagedReport& listing, const DirectoryRecord& record, DirectoryTotals& totals) {
     LineText line;
     put_time(line, record.changed());
