@@ -24,8 +24,8 @@ class Display : public uefi::GraphicsOutputProtocol {
     std::uint32_t height() const { return information_.VerticalResolution; }
     std::uint32_t pitch() const { return information_.PixelsPerScanLine; }
 
-    // All pixels of the mode as the image has stored them, row by row at the pitch; none in a mode without a
-    // framebuffer.
+    // All pixels of the mode as the image has stored them, row by row at the pitch; none in a
+    // mode without a framebuffer.
     std::span<const std::uint32_t> pixels() const;
     std::uint32_t pixel(std::uint32_t x, std::uint32_t y) const {
         return pixels()[std::size_t{y} * pitch() + x];

@@ -21,8 +21,8 @@ HostCharacter first_character(std::string_view text);
 // by their look. Nothing that the code page has becomes '?'. No-break space is code 255.
 unsigned char to_code(const HostCharacter& character);
 
-// The text of the interpreter as UTF-8: line ends and tabs as they are, the other control codes by their
-// look.
+// The text of the interpreter as UTF-8: line ends and tabs as they are, the other control
+// codes by their look.
 std::string to_host_text(std::string_view codes);
 
 }  // namespace korvane::host

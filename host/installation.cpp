@@ -15,8 +15,8 @@ fs::path shared_folder() {
     return program.parent_path().parent_path() / "share" / "korvane";
 }
 
-// The installed files may be write-protected; the copies are the user's own. Under another name until all are
-// there.
+// The installed files may be write-protected; the copies are the user's own. Under another name
+// until all are there.
 void make_volume(const fs::path& volume) {
     const fs::path unfinished = volume.string() + ".new";
     fs::remove_all(unfinished);

@@ -1,5 +1,5 @@
-// What a terminal that is installed finds by itself: the image, the examples, and a volume at the user's
-// home.
+// What a terminal that is installed finds by itself: the image, the examples, and a volume
+// at the user's home.
 #pragma once
 
 #include <filesystem>

@@ -15,8 +15,8 @@ struct ProgramText {
     // What LOAD will stop at, with the number of the line in the file: "line 3: Direct statement in file".
     // Empty when it takes the whole text.
     std::string fault;
-    // What is read otherwise than it stands there, with the line's number: characters that the code page
-    // lacks.
+    // What is read otherwise than it stands there, with the line's number: characters that
+    // the code page lacks.
     std::string loss;
 };
 

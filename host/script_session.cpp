@@ -14,8 +14,8 @@
 namespace korvane::host {
 namespace {
 
-// As wide as a screen can be, so that neither TAB nor the print zones meet its edge; as high as on a usual
-// PC.
+// As wide as a screen can be, so that neither TAB nor the print zones meet its edge; as high as
+// on a usual PC.
 constexpr std::uint32_t columns = 256;
 constexpr std::uint32_t rows = 25;
 

@@ -18,8 +18,8 @@ class StandardOutput {
     // Writes what is gathered.
     void flush();
 
-    // The same when the oldest of it has waited for a moment: output of a program that runs is seen while it
-    // runs.
+    // The same when the oldest of it has waited for a moment: output of a program that runs is
+    // seen while it runs.
     void flush_if_due();
 
   private:

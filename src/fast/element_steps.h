@@ -8,8 +8,8 @@
 
 namespace korvane::fast {
 
-// The address of the element of an array of the type whose "(" is `bracket`; null when a subscript is out of
-// range.
+// The address of the element of an array of the type whose "(" is `bracket`; null when a subscript
+// is out of range.
 std::uint8_t* element_address(Token* bracket, Type type);
 
 // The same for a type of so many bytes: 2, 4, 8 or 16.

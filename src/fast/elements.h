@@ -29,8 +29,8 @@ inline bool subscript_offset(const Whole& subscript, std::int64_t bound, std::ui
 // Any number of subscripts, row-major.
 bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& offset);
 
-// The address of the element; null when a subscript is out of range or no number. `size`: bytes of an
-// element.
+// The address of the element; null when a subscript is out of range or no number. `size`:
+// bytes of an element.
 template <int size, Subscripts subscripts>
 inline std::uint8_t* find_element(const Token* bracket) {
     const auto* block = static_cast<const ArrayBlock*>(as<MarkRecord>(bracket).callee);

@@ -1,5 +1,5 @@
-// Where a specialised statement leads: to the statement behind it, past the end of its line where that is
-// possible.
+// Where a specialised statement leads: to the statement behind it, past the end of its line
+// where that is possible.
 //
 // The end record of a line keeps the next line's first token once control has passed there. From then on
 // whoever leads to the end record may lead to that token at once, unless a THEN part ends there: then the end

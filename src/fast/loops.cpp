@@ -97,8 +97,8 @@ std::uint64_t for_loop(Current at, std::uint64_t budget) {
     return open_loop(at) ? proceed(as<ForRecord>(at).after, budget) : execute_general(at, budget);
 }
 
-// The expression behind a word, kept in its own domain so that the general NEXT sees the type it would have
-// seen.
+// The expression behind a word, kept in its own domain so that the general NEXT sees the type
+// it would have seen.
 bool hold_natural(Token* host, Token*& end) {
     Specialised value;
     if (!specialise(host + 1, Domain::WHOLE, value) || !is_numeric(value.side.type) || value.allocates)

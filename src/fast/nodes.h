@@ -80,8 +80,8 @@ inline const Node& node_at(std::int16_t index) {
 // Gives its root, or `none` when some part of it has no specialised form.
 std::int16_t parse_expression(Token*& at, int minimum);
 
-// An array element: binds its bracket to the array and its subscripts, and moves `at` from the name to behind
-// it.
+// An array element: binds its bracket to the array and its subscripts, and moves `at` from the
+// name to behind it.
 bool bind_element(Token* name, Token*& at, Type& type);
 
 // Makes the steps of a node, for a value wanted in a domain, and describes it as a side.

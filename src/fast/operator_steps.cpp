@@ -185,8 +185,8 @@ StepOf<Singles> pick_single(const Token* at, bool chained) {
         at, chained);
 }
 
-// Chains have steps of their own where they are frequent: what a comparison or a call begins, and products in
-// sums.
+// Chains have steps of their own where they are frequent: what a comparison or a call begins,
+// and products in sums.
 template <int operation>
 StepOf<Wholes> pick_whole(const Token* at, bool chained) {
     constexpr std::uint8_t i16 = side_kind(I16, false, Domain::WHOLE);

@@ -93,8 +93,8 @@ bool parse_held(Token* mark, Token*& at, Type& type) {
     return true;
 }
 
-// The arguments from "(" to ")", each held by the mark in front of it. `accept` judges the type of the n-th
-// one.
+// The arguments from "(" to ")", each held by the mark in front of it. `accept` judges the type
+// of the n-th one.
 template <typename Accept>
 bool parse_arguments(Token* bracket, Token*& at, int& count, Accept accept) {
     Token* mark = bracket;

@@ -13,20 +13,19 @@
 namespace korvane {
 
 enum class Happening : std::uint32_t {
-    // The interpreter has started; the value is the address of its ProgramStore (core/program_store.h).
+    // The interpreter has started; the value is the address of its ProgramStore (program/program_store.h).
     starts,
     // A statement puts a character on the console, which is the value's low byte; the byte above it is 0, or
-    // the number
-    // of the text window that it goes to. 13 ends the line. What the keyboard's input echoes is not told.
+    // the number of the text window that it goes to. 13 ends the line. What the keyboard's input echoes is
+    // not told.
     text,
     // The same for what the system says by itself: errors and breaks.
     message,
-    // A statement moves the cursor: the value is its column in the text area, and `another_row` is added when
-    // the row
-    // changes, too.
+    // A statement moves the cursor: the value is its column in the text area, and `another_row` is added
+    // when the row changes, too.
     moves,
-    // The rows of a text area as wide as the screen are about to move up; the value is the row that will be
-    // lost.
+    // The rows of a text area as wide as the screen are about to move up; the value is the row
+    // that will be lost.
     scrolls,
     // The program is now what a file holds: it was loaded or saved.
     keeps,

@@ -22,8 +22,8 @@ void do_on(Cursor& cursor);
 // Whether a line number literal is an expression of its own: its target is looked up once.
 bool is_lone_literal(const Token* at);
 
-// Jumps to the line whose number is the literal at the cursor, as after THEN and ELSE. Remembers where it
-// leads.
+// Jumps to the line whose number is the literal at the cursor, as after THEN and ELSE.
+// Remembers where it leads.
 void jump_to_literal(Token& literal);
 
 }  // namespace korvane

@@ -34,8 +34,8 @@ std::optional<uefi::InputKey> read_key();
 uefi::InputKey wait_for_key();
 
 // The same for whoever shows that he waits: looks for a while, then sleeps between looks, so that a machine
-// at the prompt stays cool. Where the firmware cannot wait, or ends the wait without a key, it goes on
-// looking.
+// at the prompt stays cool. Where the firmware cannot wait, or ends the wait without a key,
+// it goes on looking.
 uefi::InputKey look_for_key();
 
 inline bool is_escape(const uefi::InputKey& key) {

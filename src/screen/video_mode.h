@@ -15,8 +15,8 @@ extern Video video;
 
 // Start-up: finds the graphics output, keeps the firmware's current mode, takes its framebuffer and clears it
 // to black. When that mode has no framebuffer, or has red and blue the other way round, the nearest one that
-// is better is set. False, with nothing drawn, when there is no graphics output, or none that can be drawn
-// in.
+// is better is set. False, with nothing drawn, when there is no graphics output, or none that
+// can be drawn in.
 bool video_start();
 
 // The end of the application: sets the mode again that there was at the start.

@@ -1,5 +1,5 @@
-// The items of DATA, one after the other: taken from the raw text of the program's DATA statements, in line
-// order.
+// The items of DATA, one after the other: taken from the raw text of the program's DATA
+// statements, in line order.
 #pragma once
 
 #include <cstdint>

@@ -106,8 +106,8 @@ TEST(LookForKey, SleepsWhenThereIsNoKeyForAWhile) {
     EXPECT_EQ(keys.waits, 1);
 }
 
-// Of firmware that cannot wait, or ends the wait for what is no key, nothing is asked in nearly all of the
-// time.
+// Of firmware that cannot wait, or ends the wait for what is no key, nothing is asked in nearly
+// all of the time.
 TEST(LookForKey, LooksOnWhereWaitingFailsOrEndsAtOnce) {
     for (const uefi::Status status : {uefi::success, uefi::unsupported}) {
         TypedKeys keys;

@@ -41,8 +41,8 @@ bool read_bounds(Cursor& cursor, Bounds& bounds) {
     return expect(cursor, ')', message::expected_right_parenthesis);
 }
 
-// Takes the block of an array from the data arena; null when it does not fit or its size does not fit in 64
-// bits.
+// Takes the block of an array from the data arena; null when it does not fit or its size does not
+// fit in 64 bits.
 ArrayBlock* allocate_block(const Bounds& bounds, Type type) {
     std::uint64_t elements = 1;
     std::uint64_t data = 0;

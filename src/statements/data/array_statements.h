@@ -6,8 +6,8 @@
 namespace korvane {
 
 // DIM name(bound[, bound...])[, ...]. Raises "Expected name", "Duplicate definition", "Illegal dimension",
-// "Too many dimensions", "Too many variables" and "Out of memory"; items in front of one that fails stay
-// dimensioned.
+// "Too many dimensions", "Too many variables" and "Out of memory"; items in front of one
+// that fails stay dimensioned.
 void do_dim(Cursor& cursor);
 
 // ERASE name[, name...]: the memory is not given back before the next clear (deliberate). Raises "Expected
