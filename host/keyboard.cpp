@@ -107,7 +107,9 @@ uefi::Status EFIAPI Keyboard::read_key_stroke(uefi::SimpleTextInputProtocol* sel
 uefi::Status Keyboard::wait() {
     while (queue_.empty()) {
         if (!wanted_) return uefi::unsupported;
-        wanted_(looks_from_one_place_ >= looks_of_the_editor ? KeyWant::spin : KeyWant::block);
+        waits_at_prompt_ = looks_from_one_place_ >= looks_of_the_editor;
+        wanted_(waits_at_prompt_ ? KeyWant::spin : KeyWant::block);
+        waits_at_prompt_ = false;
     }
     return uefi::success;
 }

@@ -30,7 +30,9 @@ class Keyboard : public uefi::SimpleTextInputProtocol {
 
     void press(uefi::InputKey key) { queue_.push_back(key); }
     // Puts a key into the queue at the n-th call of ReadKeyStroke from now, counted from 1.
-    void press_at_poll(std::uint64_t n, uefi::InputKey key) { scheduled_.emplace(polls_ + n, key); }
+    void press_at_poll(std::uint64_t n, uefi::InputKey key) {
+        scheduled_.emplace(polls_ + n + (waits_at_prompt_ ? 1 : 0), key);
+    }
     bool empty() const { return queue_.empty(); }
     void clear();
 
@@ -57,6 +59,9 @@ class Keyboard : public uefi::SimpleTextInputProtocol {
     std::deque<uefi::InputKey> queue_;
     std::multimap<std::uint64_t, uefi::InputKey> scheduled_;  // by poll number
     std::uint64_t polls_ = 0;
+    // In the prompt's wait for the event. Its next look takes the key for which it waits, as the look does in
+    // which the prompt is found without waiting; only what comes behind it is counted.
+    bool waits_at_prompt_ = false;
 
     // What tells spinning from polling: the time the image takes between two polls, and the stack at them.
     static constexpr std::size_t watched_words = 24;
