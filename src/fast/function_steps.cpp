@@ -92,7 +92,6 @@ enum class ResultRule : std::uint8_t { DOUBLE, SAME, WHOLE };
 
 struct FunctionRow {
     std::string_view name;
-    std::string_view arguments;
     ResultRule rule;
     double (*real)(double, Token*);
     float (*single)(float, Token*);
@@ -100,22 +99,22 @@ struct FunctionRow {
 };
 
 constexpr FunctionRow rows[] = {
-    {"ABS", "n", ResultRule::SAME, real_function<absolute>, single_function<absolute>, absolute_whole},
-    {"INT", "n", ResultRule::SAME, real_function<rounded_down>, single_function<rounded_down>, same_whole},
-    {"FIX", "n", ResultRule::SAME, real_function<truncated>, single_function<truncated>, same_whole},
-    {"CINT", "n", ResultRule::WHOLE, nullptr, nullptr, same_whole},
-    {"SGN", "n", ResultRule::WHOLE, nullptr, nullptr, sign_of_real},
-    {"SQR", "n", ResultRule::DOUBLE, real_function<kernel_sqrt>, nullptr, nullptr},
-    {"SIN", "n", ResultRule::DOUBLE, real_function<kernel_sin>, nullptr, nullptr},
-    {"COS", "n", ResultRule::DOUBLE, real_function<kernel_cos>, nullptr, nullptr},
-    {"TAN", "n", ResultRule::DOUBLE, real_function<kernel_tan>, nullptr, nullptr},
-    {"ATN", "n", ResultRule::DOUBLE, real_function<kernel_atan>, nullptr, nullptr},
-    {"EXP", "n", ResultRule::DOUBLE, real_function<kernel_exp>, nullptr, nullptr},
-    {"LOG", "n", ResultRule::DOUBLE, real_function<kernel_log>, nullptr, nullptr},
-    {"LEN", "t", ResultRule::WHOLE, nullptr, nullptr, length_of_text},
-    {"ASC", "t", ResultRule::WHOLE, nullptr, nullptr, code_of_text},
-    {"INSTR", "?ntt", ResultRule::WHOLE, nullptr, nullptr, position_in_text},
-    {"VAL", "t", ResultRule::DOUBLE, number_in_text, nullptr, nullptr},
+    {"ABS", ResultRule::SAME, real_function<absolute>, single_function<absolute>, absolute_whole},
+    {"INT", ResultRule::SAME, real_function<rounded_down>, single_function<rounded_down>, same_whole},
+    {"FIX", ResultRule::SAME, real_function<truncated>, single_function<truncated>, same_whole},
+    {"CINT", ResultRule::WHOLE, nullptr, nullptr, same_whole},
+    {"SGN", ResultRule::WHOLE, nullptr, nullptr, sign_of_real},
+    {"SQR", ResultRule::DOUBLE, real_function<kernel_sqrt>, nullptr, nullptr},
+    {"SIN", ResultRule::DOUBLE, real_function<kernel_sin>, nullptr, nullptr},
+    {"COS", ResultRule::DOUBLE, real_function<kernel_cos>, nullptr, nullptr},
+    {"TAN", ResultRule::DOUBLE, real_function<kernel_tan>, nullptr, nullptr},
+    {"ATN", ResultRule::DOUBLE, real_function<kernel_atan>, nullptr, nullptr},
+    {"EXP", ResultRule::DOUBLE, real_function<kernel_exp>, nullptr, nullptr},
+    {"LOG", ResultRule::DOUBLE, real_function<kernel_log>, nullptr, nullptr},
+    {"LEN", ResultRule::WHOLE, nullptr, nullptr, length_of_text},
+    {"ASC", ResultRule::WHOLE, nullptr, nullptr, code_of_text},
+    {"INSTR", ResultRule::WHOLE, nullptr, nullptr, position_in_text},
+    {"VAL", ResultRule::DOUBLE, number_in_text, nullptr, nullptr},
 };
 
 const FunctionRow* find_row(std::string_view name) {
@@ -207,9 +206,8 @@ bool FunctionArguments::take(Type type) {
     return taken == 'a' || (taken == 't') == (type == Type::STRING);
 }
 
-std::string_view number_function_arguments(std::string_view name) {
-    const FunctionRow* row = find_row(name);
-    return row == nullptr ? std::string_view{} : row->arguments;
+bool gives_number(std::string_view name) {
+    return find_row(name) != nullptr;
 }
 
 Type function_result(std::string_view name, Type argument) {
