@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "fast/step.h"
+#include "numbers/rounding.h"
 
 namespace korvane::fast {
 
@@ -109,13 +110,9 @@ inline Whole left_whole(const Token* at) {
 
 // A double rounded to an integer, halves away from zero; failed outside the INT64 range.
 inline Whole round_whole(double x) {
-    constexpr double limit = 9223372036854775808.0;
-    if (!(x >= -limit && x < limit)) return {0, 1};
-    const auto truncated = static_cast<std::int64_t>(x);
-    const double fraction = x - static_cast<double>(truncated);
-    if (__builtin_expect(fraction == 0, true)) return {truncated, 0};
-    // A broken part means that |x| is below 2^53, so the step cannot leave the range.
-    return {truncated + (fraction >= 0.5) - (fraction <= -0.5), 0};
+    std::int64_t whole;
+    if (!round_to_nearest(x, whole)) return {0, 1};
+    return {whole, 0};
 }
 
 // The right side as a subscript or a count, which may be of any kind.
