@@ -141,7 +141,7 @@ bool bind(const VariableEntry& parameter, std::uint8_t* storage, const Token* ma
 // they are collected first; parameters are put back in reverse.
 template <typename Body>
 bool call(const Token* bracket, Body body) {
-    auto* function = static_cast<UserFunction*>(as<MarkRecord>(bracket).callee);
+    UserFunction* function = as<CallRecord>(bracket).callee;
     if (stack_exhausted()) return false;
     std::uint8_t arguments[max_parameters][8];
     std::int32_t count = 0;
@@ -169,7 +169,7 @@ double call_real(double, Token* at) {
 
 // The frequent case: one DOUBLE parameter.
 double call_real_with_one(double, Token* at) {
-    auto* function = static_cast<UserFunction*>(as<MarkRecord>(at).callee);
+    const UserFunction* function = as<CallRecord>(at).callee;
     const double argument = quick_right_real(at);
     if (!is_finite(argument) || stack_exhausted()) return no_number();
     std::uint8_t* storage = function->entries[0]->storage;
@@ -223,32 +223,34 @@ Type function_result(std::string_view name, Type argument) {
 
 void set_function_step(Token* bracket, std::string_view name, Domain domain) {
     const FunctionRow* row = find_row(name);
+    StepFunction& function = as<CallRecord>(bracket).function;
     switch (domain) {
         case Domain::REAL:
-            bracket->step.real = row->real;
+            function.real = row->real;
             break;
         case Domain::SINGLE:
-            bracket->step.single = row->single;
+            function.single = row->single;
             break;
         default:
-            bracket->step.whole = row->whole;
+            function.whole = row->whole;
             break;
     }
 }
 
 void set_user_function_step(Token* bracket, UserFunction* function, Domain domain) {
-    as<MarkRecord>(bracket).callee = function;
+    auto& call = as<CallRecord>(bracket);
+    call.callee = function;
     switch (domain) {
         case Domain::REAL: {
             const bool simple = function->parameter_count == 1 && function->entries[0]->type == Type::DOUBLE;
-            bracket->step.real = simple ? call_real_with_one : call_real;
+            call.function.real = simple ? call_real_with_one : call_real;
             break;
         }
         case Domain::SINGLE:
-            bracket->step.single = call_single;
+            call.function.single = call_single;
             break;
         default:
-            bracket->step.whole = call_whole;
+            call.function.whole = call_whole;
             break;
     }
 }

@@ -336,7 +336,7 @@ bool bind_element(Token* name, Token*& at, Type& type) {
         static_cast<std::uint64_t>(count) != array->array->dimensions) {
         return false;
     }
-    as<MarkRecord>(name + 1).callee = array->array;
+    as<ElementRecord>(name + 1).array = array->array;
     type = array->type;
     return true;
 }

@@ -71,7 +71,7 @@ Value character(Token* at) {
 }
 
 Value number_text(Token* at) {
-    const Type type = as<MarkRecord>(at).last_argument;
+    const Type type = as<CallRecord>(at).last_argument;
     Value number;
     if (is_integer(type)) {
         const Whole whole = right_whole(at);
@@ -111,7 +111,7 @@ Value blanks(Token* at) {
 Value repeated_character(Token* at) {
     const Whole count = number_at(at, 0);
     const Token* mark = as<MarkRecord>(at).next_mark;
-    if (as<MarkRecord>(at).last_argument == Type::STRING) {
+    if (as<CallRecord>(at).last_argument == Type::STRING) {
         const Value text = right_text(mark);
         return failed(text) || text.length == 0 ? no_text() : repeated(text.bytes[0], count);
     }
@@ -163,7 +163,7 @@ Value joined(const Token* plus, unsigned copies) {
 }
 
 void set_concatenation_step(Token* at) {
-    at->step.text = concatenate;
+    as<OperatorRecord>(at).function.text = concatenate;
 }
 
 bool gives_text(std::string_view name) {
@@ -171,8 +171,9 @@ bool gives_text(std::string_view name) {
 }
 
 void set_text_function_step(Token* bracket, std::string_view name, Type last) {
-    as<MarkRecord>(bracket).last_argument = last;
-    bracket->step.text = find_row(name)->step;
+    auto& call = as<CallRecord>(bracket);
+    call.last_argument = last;
+    call.function.text = find_row(name)->step;
 }
 
 }  // namespace korvane::fast
