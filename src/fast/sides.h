@@ -123,11 +123,10 @@ inline Whole left_whole(const Token* at) {
     return whole_side(record.left_kind, record.left_leaf, record.left_chain);
 }
 
-// A double rounded to an integer, halves away from zero; failed outside the INT64 range.
+// A double rounded to an integer; failed outside the INT64 range.
 inline Whole round_whole(double x) {
-    std::int64_t whole;
-    if (!round_to_nearest(x, whole)) return {0, 1};
-    return {whole, 0};
+    Whole whole{0, 0};
+    return nearest_integer(x, whole.value) ? whole : Whole{0, 1};
 }
 
 // The right side as a subscript or a count, which may be of any kind.
