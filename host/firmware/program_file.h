@@ -2,8 +2,6 @@
 #pragma once
 
 #include <cstddef>
-#include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -24,10 +22,6 @@ struct ProgramText {
 // already. A tab counts as a blank, a line of nothing but blanks as an empty one; Ctrl-Z at the end is left
 // out. UTF-16 is not taken: the fault says so, and nothing else is read.
 ProgramText read_program(std::string_view bytes);
-
-// The host's file for a name that LOAD would be given in this folder: the file itself, or the one with
-// ".bas" behind the name, capitals or not. Nothing when there is none.
-std::optional<std::filesystem::path> find_program(const std::filesystem::path& name);
 
 // Whether a file's name says that it is a program.
 bool has_program_name(std::string_view name);

@@ -12,6 +12,7 @@
 #include "image_loader.h"
 #include "installation.h"
 #include "program_file.h"
+#include "program_search.h"
 #include "terminal_guard.h"
 #include "terminal_look.h"
 #include "terminal_options.h"
