@@ -44,14 +44,14 @@ export function layout({ file, title, html, sections, pages, up }) {
 </header>
 <div id="found" hidden><p role="status"></p><ol></ol></div>
 <div class="columns">
-<nav class="pages" aria-label="Pages"><ul>
-${items.join("\n")}
-</ul></nav>
 <main id="text">
 ${html.slice(0, end)}
 ${contents(headings)}
 ${html.slice(end)}
 </main>
+<nav class="pages" aria-label="Pages"><ul>
+${items.join("\n")}
+</ul></nav>
 </div>
 </body>
 </html>
