@@ -18,6 +18,9 @@ const AXE = require.resolve("axe-core/axe.min.js");
 export const WEB = path.resolve(process.env.KORVANE_WEB);
 const PICTURES = process.env.KORVANE_WEB_PICTURES;
 
+// How long something may take that is waited for: much longer than it does on a machine that has nothing else to do.
+const PATIENCE_MS = Number(process.env.KORVANE_WEB_PATIENCE_MS ?? 20000);
+
 // Where the pages lie on the server: nothing may depend on that.
 const FOLDER = "/some/folder/";
 
@@ -75,7 +78,7 @@ export async function openPage(browser, address, { width = 1280, height = 800, p
     const { protocol, origin } = new URL(request.url());
     if (!["data:", "blob:"].includes(protocol) && origin !== new URL(address).origin) page.troubles.push(`asked for ${request.url()}`);
   });
-  page.setDefaultTimeout(20000);
+  page.setDefaultTimeout(PATIENCE_MS);
   await prepare(page);
   await page.goto(address);
   return page;
@@ -139,13 +142,9 @@ export async function expectAccessible(page) {
   assert.deepEqual(violations.map(({ id, nodes }) => `${id}: ${nodes.map(({ target, failureSummary }) => `${target} ${failureSummary}`).join(" | ")}`), []);
 }
 
-// Downloads go to this folder; gives the newest file there with that name once it is whole.
-export async function downloadsTo(page, folder) {
-  const session = await page.createCDPSession();
-  await session.send("Browser.setDownloadBehavior", { behavior: "allow", downloadPath: folder, eventsEnabled: true });
-  return async (name) => {
-    const file = path.join(folder, name);
-    for (let tries = 0; tries < 200 && !fs.existsSync(file); ++tries) await new Promise((resolve) => setTimeout(resolve, 50));
-    return fs.readFileSync(file);
-  };
+// The content of a file that is being downloaded into a folder, once it is whole.
+export async function downloaded(folder, name) {
+  const file = path.join(folder, name);
+  for (let waited = 0; waited < PATIENCE_MS && !fs.existsSync(file); waited += 50) await new Promise((resolve) => setTimeout(resolve, 50));
+  return fs.readFileSync(file);
 }
