@@ -21,8 +21,8 @@ uefi::Time to_firmware_time(HostTime time);
 // Waits.
 void host_stall(std::uint64_t microseconds);
 
-// A count that goes on at an even pace, as fast as it can be read. Where the host has none that is fine
-// enough, it stands still.
+// A count that goes on at an even pace, of billions in a second: by it, looks for a key with hardly any time
+// in between are told from others.
 std::uint64_t host_ticks();
 
 }  // namespace korvane::host

@@ -123,10 +123,11 @@ export class Machine {
         return {width, height, left, top, columns, rows, pixels};
     }
 
-    // The text of the screen as updatePicture() has last seen it: {rows, columns, cursor}, or null when it is as before.
-    updateText() {
+    // The text of the screen as updatePicture() has last seen it: {rows, columns, cursor}; null when it is as before and
+    // that is not asked for, too.
+    updateText(isAsked = false) {
         const words = new DataView(this.#memory.buffer, Number(this.#exports.update_text()), 32);
-        if (words.getUint32(28, true) === 0) return null;
+        if (words.getUint32(28, true) === 0 && !isAsked) return null;
         const text = decoder.decode(this.#bytes(words.getBigUint64(0, true), words.getBigUint64(8, true)));
         return {
             rows: text.split("\n").slice(0, -1),

@@ -41,6 +41,7 @@
 //                                            renamed (which is "gone" and the new one). Not told for what the page put.
 //   {type: "picture", blob}                  the answer to "picture"
 //   {type: "unknown", characters}            characters of a "text" that the machine does not have, each once
+//   {type: "rejected", path}                 a file of "start" or "put" that a FAT volume cannot hold under this name
 //   {type: "refused", reason}                the machine cannot start; `reason` is "memory64" or "jspi" where the browser
 //                                            lacks what it needs (64-bit memory, or waiting in WebAssembly)
 //   {type: "ended", status}                  the interpreter has returned to its firmware (SYSTEM); status 0 is success
@@ -48,3 +49,197 @@
 //
 // While a program runs without asking for keys, messages are looked at every 8 ms or so; nothing in a program can keep
 // Escape from coming through. While the machine waits, the worker sleeps.
+
+import {Machine, whatIsMissing} from "./machine.js";
+
+// Pictures are drawn, and the text is told, no more often than this, in milliseconds.
+const pictureInterval = 1000 / 60;
+const textInterval = 100;
+
+const enter = 13;
+const escape = 23;
+
+let machine = null;
+let canvas = null;
+let context = null;
+let visible = true;
+let ready = false;
+let waiting = false;
+let size = "";
+let changes = [];      // of the volume, not told yet
+let heldText = [];     // characters of pasted text that are to be typed when the machine waits
+let lastPicture = 0;
+let lastText = 0;
+let textIsOld = false;
+let later = null;      // the timer of an update that would have come too soon
+
+const tell = (message, transferred = []) => postMessage(message, transferred);
+
+// ---- The screen ----
+
+function draw(picture) {
+    const image = new ImageData(picture.pixels, picture.width, picture.height);
+    context.putImageData(image, 0, 0, picture.left, picture.top, picture.columns, picture.rows);
+}
+
+function tellSize(picture) {
+    const now = `${picture.width}x${picture.height}`;
+    if (now === size) return;
+    size = now;
+    if (canvas !== null) {
+        canvas.width = picture.width;
+        canvas.height = picture.height;
+    }
+    tell({type: "resized", width: picture.width, height: picture.height});
+}
+
+// Shows what has changed, as far as it is time; what is not is shown soon.
+function update(now = performance.now()) {
+    clearTimeout(later);
+    later = null;
+    if (!visible) return;
+    if (now - lastPicture >= pictureInterval) {
+        const picture = machine.updatePicture();
+        if (picture === null) return;
+        tellSize(picture);
+        if (picture.columns !== 0) {
+            lastPicture = now;
+            textIsOld = true;
+            if (context !== null) draw(picture);
+        }
+        if (textIsOld && now - lastText >= textInterval) tellText(now);
+        if (!textIsOld || !waiting) return;
+    }
+    if (waiting) later = setTimeout(update, textIsOld ? textInterval : pictureInterval);
+}
+
+function tellText(now, isAsked = false) {
+    const text = machine.updateText(isAsked);
+    textIsOld = false;
+    if (text === null) return;
+    lastText = now;
+    tell({type: "rows", ...text});
+}
+
+async function tellPicture() {
+    const picture = machine.updatePicture();
+    if (picture === null) return;
+    if (picture.columns !== 0 && context !== null) draw(picture);
+    textIsOld ||= picture.columns !== 0;
+    const copy = new OffscreenCanvas(picture.width, picture.height);
+    copy.getContext("2d").putImageData(new ImageData(picture.pixels, picture.width, picture.height), 0, 0);
+    tell({type: "picture", blob: await copy.convertToBlob({type: "image/png"})});
+}
+
+// ---- Keys ----
+
+// The machine's keyboard gives the codes of its own characters. Null for one that it does not have.
+const codeOf = (character) => (character < 32 || character === 0x7F ? character : machine.codeOf(character));
+
+function press(scan, character) {
+    const code = scan === 0 ? codeOf(character) : 0;
+    if (code === null) return tell({type: "unknown", characters: String.fromCharCode(character)});
+    if (scan === escape) heldText = [];
+    machine.press(scan, code);
+}
+
+function holdText(text) {
+    const unknown = new Set();
+    for (const character of text.replace(/\r\n?|\n/g, "\r")) {
+        const code = codeOf(character.codePointAt(0));
+        if (code === null || (code < 32 && code !== enter && code !== 9)) unknown.add(character);
+        else heldText.push(code);
+    }
+    if (unknown.size !== 0) tell({type: "unknown", characters: [...unknown].join("")});
+    if (waiting) typeHeldLine();
+}
+
+function typeHeldLine() {
+    const end = heldText.indexOf(enter);
+    for (const code of heldText.splice(0, end < 0 ? heldText.length : end + 1)) machine.press(0, code);
+}
+
+// ---- The machine ----
+
+function tellChanges() {
+    if (changes.length === 0) return;
+    tell({type: "volume", changes});
+    changes = [];
+}
+
+const told = {
+    turn() {
+        tellChanges();
+        update();
+    },
+    waits(isWaiting) {
+        if (isWaiting && heldText.length !== 0) return typeHeldLine();
+        if (waiting === isWaiting) return;
+        waiting = isWaiting;
+        if (isWaiting && !ready) {
+            ready = true;
+            lastPicture = 0;
+            update();
+            tell({type: "ready"});
+        }
+        tell({type: "waiting", waiting});
+        update();
+    },
+    changed(change) {
+        changes.push(change);
+    },
+    fail(message) {
+        tell({type: "failed", message});
+    },
+};
+
+function put({path, bytes, modified, folder}) {
+    const isThere = folder ? machine.putFolder(path) : machine.putFile(path, bytes, modified);
+    if (!isThere) tell({type: "rejected", path});
+}
+
+// What WebAssembly says when the machine breaks its rules, as a person can read it.
+function explain(error) {
+    return error instanceof WebAssembly.RuntimeError ? `Machine fault: ${error.message}` : error.message;
+}
+
+async function start(message) {
+    const missing = whatIsMissing();
+    if (missing !== null) return tell({type: "refused", reason: missing});
+    try {
+        const module = message.module instanceof WebAssembly.Module
+            ? message.module
+            : await WebAssembly.compileStreaming(fetch(new URL(message.module, import.meta.url)));
+        machine = new Machine(module, told);
+        canvas = message.canvas ?? null;
+        context = canvas?.getContext("2d", {alpha: false}) ?? null;
+        if (message.image) machine.lendImage(new Uint8Array(message.image));
+        for (const file of message.files ?? []) put(file);
+        const status = await machine.run(message.width, message.height);
+        waiting = true;  // nothing will change any more: what is left to show is shown soon
+        told.turn();
+        tell({type: "ended", status});
+    } catch (error) {
+        if (machine !== null) tellChanges();
+        tell({type: "failed", message: explain(error)});
+    }
+}
+
+const handlers = {
+    start,
+    key: ({scan, character}) => press(scan, character),
+    text: ({text}) => holdText(text),
+    put,
+    remove: ({path}) => machine.remove(path),
+    picture: tellPicture,
+    "text-of-screen": () => tellText(performance.now(), true),
+    visible(message) {
+        visible = message.visible;
+        if (visible) update();
+    },
+};
+
+// Nothing but "start" has a meaning before the machine is there.
+onmessage = ({data}) => {
+    if (data.type === "start" || machine !== null) handlers[data.type]?.(data);
+};
