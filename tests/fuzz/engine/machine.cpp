@@ -4,14 +4,8 @@
 
 #include "interpreter_memory.h"
 #include "platform/clock.h"
+#include "raw_memory.h"
 
-#if defined(__SANITIZE_ADDRESS__)
-#define KORVANE_FUZZ_ASAN 1
-#elif defined(__has_feature)
-#if __has_feature(address_sanitizer)
-#define KORVANE_FUZZ_ASAN 1
-#endif
-#endif
 #ifdef KORVANE_FUZZ_ASAN
 #include <sanitizer/common_interface_defs.h>
 #endif
@@ -26,7 +20,6 @@ Machine* machine = nullptr;
 namespace {
 
 #ifdef KORVANE_FUZZ_ASAN
-constexpr bool sanitized = true;
 void before_switch(void** save, const void* bottom, std::size_t size) {
     __sanitizer_start_switch_fiber(save, bottom, size);
 }
@@ -34,7 +27,6 @@ void after_switch(void* saved, const void** old_bottom, std::size_t* old_size) {
     __sanitizer_finish_switch_fiber(saved, old_bottom, old_size);
 }
 #else
-constexpr bool sanitized = false;
 void before_switch(void**, const void*, std::size_t) {}
 void after_switch(void*, const void**, std::size_t*) {}
 #endif
@@ -45,12 +37,6 @@ constexpr std::uint64_t bytes_per_shadow_byte = 8;
 
 std::uint8_t* shadow_of(std::uint64_t address) {
     return reinterpret_cast<std::uint8_t*>(address / bytes_per_shadow_byte + shadow_offset);
-}
-
-__attribute__((no_sanitize("address"))) void copy_raw(std::uint8_t* to, const std::uint8_t* from,
-                                                      std::uint64_t count) {
-    for (std::uint64_t i = 0; i < count; ++i)
-        to[i] = from[i];
 }
 
 __attribute__((no_sanitize("address"))) void clear_raw(std::uint8_t* to, std::uint64_t count) {
@@ -117,7 +103,7 @@ void Machine::save() {
         const std::uint64_t size = stack_.end() - saved_stack_from_;
         saved_stack_.resize(size);
         copy_raw(saved_stack_.data(), reinterpret_cast<const std::uint8_t*>(saved_stack_from_), size);
-        if (sanitized) {
+        if (has_address_sanitizer) {
             saved_shadow_.resize(size / bytes_per_shadow_byte);
             copy_raw(saved_shadow_.data(), shadow_of(saved_stack_from_), saved_shadow_.size());
         }
@@ -130,11 +116,12 @@ void Machine::save() {
 void Machine::put_back() {
     started_ = saved_started_;
     image_context_ = saved_context_;
-    if (sanitized) clear_raw(shadow_of(stack_.begin()), stack_size / bytes_per_shadow_byte);
+    if (has_address_sanitizer) clear_raw(shadow_of(stack_.begin()), stack_size / bytes_per_shadow_byte);
     if (started_) {
         copy_raw(reinterpret_cast<std::uint8_t*>(saved_stack_from_), saved_stack_.data(),
                  saved_stack_.size());
-        if (sanitized) copy_raw(shadow_of(saved_stack_from_), saved_shadow_.data(), saved_shadow_.size());
+        if (has_address_sanitizer)
+            copy_raw(shadow_of(saved_stack_from_), saved_shadow_.data(), saved_shadow_.size());
     }
     firmware_.put_back();
     for (SavedMemory& memory : variables_)

@@ -5,9 +5,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
+
+#include "raw_memory.h"
 
 namespace korvane::fuzz {
 
@@ -19,10 +21,6 @@ constexpr std::uint32_t lessons = 200;  // inputs
 [[noreturn]] void give_up(const char* what) {
     std::perror(what);
     std::exit(71);
-}
-
-bool is_zero(const std::uint8_t* page) {
-    return page[0] == 0 && std::memcmp(page, page + 1, page_size - 1) == 0;
 }
 
 std::uint8_t* at(std::uint64_t address) {
@@ -48,8 +46,10 @@ SavedMemory::SavedMemory(void* begin, void* end)
 }
 
 void SavedMemory::save() {
-    head_.assign(at(begin_), at(std::min(pages_begin_, end_)));
-    tail_.assign(at(pages_end_), at(end_));
+    head_.resize(std::min(pages_begin_, end_) - begin_);
+    copy_raw(head_.data(), at(begin_), head_.size());
+    tail_.resize(end_ - pages_end_);
+    copy_raw(tail_.data(), at(pages_end_), tail_.size());
     if (pages_begin_ != pages_end_) save_pages();
 }
 
@@ -59,10 +59,13 @@ void SavedMemory::save_pages() {
     const std::uint64_t size = pages_end_ - pages_begin_;
     const int file = memfd_create("saved", MFD_CLOEXEC);
     if (file < 0 || ftruncate(file, static_cast<off_t>(size)) != 0) give_up("memfd");
+    constexpr std::array<std::uint8_t, page_size> zeros{};
+    std::array<std::uint8_t, page_size> page{};
     for (std::uint64_t offset = 0; offset < size; offset += page_size) {
-        const std::uint8_t* page = at(pages_begin_ + offset);
-        if (is_zero(page)) continue;
-        if (pwrite(file, page, page_size, static_cast<off_t>(offset)) != static_cast<ssize_t>(page_size))
+        copy_raw(page.data(), at(pages_begin_ + offset), page_size);
+        if (page == zeros) continue;
+        if (pwrite(file, page.data(), page_size, static_cast<off_t>(offset)) !=
+            static_cast<ssize_t>(page_size))
             give_up("pwrite");
     }
     void* const view = mmap(at(pages_begin_), size, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_FIXED, file, 0);
@@ -113,14 +116,14 @@ void SavedMemory::copy_written_pages() const {
     for (const Run& run : copied_) {
         for (std::uint64_t page = run.begin; page < run.end; page += page_size) {
             const std::uint8_t* saved = saved_ + (page - pages_begin_);
-            if (std::memcmp(at(page), saved, page_size) != 0) std::memcpy(at(page), saved, page_size);
+            if (!equal_raw(at(page), saved, page_size)) copy_raw(at(page), saved, page_size);
         }
     }
 }
 
 void SavedMemory::put_back() {
-    if (!head_.empty()) std::memcpy(at(begin_), head_.data(), head_.size());
-    if (!tail_.empty()) std::memcpy(at(pages_end_), tail_.data(), tail_.size());
+    copy_raw(at(begin_), head_.data(), head_.size());
+    copy_raw(at(pages_end_), tail_.data(), tail_.size());
     if (lessons_ < lessons && pages_begin_ != pages_end_) {
         count_written_pages();
         if (++lessons_ == lessons) choose_copied_pages();
