@@ -57,9 +57,9 @@ WholeStep choose_for_wholes(const OperatorRecord& record) {
     const std::uint8_t right_kind = record.right_kind;
     const WholeStep step =
         choose<I16, I32, I64>(static_cast<Leaf>(left_kind & leaf_mask), [=](auto left) -> WholeStep {
-            if (left_kind != side_kind(left(), false, Domain::WHOLE)) return nullptr;
+            if (left_kind != side_kind(left(), false, Domain::whole)) return nullptr;
             if (right_kind == left_kind) return compare_whole_leaves<relation, left(), left()>;
-            const bool literal = right_kind == side_kind(I64, false, Domain::WHOLE);
+            const bool literal = right_kind == side_kind(I64, false, Domain::whole);
             return literal ? compare_whole_leaves<relation, left(), I64> : nullptr;
         });
     return step != nullptr ? step : compare_wholes<relation>;
@@ -67,8 +67,8 @@ WholeStep choose_for_wholes(const OperatorRecord& record) {
 
 template <int relation>
 WholeStep choose_for(const OperatorRecord& record, Domain domain) {
-    if (domain == Domain::WHOLE) return choose_for_wholes<relation>(record);
-    if (domain == Domain::SINGLE) return compare_plain<relation, float>;
+    if (domain == Domain::whole) return choose_for_wholes<relation>(record);
+    if (domain == Domain::single) return compare_plain<relation, float>;
     const bool plain = is_plain<double>(record.left_kind) && is_plain<double>(record.right_kind);
     return plain ? compare_plain<relation, double> : compare_reals<relation>;
 }

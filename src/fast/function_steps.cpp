@@ -88,7 +88,7 @@ double number_in_text(double, Token* at) {
 }
 
 // What the result's type is made of.
-enum class ResultRule : std::uint8_t { DOUBLE, SAME, WHOLE };
+enum class ResultRule : std::uint8_t { always_double, as_argument, always_integer };
 
 struct FunctionRow {
     std::string_view name;
@@ -100,22 +100,23 @@ struct FunctionRow {
 };
 
 constexpr FunctionRow rows[] = {
-    {"ABS", "n", ResultRule::SAME, real_function<absolute>, single_function<absolute>, absolute_whole},
-    {"INT", "n", ResultRule::SAME, real_function<rounded_down>, single_function<rounded_down>, same_whole},
-    {"FIX", "n", ResultRule::SAME, real_function<truncated>, single_function<truncated>, same_whole},
-    {"CINT", "n", ResultRule::WHOLE, nullptr, nullptr, same_whole},
-    {"SGN", "n", ResultRule::WHOLE, nullptr, nullptr, sign_of_real},
-    {"SQR", "n", ResultRule::DOUBLE, real_function<kernel_sqrt>, nullptr, nullptr},
-    {"SIN", "n", ResultRule::DOUBLE, real_function<kernel_sin>, nullptr, nullptr},
-    {"COS", "n", ResultRule::DOUBLE, real_function<kernel_cos>, nullptr, nullptr},
-    {"TAN", "n", ResultRule::DOUBLE, real_function<kernel_tan>, nullptr, nullptr},
-    {"ATN", "n", ResultRule::DOUBLE, real_function<kernel_atan>, nullptr, nullptr},
-    {"EXP", "n", ResultRule::DOUBLE, real_function<kernel_exp>, nullptr, nullptr},
-    {"LOG", "n", ResultRule::DOUBLE, real_function<kernel_log>, nullptr, nullptr},
-    {"LEN", "t", ResultRule::WHOLE, nullptr, nullptr, length_of_text},
-    {"ASC", "t", ResultRule::WHOLE, nullptr, nullptr, code_of_text},
-    {"INSTR", "?ntt", ResultRule::WHOLE, nullptr, nullptr, position_in_text},
-    {"VAL", "t", ResultRule::DOUBLE, number_in_text, nullptr, nullptr},
+    {"ABS", "n", ResultRule::as_argument, real_function<absolute>, single_function<absolute>, absolute_whole},
+    {"INT", "n", ResultRule::as_argument, real_function<rounded_down>, single_function<rounded_down>,
+     same_whole},
+    {"FIX", "n", ResultRule::as_argument, real_function<truncated>, single_function<truncated>, same_whole},
+    {"CINT", "n", ResultRule::always_integer, nullptr, nullptr, same_whole},
+    {"SGN", "n", ResultRule::always_integer, nullptr, nullptr, sign_of_real},
+    {"SQR", "n", ResultRule::always_double, real_function<kernel_sqrt>, nullptr, nullptr},
+    {"SIN", "n", ResultRule::always_double, real_function<kernel_sin>, nullptr, nullptr},
+    {"COS", "n", ResultRule::always_double, real_function<kernel_cos>, nullptr, nullptr},
+    {"TAN", "n", ResultRule::always_double, real_function<kernel_tan>, nullptr, nullptr},
+    {"ATN", "n", ResultRule::always_double, real_function<kernel_atan>, nullptr, nullptr},
+    {"EXP", "n", ResultRule::always_double, real_function<kernel_exp>, nullptr, nullptr},
+    {"LOG", "n", ResultRule::always_double, real_function<kernel_log>, nullptr, nullptr},
+    {"LEN", "t", ResultRule::always_integer, nullptr, nullptr, length_of_text},
+    {"ASC", "t", ResultRule::always_integer, nullptr, nullptr, code_of_text},
+    {"INSTR", "?ntt", ResultRule::always_integer, nullptr, nullptr, position_in_text},
+    {"VAL", "t", ResultRule::always_double, number_in_text, nullptr, nullptr},
 };
 
 const FunctionRow* find_row(std::string_view name) {
@@ -214,9 +215,9 @@ std::string_view number_function_arguments(std::string_view name) {
 
 Type function_result(std::string_view name, Type argument) {
     switch (find_row(name)->rule) {
-        case ResultRule::DOUBLE:
+        case ResultRule::always_double:
             return Type::DOUBLE;
-        case ResultRule::SAME:
+        case ResultRule::as_argument:
             return argument;
         default:
             return Type::INT64;
@@ -227,10 +228,10 @@ void set_function_step(Token* bracket, std::string_view name, Domain domain) {
     const FunctionRow* row = find_row(name);
     StepFunction& function = as<CallRecord>(bracket).function;
     switch (domain) {
-        case Domain::REAL:
+        case Domain::real:
             function.real = row->real;
             break;
-        case Domain::SINGLE:
+        case Domain::single:
             function.single = row->single;
             break;
         default:
@@ -243,12 +244,12 @@ void set_user_function_step(Token* bracket, UserFunction* function, Domain domai
     auto& call = as<CallRecord>(bracket);
     call.callee = function;
     switch (domain) {
-        case Domain::REAL: {
+        case Domain::real: {
             const bool simple = function->parameter_count == 1 && function->entries[0]->type == Type::DOUBLE;
             call.function.real = simple ? call_real_with_one : call_real;
             break;
         }
-        case Domain::SINGLE:
+        case Domain::single:
             call.function.single = call_single;
             break;
         default:

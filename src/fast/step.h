@@ -31,7 +31,7 @@
 
 namespace korvane::fast {
 
-enum class Domain : std::uint8_t { REAL, SINGLE, WHOLE, TEXT };
+enum class Domain : std::uint8_t { real, single, whole, text };
 
 // What a leaf in memory is.
 enum Leaf : std::uint8_t {
@@ -65,7 +65,6 @@ struct Side {
     const void* leaf;
     Token* chain;  // its first step
     Token* last;   // last step of the chain, to which more can be appended
-    Type type;     // static type of the value: what the general evaluator would give
 };
 
 // A value of the whole domain; when `failed` is not 0 it is none, and the general evaluator has to say why.
