@@ -18,17 +18,17 @@ template <int relation>
 Whole compare_reals(std::int64_t, Token* at) {
     const double left = left_real(at);
     const double right = right_real(at);
-    if (!is_finite(left) || !is_finite(right)) return {0, 1};
+    if (!is_finite(left) || !is_finite(right)) return no_whole;
     return truth(holds<relation>(left, right), at);
 }
 
 template <int relation, typename Number>
 Whole compare_plain(std::int64_t, Token* at) {
     const auto left = plain_left<Number>(at);
-    if (as<OperatorRecord>(at).left_chain != nullptr && !is_finite(left)) return {0, 1};
+    if (as<OperatorRecord>(at).left_chain != nullptr && !is_finite(left)) return no_whole;
     const auto right = plain_right<Number>(at);
-    if (as<OperatorRecord>(at).right_chain != nullptr && !is_finite(right)) return {0, 1};
-    if (__builtin_isunordered(left, right)) return {0, 1};
+    if (as<OperatorRecord>(at).right_chain != nullptr && !is_finite(right)) return no_whole;
+    if (__builtin_isunordered(left, right)) return no_whole;
     return truth(holds<relation>(left, right), at);
 }
 

@@ -22,7 +22,7 @@ float single_element(float, Token* at) {
 template <Leaf leaf, int size, Subscripts subscripts>
 Whole whole_element(std::int64_t, Token* at) {
     const std::uint8_t* element = find_element<size, subscripts>(at);
-    return element == nullptr ? Whole{0, 1} : go_on_whole(whole_leaf<leaf>(element), at);
+    return element == nullptr ? no_whole : go_on_whole(whole_leaf<leaf>(element), at);
 }
 
 template <Subscripts subscripts>
@@ -78,7 +78,7 @@ bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& o
     for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++bound) {
         std::uint64_t along;
         if (!subscript_offset(quick_right_index(mark), *bound, along)) return false;
-        offset = offset * (static_cast<std::uint64_t>(*bound - variables.array_base) + 1) + along;
+        offset = offset * array_extent(*bound) + along;
     }
     return true;
 }

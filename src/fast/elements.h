@@ -39,8 +39,7 @@ inline std::uint8_t* find_element(const Token* bracket) {
         const Whole second =
             round_whole(read<double>(as<MarkRecord>(as<MarkRecord>(bracket).next_mark).value_leaf));
         if (!subscript_offset(second, block->bounds[1], column)) return nullptr;
-        const std::int64_t columns = block->bounds[1] - variables.array_base + 1;
-        offset = offset * static_cast<std::uint64_t>(columns) + column;
+        offset = offset * array_extent(block->bounds[1]) + column;
     }
     auto* bytes = reinterpret_cast<std::uint8_t*>(const_cast<std::int64_t*>(elements));
     return bytes + offset * static_cast<std::uint64_t>(size);

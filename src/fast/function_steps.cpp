@@ -37,7 +37,7 @@ double absolute(double x) {
 
 Whole absolute_whole(std::int64_t, Token* at) {
     const Whole x = right_whole(at);
-    if (x.failed != 0 || x.value == INT64_MIN) return {0, 1};
+    if (x.failed != 0 || x.value == INT64_MIN) return no_whole;
     return go_on_whole(x.value < 0 ? -x.value : x.value, at);
 }
 
@@ -49,18 +49,18 @@ Whole same_whole(std::int64_t, Token* at) {
 
 Whole sign_of_real(std::int64_t, Token* at) {
     const double x = right_real(at);
-    if (!is_finite(x)) return {0, 1};
+    if (!is_finite(x)) return no_whole;
     return go_on_whole((x > 0) - (x < 0), at);
 }
 
 Whole length_of_text(std::int64_t, Token* at) {
     const Value text = right_text(at);
-    return text.type == Type::NONE ? Whole{0, 1} : go_on_whole(text.length, at);
+    return failed(text) ? no_whole : go_on_whole(text.length, at);
 }
 
 Whole code_of_text(std::int64_t, Token* at) {
     const Value text = right_text(at);
-    return text.type == Type::NONE || text.length == 0 ? Whole{0, 1} : go_on_whole(text.bytes[0], at);
+    return failed(text) || text.length == 0 ? no_whole : go_on_whole(text.bytes[0], at);
 }
 
 Whole position_in_text(std::int64_t, Token* at) {
@@ -69,13 +69,13 @@ Whole position_in_text(std::int64_t, Token* at) {
     Whole start{1, 0};
     if (as<MarkRecord>(second).next_mark != nullptr) {
         start = right_whole(at);
-        if (start.failed != 0 || start.value < 1) return {0, 1};
+        if (start.failed != 0 || start.value < 1) return no_whole;
         mark = second;
     }
     const Value text = right_text(mark);
-    if (failed(text)) return {0, 1};
+    if (failed(text)) return no_whole;
     const Value wanted = right_text(as<MarkRecord>(mark).next_mark);
-    if (failed(wanted)) return {0, 1};
+    if (failed(wanted)) return no_whole;
     return go_on_whole(find_text(text, wanted, start.value), at);
 }
 
@@ -189,7 +189,7 @@ float call_single(float, Token* at) {
 }
 
 Whole call_whole(std::int64_t, Token* at) {
-    Whole result{0, 1};
+    Whole result = no_whole;
     call(at, [&result](const Token* head) { result = right_whole(head); });
     return result.failed != 0 ? result : go_on_whole(result.value, at);
 }

@@ -59,7 +59,7 @@ bool nothing_to_do(const ForEntry& entry) {
     } else {
         order = compare(load({entry.variable->storage, entry.variable_type}), entry.limit);
     }
-    return entry.step_sign < 0 ? order < 0 : order > 0;
+    return past_limit(entry.step_sign, order, 0);
 }
 
 // Opens the loop; false when that is for the general handler to do. Apart, because a statement that has the
@@ -146,8 +146,7 @@ std::uint64_t next_real(Current at, std::uint64_t budget) {
     std::uint8_t* storage = entry.variable->storage;
     const auto sum = static_cast<Number>(read<Number>(storage) + entry.step_as_double);
     if (!store_number<Number>(storage, sum)) return execute_general(at, budget);
-    const double limit = entry.limit_as_double;
-    return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, budget);
+    return turn(entry, past_limit<double>(entry.step_sign, sum, entry.limit_as_double), at, budget);
 }
 
 template <typename Narrow>
@@ -159,8 +158,7 @@ std::uint64_t next_whole(Current at, std::uint64_t budget) {
     if (__builtin_add_overflow(std::int64_t{read<Narrow>(storage)}, entry.step.integer, &sum))
         return execute_general(at, budget);
     if (!store_number<Narrow>(storage, sum)) return execute_general(at, budget);
-    const std::int64_t limit = entry.limit.integer;
-    return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, budget);
+    return turn(entry, past_limit(entry.step_sign, sum, entry.limit.integer), at, budget);
 }
 
 // Whole numbers are added to a floating variable as doubles, so its loops need not be whole.

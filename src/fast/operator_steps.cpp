@@ -71,7 +71,7 @@ inline Whole apply_whole(std::int64_t left, std::int64_t right) {
     if constexpr (operation == '*') failed = __builtin_mul_overflow(left, right, &result);
     if constexpr (operation == '\\' || operation == KW_MOD) {
         // Divisors 0 and -1 are left to the general evaluator: the one is an error, the other may be.
-        if (right == 0 || right == -1) return {0, 1};
+        if (right == 0 || right == -1) return no_whole;
         // Most numbers fit in 32 bits, and processors divide those much faster.
         if (((static_cast<std::uint64_t>(left) | static_cast<std::uint64_t>(right)) >> 32) == 0) {
             const auto dividend = static_cast<std::uint32_t>(left);
@@ -172,19 +172,15 @@ StepOf<In> pick(const Token* at, bool chained) {
     return step != nullptr ? step : with_side<In, operation>;
 }
 
-constexpr std::uint8_t computed(Domain domain) {
-    return side_kind(COMPUTED, true, domain);
-}
-
 template <int operation>
 StepOf<Reals> pick_real(const Token* at, bool chained) {
     return pick<Reals, operation, F64, F32, I16, I32, I64, side_kind(F64, true, Domain::real),
-                computed(Domain::real)>(at, chained);
+                computed_kind(Domain::real)>(at, chained);
 }
 
 template <int operation>
 StepOf<Singles> pick_single(const Token* at, bool chained) {
-    return pick<Singles, operation, F32, side_kind(F32, true, Domain::single), computed(Domain::single)>(
+    return pick<Singles, operation, F32, side_kind(F32, true, Domain::single), computed_kind(Domain::single)>(
         at, chained);
 }
 
@@ -195,7 +191,7 @@ StepOf<Wholes> pick_whole(const Token* at, bool chained) {
     constexpr std::uint8_t i16 = side_kind(I16, false, Domain::whole);
     constexpr std::uint8_t i32 = side_kind(I32, false, Domain::whole);
     constexpr std::uint8_t i64 = side_kind(I64, false, Domain::whole);
-    constexpr std::uint8_t any = computed(Domain::whole);
+    constexpr std::uint8_t any = computed_kind(Domain::whole);
     if constexpr (operation == '+' || operation == '-' || operation == '*') {
         return pick<Wholes, operation, i16, i32, i64, i16 | has_chain, i32 | has_chain, i64 | has_chain, any>(
             at, chained);

@@ -8,10 +8,6 @@
 namespace korvane::fast {
 namespace {
 
-constexpr std::uint8_t computed(Domain domain) {
-    return side_kind(COMPUTED, true, domain);
-}
-
 // A number literal keeps copies of itself in the forms in which it may be wanted.
 std::uint8_t kind_of_number(const Node& literal, Domain wanted) {
     if (wanted == Domain::whole && is_integer(literal.type)) return side_kind(I64, false, Domain::whole);
@@ -50,7 +46,7 @@ bool plan_binary(Node& node, Domain wanted) {
     if (node.domain == Domain::whole && wanted != Domain::whole && node.exact) node.domain = Domain::real;
     if (!plan(node.left, node.domain) || !plan(node.right, node.domain)) return false;
     const auto leaf = static_cast<Leaf>(node_at(node.left).kind & leaf_mask);
-    node.kind = is_carried(node) ? side_kind(leaf, true, node.domain) : computed(node.domain);
+    node.kind = is_carried(node) ? side_kind(leaf, true, node.domain) : computed_kind(node.domain);
     return true;
 }
 
@@ -92,13 +88,13 @@ bool plan_relation(Node& node) {
         // Numbers may be compared the other way round; but string space is taken in order.
         return false;
     }
-    node.kind = computed(Domain::whole);
+    node.kind = computed_kind(Domain::whole);
     return plan(node.left, node.domain) && plan(node.right, node.domain);
 }
 
 bool plan_sign(Node& node, Domain domain) {
     node.domain = domain;
-    node.kind = computed(domain);
+    node.kind = computed_kind(domain);
     return plan(node.right, domain);
 }
 
@@ -109,7 +105,7 @@ bool plan_call(Node& node, Domain wanted) {
         comparable_as_reals(node)) {
         node.domain = wanted;
     }
-    node.kind = computed(node.domain);
+    node.kind = computed_kind(node.domain);
     return plan_arguments(node);
 }
 

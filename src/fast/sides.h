@@ -5,6 +5,7 @@
 
 #include "fast/records.h"
 #include "fast/step.h"
+#include "numbers/rounding.h"
 
 namespace korvane::fast {
 
@@ -66,7 +67,7 @@ Whole whole_side(std::uint8_t kind, const void* leaf,
 // The plain sides: a leaf of the domain's own type with or without a chain of the domain, or such a chain
 // with a beginning of its own. They are evaluated without looking at their kind.
 constexpr bool is_plain(std::uint8_t kind, Leaf leaf, Domain domain) {
-    return kind == side_kind(leaf, true, domain) || kind == side_kind(COMPUTED, true, domain) ||
+    return kind == side_kind(leaf, true, domain) || kind == computed_kind(domain) ||
            (kind & ~(3U << domain_shift)) == side_kind(leaf, false, Domain::real);
 }
 template <typename Number>
@@ -99,7 +100,7 @@ inline Whole right_whole(const Token* at) {
 // The same where the frequent kinds are worth a look of their own.
 inline double quick_right_real(const Token* at) {
     constexpr std::uint32_t plain_kinds =
-        1U << F64 | 1U << side_kind(F64, true, Domain::real) | 1U << side_kind(COMPUTED, true, Domain::real);
+        1U << F64 | 1U << side_kind(F64, true, Domain::real) | 1U << computed_kind(Domain::real);
     const std::uint8_t kind = as<HolderRecord>(at).value_kind;
     const bool plain = kind < 32 && (plain_kinds >> kind & 1) != 0;
     return plain ? plain_right<double>(at) : right_real(at);
@@ -122,15 +123,10 @@ inline Whole left_whole(const Token* at) {
     return whole_side(record.left_kind, record.left_leaf, record.left_chain);
 }
 
-// A double rounded to an integer, halves away from zero; failed outside the INT64 range.
+// A double rounded to an integer; failed outside the INT64 range.
 inline Whole round_whole(double x) {
-    constexpr double limit = 9223372036854775808.0;
-    if (!(x >= -limit && x < limit)) return {0, 1};
-    const auto truncated = static_cast<std::int64_t>(x);
-    const double fraction = x - static_cast<double>(truncated);
-    if (__builtin_expect(fraction == 0, true)) return {truncated, 0};
-    // A broken part means that |x| is below 2^53, so the step cannot leave the range.
-    return {truncated + (fraction >= 0.5) - (fraction <= -0.5), 0};
+    Whole whole{0, 0};
+    return nearest_integer(x, whole.value) ? whole : no_whole;
 }
 
 // The right side as a subscript or a count, which may be of any kind.

@@ -61,7 +61,7 @@ Execute hold_condition(Token* at, const Expression& condition, Make make) {
         });
     }
     hold(at, condition);
-    const bool is_computed = node.kind == side_kind(COMPUTED, true, Domain::whole);
+    const bool is_computed = node.kind == computed_kind(Domain::whole);
     return is_computed ? make(ComputedCondition{}) : make(AnyCondition{});
 }
 
