@@ -92,7 +92,6 @@ enum class ResultRule : std::uint8_t { always_double, as_argument, always_intege
 
 struct FunctionRow {
     std::string_view name;
-    std::string_view arguments;
     ResultRule rule;
     double (*real)(double, Token*);
     float (*single)(float, Token*);
@@ -100,23 +99,22 @@ struct FunctionRow {
 };
 
 constexpr FunctionRow rows[] = {
-    {"ABS", "n", ResultRule::as_argument, real_function<absolute>, single_function<absolute>, absolute_whole},
-    {"INT", "n", ResultRule::as_argument, real_function<rounded_down>, single_function<rounded_down>,
-     same_whole},
-    {"FIX", "n", ResultRule::as_argument, real_function<truncated>, single_function<truncated>, same_whole},
-    {"CINT", "n", ResultRule::always_integer, nullptr, nullptr, same_whole},
-    {"SGN", "n", ResultRule::always_integer, nullptr, nullptr, sign_of_real},
-    {"SQR", "n", ResultRule::always_double, real_function<kernel_sqrt>, nullptr, nullptr},
-    {"SIN", "n", ResultRule::always_double, real_function<kernel_sin>, nullptr, nullptr},
-    {"COS", "n", ResultRule::always_double, real_function<kernel_cos>, nullptr, nullptr},
-    {"TAN", "n", ResultRule::always_double, real_function<kernel_tan>, nullptr, nullptr},
-    {"ATN", "n", ResultRule::always_double, real_function<kernel_atan>, nullptr, nullptr},
-    {"EXP", "n", ResultRule::always_double, real_function<kernel_exp>, nullptr, nullptr},
-    {"LOG", "n", ResultRule::always_double, real_function<kernel_log>, nullptr, nullptr},
-    {"LEN", "t", ResultRule::always_integer, nullptr, nullptr, length_of_text},
-    {"ASC", "t", ResultRule::always_integer, nullptr, nullptr, code_of_text},
-    {"INSTR", "?ntt", ResultRule::always_integer, nullptr, nullptr, position_in_text},
-    {"VAL", "t", ResultRule::always_double, number_in_text, nullptr, nullptr},
+    {"ABS", ResultRule::as_argument, real_function<absolute>, single_function<absolute>, absolute_whole},
+    {"INT", ResultRule::as_argument, real_function<rounded_down>, single_function<rounded_down>, same_whole},
+    {"FIX", ResultRule::as_argument, real_function<truncated>, single_function<truncated>, same_whole},
+    {"CINT", ResultRule::always_integer, nullptr, nullptr, same_whole},
+    {"SGN", ResultRule::always_integer, nullptr, nullptr, sign_of_real},
+    {"SQR", ResultRule::always_double, real_function<kernel_sqrt>, nullptr, nullptr},
+    {"SIN", ResultRule::always_double, real_function<kernel_sin>, nullptr, nullptr},
+    {"COS", ResultRule::always_double, real_function<kernel_cos>, nullptr, nullptr},
+    {"TAN", ResultRule::always_double, real_function<kernel_tan>, nullptr, nullptr},
+    {"ATN", ResultRule::always_double, real_function<kernel_atan>, nullptr, nullptr},
+    {"EXP", ResultRule::always_double, real_function<kernel_exp>, nullptr, nullptr},
+    {"LOG", ResultRule::always_double, real_function<kernel_log>, nullptr, nullptr},
+    {"LEN", ResultRule::always_integer, nullptr, nullptr, length_of_text},
+    {"ASC", ResultRule::always_integer, nullptr, nullptr, code_of_text},
+    {"INSTR", ResultRule::always_integer, nullptr, nullptr, position_in_text},
+    {"VAL", ResultRule::always_double, number_in_text, nullptr, nullptr},
 };
 
 const FunctionRow* find_row(std::string_view name) {
@@ -208,9 +206,8 @@ bool FunctionArguments::take(Type type) {
     return taken == 'a' || (taken == 't') == (type == Type::STRING);
 }
 
-std::string_view number_function_arguments(std::string_view name) {
-    const FunctionRow* row = find_row(name);
-    return row == nullptr ? std::string_view{} : row->arguments;
+bool gives_number(std::string_view name) {
+    return find_row(name) != nullptr;
 }
 
 Type function_result(std::string_view name, Type argument) {

@@ -10,6 +10,7 @@
 #include "program/keywords.h"
 #include "values/functions.h"
 #include "values/operator_strength.h"
+#include "values/promotion.h"
 #include "values/relations.h"
 #include "values/user_functions.h"
 #include "values/variables.h"
@@ -172,18 +173,18 @@ std::int16_t parse_user_call(Token*& at) {
     return call;
 }
 
-std::int16_t parse_built_in_call(Token*& at) {
+std::int16_t parse_built_in_call(const BuiltInFunction& function, Token*& at) {
     const Token* name = at;
     Token* bracket = at + 1;
-    FunctionArguments taken{text_function_arguments(name->name)};
-    const bool gives_text = !taken.rest.empty();
-    if (!gives_text) taken.rest = number_function_arguments(name->name);
+    const bool is_text = gives_text(name->name);
+    if (!is_text && !gives_number(name->name)) return none;
+    FunctionArguments taken{function.arguments.text()};
     Arguments arguments;
     if (!parse_arguments(bracket, at, arguments, [&](Type type) { return taken.take(type); }) ||
         !taken.are_complete()) {
         return none;
     }
-    if (gives_text) return add_call(Form::text_call, Type::STRING, bracket, arguments, unbounded);
+    if (is_text) return add_call(Form::text_call, Type::STRING, bracket, arguments, unbounded);
     const Type type = function_result(name->name, arguments.last_type);
     return add_call(Form::call, type, bracket, arguments, unbounded);
 }
@@ -191,7 +192,8 @@ std::int16_t parse_built_in_call(Token*& at) {
 std::int16_t parse_name(Token*& at) {
     if (at[1].kind != '(') return parse_variable(at);
     if (is_user_function_name(at->name)) return parse_user_call(at);
-    return find_called_function(at->name) != nullptr ? parse_built_in_call(at) : parse_element(at);
+    const BuiltInFunction* function = find_called_function(at->name);
+    return function != nullptr ? parse_built_in_call(*function, at) : parse_element(at);
 }
 
 std::int16_t parse_primary(Token*& at) {
@@ -248,14 +250,13 @@ std::int16_t parse_signed(Token*& at) {
 Type result_type(std::uint8_t operation, Type left, Type right) {
     if (left == Type::STRING && right == Type::STRING) return operation == '+' ? Type::STRING : Type::NONE;
     if (left == Type::STRING || right == Type::STRING) return Type::NONE;
-    const Type wider = left > right ? left : right;
     switch (operation) {
         case '+':
         case '-':
         case '*':
-            return is_integer(wider) ? Type::INT64 : wider;
+            return sum_type(left, right);
         case '/':
-            return wider > Type::SINGLE ? wider : Type::SINGLE;
+            return quotient_type(left, right);
         default:
             return Type::INT64;
     }

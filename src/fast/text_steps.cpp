@@ -122,20 +122,19 @@ Value repeated_character(Token* at) {
 
 struct TextFunction {
     std::string_view name;
-    std::string_view arguments;
     Value (*step)(Token*);
 };
 
 constexpr TextFunction rows[] = {
-    {"MID$", "tn?n", middle_part},
-    {"LEFT$", "tn", left_part},
-    {"RIGHT$", "tn", right_part},
-    {"CHR$", "n", character},
-    {"STR$", "n", number_text},
-    {"SPACE$", "n", blanks},
-    {"STRING$", "na", repeated_character},
-    {"UCASE$", "t", other_case<'a', 'z', 'A' - 'a'>},
-    {"LCASE$", "t", other_case<'A', 'Z', 'a' - 'A'>},
+    {"MID$", middle_part},
+    {"LEFT$", left_part},
+    {"RIGHT$", right_part},
+    {"CHR$", character},
+    {"STR$", number_text},
+    {"SPACE$", blanks},
+    {"STRING$", repeated_character},
+    {"UCASE$", other_case<'a', 'z', 'A' - 'a'>},
+    {"LCASE$", other_case<'A', 'Z', 'a' - 'A'>},
 };
 
 const TextFunction* find_row(std::string_view name) {
@@ -167,9 +166,8 @@ void set_concatenation_step(Token* at) {
     as<OperatorRecord>(at).function.text = concatenate;
 }
 
-std::string_view text_function_arguments(std::string_view name) {
-    const TextFunction* row = find_row(name);
-    return row == nullptr ? std::string_view{} : row->arguments;
+bool gives_text(std::string_view name) {
+    return find_row(name) != nullptr;
 }
 
 void set_text_function_step(Token* bracket, std::string_view name, Type last) {
