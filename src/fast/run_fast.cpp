@@ -1,5 +1,6 @@
 #include "run/specialised.h"
 
+#include "fast/expression.h"
 #include "fast/links.h"
 #include "fast/records.h"
 #include "fast/statement.h"
@@ -222,6 +223,7 @@ std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     }
     enter_line_of(at);
     state.target_not_ready = false;
+    begin_statement();
     const bool specialised = specialise_statement(at);
     enter_generation(at);
     if (specialised) return at->execute(at, budget);
