@@ -1,6 +1,7 @@
 #include "screen/keyboard.h"
 
 #include "platform/firmware.h"
+#include "screen/pixel_order.h"
 
 namespace korvane {
 
@@ -23,6 +24,7 @@ void initialize_keyboard() {
 }
 
 std::optional<uefi::InputKey> read_key() {
+    show_drawn_pixels_if_due();
     uefi::SimpleTextInputProtocol* input = firmware.system_table->ConIn;
     uefi::InputKey key{};
     if (uefi::is_error(input->ReadKeyStroke(input, &key))) return std::nullopt;
@@ -30,6 +32,7 @@ std::optional<uefi::InputKey> read_key() {
 }
 
 uefi::InputKey wait_for_key() {
+    show_drawn_pixels();
     for (;;) {
         // The event may be signalled for a key that yields no key stroke, and firmware without the event
         // refuses to wait; both end in another try.
@@ -40,6 +43,7 @@ uefi::InputKey wait_for_key() {
 }
 
 uefi::InputKey look_for_key() {
+    show_drawn_pixels();
     for (;;) {
         for (int i = 0; i < looks_before_sleep; ++i) {
             if (const auto key = read_key()) return *key;
