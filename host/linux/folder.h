@@ -62,6 +62,10 @@ class Folder {
   private:
     Descriptor open_beneath(const std::string& path, int flags, unsigned mode) const;
     std::optional<std::pair<Descriptor, std::string>> open_parent(const FolderPath& path) const;
+    // The names in a directory that FAT could hold, in no order; links and special files are among them.
+    std::vector<std::string> names_in(const FolderPath& directory) const;
+    // Those of these names in a directory that exist, in the order of the listing.
+    std::vector<std::string> in_order(const FolderPath& directory, std::vector<std::string> names) const;
     void note_creation(const FolderPath& path);
 
     Descriptor root_;
