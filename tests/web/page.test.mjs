@@ -353,7 +353,7 @@ visitorTest("reset keeps the files and forgets the program, after asking", async
   await (await page.waitForSelector('dialog button[value="yes"]')).click();
   await expectReady(page);
   await page.waitForFunction(() => !document.querySelector(".screen-text").textContent.includes("LOST"), { polling: 50 });
-  await command(page, "LIST", "Ready");
+  await command(page, "LIST", "(?=Ready)");
   await command(page, 'LOAD "SAVED"');
   await command(page, "RUN", "LOST\\n");
 });
@@ -604,7 +604,7 @@ visitorTest("another size of the screen asks, and is remembered", async (page, v
   await expectReady(page);
   await page.select("#size", "1024x768");
   await press(page, "Cancel");
-  assert.equal(await page.$eval("#size", (select) => select.value), "");
+  await page.waitForFunction(() => document.querySelector("#size").value === "", { polling: 50 });
   await page.select("#size", "1024x768");
   await press(page, "Start anew");
   await size(page).catch(() => {});
