@@ -9,6 +9,7 @@
 #include "platform/clock.h"
 #include "platform/firmware.h"
 #include "platform/listener.h"
+#include "platform/processor.h"
 #include "platform/stack.h"
 #include "program/arenas.h"
 #include "program/command_line.h"
@@ -43,8 +44,7 @@ namespace {
 // application does not return, so that the message stays on the screen).
 [[noreturn]] void stop_for_good(const char16_t* reason) {
     print_on_firmware_console(reason);
-    for (;;)
-        asm volatile("pause");
+    halt_processor();
 }
 
 void disable_watchdog() {

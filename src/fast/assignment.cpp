@@ -41,7 +41,7 @@ bool specialise_array_element(Token* at) {
     Specialised value;
     if (!specialise_element(at, element) || !specialise_value(at, element.end, element.side.type, value))
         return false;
-    as<MarkRecord>(at + 1).next = element.end;
+    as<ElementRecord>(at + 1).equals = element.end;
     at->execute = element_handler(at + 1, element, value);
     return true;
 }

@@ -30,7 +30,7 @@ std::uint64_t let_plain_element(Current at, std::uint64_t budget) {
 
 std::uint64_t let_integer_element(Current at, std::uint64_t budget) {
     const Token* equals = equals_of_element(at);
-    const auto literal = read<std::int64_t>(equals->step.operand);
+    const auto literal = read<std::int64_t>(as<AssignmentRecord>(equals).value_leaf);
     std::uint8_t* place = find_element<2, Subscripts::ONE>(at + 1);
     if (place == nullptr || !store_number<std::int16_t>(place, literal)) return execute_general(at, budget);
     return proceed(after(equals), budget);

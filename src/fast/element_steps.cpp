@@ -98,7 +98,7 @@ std::uint8_t* element_address(Token* at, Type type) {
 void set_element_step(Token* bracket, Type type, Domain domain) {
     const Subscripts subscripts = subscripts_of(bracket);
     const bool one = subscripts == Subscripts::ONE;
-    Step& step = bracket->step;
+    StepFunction& step = as<ElementRecord>(bracket).function;
     switch (domain) {
         case Domain::REAL:
             step.real = choose_real(type, subscripts);

@@ -1,5 +1,5 @@
 // Array elements. The bracket of an element and its commas hold a subscript each as their right side, and the
-// bracket the array (MarkRecord).
+// bracket the array (ElementRecord).
 #pragma once
 
 #include <cstdint>

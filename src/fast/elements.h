@@ -33,7 +33,7 @@ bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& o
 // bytes of an element.
 template <int size, Subscripts subscripts>
 inline std::uint8_t* find_element(const Token* bracket) {
-    const auto* block = static_cast<const ArrayBlock*>(as<MarkRecord>(bracket).callee);
+    const ArrayBlock* block = as<ElementRecord>(bracket).array;
     const std::int64_t* elements = block->bounds + (subscripts == Subscripts::ONE   ? 1
                                                     : subscripts == Subscripts::TWO ? 2
                                                                                     : block->dimensions);

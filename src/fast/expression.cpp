@@ -21,38 +21,38 @@ void emit_number(Token* literal, Type type, Domain wanted, Side& side) {
     auto& number = literal->number;
     if (wanted == Domain::WHOLE && is_integer(type)) {
         side.kind = side_kind(I64, false, Domain::WHOLE);
-        side.operand = &number.integer;
+        side.leaf = &number.integer;
         return;
     }
     const auto narrow = static_cast<float>(number.as_double);
     if (wanted == Domain::SINGLE && static_cast<double>(narrow) == number.as_double) {
         number.as_single = narrow;
         side.kind = F32;
-        side.operand = &number.as_single;
+        side.leaf = &number.as_single;
         return;
     }
     side.kind = F64;
-    side.operand = &number.as_double;
+    side.leaf = &number.as_double;
 }
 
 void emit_leaf(const Node& node, Domain wanted, Side& side) {
-    side = {.kind = 0, .operand = node.operand, .inner = nullptr, .last = nullptr, .type = node.type};
+    side = {.kind = 0, .leaf = node.operand, .chain = nullptr, .last = nullptr, .type = node.type};
     if (node.form == Form::VARIABLE) {
         const bool whole = wanted == Domain::WHOLE && is_integer(node.type);
         side.kind = side_kind(leaf_of(node.type), false, whole ? Domain::WHOLE : Domain::REAL);
     } else if (node.type == Type::STRING) {
         side.kind = TEXT_LITERAL;
-        side.operand = node.token;
+        side.leaf = node.token;
     } else {
         emit_number(node.token, node.type, wanted, side);
     }
 }
 
 Side chain_of(Token* step, Domain domain, Type type) {
-    step->step.next = nullptr;
+    as<StepRecord>(step).next = nullptr;
     return {.kind = side_kind(COMPUTED, true, domain),
-            .operand = &no_operand,
-            .inner = step,
+            .leaf = &no_leaf,
+            .chain = step,
             .last = step,
             .type = type};
 }
@@ -77,12 +77,12 @@ bool carries(const Side& side, Domain domain) {
 
 // Appends the operator, whose right side is set, to the left operand's chain.
 Side append(Side left, Token* operation, Domain domain, Type type) {
-    operation->step.next = nullptr;
+    as<StepRecord>(operation).next = nullptr;
     if (left.last != nullptr) {
-        left.last->step.next = operation;
+        as<StepRecord>(left.last).next = operation;
     } else {
         left.kind = side_kind(static_cast<Leaf>(left.kind & leaf_mask), true, domain);
-        left.inner = operation;
+        left.chain = operation;
     }
     left.last = operation;
     left.type = type;
@@ -90,9 +90,10 @@ Side append(Side left, Token* operation, Domain domain, Type type) {
 }
 
 void hold_left(Token* operation, const Side& left) {
-    operation->left_kind = left.kind;
-    operation->step.left_operand = left.operand;
-    operation->step.left_inner = left.inner;
+    auto& record = as<OperatorRecord>(operation);
+    record.left_kind = left.kind;
+    record.left_leaf = left.leaf;
+    record.left_chain = left.chain;
 }
 
 bool emit_binary(const Node& node, Domain wanted, Side& side) {
@@ -244,9 +245,10 @@ Domain domain_of(Type type) {
 }
 
 void hold(Token* host, const Side& side) {
-    host->right_kind = side.kind;
-    host->step.operand = side.operand;
-    host->step.inner = side.inner;
+    auto& record = as<HolderRecord>(host);
+    record.value_kind = side.kind;
+    record.value_leaf = side.leaf;
+    record.value_chain = side.chain;
     if (host->kind == END_OF_LINE) host->value_type = side.type;  // the head of a user function's body
 }
 

@@ -92,7 +92,6 @@ enum class ResultRule : std::uint8_t { DOUBLE, SAME, WHOLE };
 
 struct FunctionRow {
     std::string_view name;
-    std::string_view arguments;
     ResultRule rule;
     double (*real)(double, Token*);
     float (*single)(float, Token*);
@@ -100,22 +99,22 @@ struct FunctionRow {
 };
 
 constexpr FunctionRow rows[] = {
-    {"ABS", "n", ResultRule::SAME, real_function<absolute>, single_function<absolute>, absolute_whole},
-    {"INT", "n", ResultRule::SAME, real_function<rounded_down>, single_function<rounded_down>, same_whole},
-    {"FIX", "n", ResultRule::SAME, real_function<truncated>, single_function<truncated>, same_whole},
-    {"CINT", "n", ResultRule::WHOLE, nullptr, nullptr, same_whole},
-    {"SGN", "n", ResultRule::WHOLE, nullptr, nullptr, sign_of_real},
-    {"SQR", "n", ResultRule::DOUBLE, real_function<kernel_sqrt>, nullptr, nullptr},
-    {"SIN", "n", ResultRule::DOUBLE, real_function<kernel_sin>, nullptr, nullptr},
-    {"COS", "n", ResultRule::DOUBLE, real_function<kernel_cos>, nullptr, nullptr},
-    {"TAN", "n", ResultRule::DOUBLE, real_function<kernel_tan>, nullptr, nullptr},
-    {"ATN", "n", ResultRule::DOUBLE, real_function<kernel_atan>, nullptr, nullptr},
-    {"EXP", "n", ResultRule::DOUBLE, real_function<kernel_exp>, nullptr, nullptr},
-    {"LOG", "n", ResultRule::DOUBLE, real_function<kernel_log>, nullptr, nullptr},
-    {"LEN", "t", ResultRule::WHOLE, nullptr, nullptr, length_of_text},
-    {"ASC", "t", ResultRule::WHOLE, nullptr, nullptr, code_of_text},
-    {"INSTR", "?ntt", ResultRule::WHOLE, nullptr, nullptr, position_in_text},
-    {"VAL", "t", ResultRule::DOUBLE, number_in_text, nullptr, nullptr},
+    {"ABS", ResultRule::SAME, real_function<absolute>, single_function<absolute>, absolute_whole},
+    {"INT", ResultRule::SAME, real_function<rounded_down>, single_function<rounded_down>, same_whole},
+    {"FIX", ResultRule::SAME, real_function<truncated>, single_function<truncated>, same_whole},
+    {"CINT", ResultRule::WHOLE, nullptr, nullptr, same_whole},
+    {"SGN", ResultRule::WHOLE, nullptr, nullptr, sign_of_real},
+    {"SQR", ResultRule::DOUBLE, real_function<kernel_sqrt>, nullptr, nullptr},
+    {"SIN", ResultRule::DOUBLE, real_function<kernel_sin>, nullptr, nullptr},
+    {"COS", ResultRule::DOUBLE, real_function<kernel_cos>, nullptr, nullptr},
+    {"TAN", ResultRule::DOUBLE, real_function<kernel_tan>, nullptr, nullptr},
+    {"ATN", ResultRule::DOUBLE, real_function<kernel_atan>, nullptr, nullptr},
+    {"EXP", ResultRule::DOUBLE, real_function<kernel_exp>, nullptr, nullptr},
+    {"LOG", ResultRule::DOUBLE, real_function<kernel_log>, nullptr, nullptr},
+    {"LEN", ResultRule::WHOLE, nullptr, nullptr, length_of_text},
+    {"ASC", ResultRule::WHOLE, nullptr, nullptr, code_of_text},
+    {"INSTR", ResultRule::WHOLE, nullptr, nullptr, position_in_text},
+    {"VAL", ResultRule::DOUBLE, number_in_text, nullptr, nullptr},
 };
 
 const FunctionRow* find_row(std::string_view name) {
@@ -142,7 +141,7 @@ bool bind(const VariableEntry& parameter, std::uint8_t* storage, const Token* ma
 // they are collected first; parameters are put back in reverse.
 template <typename Body>
 bool call(const Token* bracket, Body body) {
-    auto* function = static_cast<UserFunction*>(as<MarkRecord>(bracket).callee);
+    UserFunction* function = as<CallRecord>(bracket).callee;
     if (stack_exhausted()) return false;
     std::uint8_t arguments[max_parameters][8];
     std::int32_t count = 0;
@@ -170,7 +169,7 @@ double call_real(double, Token* at) {
 
 // The frequent case: one DOUBLE parameter.
 double call_real_with_one(double, Token* at) {
-    auto* function = static_cast<UserFunction*>(as<MarkRecord>(at).callee);
+    const UserFunction* function = as<CallRecord>(at).callee;
     const double argument = quick_right_real(at);
     if (!is_finite(argument) || stack_exhausted()) return no_number();
     std::uint8_t* storage = function->entries[0]->storage;
@@ -207,9 +206,8 @@ bool FunctionArguments::take(Type type) {
     return taken == 'a' || (taken == 't') == (type == Type::STRING);
 }
 
-std::string_view number_function_arguments(std::string_view name) {
-    const FunctionRow* row = find_row(name);
-    return row == nullptr ? std::string_view{} : row->arguments;
+bool gives_number(std::string_view name) {
+    return find_row(name) != nullptr;
 }
 
 Type function_result(std::string_view name, Type argument) {
@@ -225,32 +223,34 @@ Type function_result(std::string_view name, Type argument) {
 
 void set_function_step(Token* bracket, std::string_view name, Domain domain) {
     const FunctionRow* row = find_row(name);
+    StepFunction& function = as<CallRecord>(bracket).function;
     switch (domain) {
         case Domain::REAL:
-            bracket->step.real = row->real;
+            function.real = row->real;
             break;
         case Domain::SINGLE:
-            bracket->step.single = row->single;
+            function.single = row->single;
             break;
         default:
-            bracket->step.whole = row->whole;
+            function.whole = row->whole;
             break;
     }
 }
 
 void set_user_function_step(Token* bracket, UserFunction* function, Domain domain) {
-    as<MarkRecord>(bracket).callee = function;
+    auto& call = as<CallRecord>(bracket);
+    call.callee = function;
     switch (domain) {
         case Domain::REAL: {
             const bool simple = function->parameter_count == 1 && function->entries[0]->type == Type::DOUBLE;
-            bracket->step.real = simple ? call_real_with_one : call_real;
+            call.function.real = simple ? call_real_with_one : call_real;
             break;
         }
         case Domain::SINGLE:
-            bracket->step.single = call_single;
+            call.function.single = call_single;
             break;
         default:
-            bracket->step.whole = call_whole;
+            call.function.whole = call_whole;
             break;
     }
 }

@@ -46,8 +46,8 @@ void link_line(Token* end) {
         follow_then_part(at, open);
         if (at->kind == KW_IF) {
             if (as<IfRecord>(at).when_false == end) as<IfRecord>(at).when_false = next;
-        } else if (!open && at->step.next == end) {
-            at->step.next = next;
+        } else if (!open && as<LeadRecord>(at).after == end) {
+            as<LeadRecord>(at).after = next;
         }
     }
     for (std::uint32_t i = 0; i < control_stacks.for_count; ++i) {

@@ -98,9 +98,10 @@ struct Wholes {
     static std::int64_t read_leaf(const void* operand) {
         return whole_leaf<leaf>(operand);
     }
-    static Whole chain(std::int64_t start, Token* first) { return first->step.whole(start, first); }
+    static Whole chain(std::int64_t start, Token* first) { return call_chain(start, first); }
     static Whole left(const Token* at) {
-        return at->left_kind == F64 ? round_whole(read<double>(at->step.left_operand)) : left_whole(at);
+        const auto& record = as<OperatorRecord>(at);
+        return record.left_kind == F64 ? round_whole(read<double>(record.left_leaf)) : left_whole(at);
     }
     static Whole right(const Token* at) { return right_whole(at); }
     static Whole right_of_both(const Token* at) { return quick_right_whole(at); }
@@ -120,13 +121,15 @@ struct Wholes {
 
 template <typename In, int operation, Leaf leaf>
 typename In::Result with_leaf(typename In::Number accumulator, Token* at) {
-    return In::template finish<operation>(accumulator, In::template read_leaf<leaf>(at->step.operand), at);
+    const auto right = In::template read_leaf<leaf>(as<OperatorRecord>(at).right_leaf);
+    return In::template finish<operation>(accumulator, right, at);
 }
 
 // The chain is of the same domain, behind a leaf, or begins with a value of its own behind any leaf.
 template <typename In, int operation, Leaf leaf>
 typename In::Result with_chain(typename In::Number accumulator, Token* at) {
-    const auto right = In::chain(In::template read_leaf<leaf>(at->step.operand), at->step.inner);
+    const auto& record = as<OperatorRecord>(at);
+    const auto right = In::chain(In::template read_leaf<leaf>(record.right_leaf), record.right_chain);
     return In::template finish<operation>(accumulator, right, at);
 }
 
@@ -164,8 +167,8 @@ constexpr StepOf<In> for_kind() {
 template <typename In, int operation, std::uint8_t... kinds>
 StepOf<In> pick(const Token* at, bool chained) {
     if (!chained) return with_both_sides<In, operation>;
-    const StepOf<In> step =
-        choose<kinds...>(at->right_kind, [](auto kind) { return for_kind<In, operation, kind()>(); });
+    const StepOf<In> step = choose<kinds...>(as<OperatorRecord>(at).right_kind,
+                                             [](auto kind) { return for_kind<In, operation, kind()>(); });
     return step != nullptr ? step : with_side<In, operation>;
 }
 
@@ -210,17 +213,18 @@ bool set(Step& place, Step step) {
 }
 
 [[gnu::cold]] bool set_operator_step(Token* at, Domain domain, bool chained) {
+    StepFunction& function = as<OperatorRecord>(at).function;
     switch (domain) {
         case Domain::REAL:
-            return set(at->step.real, choose<'+', '-', '*', '/', '^'>(at->kind, [=](auto operation) {
+            return set(function.real, choose<'+', '-', '*', '/', '^'>(at->kind, [=](auto operation) {
                            return pick_real<operation()>(at, chained);
                        }));
         case Domain::SINGLE:
-            return set(at->step.single, choose<'+', '-', '*', '/'>(at->kind, [=](auto operation) {
+            return set(function.single, choose<'+', '-', '*', '/'>(at->kind, [=](auto operation) {
                            return pick_single<operation()>(at, chained);
                        }));
         case Domain::WHOLE:
-            return set(at->step.whole,
+            return set(function.whole,
                        choose<'+', '-', '*', '\\', KW_MOD, KW_AND, KW_OR, KW_XOR, KW_EQV, KW_IMP>(
                            at->kind, [=](auto operation) { return pick_whole<operation()>(at, chained); }));
         default:
@@ -257,21 +261,22 @@ bool set_computed_step(Token* at, Domain domain) {
 }
 
 void set_sign_step(Token* at, Domain domain) {
+    StepFunction& function = as<OperatorRecord>(at).function;
     switch (domain) {
         case Domain::REAL:
-            at->step.real = negate_real;
+            function.real = negate_real;
             break;
         case Domain::SINGLE:
-            at->step.single = negate_single;
+            function.single = negate_single;
             break;
         default:
-            at->step.whole = negate_whole;
+            function.whole = negate_whole;
             break;
     }
 }
 
 void set_not_step(Token* at) {
-    at->step.whole = complement;
+    as<OperatorRecord>(at).function.whole = complement;
 }
 
 }  // namespace korvane::fast

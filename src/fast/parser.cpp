@@ -13,6 +13,7 @@
 #include "program/keywords.h"
 #include "values/functions.h"
 #include "values/operator_strength.h"
+#include "values/promotion.h"
 #include "values/relations.h"
 #include "values/user_functions.h"
 #include "values/variables.h"
@@ -181,12 +182,12 @@ std::int16_t parse_user_call(Token*& at) {
                 .bound = unbounded});
 }
 
-std::int16_t parse_built_in_call(Token*& at) {
+std::int16_t parse_built_in_call(const BuiltInFunction& function, Token*& at) {
     Token* name = at;
     Token* bracket = name + 1;
-    FunctionArguments arguments{text_function_arguments(name->name)};
-    const bool gives_text = !arguments.rest.empty();
-    if (!gives_text) arguments.rest = number_function_arguments(name->name);
+    const bool is_text = gives_text(name->name);
+    if (!is_text && !gives_number(name->name)) return none;
+    FunctionArguments arguments{function.arguments.text()};
     Type last = Type::NONE;
     int count;
     const auto accept = [&](int, Type type) {
@@ -194,12 +195,12 @@ std::int16_t parse_built_in_call(Token*& at) {
         return arguments.take(type);
     };
     if (!parse_arguments(bracket, at, count, accept) || !arguments.are_complete()) return none;
-    if (gives_text) {
+    if (is_text) {
         set_text_function_step(bracket, name->name, last);
         pool.progress.allocates = true;
     }
-    return add({.form = gives_text ? Form::TEXT_CALL : Form::CALL,
-                .type = gives_text ? Type::STRING : function_result(name->name, last),
+    return add({.form = is_text ? Form::TEXT_CALL : Form::CALL,
+                .type = is_text ? Type::STRING : function_result(name->name, last),
                 .token = bracket,
                 .operand = nullptr,
                 .name = name->name,
@@ -212,7 +213,8 @@ std::int16_t parse_built_in_call(Token*& at) {
 std::int16_t parse_name(Token*& at) {
     if (at[1].kind != '(') return parse_variable(at);
     if (is_user_function_name(at->name)) return parse_user_call(at);
-    return find_called_function(at->name) != nullptr ? parse_built_in_call(at) : parse_element(at);
+    const BuiltInFunction* function = find_called_function(at->name);
+    return function != nullptr ? parse_built_in_call(*function, at) : parse_element(at);
 }
 
 std::int16_t parse_primary(Token*& at) {
@@ -272,14 +274,13 @@ std::int16_t parse_signed(Token*& at) {
 Type result_type(std::uint8_t operation, Type left, Type right) {
     if (left == Type::STRING && right == Type::STRING) return operation == '+' ? Type::STRING : Type::NONE;
     if (left == Type::STRING || right == Type::STRING) return Type::NONE;
-    const Type wider = left > right ? left : right;
     switch (operation) {
         case '+':
         case '-':
         case '*':
-            return is_integer(wider) ? Type::INT64 : wider;
+            return sum_type(left, right);
         case '/':
-            return wider > Type::SINGLE ? wider : Type::SINGLE;
+            return quotient_type(left, right);
         default:
             return Type::INT64;
     }
@@ -335,7 +336,7 @@ bool bind_element(Token* name, Token*& at, Type& type) {
         static_cast<std::uint64_t>(count) != array->array->dimensions) {
         return false;
     }
-    as<MarkRecord>(name + 1).callee = array->array;
+    as<ElementRecord>(name + 1).array = array->array;
     type = array->type;
     return true;
 }

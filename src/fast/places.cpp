@@ -13,7 +13,7 @@ bool bind_place(Token* host, Token*& at) {
     if (name[1].kind == '(') {
         Specialised element;
         if (!specialise_element(name, element)) return false;
-        place.place = name + 1;
+        place.bracket = name + 1;
         place.type = element.side.type;
         place.is_element = true;
         at = element.end;
@@ -21,7 +21,7 @@ bool bind_place(Token* host, Token*& at) {
     }
     VariableEntry* entry = find_variable(name->name, false);
     if (entry == nullptr) return false;
-    place.place = entry->storage;
+    place.storage = entry->storage;
     place.type = entry->type;
     place.is_element = false;
     ++at;

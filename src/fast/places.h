@@ -15,12 +15,10 @@ bool bind_place(Token* host, Token*& at);
 // The address of the place; null when a subscript is out of range. `size`: the bytes that its type takes.
 template <int size>
 inline std::uint8_t* place_address(const PlaceRecord& host) {
-    return host.is_element ? element_place<size>(static_cast<Token*>(host.place))
-                           : static_cast<std::uint8_t*>(host.place);
+    return host.is_element ? element_place<size>(host.bracket) : host.storage;
 }
 inline std::uint8_t* place_address(const PlaceRecord& host) {
-    return host.is_element ? element_address(static_cast<Token*>(host.place), host.type)
-                           : static_cast<std::uint8_t*>(host.place);
+    return host.is_element ? element_address(host.bracket, host.type) : host.storage;
 }
 
 }  // namespace korvane::fast

@@ -33,7 +33,7 @@ std::uint64_t let_joined(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = target<to_element>(at, equals);
     if (place == nullptr) return fall_back(at, budget, string_top);
-    const Value text = joined(equals->step.inner, 2);
+    const Value text = joined(as<AssignmentRecord>(equals).value_chain, 2);
     if (failed(text)) return fall_back(at, budget, string_top);
     write_text(place, text);
     return proceed(after(equals), budget);

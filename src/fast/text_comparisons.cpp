@@ -71,17 +71,18 @@ Whole compare_texts(std::int64_t, Token* at) {
 }  // namespace
 
 void set_text_comparison_step(Token* at) {
+    StepFunction& function = as<OperatorRecord>(at).function;
     const Token* operation = at;
     const std::uint8_t relation = read_relation(operation);
     switch (relation) {
         case EQUAL:
-            at->step.whole = compare_texts<equality_of, EQUAL>;
+            function.whole = compare_texts<equality_of, EQUAL>;
             break;
         case LESS | GREATER:
-            at->step.whole = compare_texts<equality_of, LESS>;
+            function.whole = compare_texts<equality_of, LESS>;
             break;
         default:
-            at->step.whole = choose<LESS, LESS | EQUAL, GREATER, GREATER | EQUAL>(
+            function.whole = choose<LESS, LESS | EQUAL, GREATER, GREATER | EQUAL>(
                 relation, [](auto listed) { return compare_texts<order_of, listed()>; });
             break;
     }

@@ -8,25 +8,26 @@ namespace korvane::fast {
 namespace {
 
 // Variables lie outside the current line's records.
-bool is_literal(const void* operand) {
+bool is_literal(const void* leaf) {
     const void* first = execution.tokens;
     const void* end = end_of_line(execution.tokens);
-    return operand >= first && operand < end;
+    return leaf >= first && leaf < end;
 }
 
 }  // namespace
 
-void keep_leaves(Token* at, const Token* comparison, std::size_t size_of_number) {
-    at->step.left_operand = comparison->step.left_operand;
-    at->step.operand = comparison->step.operand;
-    const void*& kept = is_literal(at->step.operand) ? at->step.operand : at->step.left_operand;
+void keep_leaves(ConditionRecord& condition, const OperatorRecord& comparison, std::size_t size_of_number) {
+    condition.left_leaf = comparison.left_leaf;
+    condition.right_leaf = comparison.right_leaf;
+    const void*& kept = is_literal(condition.right_leaf) ? condition.right_leaf : condition.left_leaf;
     if (!is_literal(kept)) return;
-    copy_bytes(at->step.literal, kept, size_of_number);
-    kept = at->step.literal;
+    copy_bytes(condition.literal, kept, size_of_number);
+    kept = condition.literal;
 }
 
 Truth AnyCondition::of(const Token* at) {
-    if (domain_of_kind(at->right_kind) == Domain::WHOLE) return truth_of(right_whole(at));
+    if (domain_of_kind(as<ConditionRecord>(at).condition_kind) == Domain::WHOLE)
+        return truth_of(right_whole(at));
     const double value = right_real(at);
     if (!is_finite(value)) return Truth::FAILED;
     return value != 0 ? Truth::TRUE : Truth::FALSE;

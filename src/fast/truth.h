@@ -23,7 +23,9 @@ struct AnyCondition {
 
 // A chain of the whole domain without a leaf in front, such as begins with a comparison.
 struct ComputedCondition {
-    static Truth of(const Token* at) { return truth_of(at->step.inner->step.whole(0, at->step.inner)); }
+    static Truth of(const Token* at) {
+        return truth_of(call_chain(std::int64_t{0}, as<ConditionRecord>(at).chain));
+    }
 };
 
 // A comparison of two variables or literals and nothing behind it. The statement keeps them itself, a literal
@@ -31,19 +33,21 @@ struct ComputedCondition {
 template <int relation, typename Number>
 struct LeafComparison {
     static Truth of(const Token* at) {
-        const auto left = read<Number>(at->step.left_operand);
-        const auto right = read<Number>(at->step.operand);
+        const auto& condition = as<ConditionRecord>(at);
+        const auto left = read<Number>(condition.left_leaf);
+        const auto right = read<Number>(condition.right_leaf);
         if (__builtin_isunordered(left, right)) return Truth::FAILED;
         return holds<relation>(left, right) ? Truth::TRUE : Truth::FALSE;
     }
 };
 
-void keep_leaves(Token* at, const Token* comparison, std::size_t size_of_number);
+// Keeps the two leaves of a comparison.
+void keep_leaves(ConditionRecord& condition, const OperatorRecord& comparison, std::size_t size_of_number);
 
 // Whether the condition is such a comparison: of two DOUBLE leaves, or of two SINGLE ones.
 inline bool compares_leaves(const Specialised& condition) {
     if (condition.form != Form::RELATION) return false;
-    const Token& comparison = *condition.operation;
+    const auto& comparison = as<OperatorRecord>(condition.operation);
     return comparison.left_kind == comparison.right_kind &&
            (comparison.left_kind == F64 || comparison.left_kind == F32);
 }
@@ -54,8 +58,9 @@ template <typename Make>
 Execute handler_for(Token* at, const Specialised& condition, Make make) {
     if (condition.side.kind != side_kind(COMPUTED, true, Domain::WHOLE)) return make(AnyCondition{});
     if (!compares_leaves(condition)) return make(ComputedCondition{});
-    const bool single = condition.operation->left_kind == F32;
-    keep_leaves(at, condition.operation, single ? sizeof(float) : sizeof(double));
+    const auto& comparison = as<OperatorRecord>(condition.operation);
+    const bool single = comparison.left_kind == F32;
+    keep_leaves(as<ConditionRecord>(at), comparison, single ? sizeof(float) : sizeof(double));
     return choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(
         lesser_first(condition.operation), [=](auto listed) {
             return single ? make(LeafComparison<listed(), float>{})

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "platform/processor.h"
 #include "platform/uefi.h"
 
 namespace korvane {
@@ -17,7 +18,7 @@ void calibrate_clock();
 
 // The counter itself; it counts from the processor's reset.
 inline std::uint64_t read_time_stamp() {
-    return __builtin_ia32_rdtsc();
+    return processor_ticks();
 }
 
 // Seconds since the processor's reset; the seconds of the day when the counter has no rate.

@@ -212,7 +212,7 @@ std::uint32_t prepare_line(std::uint32_t index) {
     }
     line.tokens = tokens;
     line.token_count = count;
-    tokens[count - 1].step.jump = {index, 0};
+    tokens[count - 1].line_end.line = index;
     execution.tokens = tokens;
     return count;
 }
@@ -224,7 +224,7 @@ Token* cached_statement(Position position) {
     Token* at = line.tokens + position.record;
     while (at->kind == ':')
         ++at;
-    return at->kind == END_OF_LINE && at->step.next != nullptr ? at->step.next : at;
+    return at->kind == END_OF_LINE && at->line_end.next_line != nullptr ? at->line_end.next_line : at;
 }
 
 void jump_to_line(std::int64_t number) {

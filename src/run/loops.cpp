@@ -39,7 +39,7 @@ bool find_closer(std::uint32_t record, std::uint8_t opener, std::uint8_t closer,
 // The same through the opening token's memory. Without a closer the run ends, without a message (deliberate).
 bool find_closer(Token& opener, std::uint8_t closer, Position& found) {
     if (opener.jump_known) {
-        found = opener.step.jump;
+        found = opener.jump;
         return true;
     }
     const bool remembers = execution.line == direct_line || remembers_lines(&opener);
@@ -49,7 +49,7 @@ bool find_closer(Token& opener, std::uint8_t closer, Position& found) {
     }
     // The scan may have overwritten what runs from the execution buffer.
     if (remembers) {
-        opener.step.jump = found;
+        opener.jump = found;
         opener.jump_known = true;
     }
     return true;

@@ -1,5 +1,5 @@
-// Conversions between the numeric types. Every conversion of a float to an integer in the language goes
-// through round_to_integer().
+// Conversions between the numeric types. Every conversion of a float to an integer in the language rounds as
+// round_to_nearest() does (numbers/rounding.h).
 #pragma once
 
 #include <cstdint>
