@@ -60,7 +60,7 @@ test("nothing is loaded from elsewhere, no script and no style stands in a page,
   for (const file of files.filter((name) => /\.(js|css)$/.test(name))) {
     const source = read(file);
     assert.doesNotMatch(source, /@import|url\(["']?(https?:|\/)/, file);
-    for (const [, target] of source.matchAll(/\b(?:from|import)\s*\(?\s*"([^"]+)"/g)) {
+    for (const [, target] of source.matchAll(/(?:\bimport\s*\(\s*|\b(?:from|import)\s+)"([^"]+)"/g)) {
       assert.ok(target.startsWith(".") && files.includes(path.posix.join(path.posix.dirname(file), target)), `${file}: ${target}`);
     }
   }
