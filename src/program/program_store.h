@@ -49,6 +49,9 @@ struct ProgramStore {
 };
 extern ProgramStore program;
 
+// Writes the record of a line, its zero byte and padding included.
+void write_line_record(std::uint8_t* record, std::uint32_t number, std::string_view text);
+
 // The text of the line at `index`, without its number.
 std::string_view line_text(std::uint32_t index);
 
