@@ -107,6 +107,11 @@ void write_line_record(std::uint8_t* record, std::uint32_t number, std::string_v
     fill_bytes(record + used, 0, line_record_size(static_cast<std::uint32_t>(text.size())) - used);
 }
 
+void note_written_program(std::uint64_t address, std::uint64_t size) {
+    const std::uint64_t offset = address - reinterpret_cast<std::uint64_t>(arenas.CODEBASE);
+    if (offset < program_arena_size || offset + size < size) ++program.changes;
+}
+
 std::string_view line_text(std::uint32_t index) {
     const std::uint8_t* record = program.lines[index].record;
     return {reinterpret_cast<const char*>(record + line_record_head), stored_text_length(record)};

@@ -1,6 +1,7 @@
 #include "statements/data/memory_access.h"
 
 #include "program/parse.h"
+#include "program/program_store.h"
 #include "values/evaluator.h"
 #include "values/variables.h"
 
@@ -20,6 +21,7 @@ void poke_memory(std::uint64_t address, std::uint64_t value, std::uint32_t bytes
     for (std::uint32_t i = 0; i < bytes; ++i)
         *reinterpret_cast<volatile std::uint8_t*>(address + i) = static_cast<std::uint8_t>(value >> (8 * i));
     note_written_memory(address, bytes);
+    note_written_program(address, bytes);
 }
 
 namespace {
