@@ -2,10 +2,15 @@
 //
 //     korvane-fuzzer --target=session [libFuzzer's options] CORPUS...
 //
-// With KORVANE_FUZZ_COUNTS the counts are kept in that file.
+// With KORVANE_FUZZ_COUNTS the counts are kept in a file in that folder.
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <string>
 #include <string_view>
 
 #include "counted.h"
@@ -15,7 +20,7 @@
 namespace {
 
 const korvane::fuzz::Target* target = nullptr;
-const char* counts_file = nullptr;
+std::filesystem::path counts_file;
 
 }  // namespace
 
@@ -33,7 +38,10 @@ extern "C" int LLVMFuzzerInitialize(int* count, char*** words) {
             std::fprintf(stderr, "  %-16s %s\n", one.name.data(), one.reads.data());
         std::exit(2);
     }
-    counts_file = std::getenv("KORVANE_FUZZ_COUNTS");
+    if (const char* folder = std::getenv("KORVANE_FUZZ_COUNTS"))
+        counts_file =
+            std::filesystem::path(folder) / (std::string(target->name) + "-" + std::to_string(getpid()) +
+                                             "-" + std::to_string(std::time(nullptr)) + ".json");
     static Machine the_machine;
     prepare(*target);
     return 0;
@@ -42,6 +50,6 @@ extern "C" int LLVMFuzzerInitialize(int* count, char*** words) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace korvane::fuzz;
     play(*target, {reinterpret_cast<const char*>(data), size});
-    if (counts_file != nullptr) write_counts(counts_file, target->name, false);
+    if (!counts_file.empty()) write_counts(counts_file, target->name, false);
     return 0;
 }
