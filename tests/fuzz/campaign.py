@@ -78,7 +78,7 @@ def run(target, seconds, plain):
     before = found_files(target)
     command = [
         fuzzer(plain), f"--target={target}", f"-dict={CAMPAIGN / 'words.dict'}", f"-max_total_time={int(seconds)}",
-        f"-max_len={LONGEST.get(target, 2048)}", "-timeout=60", "-rss_limit_mb=3000", "-detect_leaks=0", "-fork=1",
+        f"-max_len={LONGEST.get(target, 2048)}", "-timeout=60", "-rss_limit_mb=3000", "-fork=1",
         "-ignore_crashes=1", "-ignore_timeouts=1", "-ignore_ooms=1", f"-artifact_prefix={found}/", corpus,
     ]  # fmt: skip
     command += [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target) if folder.exists()]
@@ -94,7 +94,7 @@ def run(target, seconds, plain):
 def make_smaller(target, file, plain):
     small = file.with_name("small-" + file.name)
     command = [
-        fuzzer(plain), f"--target={target}", "-minimize_crash=1", "-max_total_time=60", "-detect_leaks=0",
+        fuzzer(plain), f"--target={target}", "-minimize_crash=1", "-max_total_time=60",
         f"-exact_artifact_path={small}", file,
     ]  # fmt: skip
     subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -125,7 +125,7 @@ def keep(plain):
         merged.mkdir(parents=True, exist_ok=True)
         for file in merged.iterdir():
             file.unlink()
-        subprocess.run([fuzzer(plain), f"--target={target}", "-merge=1", "-detect_leaks=0", merged, *sources], stderr=subprocess.DEVNULL)
+        subprocess.run([fuzzer(plain), f"--target={target}", "-merge=1", merged, *sources], stderr=subprocess.DEVNULL)
         folder = KEPT / target
         folder.mkdir(parents=True, exist_ok=True)
         for file in folder.iterdir():

@@ -256,10 +256,9 @@ bool play_device_path(string_view input) {
     const string_view image_path = reader.take_counted();
     hardware.image_path = string(image_path);
     hardware.device_path = string(reader.rest());
-    // Whoever walks a path knows of no end but the one in it.
-    const string_view end("\x7F\xFF\4\0", 4);
-    hardware.image_path += string(512, '\0') + string(end);
-    hardware.device_path += string(512, '\0') + string(end);
+    // Whoever walks a path knows of no end but the one in it, and goes on for 4 KiB without one.
+    for (string* path : {&hardware.image_path, &hardware.device_path})
+        *path += string(4200, '\0');
     return start_on(hardware, {"FILES", "SAVE \"BOOTX64.EFI\"", "CREATEEFI \"N.EFI\"", "KORVANE", "VOLUMES",
                                "BOOT", "X"});
 }
