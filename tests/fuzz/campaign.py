@@ -22,6 +22,7 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 CAMPAIGN = ROOT / "build/fuzz/campaign"
+COMPANION = ROOT / "build/host/tests/fuzz/korvane-companion"
 KEPT = ROOT / "tests/fuzz/corpus"
 MINUTES_EACH = 3  # of a target's turn
 LONGEST = {"session": 3000, "explorer": 1000, "program": 6000, "packed-image": 4000, "disk": 4096}
@@ -43,7 +44,7 @@ def counts():
     total = collections.defaultdict(collections.Counter)
     for file in (CAMPAIGN / "counts").glob("*.json"):
         one = json.loads(file.read_text())
-        for key in ("inputs", "lines", "seconds"):
+        for key in ("inputs", "lines", "compared", "seconds"):
             total[one["target"]][key] += one[key]
     return total
 
@@ -52,9 +53,9 @@ def print_counts():
     total = counts()
     for target in sorted(total):
         one = total[target]
-        print(f"{target:16} {one['inputs']:>12,} inputs {one['lines']:>13,} lines {one['seconds'] / 3600:8.2f} hours")
+        print(f"{target:16} {one['inputs']:>12,} inputs {one['lines']:>13,} lines {one['compared']:>12,} compared {one['seconds'] / 3600:8.2f} hours")
     whole = sum(total.values(), collections.Counter())
-    print(f"{'all':16} {whole['inputs']:>12,} inputs {whole['lines']:>13,} lines {whole['seconds'] / 3600:8.2f} hours")
+    print(f"{'all':16} {whole['inputs']:>12,} inputs {whole['lines']:>13,} lines {whole['compared']:>12,} compared {whole['seconds'] / 3600:8.2f} hours")
 
 
 def prepare():
@@ -82,7 +83,7 @@ def run(target, seconds, plain):
         "-ignore_crashes=1", "-ignore_timeouts=1", "-ignore_ooms=1", f"-artifact_prefix={found}/", corpus,
     ]  # fmt: skip
     command += [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target) if folder.exists()]
-    environment = dict(os.environ, KORVANE_FUZZ_COUNTS=str(CAMPAIGN / "counts"))
+    environment = dict(os.environ, KORVANE_FUZZ_COUNTS=str(CAMPAIGN / "counts"), KORVANE_FUZZ_COMPANION=str(COMPANION))
     with open(CAMPAIGN / f"{target}.log", "w") as log:
         subprocess.run(command, stdout=log, stderr=log, env=environment)
     fresh = found_files(target) - before
@@ -97,15 +98,17 @@ def make_smaller(target, file, plain):
         fuzzer(plain), f"--target={target}", "-minimize_crash=1", "-max_total_time=60",
         f"-exact_artifact_path={small}", file,
     ]  # fmt: skip
-    subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    environment = dict(os.environ, KORVANE_FUZZ_COMPANION=str(COMPANION))
+    subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment)
 
 
 def campaign(names, minutes, plain):
     prepare()
-    names = names or target_names(plain)
+    # Sessions hold most of the interpreter: every other turn is theirs.
+    names = names or [name for other in target_names(plain) if other != "session" for name in ("session", other)]
     end = time.monotonic() + minutes * 60
     found = 0
-    turn = min(MINUTES_EACH * 60, minutes * 60 / len(names) if minutes * 60 >= 20 * len(names) else 20)
+    turn = max(20, min(MINUTES_EACH * 60, minutes * 60 / len(names)))
     while (rest := end - time.monotonic()) > 5:
         target = names[0]
         names = names[1:] + names[:1]

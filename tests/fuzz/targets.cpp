@@ -17,6 +17,8 @@ namespace {
 using std::string;
 using std::string_view;
 
+const Target* prepared = nullptr;
+
 // Takes numbers from an input; zeros when it has come to its end.
 class Reader {
   public:
@@ -327,6 +329,7 @@ const Target* find_target(string_view name) {
 }
 
 void prepare(const Target& target) {
+    prepared = &target;
     if (target.prepare != nullptr)
         target.prepare();
     else
@@ -335,9 +338,15 @@ void prepare(const Target& target) {
     note_moment();
 }
 
-void play(const Target& target, string_view input) {
+bool play_only(string_view input) {
     begin_input();
-    if (target.play(input)) check();
+    return prepared->play(input);
+}
+
+bool play(string_view input) {
+    if (!play_only(input)) return false;
+    check();
+    return true;
 }
 
 }  // namespace korvane::fuzz
