@@ -77,7 +77,7 @@ void emit_relation(const Node& node) {
     if (node.domain == Domain::text) {
         set_text_comparison_step(node.token);
     } else {
-        set_comparison_step(node.token, node.domain);
+        set_comparison_step(node.token, node.domain, node.comparison);
     }
 }
 
