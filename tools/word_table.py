@@ -15,6 +15,9 @@ FLOW = ("FOR", "TO", "STEP", "NEXT", "WHILE", "WEND", "IF", "THEN", "ELSE", "GOT
 # Behind these a number is that of a line.
 JUMPS = ("GOTO", "GOSUB", "THEN", "ELSE", "RESUME", "RESTORE")
 
+# A row of the function table; what the function takes may stand in front of its name.
+FUNCTION_ROW = re.compile(r'\b(?:bare|taking|call)\((?:[^"(]*|ArgumentList\("[^"]*"\), )"([A-Z0-9$]+)", \w+\)')
+
 
 def keywords():
     """All keywords, in the order of the keyword table."""
@@ -34,9 +37,9 @@ def functions():
     table = (SOURCES / "function_table.cpp").read_text()
     arrays = {}
     for name, rows in re.findall(r"^constexpr std::array (\w+)\{\n(.*?)^\};", table, re.M | re.S):
-        arrays[name] = re.findall(r'^    \w+\(.*"([A-Z0-9$]+)", \w+\),$', rows, re.M)
-        written = [row for row in rows.splitlines() if row.strip() and not row.strip().startswith("//")]
-        if len(arrays[name]) != len(written):
+        arrays[name] = FUNCTION_ROW.findall(rows)
+        # A row ends with its function, and there may be several in a line.
+        if len(arrays[name]) != len(re.findall(r"\b(?:function|variable)_\w+", rows)):
             raise ValueError(f"the table {name} is not read as it is written")
     return arrays["called_functions"], arrays["bare_functions"], arrays["system_variables"]
 
