@@ -15,9 +15,6 @@ FLOW = ("FOR", "TO", "STEP", "NEXT", "WHILE", "WEND", "IF", "THEN", "ELSE", "GOT
 # Behind these a number is that of a line.
 JUMPS = ("GOTO", "GOSUB", "THEN", "ELSE", "RESUME", "RESTORE")
 
-# A row of the function table; what the function takes may stand in front of its name.
-FUNCTION_ROW = re.compile(r'\b(?:bare|taking|call)\((?:[^"(]*|ArgumentList\("[^"]*"\), )"([A-Z0-9$]+)", \w+\)')
-
 
 def keywords():
     """All keywords, in the order of the keyword table."""
@@ -37,9 +34,8 @@ def functions():
     table = (SOURCES / "function_table.cpp").read_text()
     arrays = {}
     for name, rows in re.findall(r"^constexpr std::array (\w+)\{\n(.*?)^\};", table, re.M | re.S):
-        arrays[name] = FUNCTION_ROW.findall(rows)
-        # A row ends with its function, and there may be several in a line.
-        if len(arrays[name]) != len(re.findall(r"\b(?:function|variable)_\w+", rows)):
+        arrays[name] = re.findall(r'"([A-Z0-9$]+)", \w+\)', rows)
+        if len(arrays[name]) != len(re.findall(r"\b(?:bare|taking|call)\(", rows)):
             raise ValueError(f"the table {name} is not read as it is written")
     return arrays["called_functions"], arrays["bare_functions"], arrays["system_variables"]
 

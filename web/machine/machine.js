@@ -151,10 +151,11 @@ export class Machine {
         this.#started = true;
         this.told.turn?.();
         if (this.#keyCount === 0) {
-            this.told.waits?.(true);
-            await new Promise((done) => {
+            const pressed = new Promise((done) => {
                 this.#pressed = done;
             });
+            this.told.waits?.(true);  // who hears it may press keys at once
+            await pressed;
             this.#pressed = null;
             this.told.waits?.(false);
         }

@@ -84,6 +84,12 @@ export function renderPage(page, source) {
     return renderer.renderToken(tokens, index, settings);
   };
   rules.link_close = () => (open.pop() === null ? "</span>" : "</a>");
+  rules.th_open = rules.td_open = (tokens, index, settings, environment, renderer) => {
+    // The policy of the pages forbids styles in them.
+    const style = tokens[index].attrGet("style");
+    if (style) tokens[index].attrs = [["class", style.replace("text-align:", "")]];
+    return renderer.renderToken(tokens, index, settings);
+  };
   rules.table_open = () => '<div class="table" tabindex="0" role="region" aria-label="Table"><table>\n';
   rules.table_close = () => "</table></div>\n";
 
