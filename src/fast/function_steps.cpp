@@ -83,7 +83,7 @@ Whole position_in_text(std::int64_t, Token* at) {
 double number_in_text(double, Token* at) {
     const Value text = right_text(at);
     if (failed(text)) return no_number();
-    const std::string_view characters(reinterpret_cast<const char*>(text.bytes), text.length);
+    const std::string_view characters = text.text();
     return cannot_overflow(characters) ? go_on(longest_number(characters).real, at) : no_number();
 }
 

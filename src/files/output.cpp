@@ -43,7 +43,7 @@ void out_put_blanks(std::int64_t count) {
 
 void print_value(const Value& value) {
     if (value.type == Type::STRING) {
-        out_put_text({reinterpret_cast<const char*>(value.bytes), value.length});
+        out_put_text(value.text());
     } else {
         out_put_text(format_number(value).view());
     }

@@ -45,7 +45,7 @@ void do_find(Cursor& cursor) {
     }
     if (!check_line_range(range)) return;
 
-    const std::string_view pattern(reinterpret_cast<const char*>(value.bytes), value.length);
+    const std::string_view pattern = value.text();
     const std::uint32_t end = first_line_from(std::uint64_t{range.last} + 1);
     bool found = false;
     for (std::uint32_t index = first_line_from(range.first); index < end; ++index) {
