@@ -1,13 +1,9 @@
 #include "block_device.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
+
+#include "give_up.h"
 
 namespace korvane::host {
 
@@ -19,15 +15,12 @@ constexpr std::uint64_t block_io_revision = 0x00010000;
 
 BlockDevice::BlockDevice(const BlockDeviceConfig& config, ServiceFaults& faults, Misuse& misuse)
     : uefi::BlockIoProtocol{block_io_revision, nullptr, reset, read_blocks, write_blocks, flush_blocks},
-      file_(::open(config.image.c_str(), O_RDONLY | O_CLOEXEC)),
+      file_(open_host_file(config.image, false)),
       unreadable_(config.unreadable_blocks),
       faults_(faults),
       misuse_(misuse) {
-    struct stat status {};
-    if (!file_ || fstat(file_.number(), &status) != 0) {
-        std::fprintf(stderr, "hosted firmware: cannot open the disk image %s\n", config.image.c_str());
-        std::exit(71);
-    }
+    const auto status = file_ ? file_.status() : std::nullopt;
+    if (!status) give_up("cannot open the disk image " + config.image);
     media_.MediaId = config.media_id;
     media_.RemovableMedia = config.removable ? 1 : 0;
     media_.MediaPresent = config.media_present ? 1 : 0;
@@ -35,7 +28,7 @@ BlockDevice::BlockDevice(const BlockDeviceConfig& config, ServiceFaults& faults,
     media_.ReadOnly = config.read_only ? 1 : 0;
     media_.BlockSize = config.block_size;
     media_.IoAlign = config.io_align;
-    const auto size = static_cast<std::uint64_t>(status.st_size);
+    const std::uint64_t size = status->size;
     // A block size of 0 is wrong, and what such firmware says is for the image to cope with.
     const std::uint64_t blocks =
         config.block_size == 0 ? 1 : (size + config.block_size - 1) / config.block_size;
@@ -74,8 +67,8 @@ uefi::Status EFIAPI BlockDevice::read_blocks(uefi::BlockIoProtocol* self, std::u
     for (const std::uint64_t bad : device.unreadable_)
         if (bad - lba < blocks) return uefi::device_error;
     std::memset(buffer, 0, size);
-    const auto offset = static_cast<off_t>(lba * device.media_.BlockSize);
-    return pread(device.file_.number(), buffer, size, offset) < 0 ? uefi::device_error : uefi::success;
+    const auto count = device.file_.read(buffer, size, lba * device.media_.BlockSize);
+    return count ? uefi::success : uefi::device_error;
 }
 
 // Nothing may ever write to a disk.

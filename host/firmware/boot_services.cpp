@@ -1,10 +1,10 @@
 #include "boot_services.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdint>
 #include <cstring>
-#include <ctime>
+
+#include "host_clock.h"
 
 namespace korvane::host {
 
@@ -68,10 +68,7 @@ Status EFIAPI check_event(uefi::Event event) {
 
 Status EFIAPI stall(std::uint64_t microseconds) {
     if (auto failure = active->faults().strike(Service::Stall)) return *failure;
-    std::timespec left{static_cast<std::time_t>(microseconds / 1'000'000),
-                       static_cast<long>(microseconds % 1'000'000 * 1000)};
-    while (nanosleep(&left, &left) != 0 && errno == EINTR) {
-    }
+    host_stall(microseconds);
     return uefi::success;
 }
 

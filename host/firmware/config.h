@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -31,7 +30,7 @@ struct GraphicsMode {
 
 // A simple file system: a folder of the host, out of which no name leads.
 struct VolumeConfig {
-    std::filesystem::path folder;
+    std::string folder;  // its name on the host
     bool read_only = false;
     std::uint64_t capacity = std::uint64_t{1} << 40;  // bytes by which files may still grow
     std::u16string label = u"KORVANE";
@@ -45,7 +44,7 @@ struct VolumeConfig {
 
 // A block device over a raw image file.
 struct BlockDeviceConfig {
-    std::filesystem::path image;
+    std::string image;               // its name on the host
     std::uint32_t block_size = 512;  // bytes
     std::uint32_t io_align = 0;      // bytes; 0 and 1 accept any buffer address
     std::uint32_t media_id = 1;
@@ -72,7 +71,17 @@ std::vector<MemoryRegion> default_memory();
 // The usual resolutions, one very tall mode, and one whose lines are longer than its width.
 std::vector<GraphicsMode> default_graphics_modes();
 
+// Where the firmware's own memory lies.
+struct MachineLayout {
+    std::uint64_t stack = 0x0A000000;            // the image's
+    std::uint64_t tables = 0x0B000000;           // system and service tables
+    std::uint64_t platform_tables = 0x0B100000;  // ACPI and SMBIOS
+    std::uint64_t pool = 0x0C000000;
+    std::uint64_t framebuffer = 0x70000000;
+};
+
 struct Config {
+    MachineLayout layout;
     std::vector<MemoryRegion> memory = default_memory();
     bool descending_map = false;  // the memory map lists the highest region first
     std::vector<GraphicsMode> modes = default_graphics_modes();

@@ -1,10 +1,11 @@
 #include "display.h"
 
 #include <algorithm>
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
+#include <string>
 #include <utility>
+
+#include "give_up.h"
 
 namespace korvane::host {
 
@@ -52,10 +53,8 @@ Display::Display(std::uint64_t base, std::vector<GraphicsMode> modes, std::uint3
     const auto found = std::find_if(modes_.begin(), modes_.end(), [=](const GraphicsMode& mode) {
         return mode.width == width && mode.height == height;
     });
-    if (found == modes_.end()) {
-        std::fprintf(stderr, "hosted firmware: there is no %ux%u screen mode\n", width, height);
-        std::exit(71);
-    }
+    if (found == modes_.end())
+        give_up("there is no " + std::to_string(width) + "x" + std::to_string(height) + " screen mode");
     enter(static_cast<std::uint32_t>(found - modes_.begin()));
     if (mode_.FrameBufferSize != 0) std::memset(reinterpret_cast<void*>(base), 0x5A, mode_.FrameBufferSize);
 }

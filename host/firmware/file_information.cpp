@@ -3,7 +3,6 @@
 #include <cstddef>
 #include <cstring>
 
-#include "calendar.h"
 #include "unicode.h"
 
 namespace korvane::host {
@@ -12,19 +11,14 @@ namespace {
 
 constexpr std::uint64_t cluster_size = 4096;
 
-uefi::Time to_time(const std::timespec& time) {
-    return to_firmware_time(time.tv_sec, static_cast<std::uint32_t>(time.tv_nsec));
-}
-
 }  // namespace
 
-std::uint64_t attributes_of(const struct stat& status) {
-    if (S_ISDIR(status.st_mode)) return uefi::file_directory;
-    const std::uint64_t read_only = (status.st_mode & S_IWUSR) == 0 ? uefi::file_read_only : 0;
-    return read_only | uefi::file_archive;
+std::uint64_t attributes_of(const FileStatus& status) {
+    if (status.is_directory) return uefi::file_directory;
+    return (status.is_read_only ? uefi::file_read_only : 0) | uefi::file_archive;
 }
 
-uefi::Status put_file_information(const struct stat& status, std::string_view name, std::uint64_t* size,
+uefi::Status put_file_information(const FileStatus& status, std::string_view name, std::uint64_t* size,
                                   void* buffer) {
     const std::u16string wide_name = to_utf16(name).value_or(u"");
     const std::uint64_t name_bytes = (wide_name.size() + 1) * sizeof(char16_t);
@@ -36,11 +30,11 @@ uefi::Status put_file_information(const struct stat& status, std::string_view na
     if (buffer == nullptr) return uefi::invalid_parameter;
     uefi::FileInfo information{};
     information.Size = needed;
-    information.FileSize = S_ISDIR(status.st_mode) ? 0 : static_cast<std::uint64_t>(status.st_size);
+    information.FileSize = status.is_directory ? 0 : status.size;
     information.PhysicalSize = (information.FileSize + cluster_size - 1) / cluster_size * cluster_size;
-    information.CreateTime = to_time(status.st_mtim);
-    information.LastAccessTime = to_time(status.st_atim);
-    information.ModificationTime = to_time(status.st_mtim);
+    information.CreateTime = to_firmware_time(status.modified);
+    information.LastAccessTime = to_firmware_time(status.accessed);
+    information.ModificationTime = to_firmware_time(status.modified);
     information.Attribute = attributes_of(status);
     auto* bytes = static_cast<std::uint8_t*>(buffer);
     std::memcpy(bytes, &information, uefi::file_info_name_offset);

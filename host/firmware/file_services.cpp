@@ -1,13 +1,10 @@
 #include "file_services.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstring>
 #include <utility>
 
+#include "fat_names.h"
 #include "file_information.h"
 #include "host_text.h"
 #include "program_file.h"
@@ -48,20 +45,18 @@ std::u16string_view kept_name(std::u16string_view name) {
 }
 
 std::uint64_t size_of(const OpenFile& file) {
-    struct stat status {};
-    return fstat(file.descriptor.number(), &status) == 0 ? static_cast<std::uint64_t>(status.st_size) : 0;
+    const auto status = file.descriptor.status();
+    return status ? status->size : 0;
 }
 
 std::string contents_of(const OpenFile& file) {
     std::string bytes(size_of(file), '\0');
-    const ssize_t length = pread(file.descriptor.number(), bytes.data(), bytes.size(), 0);
-    bytes.resize(length > 0 ? static_cast<std::size_t>(length) : 0);
+    bytes.resize(file.descriptor.read(bytes.data(), bytes.size(), 0).value_or(0));
     return bytes;
 }
 
 bool write_all(const Descriptor& file, std::string_view bytes) {
-    const ssize_t length = pwrite(file.number(), bytes.data(), bytes.size(), 0);
-    return length == static_cast<ssize_t>(bytes.size()) && ftruncate(file.number(), length) == 0;
+    return file.write(bytes.data(), bytes.size(), 0) == bytes.size() && file.resize(bytes.size());
 }
 
 }  // namespace
@@ -91,7 +86,7 @@ uefi::Status FileServices::locate(const OpenFile& from, std::u16string_view name
         // Only the last part may be missing.
         if (!place.exists) return uefi::not_found;
         const auto here = folder.status(place.path);
-        if (!here || !S_ISDIR(here->st_mode)) return uefi::not_found;
+        if (!here || !here->is_directory) return uefi::not_found;
         if (part == u".") continue;
         if (part == u"..") {
             if (place.path.empty()) return uefi::not_found;
@@ -124,7 +119,7 @@ uefi::Status FileServices::open_lent(const OpenFile& from, std::u16string_view n
     if (lent == volume.lent_.end()) return uefi::not_found;
     const bool writes = mode != uefi::file_mode_read;
     if (writes && !lent->writable) return uefi::write_protected;
-    Descriptor descriptor(::open(lent->source.c_str(), (writes ? O_RDWR : O_RDONLY) | O_CLOEXEC));
+    Descriptor descriptor = open_host_file(lent->source, writes);
     if (!descriptor) return writes ? uefi::access_denied : uefi::not_found;
     OpenFile* file = volume.add_handle(lent->path);
     file->descriptor = std::move(descriptor);
@@ -141,7 +136,7 @@ uefi::Status FileServices::open_existing(Volume& volume, const FolderPath& path,
                                          uefi::FileProtocol** opened) {
     const auto status = volume.folder_.status(path);
     if (!status) return uefi::not_found;
-    const bool directory = S_ISDIR(status->st_mode);
+    const bool directory = status->is_directory;
     const bool writable = (mode & uefi::file_mode_write) != 0;
     const bool creating = (mode & uefi::file_mode_create) != 0;
     // A directory where a file was to be created is opened as it is, as the FAT driver of the reference
@@ -151,7 +146,7 @@ uefi::Status FileServices::open_existing(Volume& volume, const FolderPath& path,
 
     Descriptor descriptor;
     if (!directory) {
-        descriptor = volume.folder_.open(path, writable ? O_RDWR : O_RDONLY);
+        descriptor = volume.folder_.open(path, writable);
         if (!descriptor) return uefi::access_denied;
     }
     OpenFile* file = volume.add_handle(path);
@@ -177,7 +172,7 @@ void FileServices::present_program(OpenFile& file) {
     };
     volume.program_notes_ = {note(program.fault), note(program.loss)};
     if (program.codes == bytes || (program.codes.empty() && !program.fault.empty())) return;
-    Descriptor converted(memfd_create("program", MFD_CLOEXEC));
+    Descriptor converted = make_nameless_file();
     if (!converted || !write_all(converted, program.codes)) return;
     file.descriptor = std::move(converted);
 }
@@ -227,6 +222,7 @@ uefi::Status EFIAPI FileServices::close(uefi::FileProtocol* self) {
     store_program(*file);
     file->closed = true;
     file->descriptor = {};
+    if (file->writable && !file->lent) file->volume.folder_.settled(file->path);
     return status;
 }
 
@@ -241,7 +237,7 @@ uefi::Status EFIAPI FileServices::remove(uefi::FileProtocol* self) {
         return uefi::warn_delete_failure;
     }
     const std::uint64_t size = file->directory ? 0 : size_of(*file);
-    if (file->lent && file->writable && ftruncate(file->descriptor.number(), 0) == 0) {
+    if (file->lent && file->writable && file->descriptor.resize(0)) {
         file->descriptor = {};
         return uefi::success;
     }
@@ -285,9 +281,9 @@ uefi::Status EFIAPI FileServices::read(uefi::FileProtocol* self, std::uint64_t* 
     if (file->directory) return read_entry(*file, size, buffer);
     if (buffer == nullptr && *size != 0) return uefi::invalid_parameter;
     if (file->position > size_of(*file)) return uefi::device_error;
-    const ssize_t count = pread(file->descriptor.number(), buffer, *size, static_cast<off_t>(file->position));
-    if (count < 0) return uefi::device_error;
-    *size = static_cast<std::uint64_t>(count);
+    const auto count = file->descriptor.read(buffer, *size, file->position);
+    if (!count) return uefi::device_error;
+    *size = *count;
     file->position += *size;
     return uefi::success;
 }
@@ -316,9 +312,9 @@ uefi::Status FileServices::write_bytes(OpenFile& file, std::uint64_t* size, cons
     const std::uint64_t growth = end > old_size ? end - old_size : 0;
     const bool full = growth > file.volume.free_bytes_;
     if (full) *size -= std::min(*size, growth - file.volume.free_bytes_);
-    const ssize_t count = pwrite(file.descriptor.number(), buffer, *size, static_cast<off_t>(file.position));
-    if (count < 0) return uefi::device_error;
-    *size = static_cast<std::uint64_t>(count);
+    const auto count = file.descriptor.write(buffer, *size, file.position);
+    if (!count) return uefi::device_error;
+    *size = *count;
     file.position += *size;
     const std::uint64_t new_size = size_of(file);
     if (new_size > old_size) file.volume.free_bytes_ -= new_size - old_size;
@@ -371,15 +367,10 @@ uefi::Status EFIAPI FileServices::get_info(uefi::FileProtocol* self, const uefi:
     if (type == nullptr || size == nullptr) return uefi::invalid_parameter;
     if (*type == uefi::file_system_info_guid) return file_system_information(file->volume, size, buffer);
     if (!(*type == uefi::file_info_guid)) return uefi::unsupported;
-    struct stat status {};
-    if (file->descriptor) {
-        if (fstat(file->descriptor.number(), &status) != 0) return uefi::device_error;
-    } else {
-        const auto found = file->volume.folder_.status(file->path);
-        if (!found) return uefi::device_error;
-        status = *found;
-    }
-    return put_file_information(status, file->path.empty() ? "" : file->path.back(), size, buffer);
+    const auto status =
+        file->descriptor ? file->descriptor.status() : file->volume.folder_.status(file->path);
+    if (!status) return uefi::device_error;
+    return put_file_information(*status, file->path.empty() ? "" : file->path.back(), size, buffer);
 }
 
 uefi::Status FileServices::rename(OpenFile& file, std::u16string_view name) {
@@ -415,7 +406,7 @@ uefi::Status FileServices::rename(OpenFile& file, std::u16string_view name) {
 uefi::Status FileServices::change_size(OpenFile& file, std::uint64_t size) {
     const std::uint64_t old_size = size_of(file);
     if (size > old_size && size - old_size > file.volume.free_bytes_) return uefi::volume_full;
-    if (ftruncate(file.descriptor.number(), static_cast<off_t>(size)) != 0) return uefi::device_error;
+    if (!file.descriptor.resize(size)) return uefi::device_error;
     file.volume.free_bytes_ += old_size - size;
     return uefi::success;
 }
@@ -444,7 +435,9 @@ uefi::Status EFIAPI FileServices::set_info(uefi::FileProtocol* self, const uefi:
 uefi::Status EFIAPI FileServices::flush(uefi::FileProtocol* self) {
     OpenFile* file = nullptr;
     if (auto status = begin(self, Service::FileFlush, file); status != uefi::success) return status;
-    return file->writable ? uefi::success : uefi::access_denied;
+    if (!file->writable) return uefi::access_denied;
+    if (!file->directory && !file->lent) file->volume.folder_.settled(file->path);
+    return uefi::success;
 }
 
 }  // namespace korvane::host

@@ -26,16 +26,16 @@ std::uint64_t whole_pages(std::uint64_t bytes) {
 Firmware::Firmware(Config config)
     : config_(std::move(config)),
       memory_(config_.memory, config_.descending_map),
-      pool_(pool_base, pool_size),
-      stack_(stack_base, whole_pages(config_.stack_size) * uefi::page_size),
-      table_memory_(tables_base, tables_size),
-      platform_table_memory_(platform_tables_base, platform_tables_size),
+      pool_(config_.layout.pool, pool_size),
+      stack_(config_.layout.stack, whole_pages(config_.stack_size) * uefi::page_size),
+      table_memory_(config_.layout.tables, tables_size),
+      platform_table_memory_(config_.layout.platform_tables, platform_tables_size),
       tables_(new (table_memory_.bytes().data()) Tables{}),
       keyboard_(faults_),
       text_console_(faults_) {
     if (config_.graphics_output)
-        display_ = std::make_unique<Display>(framebuffer_base, config_.modes, config_.width, config_.height,
-                                             pool_, faults_);
+        display_ = std::make_unique<Display>(config_.layout.framebuffer, config_.modes, config_.width,
+                                             config_.height, pool_, faults_);
     for (const VolumeConfig& volume : config_.volumes)
         volumes_.push_back(std::make_unique<Volume>(volume, faults_, misuse_));
     for (const BlockDeviceConfig& device : config_.block_devices)
@@ -182,7 +182,7 @@ void Firmware::pull_stick() {
     handles_.uninstall(boot_device_, uefi::device_path_guid);
 }
 
-void Firmware::plug_stick(Replugged where, const std::filesystem::path& folder) {
+void Firmware::plug_stick(Replugged where, const std::string& folder) {
     VolumeConfig config = config_.volumes.front();
     config.folder = folder;
     auto volume = std::make_unique<Volume>(config, faults_, misuse_);
@@ -204,7 +204,7 @@ void Firmware::plug_stick(Replugged where, const std::filesystem::path& folder) 
     volumes_.front() = std::move(volume);
 }
 
-void Firmware::place_image(std::uint64_t base, std::uint64_t size, const std::filesystem::path& file) {
+void Firmware::place_image(std::uint64_t base, std::uint64_t size, const std::string& file) {
     tables_->loaded_image.ImageBase = reinterpret_cast<void*>(base);
     tables_->loaded_image.ImageSize = size;
     memory_.add({base, whole_pages(size), uefi::MemoryType::EfiLoaderCode});

@@ -1,18 +1,11 @@
 // The hosted firmware: a genuine UEFI system table whose services are implemented in this process.
 //
-// Only one can exist at a time, because boot services carry no context. Its memory lies at fixed addresses,
-// the same in every run:
-//
-//     0x0A000000  the image's stack        0x0B000000  system and service tables
-//     0x0B100000  ACPI and SMBIOS tables   0x0C000000  the pool
-//     0x0E000000  the loaded image         0x70000000  the framebuffer
-//
-// and Config::memory says what else there is.
+// Only one can exist at a time, because boot services carry no context. Its memory lies at the addresses that
+// Config::layout gives, the same in every run, and Config::memory says what else there is.
 #pragma once
 
 #include <cstdint>
 #include <deque>
-#include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -36,13 +29,9 @@
 
 namespace korvane::host {
 
-inline constexpr std::uint64_t stack_base = 0x0A000000;
-inline constexpr std::uint64_t tables_base = 0x0B000000;
-inline constexpr std::uint64_t platform_tables_base = 0x0B100000;
-inline constexpr std::uint64_t pool_base = 0x0C000000;
 inline constexpr std::uint64_t pool_size = 16 * 1024 * 1024;
-inline constexpr std::uint64_t image_base = 0x0E000000;
-inline constexpr std::uint64_t framebuffer_base = 0x70000000;
+inline constexpr std::uint64_t image_base = 0x0E000000;  // where the image is loaded
+inline constexpr std::uint64_t framebuffer_base = MachineLayout{}.framebuffer;
 
 // Where a stick is when it is back.
 enum class Replugged {
@@ -65,7 +54,7 @@ class Firmware {
 
     // Enters the image's place into the loaded image record and the memory map. `file`, when given, is found
     // at Config::image_path on the first volume.
-    void place_image(std::uint64_t base, std::uint64_t size, const std::filesystem::path& file);
+    void place_image(std::uint64_t base, std::uint64_t size, const std::string& file);
 
     const Config& config() const { return config_; }
     Mapping& stack() { return stack_; }
@@ -90,7 +79,7 @@ class Firmware {
     // Pulls out the stick that the first volume is on: its handles go, and every use of its files fails.
     void pull_stick();
     // Puts it back, with `folder` on it; its free space is the volume's first one again.
-    void plug_stick(Replugged where, const std::filesystem::path& folder);
+    void plug_stick(Replugged where, const std::string& folder);
 
     void set_time(const std::optional<uefi::Time>& time) { config_.time = time; }
 

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "host_clock.h"
+
 namespace korvane::host {
 
 namespace {
@@ -49,7 +51,7 @@ __attribute__((no_sanitize("address"))) bool Keyboard::is_spinning(const std::ui
         return frame[known.offset] == known.value;
     });
     if (!spin_place_.empty() && same_place) return true;
-    const bool quick = __builtin_ia32_rdtsc() - last_poll_ticks_ < quick_poll_ticks;
+    const bool quick = host_ticks() - last_poll_ticks_ < quick_poll_ticks;
     quick_polls_ = quick ? quick_polls_ + 1 : 0;
     // The host may have been busy with something else between two looks; that tells nothing about the image.
     if (frame != last_frame_)
@@ -100,7 +102,7 @@ uefi::Status EFIAPI Keyboard::read_key_stroke(uefi::SimpleTextInputProtocol* sel
         keyboard.looks_from_one_place_ = 0;
         status = uefi::success;
     }
-    keyboard.last_poll_ticks_ = __builtin_ia32_rdtsc();
+    keyboard.last_poll_ticks_ = host_ticks();
     return status;
 }
 

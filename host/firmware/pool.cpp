@@ -1,7 +1,6 @@
 #include "pool.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 
 namespace korvane::host {
@@ -18,10 +17,11 @@ std::uint64_t round_up(std::uint64_t value, std::uint64_t multiple) {
 }
 
 std::string describe(std::uint64_t buffer, std::uint64_t size) {
-    char text[96];
-    std::snprintf(text, sizeof text, "bytes beside the pool buffer of %llu bytes at %#llx were overwritten",
-                  static_cast<unsigned long long>(size), static_cast<unsigned long long>(buffer));
-    return text;
+    std::string address;
+    for (std::uint64_t rest = buffer; rest != 0; rest >>= 4)
+        address.insert(address.begin(), "0123456789abcdef"[rest & 0xF]);
+    return "bytes beside the pool buffer of " + std::to_string(size) + " bytes at 0x" + address +
+           " were overwritten";
 }
 
 }  // namespace

@@ -4,8 +4,8 @@
 #include <charconv>
 #include <cstdint>
 
+#include "fat_names.h"
 #include "files/program_text.h"
-#include "folder.h"
 #include "host_text.h"
 #include "program/execution.h"
 #include "program/messages.h"
@@ -95,21 +95,6 @@ ProgramText read_program(std::string_view bytes) {
         ++number;
     }
     return program;
-}
-
-std::optional<std::filesystem::path> find_program(const std::filesystem::path& name) {
-    std::error_code error;
-    if (std::filesystem::is_regular_file(name, error)) return name;
-    const std::string wanted = name.filename().string();
-    const bool has_extension = wanted.find('.') != wanted.npos;
-    const std::filesystem::path folder = name.has_parent_path() ? name.parent_path() : ".";
-    for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
-        const std::string found = entry.path().filename().string();
-        const bool fits =
-            same_name(found, wanted) || (!has_extension && same_name(found, wanted + std::string(extension)));
-        if (fits && entry.is_regular_file(error)) return entry.path();
-    }
-    return std::nullopt;
 }
 
 bool has_program_name(std::string_view name) {

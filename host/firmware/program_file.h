@@ -3,8 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <filesystem>
-#include <optional>
 #include <string>
 #include <string_view>
 
@@ -28,10 +26,6 @@ constexpr std::uint64_t largest_program_file = std::uint64_t{64} << 20;
 // already. A tab counts as a blank, a line of nothing but blanks as an empty one; Ctrl-Z at the end is left
 // out. UTF-16 is not taken: the fault says so, and nothing else is read.
 ProgramText read_program(std::string_view bytes);
-
-// The host's file for a name that LOAD would be given in this folder: the file itself, or the one with
-// ".bas" behind the name, capitals or not. Nothing when there is none.
-std::optional<std::filesystem::path> find_program(const std::filesystem::path& name);
 
 // Whether a file's name says that it is a program.
 bool has_program_name(std::string_view name);

@@ -5,7 +5,7 @@
 #include <string_view>
 
 #include "boot_services.h"
-#include "calendar.h"
+#include "host_clock.h"
 
 namespace korvane::host {
 
@@ -18,7 +18,7 @@ using uefi::Status;
 Status EFIAPI get_time(uefi::Time* time, void*) {
     if (auto failure = active->faults().strike(Service::GetTime)) return *failure;
     if (time == nullptr) return uefi::invalid_parameter;
-    *time = active->config().time.value_or(current_firmware_time());
+    *time = active->config().time.value_or(to_firmware_time(host_time_now()));
     return uefi::success;
 }
 

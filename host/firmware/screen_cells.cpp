@@ -4,8 +4,8 @@
 #include <array>
 #include <bit>
 #include <cstddef>
-#include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "code_page.h"
 #include "screen/font.h"
@@ -20,10 +20,9 @@ constexpr char32_t upper_half_block = U'▀';
 // The 128 pixels of a glyph, the upper eight rows in the first word.
 using Shape = std::array<std::uint64_t, 2>;
 
-struct ShapeHash {
-    std::size_t operator()(const Shape& shape) const {
-        return std::hash<std::uint64_t>{}(shape[0] * 0x9E3779B97F4A7C15U ^ shape[1]);
-    }
+struct ShapeOfCode {
+    Shape shape;
+    std::uint8_t code;
 };
 
 Shape glyph_shape(std::uint32_t code) {
@@ -33,17 +32,28 @@ Shape glyph_shape(std::uint32_t code) {
     return shape;
 }
 
-// Maps shapes to codes. Where glyphs look alike, the first in this order counts: ASCII, then the rest.
-std::unordered_map<Shape, std::uint8_t, ShapeHash> make_shape_table() {
-    std::unordered_map<Shape, std::uint8_t, ShapeHash> table;
+// The shapes in order. Where glyphs look alike, the first in this order counts: ASCII, then the rest.
+std::vector<ShapeOfCode> make_shape_table() {
+    std::vector<ShapeOfCode> table;
     for (std::uint32_t i = 0; i < 256; ++i) {
         const std::uint32_t code = (i + 32) % 256;
-        table.emplace(glyph_shape(code), static_cast<std::uint8_t>(code));
+        table.push_back({glyph_shape(code), static_cast<std::uint8_t>(code)});
     }
+    std::stable_sort(table.begin(), table.end(), [](const ShapeOfCode& left, const ShapeOfCode& right) {
+        return left.shape < right.shape;
+    });
     return table;
 }
 
-const std::unordered_map<Shape, std::uint8_t, ShapeHash> codes_by_shape = make_shape_table();
+const std::vector<ShapeOfCode> codes_by_shape = make_shape_table();
+
+// Null for a shape that is no glyph.
+const ShapeOfCode* find_shape(const Shape& shape) {
+    const auto found =
+        std::lower_bound(codes_by_shape.begin(), codes_by_shape.end(), shape,
+                         [](const ShapeOfCode& one, const Shape& wanted) { return one.shape < wanted; });
+    return found != codes_by_shape.end() && found->shape == shape ? &*found : nullptr;
+}
 
 constexpr std::uint32_t colour_mask = 0xFFFFFF;
 
@@ -129,10 +139,9 @@ Cell two_colour_cell(const Shape& shape, std::uint32_t ink, std::uint32_t paper)
     if (ink == paper) return {U' ', ink, paper, true};
     // The top left pixel is paper in nearly every glyph; where it is ink, the shape is found inside out.
     const Shape inside_out = {~shape[0], ~shape[1]};
-    if (const auto found = codes_by_shape.find(shape); found != codes_by_shape.end())
-        return {code_to_unicode(found->second), ink, paper, true};
-    if (const auto found = codes_by_shape.find(inside_out); found != codes_by_shape.end())
-        return {code_to_unicode(found->second), paper, ink, true};
+    if (const ShapeOfCode* found = find_shape(shape)) return {code_to_unicode(found->code), ink, paper, true};
+    if (const ShapeOfCode* found = find_shape(inside_out))
+        return {code_to_unicode(found->code), paper, ink, true};
     // A drawing: the rarer colour is what was drawn, and must be seen however thin its lines are.
     const bool is_inside_out = std::popcount(shape[0]) + std::popcount(shape[1]) > 64;
     const Shape& drawing = is_inside_out ? inside_out : shape;

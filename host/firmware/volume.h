@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,7 +38,7 @@ struct OpenFile : uefi::FileProtocol {
 // where others are deleted.
 struct LentFile {
     std::vector<std::string> path;
-    std::filesystem::path source;
+    std::string source;  // its name on the host
     bool writable = false;
 };
 
@@ -48,7 +47,7 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     Volume(const VolumeConfig& config, ServiceFaults& faults, Misuse& misuse);
 
     // Puts another folder in the place of this one. Open handles keep their paths.
-    void replace_folder(const std::filesystem::path& folder) { folder_ = Folder(folder); }
+    void replace_folder(const std::string& folder) { folder_ = Folder(folder); }
     // A file that the folder holds itself is not lent.
     void lend(LentFile file);
     const std::vector<LentFile>& lent() const { return lent_; }

@@ -5,10 +5,11 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
 #include <string_view>
 #include <utility>
+
+#include "give_up.h"
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/common_interface_defs.h>
@@ -105,19 +106,12 @@ const char* signal_name(int number) {
 Machine::Machine(Config config, ImageSource source)
     : source_(std::move(source)), firmware_(with_stack_for(source_, std::move(config))) {
     const auto file = read_file(source_.path);
-    if (!file && source_.linked_code == nullptr) {
-        std::fprintf(stderr, "hosted firmware: cannot read %s\n", source_.path.c_str());
-        std::exit(71);
-    }
+    if (!file && source_.linked_code == nullptr) give_up("cannot read " + source_.path.string());
     if (file) {
         std::string problem;
         image_ = load_image({reinterpret_cast<const std::uint8_t*>(file->data()), file->size()}, image_base,
                             problem);
-        if (!image_) {
-            std::fprintf(stderr, "hosted firmware: cannot load %s: %s\n", source_.path.c_str(),
-                         problem.c_str());
-            std::exit(71);
-        }
+        if (!image_) give_up("cannot load " + source_.path.string() + ": " + problem);
         entry_point_ = reinterpret_cast<EntryPoint>(image_->entry_point);
         firmware_.place_image(image_base, image_->memory.size(), source_.path);
     }
@@ -214,7 +208,8 @@ std::string Machine::describe_fault(int number, const siginfo_t& information,
         add(", image offset %#llx", place - image_->memory.base());
     else
         add(", outside the image at %#llx", place);
-    if (const std::uint64_t base = stack_base; address < base && base - address <= uefi::page_size)
+    if (const std::uint64_t base = firmware_.config().layout.stack;
+        address < base && base - address <= uefi::page_size)
         add(" (the stack of %llu bytes is exhausted)", firmware_.config().stack_size);
     return text;
 }

@@ -14,6 +14,7 @@
 #include "image_loader.h"
 #include "installation.h"
 #include "program_file.h"
+#include "program_search.h"
 #include "standard_files.h"
 #include "terminal_guard.h"
 #include "terminal_look.h"

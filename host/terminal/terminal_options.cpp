@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <string_view>
 
-#include "folder.h"
+#include "fat_names.h"
 #include "host_text.h"
 #include "program_file.h"
 

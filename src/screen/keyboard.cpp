@@ -1,6 +1,7 @@
 #include "screen/keyboard.h"
 
 #include "platform/firmware.h"
+#include "platform/processor.h"
 #include "screen/pixel_order.h"
 
 namespace korvane {
@@ -47,7 +48,7 @@ uefi::InputKey look_for_key() {
     for (;;) {
         for (int i = 0; i < looks_before_sleep; ++i) {
             if (const auto key = read_key()) return *key;
-            __builtin_ia32_pause();
+            processor_pause();
         }
         std::uint64_t index = 0;
         firmware.boot->WaitForEvent(1, &firmware.system_table->ConIn->WaitForKey, &index);

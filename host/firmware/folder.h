@@ -1,19 +1,28 @@
-// A folder of the host as a sandbox: nothing outside it can be reached through any name, link or race.
+// A folder of the host as a sandbox: nothing outside it can be reached through any name, link or race. And
+// the host's files. What host it is, host/linux/folder.cpp and its like know.
 #pragma once
 
-#include <sys/stat.h>
-
 #include <cstdint>
-#include <filesystem>
-#include <map>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "host_clock.h"
+
 namespace korvane::host {
 
-// An open file descriptor, closed when its owner goes.
+// What the host knows of a file or folder.
+struct FileStatus {
+    bool is_directory;
+    bool is_read_only;
+    std::uint64_t size;  // bytes
+    HostTime modified;
+    HostTime accessed;
+};
+
+// An open file of the host, closed when its owner goes.
 class Descriptor {
   public:
     Descriptor() = default;
@@ -25,9 +34,21 @@ class Descriptor {
     explicit operator bool() const { return number_ >= 0; }
     int number() const { return number_; }
 
+    // All of these give nothing, or false, on failure.
+    std::optional<FileStatus> status() const;
+    // How many bytes there were, fewer than `size` only at the file's end.
+    std::optional<std::uint64_t> read(void* buffer, std::uint64_t size, std::uint64_t offset) const;
+    std::optional<std::uint64_t> write(const void* buffer, std::uint64_t size, std::uint64_t offset) const;
+    bool resize(std::uint64_t size) const;
+
   private:
     int number_ = -1;
 };
+
+// A file of the host by its name, or a new one that has none and goes with its descriptor. No descriptor on
+// failure.
+Descriptor open_host_file(const std::string& name, bool for_writing);
+Descriptor make_nameless_file();
 
 // Files whose names begin so are the host side's own and not listed.
 inline constexpr std::string_view own_name_prefix = ".korvane-";
@@ -40,18 +61,21 @@ using FolderPath = std::vector<std::string>;
 class Folder {
   public:
     // Ends the program with a message when the folder cannot be opened.
-    explicit Folder(const std::filesystem::path& folder);
+    explicit Folder(const std::string& folder);
+    ~Folder();
+    Folder(Folder&& other) noexcept;
+    Folder& operator=(Folder&& other) noexcept;
 
     // The host's spelling of a name in a directory, or nothing when there is no such entry.
     std::optional<std::string> find(const FolderPath& directory, std::string_view name) const;
 
-    std::optional<struct stat> status(const FolderPath& path) const;
+    std::optional<FileStatus> status(const FolderPath& path) const;
 
     // In the order of creation: first, by name, what was there at the beginning.
     std::vector<std::string> list(const FolderPath& directory) const;
 
-    // No descriptor on failure. `flags` are those of open(2).
-    Descriptor open(const FolderPath& path, int flags) const;
+    // No descriptor on failure.
+    Descriptor open(const FolderPath& path, bool for_writing) const;
     bool create_file(const FolderPath& path);
     bool create_directory(const FolderPath& path);
     // Directories must be empty.
@@ -59,25 +83,12 @@ class Folder {
     // Never replaces an existing entry.
     bool rename(const FolderPath& from, const FolderPath& to);
 
+    // The bytes of a file are on the volume as they shall be: it was closed, or flushed.
+    void settled(const FolderPath& path) const;
+
   private:
-    Descriptor open_beneath(const std::string& path, int flags, unsigned mode) const;
-    std::optional<std::pair<Descriptor, std::string>> open_parent(const FolderPath& path) const;
-    // The names in a directory that FAT could hold, in no order; links and special files are among them.
-    std::vector<std::string> names_in(const FolderPath& directory) const;
-    // Those of these names in a directory that exist, in the order of the listing.
-    std::vector<std::string> in_order(const FolderPath& directory, std::vector<std::string> names) const;
-    void note_creation(const FolderPath& path);
-
-    Descriptor root_;
-    std::map<std::string, std::uint64_t> creation_;  // of each path made here, the number of its creation
-    std::uint64_t creations_ = 0;
+    struct Sandbox;
+    std::unique_ptr<Sandbox> sandbox_;
 };
-
-// Letters A to Z folded; other bytes exactly.
-bool same_name(std::string_view left, std::string_view right);
-
-// True for a name that FAT allows, as UTF-8: 1 to 255 characters of UTF-16, none of them a control
-// character, one of "*/:<>?\| or of the private or half-width blocks from U+FF80 on; neither "." nor "..".
-bool is_legal_name(std::string_view name);
 
 }  // namespace korvane::host
