@@ -424,15 +424,27 @@ visitorTest("a storage that refuses gives a sentence, and the session goes on", 
   }),
 });
 
-visitorTest("a storage that is full gives a sentence, and the session goes on", async (page) => {
+visitorTest("a storage that is full gives a sentence, what it kept stays, and the session goes on", async (page, visit) => {
   await expectReady(page);
-  const session = await page.createCDPSession();
-  await session.send("Storage.overrideQuotaForOrigin", { origin: new URL(server.address).origin, quotaSize: 1 });
-  await addFiles(page, file("big.dat", Buffer.alloc(4 * 1024 * 1024, 1)));
+  await addFiles(page, file("small.dat", "kept"));
+  await expectListed(page, /^SMALL\.DAT$/m);
+  await page.evaluate(() => {
+    const put = IDBObjectStore.prototype.put;
+    IDBObjectStore.prototype.put = function (entry, ...key) {
+      if (entry.bytes?.length > 1000000) throw new DOMException("", "QuotaExceededError");
+      return put.call(this, entry, ...key);
+    };
+  });
+  await addFiles(page, file("small2.dat", "not kept"), file("big.dat", Buffer.alloc(4 * 1024 * 1024, 1)));
   await expectSentence(page, /no more room for the page: what is on the volume is gone when the page is closed/);
   await expectListed(page, /^BIG\.DAT$/m);
   await focusScreen(page);
   await command(page, "PRINT 7", " 7\\n");
+  await page.close();
+  const later = await visit();
+  await expectReady(later);
+  const files = await listedFiles(later);
+  assert.ok(files.includes("SMALL.DAT") && !files.includes("SMALL2.DAT") && !files.includes("BIG.DAT"));
 });
 
 // ---- Links -------------------------------------------------------------------------------------------------------
