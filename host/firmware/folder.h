@@ -1,5 +1,5 @@
-// A folder of the host as a sandbox: nothing outside it can be reached through any name, link or race. And the
-// host's files. What host it is, host/linux/folder.cpp and its like know.
+// A folder of the host as a sandbox: nothing outside it can be reached through any name, link or race. And
+// the host's files. What host it is, host/linux/folder.cpp and its like know.
 #pragma once
 
 #include <cstdint>

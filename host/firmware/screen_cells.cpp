@@ -49,8 +49,9 @@ const std::vector<ShapeOfCode> codes_by_shape = make_shape_table();
 
 // Null for a shape that is no glyph.
 const ShapeOfCode* find_shape(const Shape& shape) {
-    const auto found = std::lower_bound(codes_by_shape.begin(), codes_by_shape.end(), shape,
-                                        [](const ShapeOfCode& one, const Shape& wanted) { return one.shape < wanted; });
+    const auto found =
+        std::lower_bound(codes_by_shape.begin(), codes_by_shape.end(), shape,
+                         [](const ShapeOfCode& one, const Shape& wanted) { return one.shape < wanted; });
     return found != codes_by_shape.end() && found->shape == shape ? &*found : nullptr;
 }
 
@@ -138,8 +139,7 @@ Cell two_colour_cell(const Shape& shape, std::uint32_t ink, std::uint32_t paper)
     if (ink == paper) return {U' ', ink, paper, true};
     // The top left pixel is paper in nearly every glyph; where it is ink, the shape is found inside out.
     const Shape inside_out = {~shape[0], ~shape[1]};
-    if (const ShapeOfCode* found = find_shape(shape))
-        return {code_to_unicode(found->code), ink, paper, true};
+    if (const ShapeOfCode* found = find_shape(shape)) return {code_to_unicode(found->code), ink, paper, true};
     if (const ShapeOfCode* found = find_shape(inside_out))
         return {code_to_unicode(found->code), paper, ink, true};
     // A drawing: the rarer colour is what was drawn, and must be seen however thin its lines are.

@@ -208,7 +208,8 @@ std::string Machine::describe_fault(int number, const siginfo_t& information,
         add(", image offset %#llx", place - image_->memory.base());
     else
         add(", outside the image at %#llx", place);
-    if (const std::uint64_t base = firmware_.config().layout.stack; address < base && base - address <= uefi::page_size)
+    if (const std::uint64_t base = firmware_.config().layout.stack;
+        address < base && base - address <= uefi::page_size)
         add(" (the stack of %llu bytes is exhausted)", firmware_.config().stack_size);
     return text;
 }

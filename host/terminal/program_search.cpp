@@ -15,8 +15,7 @@ std::optional<std::filesystem::path> find_program(const std::filesystem::path& n
     const std::filesystem::path folder = name.has_parent_path() ? name.parent_path() : ".";
     for (const auto& entry : std::filesystem::directory_iterator(folder, error)) {
         const std::string found = entry.path().filename().string();
-        const bool fits =
-            same_name(found, wanted) || (!has_extension && same_name(found, wanted + ".bas"));
+        const bool fits = same_name(found, wanted) || (!has_extension && same_name(found, wanted + ".bas"));
         if (fits && entry.is_regular_file(error)) return entry.path();
     }
     return std::nullopt;

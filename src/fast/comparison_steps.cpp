@@ -18,17 +18,17 @@ template <int relation>
 Whole compare_reals(std::int64_t, Token* at) {
     const double left = left_real(at);
     const double right = right_real(at);
-    if (!is_finite(left) || !is_finite(right)) return {0, 1};
+    if (!is_finite(left) || !is_finite(right)) return no_whole;
     return truth(holds<relation>(left, right), at);
 }
 
 template <int relation, typename Number>
 Whole compare_plain(std::int64_t, Token* at) {
     const auto left = plain_left<Number>(at);
-    if (as<OperatorRecord>(at).left_chain != nullptr && !is_finite(left)) return {0, 1};
+    if (as<OperatorRecord>(at).left_chain != nullptr && !is_finite(left)) return no_whole;
     const auto right = plain_right<Number>(at);
-    if (as<OperatorRecord>(at).right_chain != nullptr && !is_finite(right)) return {0, 1};
-    if (__builtin_isunordered(left, right)) return {0, 1};
+    if (as<OperatorRecord>(at).right_chain != nullptr && !is_finite(right)) return no_whole;
+    if (__builtin_isunordered(left, right)) return no_whole;
     return truth(holds<relation>(left, right), at);
 }
 
@@ -57,9 +57,9 @@ WholeStep choose_for_wholes(const OperatorRecord& record) {
     const std::uint8_t right_kind = record.right_kind;
     const WholeStep step =
         choose<I16, I32, I64>(static_cast<Leaf>(left_kind & leaf_mask), [=](auto left) -> WholeStep {
-            if (left_kind != side_kind(left(), false, Domain::WHOLE)) return nullptr;
+            if (left_kind != side_kind(left(), false, Domain::whole)) return nullptr;
             if (right_kind == left_kind) return compare_whole_leaves<relation, left(), left()>;
-            const bool literal = right_kind == side_kind(I64, false, Domain::WHOLE);
+            const bool literal = right_kind == side_kind(I64, false, Domain::whole);
             return literal ? compare_whole_leaves<relation, left(), I64> : nullptr;
         });
     return step != nullptr ? step : compare_wholes<relation>;
@@ -67,8 +67,8 @@ WholeStep choose_for_wholes(const OperatorRecord& record) {
 
 template <int relation>
 WholeStep choose_for(const OperatorRecord& record, Domain domain) {
-    if (domain == Domain::WHOLE) return choose_for_wholes<relation>(record);
-    if (domain == Domain::SINGLE) return compare_plain<relation, float>;
+    if (domain == Domain::whole) return choose_for_wholes<relation>(record);
+    if (domain == Domain::single) return compare_plain<relation, float>;
     const bool plain = is_plain<double>(record.left_kind) && is_plain<double>(record.right_kind);
     return plain ? compare_plain<relation, double> : compare_reals<relation>;
 }

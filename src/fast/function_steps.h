@@ -1,5 +1,5 @@
-// Function calls: the bracket of a call holds the argument as its right side and begins a
-// chain with the result.
+// Function calls: the bracket of a call holds the argument as its right side and begins a chain with
+// the result.
 #pragma once
 
 #include <cstdint>
@@ -27,8 +27,8 @@ bool gives_number(std::string_view name);
 // The type of its result, given the type of the last argument.
 Type function_result(std::string_view name, Type argument);
 
-// Sets the step of a call, whose "(" is `bracket`. The bracket and its commas hold
-// the arguments like subscripts.
+// Sets the step of a call, whose "(" is `bracket`. The bracket and its commas hold the arguments
+// like subscripts.
 void set_function_step(Token* bracket, std::string_view name, Domain domain);
 
 // Sets the step of a call of a user function. The bracket and its commas hold the arguments like subscripts;

@@ -103,11 +103,14 @@ struct MarkRecord {
     Execute execute;
 };
 
+// The subscripts of an element; the frequent forms are one or two, each a DOUBLE variable or literal.
+enum class Subscripts : std::uint8_t { one, two, any };
+
 // "(" of an array element.
 struct ElementRecord {
     std::uint8_t kind;
     Type value_type;
-    std::uint8_t unused_kind;
+    Subscripts subscripts;
     std::uint8_t value_kind;
     std::uint32_t generation;
     StepFunction function;
@@ -309,8 +312,8 @@ struct EndRecord {
     std::uint32_t generation;
     std::uint32_t line;
     std::uint32_t unused_record;
-    void* unused[2];
-    Token* next_line;  // its first token, once control has passed there
+    std::uint64_t waiting[2];  // a bit for each record of the line that leads here meanwhile
+    Token* next_line;          // its first token, once control has passed there
     void* unused_left[2];
     Execute execute;
 };
@@ -392,6 +395,7 @@ static_assert(offsetof(IfRecord, else_record) == offsetof(Token, jump.record));
 static_assert(offsetof(WhileRecord, wend) == offsetof(Token, jump));
 static_assert(offsetof(ForRecord, next) == offsetof(Token, jump));
 static_assert(offsetof(EndRecord, line) == offsetof(Token, line_end.line));
+static_assert(sizeof(EndRecord::waiting) * 8 >= max_tokens_per_line);
 static_assert(offsetof(EndRecord, next_line) == offsetof(Token, line_end.next_line));
 
 // The statement to go on with.

@@ -39,9 +39,9 @@ double real_side(std::uint8_t kind, const void* leaf, Token* chain) {
     const std::uint8_t type = kind & leaf_mask;
     if ((kind & has_chain) == 0) return leaf_as_real(type, leaf);
     switch (domain_of_kind(kind)) {
-        case Domain::REAL:
+        case Domain::real:
             return call_chain(leaf_as_real(type, leaf), chain);
-        case Domain::SINGLE:
+        case Domain::single:
             return call_chain(static_cast<float>(leaf_as_real(type, leaf)), chain);
         default: {
             const Whole whole = call_chain(leaf_as_whole(type, leaf), chain);
@@ -51,7 +51,7 @@ double real_side(std::uint8_t kind, const void* leaf, Token* chain) {
 }
 
 Whole whole_side(std::uint8_t kind, const void* leaf, Token* chain) {
-    if (domain_of_kind(kind) != Domain::WHOLE) return round_whole(real_side(kind, leaf, chain));
+    if (domain_of_kind(kind) != Domain::whole) return round_whole(real_side(kind, leaf, chain));
     const std::int64_t start = leaf_as_whole(kind & leaf_mask, leaf);
     return (kind & has_chain) == 0 ? Whole{start, 0} : call_chain(start, chain);
 }

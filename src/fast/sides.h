@@ -67,13 +67,13 @@ Whole whole_side(std::uint8_t kind, const void* leaf,
 // The plain sides: a leaf of the domain's own type with or without a chain of the domain, or such a chain
 // with a beginning of its own. They are evaluated without looking at their kind.
 constexpr bool is_plain(std::uint8_t kind, Leaf leaf, Domain domain) {
-    return kind == side_kind(leaf, true, domain) || kind == side_kind(COMPUTED, true, domain) ||
-           (kind & ~(3U << domain_shift)) == side_kind(leaf, false, Domain::REAL);
+    return kind == side_kind(leaf, true, domain) || kind == computed_kind(domain) ||
+           (kind & ~(3U << domain_shift)) == side_kind(leaf, false, Domain::real);
 }
 template <typename Number>
 constexpr bool is_plain(std::uint8_t kind) {
-    return sizeof(Number) == sizeof(double) ? is_plain(kind, F64, Domain::REAL)
-                                            : is_plain(kind, F32, Domain::SINGLE);
+    return sizeof(Number) == sizeof(double) ? is_plain(kind, F64, Domain::real)
+                                            : is_plain(kind, F32, Domain::single);
 }
 
 template <typename Number>
@@ -100,16 +100,16 @@ inline Whole right_whole(const Token* at) {
 // The same where the frequent kinds are worth a look of their own.
 inline double quick_right_real(const Token* at) {
     constexpr std::uint32_t plain_kinds =
-        1U << F64 | 1U << side_kind(F64, true, Domain::REAL) | 1U << side_kind(COMPUTED, true, Domain::REAL);
+        1U << F64 | 1U << side_kind(F64, true, Domain::real) | 1U << computed_kind(Domain::real);
     const std::uint8_t kind = as<HolderRecord>(at).value_kind;
     const bool plain = kind < 32 && (plain_kinds >> kind & 1) != 0;
     return plain ? plain_right<double>(at) : right_real(at);
 }
 inline Whole quick_right_whole(const Token* at) {
     const auto& holder = as<HolderRecord>(at);
-    if (holder.value_kind == side_kind(I16, false, Domain::WHOLE))
+    if (holder.value_kind == side_kind(I16, false, Domain::whole))
         return {whole_leaf<I16>(holder.value_leaf), 0};
-    if (holder.value_kind == side_kind(I64, false, Domain::WHOLE))
+    if (holder.value_kind == side_kind(I64, false, Domain::whole))
         return {whole_leaf<I64>(holder.value_leaf), 0};
     return right_whole(at);
 }
@@ -123,16 +123,15 @@ inline Whole left_whole(const Token* at) {
     return whole_side(record.left_kind, record.left_leaf, record.left_chain);
 }
 
-// A double rounded to an integer, halves away from zero; failed outside the INT64 range.
+// A double rounded to an integer; failed outside the INT64 range.
 inline Whole round_whole(double x) {
-    std::int64_t whole;
-    if (!round_to_nearest(x, whole)) return {0, 1};
-    return {whole, 0};
+    Whole whole{0, 0};
+    return nearest_integer(x, whole.value) ? whole : no_whole;
 }
 
 // The right side as a subscript or a count, which may be of any kind.
 inline Whole quick_right_index(const Token* at) {
-    const bool whole = domain_of_kind(as<HolderRecord>(at).value_kind) == Domain::WHOLE;
+    const bool whole = domain_of_kind(as<HolderRecord>(at).value_kind) == Domain::whole;
     return whole ? quick_right_whole(at) : round_whole(quick_right_real(at));
 }
 

@@ -31,7 +31,7 @@
 
 namespace korvane::fast {
 
-enum class Domain : std::uint8_t { REAL, SINGLE, WHOLE, TEXT };
+enum class Domain : std::uint8_t { real, single, whole, text };
 
 // What a leaf in memory is.
 enum Leaf : std::uint8_t {
@@ -59,13 +59,17 @@ constexpr std::uint8_t side_kind(Leaf leaf, bool chain, Domain domain) {
                                      (static_cast<std::uint8_t>(domain) << domain_shift));
 }
 
+// The kind of a chain that begins with a value of its own.
+constexpr std::uint8_t computed_kind(Domain domain) {
+    return side_kind(COMPUTED, true, domain);
+}
+
 // A value as whoever holds it keeps it.
 struct Side {
     std::uint8_t kind;
     const void* leaf;
     Token* chain;  // its first step
     Token* last;   // last step of the chain, to which more can be appended
-    Type type;     // static type of the value: what the general evaluator would give
 };
 
 // A value of the whole domain; when `failed` is not 0 it is none, and the general evaluator has to say why.
@@ -92,9 +96,10 @@ inline bool is_finite(double x) {
 // in front of a chain.
 inline constexpr std::int64_t no_leaf = 0;
 
-// What a failed evaluation gives in the real and single domains.
+// What a failed evaluation gives in the real and single domains, and in the whole domain.
 inline double no_number() {
     return __builtin_nan("");
 }
+inline constexpr Whole no_whole{0, 1};
 
 }  // namespace korvane::fast

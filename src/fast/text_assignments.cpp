@@ -40,16 +40,16 @@ std::uint64_t let_joined(Current at, std::uint64_t budget) {
 }
 
 // "+" is the only operator between texts that gives a text.
-bool is_joined(const Specialised& value) {
-    return value.form == Form::BINARY;
+bool is_joined(const Node& value) {
+    return value.form == Form::binary;
 }
 
 }  // namespace
 
-Execute choose_text_assignment(const Specialised& value) {
+Execute choose_text_assignment(const Node& value) {
     return is_joined(value) ? guarded<let_joined<false>> : guarded<let_text<false>>;
 }
-Execute choose_text_element_assignment(const Specialised& value) {
+Execute choose_text_element_assignment(const Node& value) {
     return is_joined(value) ? guarded<let_joined<true>> : guarded<let_text<true>>;
 }
 

@@ -27,12 +27,12 @@ Value concatenate(Token* at) {
 // The number behind a bracket or comma, or failed when it is below `lowest`.
 Whole number_at(const Token* mark, std::int64_t lowest) {
     const Whole number = quick_right_index(mark);
-    return number.failed != 0 || number.value < lowest ? Whole{0, 1} : number;
+    return number.failed != 0 || number.value < lowest ? no_whole : number;
 }
 
 Value left_part(Token* at) {
     const Value text = right_text(at);
-    if (text.type == Type::NONE) return text;
+    if (failed(text)) return text;
     const Whole count = number_at(as<MarkRecord>(at).next_mark, 0);
     if (count.failed != 0) return no_text();
     return copy_of(text.bytes, static_cast<std::uint64_t>(std::min<std::int64_t>(count.value, text.length)));
@@ -40,7 +40,7 @@ Value left_part(Token* at) {
 
 Value right_part(Token* at) {
     const Value text = right_text(at);
-    if (text.type == Type::NONE) return text;
+    if (failed(text)) return text;
     const Whole count = number_at(as<MarkRecord>(at).next_mark, 0);
     if (count.failed != 0) return no_text();
     const auto length = static_cast<std::uint64_t>(std::min<std::int64_t>(count.value, text.length));
@@ -49,7 +49,7 @@ Value right_part(Token* at) {
 
 Value middle_part(Token* at) {
     const Value text = right_text(at);
-    if (text.type == Type::NONE) return text;
+    if (failed(text)) return text;
     const Token* start_mark = as<MarkRecord>(at).next_mark;
     const Whole start = number_at(start_mark, 1);
     if (start.failed != 0) return no_text();

@@ -9,8 +9,8 @@
 
 namespace korvane::fast {
 
-// The left and right sides of "+" joined, in as many adjacent copies in string space; gives
-// the last one taken.
+// The left and right sides of "+" joined, in as many adjacent copies in string space; gives the last
+// one taken.
 Value joined(const Token* plus, unsigned copies);
 
 // "+" between its left and right sides.

@@ -1,5 +1,6 @@
 // What the language has no portable form for, each in one place: the instructions of the processor, which are
-// those of x86-64 in the image, and what stands in for them where the same sources are compiled to WebAssembly.
+// those of x86-64 in the image, and what stands in for them where the same sources are compiled to
+// WebAssembly.
 #pragma once
 
 #include <cstdint>
@@ -40,7 +41,8 @@ inline double processor_sqrt(double x) {
 }
 
 inline std::uint32_t byte_bits(ByteVector comparison) {
-    return __builtin_wasm_bitmask_i8x16(reinterpret_cast<signed char __attribute__((vector_size(16)))>(comparison));
+    return __builtin_wasm_bitmask_i8x16(
+        reinterpret_cast<signed char __attribute__((vector_size(16)))>(comparison));
 }
 
 inline std::uint32_t word_bits(WordVector comparison) {

@@ -8,7 +8,7 @@ namespace korvane {
 
 std::optional<std::uint32_t> line_number_of(const Token& number) {
     std::int64_t integer = number.number.integer;
-    if (is_floating(number.value_type) && !round_to_nearest(number.number.real, integer)) return std::nullopt;
+    if (is_floating(number.value_type) && !nearest_integer(number.number.real, integer)) return std::nullopt;
     if (integer < 0 || integer > max_line_number) return std::nullopt;
     return static_cast<std::uint32_t>(integer);
 }

@@ -4,6 +4,7 @@
 #include "program/arenas.h"
 #include "program/errors.h"
 #include "program/execution.h"
+#include "program/line_starts.h"
 #include "program/messages.h"
 #include "program/tokenizer.h"
 
@@ -183,6 +184,14 @@ void empty_token_cache() {
     forget_cache();
 }
 
+void mark_line_starts() {
+    for (std::uint32_t i = 0; i < program.count; ++i) {
+        const LineEntry& line = program.lines[i];
+        if (line.tokens == nullptr || is_watched(line.number) == begins_watched_line(line.tokens)) continue;
+        line.tokens->execute = is_watched(line.number) ? line_starts.handler : tokenizer.first_handler;
+    }
+}
+
 bool remembers_lines(const Token* at) {
     const void* record = at;
     return record >= program.cache_start && record < program.cache_end;
@@ -212,6 +221,7 @@ std::uint32_t prepare_line(std::uint32_t index) {
     }
     line.tokens = tokens;
     line.token_count = count;
+    if (is_watched(line.number)) tokens->execute = line_starts.handler;
     tokens[count - 1].line_end.line = index;
     execution.tokens = tokens;
     return count;

@@ -83,12 +83,6 @@ bool limit_fits_double(const Value& limit) {
     return limit.type != Type::INT64 || (limit.integer >= -exact && limit.integer <= exact);
 }
 
-// -1, 0 or 1 by which the loop ends: past the limit in the direction of the step.
-// A zero step counts as upward.
-bool past_limit(std::int32_t step_sign, int order) {
-    return step_sign < 0 ? order < 0 : order > 0;
-}
-
 bool read_for_values(Cursor& cursor, Value& start, Value& limit, Value& step) {
     start = evaluate(cursor);
     if (error_pending() || !expect(cursor, KW_TO, message::expected_to)) return false;
@@ -228,7 +222,7 @@ void do_for(Cursor& cursor) {
     fill_for_entry(entry, name->name, *variable, limit, step, {execution.line, record_of(cursor)});
     const int order = compare(load(place), limit);
     if (error_pending()) return;
-    if (past_limit(entry.step_sign, order)) {
+    if (past_limit(entry.step_sign, order, 0)) {
         skip_loop(opener, cursor);
     } else {
         ++control_stacks.for_count;
@@ -244,7 +238,7 @@ void do_next(Cursor& cursor) {
     }
     const int order = advance(*entry);
     if (error_pending()) return;
-    if (past_limit(entry->step_sign, order)) {
+    if (past_limit(entry->step_sign, order, 0)) {
         --control_stacks.for_count;
     } else {
         jump_to_position(entry->loop, entry->epoch);

@@ -9,9 +9,10 @@
 namespace korvane {
 
 std::int64_t round_to_integer(double number) {
-    std::int64_t whole = 0;
-    if (!round_to_nearest(number, whole)) raise(message::overflow);
-    return whole;
+    std::int64_t integer;
+    if (nearest_integer(number, integer)) return integer;
+    raise(message::overflow);
+    return 0;
 }
 
 std::int64_t to_integer(const Value& value) {

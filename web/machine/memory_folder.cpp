@@ -152,6 +152,13 @@ bool is_legal_path(std::string_view path) {
     return true;
 }
 
+void tell_changed(Node& folder) {
+    for (const auto& entry : folder.entries) {
+        if (entry->is_changed) tell(*entry);
+        tell_changed(*entry);
+    }
+}
+
 void drop(Node& node) {
     std::unique_ptr<Node> taken = take_out(node);
     if (taken->users != 0) orphans.push_back(std::move(taken));

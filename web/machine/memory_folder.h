@@ -40,6 +40,9 @@ Node* make_node(std::string_view path, bool is_folder);
 // Whether FAT could hold all the names of a path.
 bool is_legal_path(std::string_view path);
 
+// Tells the page of everything that has changed and that it has not been told of.
+void tell_changed(Node& folder);
+
 // Takes an entry out of its folder. Descriptors of it stay good.
 void drop(Node& node);
 

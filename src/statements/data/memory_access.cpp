@@ -28,7 +28,8 @@ std::uint64_t peek_memory(std::uint64_t address, std::uint32_t bytes) {
 void poke_memory(std::uint64_t address, std::uint64_t value, std::uint32_t bytes) {
     for (std::uint32_t i = 0; i < bytes; ++i)
         if (is_addressable(address + i))
-            *reinterpret_cast<volatile std::uint8_t*>(address + i) = static_cast<std::uint8_t>(value >> (8 * i));
+            *reinterpret_cast<volatile std::uint8_t*>(address + i) =
+                static_cast<std::uint8_t>(value >> (8 * i));
     note_written_memory(address, bytes);
 }
 

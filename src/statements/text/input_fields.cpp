@@ -37,7 +37,7 @@ std::string_view take_plain(std::string_view& text) {
 bool fits(const Value& number, Type type) {
     if (is_floating(type)) return true;
     std::int64_t whole = number.integer;
-    if (is_floating(number.type) && !round_to_nearest(number.real, whole)) return false;
+    if (is_floating(number.type) && !nearest_integer(number.real, whole)) return false;
     return holds(type, whole);
 }
 
