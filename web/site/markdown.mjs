@@ -112,7 +112,7 @@ export function renderPage(page, source) {
   return { html: withoutEmptyHeads(html), title, sections: sections.filter(({ heading, text }) => heading || text.trim()) };
 }
 
-// Tables of the manual have no head where there is nothing to say in it; an empty row would be read aloud.
+// Tables of the manual have no head where there is nothing to say in it; an empty one would be read aloud.
 function withoutEmptyHeads(html) {
-  return html.replace(/<thead>\s*<tr>(\s*<th[^>]*><\/th>)+\s*<\/tr>\s*<\/thead>\n?/g, "");
+  return html.replace(/<thead>\s*<tr>(\s*<th[^>]*><\/th>)+\s*<\/tr>\s*<\/thead>\n?/g, "").replaceAll("<th></th>", "<td></td>");
 }
