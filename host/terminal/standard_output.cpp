@@ -7,6 +7,8 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "standard_files.h"
+
 namespace korvane::host {
 namespace {
 
@@ -33,6 +35,10 @@ void StandardOutput::flush() {
     while (!rest.empty()) {
         const ssize_t length = write(STDOUT_FILENO, rest.data(), rest.size());
         if (length < 0 && errno == EINTR) continue;
+        if (length < 0 && errno == EAGAIN) {
+            wait_for_standard_file(STDOUT_FILENO);
+            continue;
+        }
         if (length < 0) give_up(errno);
         rest.remove_prefix(static_cast<std::size_t>(length));
     }

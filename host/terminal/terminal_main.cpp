@@ -2,10 +2,12 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -13,6 +15,7 @@
 #include "installation.h"
 #include "program_file.h"
 #include "program_search.h"
+#include "standard_files.h"
 #include "terminal_guard.h"
 #include "terminal_look.h"
 #include "terminal_options.h"
@@ -121,6 +124,9 @@ TerminalOptions parse_options(int count, char** arguments) {
 void check_program(TerminalOptions& options) {
     const auto file = find_program(options.program_file);
     if (!file) fail("there is no program " + options.program_file.string());
+    std::error_code error;
+    if (const auto size = std::filesystem::file_size(*file, error); !error && size > largest_program_file)
+        fail("the program " + file->string() + " is too large");
     const auto bytes = read_file(*file);
     if (!bytes) fail("cannot read the program " + file->string());
     const ProgramText program = read_program(*bytes);
@@ -132,8 +138,10 @@ void check_program(TerminalOptions& options) {
 }
 
 void check_options(TerminalOptions& options) {
-    if (!std::filesystem::is_regular_file(options.image)) fail("there is no image " + options.image.string());
-    if (!options.volume.empty() && !std::filesystem::is_directory(options.volume))
+    std::error_code error;  // a folder on the way that cannot be looked into, for example
+    if (!std::filesystem::is_regular_file(options.image, error))
+        fail("there is no image " + options.image.string());
+    if (!options.volume.empty() && !std::filesystem::is_directory(options.volume, error))
         fail("there is no folder " + options.volume.string());
     if (!options.program_file.empty()) check_program(options);
 }
@@ -152,8 +160,9 @@ void choose_volume(TerminalOptions& options) {
 }  // namespace
 }  // namespace korvane::host
 
-int main(int count, char** arguments) {
+int main(int count, char** arguments) try {
     using namespace korvane::host;
+    hold_closed_standard_files();
     TerminalOptions options = parse_options(count, arguments);
     check_options(options);
     choose_volume(options);
@@ -161,4 +170,6 @@ int main(int count, char** arguments) {
     if (isatty(STDIN_FILENO) && isatty(STDOUT_FILENO) && has_control_sequences())
         return run_guarded(run_terminal_session, &options);
     return run_piped_session(options);
+} catch (const std::exception& error) {
+    korvane::host::fail(error.what());
 }

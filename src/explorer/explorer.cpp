@@ -7,7 +7,9 @@
 #include "explorer/report.h"
 #include "explorer/reports.h"
 #include "platform/memory_map.h"
+#include "program/arenas.h"
 #include "program/parse.h"
+#include "program/program_store.h"
 #include "screen/line_editor.h"
 #include "values/variables.h"
 
@@ -63,7 +65,9 @@ void do_korvane(Cursor& cursor) {
     ++cursor;
     if (at_statement_end(cursor)) {
         run_explorer();
-        note_written_names();  // it can write memory by many means
+        // It can write memory by many means.
+        note_written_names();
+        note_written_program(reinterpret_cast<std::uint64_t>(arenas.CODEBASE), 1);
         return;
     }
     const Token* word = cursor++;

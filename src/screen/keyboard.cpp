@@ -2,6 +2,7 @@
 
 #include "platform/firmware.h"
 #include "platform/processor.h"
+#include "screen/pixel_order.h"
 
 namespace korvane {
 
@@ -24,6 +25,7 @@ void initialize_keyboard() {
 }
 
 std::optional<uefi::InputKey> read_key() {
+    show_drawn_pixels_if_due();
     uefi::SimpleTextInputProtocol* input = firmware.system_table->ConIn;
     uefi::InputKey key{};
     if (uefi::is_error(input->ReadKeyStroke(input, &key))) return std::nullopt;
@@ -31,6 +33,7 @@ std::optional<uefi::InputKey> read_key() {
 }
 
 uefi::InputKey wait_for_key() {
+    show_drawn_pixels();
     for (;;) {
         // The event may be signalled for a key that yields no key stroke, and firmware without the event
         // refuses to wait; both end in another try.
@@ -41,6 +44,7 @@ uefi::InputKey wait_for_key() {
 }
 
 uefi::InputKey look_for_key() {
+    show_drawn_pixels();
     for (;;) {
         for (int i = 0; i < looks_before_sleep; ++i) {
             if (const auto key = read_key()) return *key;

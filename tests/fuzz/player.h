@@ -13,6 +13,7 @@ namespace korvane::fuzz {
 struct Counts {
     std::uint64_t inputs = 0;
     std::uint64_t lines = 0;            // typed
+    std::uint64_t compared = 0;         // inputs, with what another interpreter makes of them
     std::uint64_t longest_silence = 0;  // ticks of the time-stamp counter between two looks for a key
     std::string longest_line;           // typed when that was
 };

@@ -17,6 +17,8 @@ namespace {
 using std::string;
 using std::string_view;
 
+const Target* prepared = nullptr;
+
 // Takes numbers from an input; zeros when it has come to its end.
 class Reader {
   public:
@@ -256,10 +258,9 @@ bool play_device_path(string_view input) {
     const string_view image_path = reader.take_counted();
     hardware.image_path = string(image_path);
     hardware.device_path = string(reader.rest());
-    // Whoever walks a path knows of no end but the one in it.
-    const string_view end("\x7F\xFF\4\0", 4);
-    hardware.image_path += string(512, '\0') + string(end);
-    hardware.device_path += string(512, '\0') + string(end);
+    // Whoever walks a path knows of no end but the one in it, and goes on for 4 KiB without one.
+    for (string* path : {&hardware.image_path, &hardware.device_path})
+        *path += string(4200, '\0');
     return start_on(hardware, {"FILES", "SAVE \"BOOTX64.EFI\"", "CREATEEFI \"N.EFI\"", "KORVANE", "VOLUMES",
                                "BOOT", "X"});
 }
@@ -328,6 +329,7 @@ const Target* find_target(string_view name) {
 }
 
 void prepare(const Target& target) {
+    prepared = &target;
     if (target.prepare != nullptr)
         target.prepare();
     else
@@ -336,9 +338,15 @@ void prepare(const Target& target) {
     note_moment();
 }
 
-void play(const Target& target, string_view input) {
+bool play_only(string_view input) {
     begin_input();
-    if (target.play(input)) check();
+    return prepared->play(input);
+}
+
+bool play(string_view input) {
+    if (!play_only(input)) return false;
+    check();
+    return true;
 }
 
 }  // namespace korvane::fuzz

@@ -20,10 +20,12 @@ struct Target {
 std::span<const Target> targets();
 const Target* find_target(std::string_view name);
 
-// Makes the machine for a target and takes it to its moment.
+// Makes the machine for a target and takes it to its moment. Inputs are played for this target from then on.
 void prepare(const Target& target);
 
-// Plays one input from that moment, and checks what must hold.
-void play(const Target& target, std::string_view input);
+// Plays one input from that moment, and checks what must hold; the same without the checks. False when the
+// interpreter has come to an end.
+bool play(std::string_view input);
+bool play_only(std::string_view input);
 
 }  // namespace korvane::fuzz

@@ -2,6 +2,7 @@
 
 #include "platform/processor.h"
 #include "program/parse.h"
+#include "program/program_store.h"
 #include "values/evaluator.h"
 #include "values/variables.h"
 
@@ -31,6 +32,7 @@ void poke_memory(std::uint64_t address, std::uint64_t value, std::uint32_t bytes
             *reinterpret_cast<volatile std::uint8_t*>(address + i) =
                 static_cast<std::uint8_t>(value >> (8 * i));
     note_written_memory(address, bytes);
+    note_written_program(address, bytes);
 }
 
 namespace {

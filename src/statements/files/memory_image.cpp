@@ -6,6 +6,7 @@
 #include "program/errors.h"
 #include "program/messages.h"
 #include "program/parse.h"
+#include "program/program_store.h"
 #include "statements/files/file_name.h"
 #include "values/evaluator.h"
 #include "values/variables.h"
@@ -67,6 +68,7 @@ const char* read_image(const FileName& name, bool address_given, std::int64_t ad
     auto* bytes = reinterpret_cast<void*>(static_cast<std::uintptr_t>(address));
     const bool complete = file.read_exactly(bytes, header.length());
     note_written_memory(static_cast<std::uint64_t>(address), header.length());
+    note_written_program(static_cast<std::uint64_t>(address), header.length());
     return complete ? nullptr : message::disk_i_o_error;
 }
 

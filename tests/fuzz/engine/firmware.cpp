@@ -180,7 +180,7 @@ struct Firmware::Services {
             *size = variable.data.size();
             if (attributes != nullptr) *attributes = 7;
             if (room < variable.data.size()) return uefi::buffer_too_small;
-            std::memcpy(data, variable.data.data(), variable.data.size());
+            if (!variable.data.empty()) std::memcpy(data, variable.data.data(), variable.data.size());
             return uefi::success;
         }
         return uefi::not_found;
@@ -533,12 +533,13 @@ void Firmware::save() {
 }
 
 void Firmware::put_back() {
+    for (const std::uint64_t guard : guards_)
+        set_access(guard, true);
     for (SavedMemory* memory : {&pages_, &data_, &scratch_, &tables_})
         memory->put_back();
-    while (guards_.size() > saved_guards_) {
-        set_access(guards_.back(), true);
-        guards_.pop_back();
-    }
+    guards_.resize(saved_guards_);
+    for (const std::uint64_t guard : guards_)
+        set_access(guard, false);
     volume_.put_back();
     for (std::size_t i = saved_blocks_; i < pool_.size(); ++i)
         if (!pool_[i].freed) std::free(pool_[i].at);
