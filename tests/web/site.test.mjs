@@ -48,6 +48,12 @@ test("all links within the site lead somewhere", () => {
   }
 });
 
+test("places in a page have a name of their own", () => {
+  for (const [file, html] of pages) assert.equal(new Set(attributes(html, "id")).size, attributes(html, "id").length, file);
+  const addresses = JSON.parse(read("manual/search.json")).map(({ address }) => address);
+  assert.equal(new Set(addresses).size, addresses.length);
+});
+
 test("nothing is loaded from elsewhere, no script and no style stands in a page, and the policy says so", () => {
   for (const [file, html] of pages) {
     assert.match(html, /<meta http-equiv="Content-Security-Policy" content="default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; style-src 'self';/, file);

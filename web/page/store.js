@@ -58,11 +58,17 @@ export class Store {
   async write(entries, gone, everything = false) {
     const transaction = this.database.transaction([FILES, SETTINGS], "readwrite");
     const done = finished(transaction);
-    const files = transaction.objectStore(FILES);
-    if (everything) files.clear();
-    for (const key of gone) files.delete(key);
-    for (const entry of entries) files.put(entry);
-    transaction.objectStore(SETTINGS).put(true, "used");
+    try {
+      const files = transaction.objectStore(FILES);
+      if (everything) files.clear();
+      for (const key of gone) files.delete(key);
+      for (const entry of entries) files.put(entry);
+      transaction.objectStore(SETTINGS).put(true, "used");
+    } catch (error) {
+      done.catch(() => {});
+      transaction.abort();
+      throw error;
+    }
     await done;
   }
 }
