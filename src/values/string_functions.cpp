@@ -196,9 +196,8 @@ Value function_mid(const Value* arguments, int count) {
     std::int64_t start;
     std::int64_t length = INT64_MAX;
     if (!require_string(arguments[0]) || !read_in_range(arguments[1], 1, INT64_MAX, start) ||
-        (count == 3 && !read_count(arguments[2], length))) {
+        (count == 3 && !read_count(arguments[2], length)))
         return Value::nothing();
-    }
     const Value& text = arguments[0];
     if (start > text.length) return new_string_of(nullptr, 0);
     const std::int64_t available = text.length - (start - 1);

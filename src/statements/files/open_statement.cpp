@@ -135,9 +135,8 @@ void do_open(Cursor& cursor) {
     OpenRequest request{};
     request.record_length = default_record_length;
     const bool is_first_form = cursor->kind == ',';
-    if (is_first_form ? read_first_form(cursor, first, request) : read_second_form(cursor, first, request)) {
+    if (is_first_form ? read_first_form(cursor, first, request) : read_second_form(cursor, first, request))
         open_requested(request);
-    }
 }
 
 void do_close(Cursor& cursor) {
