@@ -79,7 +79,7 @@ std::uint64_t swap_places(Current at, std::uint64_t budget) {
     const auto kept = read_unaligned<Datum<size>>(first);
     write_unaligned(first, read_unaligned<Datum<size>>(second));
     write_unaligned(second, kept);
-    return proceed(as<PlaceRecord>(at).after, budget);
+    KORVANE_JUMP return proceed(as<PlaceRecord>(at).after, budget);
 }
 
 Execute choose_swap(Type type) {

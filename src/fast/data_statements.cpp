@@ -50,7 +50,7 @@ bool read_items(const Token* host) {
 std::uint64_t read_places(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     if (!read_items(at)) return fall_back(at, budget, string_top);
-    return proceed(as<PlaceRecord>(at).after, budget);
+    KORVANE_JUMP return proceed(as<PlaceRecord>(at).after, budget);
 }
 
 }  // namespace
