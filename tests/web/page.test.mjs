@@ -497,6 +497,15 @@ visitorTest("a storage that refuses gives a sentence, and the session goes on", 
   }),
 });
 
+visitorTest("a storage that does not answer is waited for no longer than some seconds", async (page) => {
+  await expectReady(page);
+  await expectSentence(page, /does not let the page keep anything/);
+}, {
+  prepare: (page) => page.evaluateOnNewDocument(() => {
+    IDBFactory.prototype.open = () => new EventTarget();
+  }),
+});
+
 visitorTest("a storage that is full gives a sentence, what it kept stays, and the session goes on", async (page, visit) => {
   await expectReady(page);
   await addFiles(page, file("small.dat", "kept"));
@@ -566,6 +575,7 @@ visitorTest("a link opens its program listed, and runs it when the person says s
   await new Promise((resolve) => setTimeout(resolve, 500));
   assert.doesNotMatch(await screenText(page), /^FROM THE LINK$/m);
   await takePicture(page, "link");
+  await expectAccessible(page);
   await press(page, "Run it");
   await expectScreen(page, /^FROM THE LINK$/m);
   assert.ok(!(await listedFiles(page)).includes("LINKED.BAS"), "it is kept only when the person saves it");
@@ -605,6 +615,7 @@ visitorTest("a broken link gives a sentence, and everything else is there", asyn
   await expectReady(page);
   await expectSentence(page, /This link is broken/);
   await takePicture(page, "broken-link");
+  await expectAccessible(page);
   await command(page, "PRINT 7", " 7\\n");
   await page.evaluate(() => (location.hash = "program=AAAA"));
   await expectSentence(page, /This link is broken/);
