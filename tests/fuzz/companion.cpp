@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,6 +25,7 @@ bool write_all(int descriptor, const void* bytes, std::size_t count) {
     const auto* at = static_cast<const char*>(bytes);
     while (count != 0) {
         const ssize_t done = write(descriptor, at, count);
+        if (done < 0 && errno == EINTR) continue;
         if (done <= 0) return false;
         at += done;
         count -= static_cast<std::size_t>(done);
@@ -35,6 +37,7 @@ bool read_all(int descriptor, void* bytes, std::size_t count) {
     auto* at = static_cast<char*>(bytes);
     while (count != 0) {
         const ssize_t done = read(descriptor, at, count);
+        if (done < 0 && errno == EINTR) continue;
         if (done <= 0) return false;
         at += done;
         count -= static_cast<std::size_t>(done);
@@ -96,6 +99,7 @@ int serve_companion() {
 }
 
 bool is_comparable(std::string_view input) {
+    if (!current_target().comparable) return false;
     if (machine->firmware().depends_on_looks() ||
         input.find_first_of("\x1c\x1d\x1f") != std::string_view::npos)
         return false;

@@ -46,8 +46,11 @@ struct Volume::Services {
         if (self == nullptr) return uefi::invalid_parameter;
         handle = static_cast<Handle*>(self);
         if (!handle->open) complain("a closed file handle is used");
-        if (handle->volume->pulled_) return uefi::no_media;
-        return handle->volume->faults_.strike(service).value_or(uefi::success);
+        Volume& volume = *handle->volume;
+        ++volume.uses_;
+        if (volume.lies(Lie::pulled_stick)) volume.pulled_ = true;
+        if (volume.pulled_) return uefi::no_media;
+        return volume.faults_.strike(service).value_or(uefi::success);
     }
 
     static Status EFIAPI open_volume(uefi::SimpleFileSystemProtocol* self, uefi::FileProtocol** root) {
@@ -122,6 +125,8 @@ struct Volume::Services {
         if (node.directory) return handle->volume->read_entry(*handle, size, buffer);
         if (handle->position > node.bytes.size()) return uefi::device_error;
         *size = std::min<std::uint64_t>(*size, node.bytes.size() - handle->position);
+        if (handle->volume->lies(Lie::half_read)) *size /= 2;
+        if (handle->volume->lies(Lie::empty_read)) *size = 0;
         std::memcpy(buffer, node.bytes.data() + handle->position, *size);
         handle->position += *size;
         return uefi::success;
@@ -148,6 +153,10 @@ struct Volume::Services {
         std::memcpy(node.bytes.data() + handle->position, buffer, fits);
         handle->position = end;
         volume.changed_ = true;
+        if (volume.lies(Lie::half_write)) {
+            *size = fits / 2;
+            return uefi::success;
+        }
         const bool full = fits != *size;
         *size = fits;
         return full ? uefi::volume_full : uefi::success;
@@ -320,7 +329,17 @@ uefi::Status Volume::put_information(const Node& node, std::string_view name, st
         *to = static_cast<std::uint8_t>(c);
         to += sizeof(char16_t);
     }
+    if (lies(Lie::huge_size)) info->FileSize = ~std::uint64_t{0} - 7;
+    if (lies(Lie::long_name))
+        std::memset(static_cast<std::uint8_t*>(buffer) + uefi::file_info_name_offset, 'n',
+                    needed - uefi::file_info_name_offset);
     return uefi::success;
+}
+
+void Volume::lie_at(std::uint64_t use, Lie lie) {
+    lie_ = lie;
+    lie_at_ = use;
+    uses_ = 0;
 }
 
 uefi::Status Volume::read_entry(Handle& directory, std::uint64_t* size, void* buffer) {
@@ -377,6 +396,7 @@ void Volume::put_back() {
     std::copy(saved_handles_.begin(), saved_handles_.end(), handles_.begin());
     raw_directory_.reset();
     room_ = saved_room_;
+    lie_at(0, Lie::none);
     changed_ = pulled_ = false;
 }
 
