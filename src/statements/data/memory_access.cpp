@@ -2,12 +2,14 @@
 
 #include "program/parse.h"
 #include "program/program_store.h"
+#include "screen/framebuffer.h"
 #include "values/evaluator.h"
 #include "values/variables.h"
 
 namespace korvane {
 
 std::uint64_t peek_memory(std::uint64_t address, std::uint32_t bytes) {
+    bring_up_to_date();
     std::uint64_t value = 0;
     for (std::uint32_t i = 0; i < bytes; ++i) {
         // Memory may be a device's: every byte is read exactly once.
@@ -18,6 +20,7 @@ std::uint64_t peek_memory(std::uint64_t address, std::uint32_t bytes) {
 }
 
 void poke_memory(std::uint64_t address, std::uint64_t value, std::uint32_t bytes) {
+    bring_up_to_date();
     for (std::uint32_t i = 0; i < bytes; ++i)
         *reinterpret_cast<volatile std::uint8_t*>(address + i) = static_cast<std::uint8_t>(value >> (8 * i));
     note_written_memory(address, bytes);
