@@ -35,7 +35,6 @@ set(KORVANE_HOT_NAMES
     numbers/angle_reduction numbers/circular_kernels numbers/exponential_kernels numbers/format
     platform/clock platform/firmware platform/memory platform/stack
     program/program_store program/tokenizer
-    prompt/find_text
     run/conditions run/control_stacks run/jumps run/loops run/run
     screen/console screen/framebuffer screen/gfx_line screen/plot screen/text_windows
     statements/data/data_statements statements/graphics/circle statements/graphics/image_array statements/graphics/paint

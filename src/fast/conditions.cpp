@@ -49,37 +49,37 @@ template <typename Condition, bool to_line>
 std::uint64_t if_then(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     const Truth truth = Condition::of(at);
-    if (truth == Truth::FAILED) return fall_back_if(at, budget, string_top);
-    if (!to_line && truth == Truth::TRUE) return enter_then_part(at, budget, string_top);
-    Token* target = truth == Truth::TRUE ? as<IfRecord>(at).when_true : as<IfRecord>(at).when_false;
+    if (truth == Truth::failed) return fall_back_if(at, budget, string_top);
+    if (!to_line && truth == Truth::is_true) return enter_then_part(at, budget, string_top);
+    Token* target = truth == Truth::is_true ? as<IfRecord>(at).when_true : as<IfRecord>(at).when_false;
     return target == nullptr ? branch_first(at, budget, string_top) : jump(target, budget);
 }
 
 template <bool to_line>
-Execute if_handler(Token* at, const Specialised& condition) {
-    return handler_for(at, condition,
-                       [](auto form) -> Execute { return guarded<if_then<decltype(form), to_line>>; });
+Execute if_handler(Token* at, const Expression& condition) {
+    return hold_condition(at, condition,
+                          [](auto form) -> Execute { return guarded<if_then<decltype(form), to_line>>; });
 }
 
-// Where a false condition leads. "ELSE :" is an empty statement; only a number right behind ELSE is a line.
-Token* false_target(Token* behind_condition) {
+// Where a false condition of the IF at `at` leads. "ELSE :" is an empty statement; only a number right behind
+// ELSE is a line.
+Token* false_target(const Token* at, Token* behind_condition) {
     Token* target = find_else(behind_condition);
-    if (target->kind != KW_ELSE) return link_to(target);
-    return target[1].kind == NUMBER ? target_of(target + 1) : link_to(following(target + 1));
+    if (target->kind != KW_ELSE) return link_to(at, target);
+    return target[1].kind == NUMBER ? target_of(target + 1) : link_to(at, following(target + 1));
 }
 
 }  // namespace
 
 bool specialise_if(Token* at) {
-    Specialised condition;
-    if (!specialise(at + 1, Domain::WHOLE, condition) || condition.side.type == Type::STRING) return false;
-    hold(at, condition.side);
+    Expression condition;
+    if (!read_expression(at + 1, Domain::whole, condition)) return false;
     Token* then = condition.end;
     if (then->kind == KW_THEN || then->kind == KW_GOTO) ++then;
     const bool to_line = then->kind == NUMBER;
     auto& record = as<IfRecord>(at);
     record.when_true = to_line ? target_of(then) : following(then);
-    record.when_false = false_target(condition.end);
+    record.when_false = false_target(at, condition.end);
     at->execute = to_line ? if_handler<true>(at, condition) : if_handler<false>(at, condition);
     const bool lone = then_part_is_lone(at);
     if (lone) record.condition_kind |= IfRecord::lone_then_part;

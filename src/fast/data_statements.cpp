@@ -56,21 +56,21 @@ std::uint64_t read_places(Current at, std::uint64_t budget) {
 }  // namespace
 
 bool specialise_read(Token* at) {
-    Token* host = at;
-    Token* end = at + 1;
-    while (bind_place(host, end)) {
-        const bool is_only = host == at && end->kind != ',';
-        if (as<PlaceRecord>(host).is_element && !is_only) return false;
-        as<PlaceRecord>(host).next_place = nullptr;
-        if (end->kind != ',') {
-            as<PlaceRecord>(at).after = link_behind(end);
+    for (Token* host = at;;) {
+        Place place;
+        if (!read_place(host + 1, place)) return false;
+        const bool is_last = place.end->kind != ',';
+        const bool is_only = is_last && host == at;
+        if (place.is_element && !is_only) return false;
+        hold_place(host, place);
+        as<PlaceRecord>(host).next_place = is_last ? nullptr : place.end;
+        if (is_last) {
+            as<PlaceRecord>(at).after = link_behind(at, place.end);
             at->execute = guarded<read_places>;
             return true;
         }
-        as<PlaceRecord>(host).next_place = end;
-        host = end++;
+        host = place.end;
     }
-    return false;
 }
 
 }  // namespace korvane::fast

@@ -66,7 +66,7 @@ bool specialise_gosub(Token* at) {
     if (!is_lone_literal(at + 1) || target_of(at + 1) == nullptr) return false;
     auto& gosub = as<GosubRecord>(at);
     gosub.own = {execution.line, record_of(at + 2)};
-    gosub.after = link_behind(at + 2);
+    gosub.after = link_behind(at, at + 2);
     at->execute = gosub_line;
     return true;
 }

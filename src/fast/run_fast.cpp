@@ -1,16 +1,16 @@
 #include "run/specialised.h"
 
+#include "fast/expression.h"
 #include "fast/links.h"
 #include "fast/records.h"
 #include "fast/statement.h"
 #include "program/errors.h"
 #include "program/keywords.h"
-#include "run/breakpoints.h"
+#include "program/line_starts.h"
 #include "run/conditions.h"
 #include "run/control_stacks.h"
 #include "run/dispatch.h"
 #include "run/event_timers.h"
-#include "run/trace.h"
 #include "values/variables.h"
 
 namespace korvane::fast {
@@ -153,7 +153,8 @@ std::uint64_t execute_until_variables_change(Token* at, std::uint64_t budget) {
     if (execution.tokens == nullptr || cached_tokens(execution.line) != execution.tokens) return nullptr;
     execution.jumped = false;
     execution.then_part = false;
-    return following(execution.tokens + execution.record);
+    Token* target = execution.tokens + execution.record;
+    return begins_watched_line(target) ? target : following(target);
 }
 
 }  // namespace
@@ -189,7 +190,7 @@ void enter_line_of(const Token* at) {
 }
 
 bool may_run() {
-    return breakpoints.count == 0 && !trace_active() && event_timers.active == 0;
+    return event_timers_rest();
 }
 
 Token* run(Token* at, std::uint64_t budget) {
@@ -201,6 +202,11 @@ Token* run(Token* at, std::uint64_t budget) {
 }  // namespace korvane::fast
 
 namespace korvane {
+
+std::uint64_t leave_at_line_start(Token* at, std::uint64_t budget) {
+    fast::enter_line_of(at);
+    return fast::leave(at, budget);
+}
 
 std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     using namespace fast;
@@ -217,6 +223,7 @@ std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     }
     enter_line_of(at);
     state.target_not_ready = false;
+    begin_statement();
     const bool specialised = specialise_statement(at);
     enter_generation(at);
     if (specialised) return at->execute(at, budget);

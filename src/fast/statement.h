@@ -30,8 +30,8 @@ std::uint64_t execute_general(Token* at, std::uint64_t budget);
 // The same for an IF, whose general handler also executes the first statement of the THEN part.
 std::uint64_t execute_general_if(Token* at, std::uint64_t budget);
 
-// The same for a statement that may have taken string space before it failed: it starts again
-// with what it found.
+// The same for a statement that may have taken string space before it failed: it starts again with what
+// it found.
 inline std::uint64_t fall_back(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
     arenas.FREETOP = string_top;
     return execute_general(at, budget);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "files/directory_record.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
 #include "screen/framebuffer.h"
@@ -16,8 +17,6 @@ constexpr std::uint64_t least_info_size = 88;
 constexpr std::uint64_t fallback_info_size = 344;
 // A record with the longest name that any file system gives is far below this; more is not to be believed.
 constexpr std::uint64_t greatest_info_size = 65536;
-
-constexpr std::uint64_t attribute_offset = __builtin_offsetof(uefi::FileInfo, Attribute);
 
 // The bytes of a file information record that the firmware asks for, or 0 when it asks for an absurd size.
 std::uint64_t info_size(uefi::FileProtocol& file) {
@@ -117,7 +116,7 @@ std::optional<std::uint64_t> file_attributes(uefi::FileProtocol* file) {
     if (size == 0) return std::nullopt;
     PoolBuffer buffer(size);
     if (!read_info(*file, size, buffer)) return std::nullopt;
-    return read_unaligned<std::uint64_t>(buffer.data() + attribute_offset);
+    return DirectoryRecord({buffer.data(), size}).attributes();
 }
 
 bool IsDirectory(uefi::FileProtocol* file) {

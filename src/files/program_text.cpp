@@ -45,7 +45,7 @@ bool LineAssembler::add(char byte) {
         complete_ = false;
         length_ = 0;
     }
-    if (byte == '\r' || byte == '\n') {
+    if (is_line_break(static_cast<std::uint8_t>(byte))) {
         // The LF of a CR LF ends an empty line, and those are ignored.
         complete_ = length_ != 0;
     } else if (length_ < max_file_line) {

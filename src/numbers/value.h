@@ -37,6 +37,13 @@ constexpr bool is_numeric(Type type) {
     return type >= Type::INTEGER && type <= Type::DOUBLE;
 }
 
+// Whether a variable of an integer type holds the number.
+constexpr bool holds(Type type, std::int64_t number) {
+    if (type == Type::INTEGER) return number == static_cast<std::int16_t>(number);
+    if (type == Type::LONG) return number == static_cast<std::int32_t>(number);
+    return true;
+}
+
 struct Value {
     union {
         std::int64_t integer;

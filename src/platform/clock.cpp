@@ -38,4 +38,11 @@ std::uint64_t clock_milliseconds() {
     return ticks / rate * 1000 + ticks % rate * 1000 / rate;
 }
 
+std::uint64_t time_stamp_at(std::uint64_t milliseconds) {
+    const std::uint64_t rate = tsc_clock.ticks_per_second;
+    const std::uint64_t seconds = milliseconds / 1000;
+    if (rate != 0 && seconds >= ~std::uint64_t{0} / rate) return ~std::uint64_t{0};
+    return seconds * rate + (milliseconds % 1000 * rate + 999) / 1000;
+}
+
 }  // namespace korvane

@@ -11,9 +11,6 @@
 namespace korvane {
 namespace {
 
-constexpr std::int64_t integer_limit = 32768;
-constexpr std::int64_t long_limit = 2147483648;
-
 // A type suffix and its length; NONE and 0 where there is none.
 struct Suffix {
     Type type;
@@ -57,9 +54,7 @@ bool read_whole(std::string_view digits, std::int64_t& whole) {
 bool read_integer(std::string_view number, const DecimalShape& shape, Type type, Value& value) {
     if (shape.point || shape.exponent_letter != 0) return fail(message::syntax_error);
     std::int64_t whole = 0;
-    if (!read_whole(number, whole)) return fail(message::overflow);
-    if (type == Type::INTEGER && whole >= integer_limit) return fail(message::overflow);
-    if (type == Type::LONG && whole >= long_limit) return fail(message::overflow);
+    if (!read_whole(number, whole) || !holds(type, whole)) return fail(message::overflow);
     value = Value::of_integer(whole, type);
     return true;
 }
@@ -73,7 +68,8 @@ bool read_floating(std::string_view number, Type type, Value& value) {
 
 bool read_without_suffix(std::string_view number, const DecimalShape& shape, Value& value) {
     std::int64_t whole = 0;
-    if (!shape.point && shape.exponent_letter == 0 && read_whole(number, whole) && whole < integer_limit) {
+    if (!shape.point && shape.exponent_letter == 0 && read_whole(number, whole) &&
+        holds(Type::INTEGER, whole)) {
         value = Value::of_integer(whole, Type::INTEGER);
         return true;
     }

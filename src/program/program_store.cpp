@@ -4,6 +4,7 @@
 #include "program/arenas.h"
 #include "program/errors.h"
 #include "program/execution.h"
+#include "program/line_starts.h"
 #include "program/messages.h"
 #include "program/tokenizer.h"
 
@@ -188,6 +189,14 @@ void empty_token_cache() {
     forget_cache();
 }
 
+void mark_line_starts() {
+    for (std::uint32_t i = 0; i < program.count; ++i) {
+        const LineEntry& line = program.lines[i];
+        if (line.tokens == nullptr || is_watched(line.number) == begins_watched_line(line.tokens)) continue;
+        line.tokens->execute = is_watched(line.number) ? line_starts.handler : tokenizer.first_handler;
+    }
+}
+
 bool remembers_lines(const Token* at) {
     const void* record = at;
     return record >= program.cache_start && record < program.cache_end;
@@ -217,7 +226,8 @@ std::uint32_t prepare_line(std::uint32_t index) {
     }
     line.tokens = tokens;
     line.token_count = count;
-    tokens[count - 1].step.jump = {index, 0};
+    if (is_watched(line.number)) tokens->execute = line_starts.handler;
+    tokens[count - 1].line_end.line = index;
     execution.tokens = tokens;
     return count;
 }
@@ -229,7 +239,7 @@ Token* cached_statement(Position position) {
     Token* at = line.tokens + position.record;
     while (at->kind == ':')
         ++at;
-    return at->kind == END_OF_LINE && at->step.next != nullptr ? at->step.next : at;
+    return at->kind == END_OF_LINE && at->line_end.next_line != nullptr ? at->line_end.next_line : at;
 }
 
 void jump_to_line(std::int64_t number) {

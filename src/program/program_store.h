@@ -83,6 +83,10 @@ void clear_program();
 // Drops every cached token array.
 void empty_token_cache();
 
+// For whoever has changed line_starts: writes it into the cached lines. Lines that are cached later follow by
+// themselves.
+void mark_line_starts();
+
 // Whether the record stays where it is until the epoch ends: whether it lies in the token cache.
 bool remembers_lines(const Token* at);
 

@@ -67,8 +67,7 @@ void do_run(Cursor& cursor) {
 // NEW as a command, unlike the statement of the same name, also gives the program up.
 void do_new_command(Cursor& cursor) {
     ++cursor;
-    trace.lines_on = false;
-    trace.watch_count = 0;
+    clear_trace();
     clear_breakpoints();
     close_all_files();
     clear_data();

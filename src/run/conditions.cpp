@@ -29,10 +29,10 @@ void take_then_part(Cursor& cursor) {
 void take_else_part(Token& opener, Cursor& cursor) {
     execution.then_part = false;
     if (!opener.jump_known) {
-        opener.step.jump.record = record_of(find_else(cursor));
+        opener.jump.record = record_of(find_else(cursor));
         opener.jump_known = true;
     }
-    cursor = execution.tokens + opener.step.jump.record;
+    cursor = execution.tokens + opener.jump.record;
     if (!accept(cursor, KW_ELSE)) return;
     if (cursor->kind == NUMBER) jump_to_literal(*cursor);
 }

@@ -131,7 +131,7 @@ void do_return(Cursor& cursor) {
         return;
     }
     const GosubEntry entry = control_stacks.gosubs[--control_stacks.gosub_count];
-    if (entry.kind == GosubKind::TIMER) event_timers.timers[entry.timer].busy = false;
+    if (entry.kind == GosubKind::TIMER) end_timer_handler(entry.timer);
     if (entry.line == direct_line) {
         execution.stop = true;
         execution.jumped = true;

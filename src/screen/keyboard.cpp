@@ -1,7 +1,9 @@
 #include "screen/keyboard.h"
 
 #include "platform/firmware.h"
+#include "platform/processor.h"
 #include "screen/noted_cells.h"
+#include "screen/pixel_order.h"
 
 namespace korvane {
 
@@ -14,6 +16,7 @@ namespace {
 constexpr int looks_before_sleep = 2000;
 
 std::optional<uefi::InputKey> ask_for_key() {
+    show_drawn_pixels_if_due();
     uefi::SimpleTextInputProtocol* input = firmware.system_table->ConIn;
     uefi::InputKey key{};
     if (uefi::is_error(input->ReadKeyStroke(input, &key))) return std::nullopt;
@@ -37,6 +40,7 @@ std::optional<uefi::InputKey> read_key() {
 
 uefi::InputKey wait_for_key() {
     bring_up_to_date();
+    show_drawn_pixels();
     for (;;) {
         // The event may be signalled for a key that yields no key stroke, and firmware without the event
         // refuses to wait; both end in another try.
@@ -47,10 +51,12 @@ uefi::InputKey wait_for_key() {
 }
 
 uefi::InputKey look_for_key() {
+    bring_up_to_date();
+    show_drawn_pixels();
     for (;;) {
         for (int i = 0; i < looks_before_sleep; ++i) {
             if (const auto key = read_key()) return *key;
-            __builtin_ia32_pause();
+            processor_pause();
         }
         std::uint64_t index = 0;
         firmware.boot->WaitForEvent(1, &firmware.system_table->ConIn->WaitForKey, &index);

@@ -56,9 +56,19 @@ Value evaluate_bare_name(Cursor& cursor) {
     return load_scalar(*entry);
 }
 
+Value call_with_several(const BuiltInFunction& function, Cursor& cursor) {
+    Value arguments[most_arguments];
+    const int count =
+        read_arguments(cursor, arguments, function.arguments.fewest(), function.arguments.most());
+    return count == 0 ? Value::nothing() : function.several(arguments, count);
+}
+
 // Calls a built-in function whose "(" is at the cursor.
 Value call_function(const BuiltInFunction& function, Cursor& cursor) {
-    if (function.form == BuiltInFunction::Form::call) return function.call(cursor);
+    if (!function.arguments.has_one()) {
+        const bool reads_itself = function.arguments.is_read_by_function();
+        return reads_itself ? function.call(cursor) : call_with_several(function, cursor);
+    }
     ++cursor;
     const Value argument = evaluate(cursor);
     if (error_pending() || !expect(cursor, ')', message::expected_right_parenthesis)) return Value::nothing();

@@ -4,6 +4,7 @@
 #include "platform/memory.h"
 #include "program/arenas.h"
 #include "program/errors.h"
+#include "program/line_starts.h"
 #include "program/messages.h"
 #include "program/parse.h"
 #include "program/tokenizer.h"
@@ -124,7 +125,8 @@ void remove_variable(VariableEntry* entry) {
 
 void remember_variable(Token& name, VariableEntry* entry) {
     // A specialised statement that begins with this name belongs to the generation that ends here.
-    if (name.generation != arenas.generation) name.execute = tokenizer.first_handler;
+    if (name.generation != arenas.generation && !begins_watched_line(&name))
+        name.execute = tokenizer.first_handler;
     name.resolution = entry->is_array() ? RESOLVED_ARRAY : RESOLVED_SCALAR;
     name.generation = arenas.generation;
     name.cached = entry;

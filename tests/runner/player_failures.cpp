@@ -128,7 +128,7 @@ void Player::fail_each_start() {
 ForkedResult Player::start_with_failure(host::Service service, std::uint64_t use) {
     ForkedResult result;
     try {
-        host::ServiceFaults& faults = machine_->firmware().faults();
+        auto& faults = machine_->firmware().faults();
         faults.arm({{service, use, 1, usual_failure(service)}});
         tolerant_start_ = true;
         resume();

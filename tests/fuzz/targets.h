@@ -1,0 +1,31 @@
+// What is fuzzed: each target says which part of the machine an input is, and what is typed to have it read.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace korvane::fuzz {
+
+struct Target {
+    std::string_view name;
+    std::string_view reads;  // what of it comes from outside
+    // Before the moment from which every input is played; a target without starts the interpreter anew for
+    // each.
+    void (*prepare)();
+    // Gives the machine the input and types what makes the interpreter look at it. False when the interpreter
+    // has come to an end, and its state is not to be looked at.
+    bool (*play)(std::string_view input);
+};
+
+std::span<const Target> targets();
+const Target* find_target(std::string_view name);
+
+// Makes the machine for a target and takes it to its moment. Inputs are played for this target from then on.
+void prepare(const Target& target);
+
+// Plays one input from that moment, and checks what must hold; the same without the checks. False when the
+// interpreter has come to an end.
+bool play(std::string_view input);
+bool play_only(std::string_view input);
+
+}  // namespace korvane::fuzz
