@@ -226,6 +226,7 @@ void act_on_scan_code(const EditArea& area, std::uint16_t scan_code) {
 
 // Shows the cursor until a key arrives.
 uefi::InputKey read_key_at_cursor() {
+    bring_up_to_date();
     const std::uint32_t row = console.cursor_row;
     const std::uint32_t column = console.cursor_column;
     draw_glyph(column * glyph_width, row * glyph_height, cursor_glyph, console.foreground,

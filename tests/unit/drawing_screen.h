@@ -23,7 +23,8 @@ class DrawingScreen {
                   .pitch = pitch,
                   .back_buffer = back_buffer_.data() + guard,
                   .back_buffer_capacity = std::uint64_t{pitch} * height,
-                  .addressable = std::uint64_t{pitch} * height};
+                  .addressable = std::uint64_t{pitch} * height,
+                  .cells_wait = false};
         gfx_start();
         clear();
     }
