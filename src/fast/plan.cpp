@@ -81,10 +81,11 @@ Domain comparison_domain(const Node& a, const Node& b) {
 
 void plan_comparison(Node& node, const Node& left, const Node& right) {
     node.domain = comparison_domain(left, right);
-    const bool both_take = left.takes() && right.takes();
-    if (both_take && node.domain == Domain::single) node.domain = Domain::real;
+    // The sides of ">" may change places, and what one takes the other may see: FRE, say, or PEEK.
+    const bool in_order = node.token->kind == '>' && (left.takes() || right.takes());
+    if (in_order && node.domain == Domain::single) node.domain = Domain::real;
     const bool exact = node.domain != Domain::real || (is_exact_as_real(left) && is_exact_as_real(right));
-    node.with_care = both_take || !exact;
+    node.with_care = in_order || !exact;
 }
 
 // The domain of a relation's node is the one in which its operands are compared; its value is an integer.

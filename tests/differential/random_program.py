@@ -103,6 +103,7 @@ class ProgramMaker:
         """A number that takes string space; some are too large for a double."""
         return self.random.choice([
             f"LEN({self.text(depth)}+T$)", f"ASC(MID$({self.text(0)},{self.random.choice(COUNTS)}))",
+            "(FREETOP AND 255)", "(FRE(0) AND 255)",  # what those beside it have taken
             f"VAL({self.random.choice(NUMBER_TEXTS)}+S$)", f"(LEN(STR$({self.number(0)}))*9007199254740993&&)",
         ])
 
