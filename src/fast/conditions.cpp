@@ -61,8 +61,8 @@ std::uint64_t if_then(Current at, std::uint64_t budget) {
 
 template <bool to_line>
 Execute if_handler(Token* at, const Expression& condition) {
-    return hold_condition(at, condition,
-                          [](auto form) -> Execute { return guarded<if_then<decltype(form), to_line>>; });
+    return hold_condition(
+        at, condition, [](auto form) -> Execute { return guarded<if_then<decltype(form), to_line>>; });
 }
 
 // Where a false condition of the IF at `at` leads. "ELSE :" is an empty statement; only a number right behind

@@ -72,17 +72,15 @@ bool nothing_to_do(const ForEntry& entry) {
     Value limit;
     Value step = Value::of_integer(1);
     if (control_stacks.for_count == max_for_depth || !held_value(at + 2, start) ||
-        !held_value(loop.to, limit) || (step_word != nullptr && !held_value(step_word, step))) {
+        !held_value(loop.to, limit) || (step_word != nullptr && !held_value(step_word, step)))
         return false;
-    }
     const auto before = read<std::uint64_t>(variable->storage);
     if (!store_start(variable->type, variable->storage, start)) return false;
     ForEntry& entry = control_stacks.fors[control_stacks.for_count];
-    if (describes(entry, loop)) {
+    if (describes(entry, loop))
         set_loop_bounds(entry, limit, step);
-    } else {
+    else
         fill_for_entry(entry, at[1].name, *variable, limit, step, loop.own);
-    }
     // A loop that has nothing to do is skipped by the general handler, which remembers where it ends. It
     // evaluates the start again, which may depend on the variable.
     if (nothing_to_do(entry)) {
@@ -164,10 +162,12 @@ std::uint64_t next_whole(Current at, std::uint64_t budget) {
 
 // Whole numbers are added to a floating variable as doubles, so its loops need not be whole.
 Execute choose_next(Type type) {
-    return choose_by_type(type, [](auto listed) -> Execute {
-        if constexpr (is_integer(listed())) return guarded<next_whole<NumberOf<listed()>>>;
-        if constexpr (is_floating(listed())) return guarded<next_real<NumberOf<listed()>>>;
-    });
+    return choose_by_type(
+        type,
+        [](auto listed) -> Execute {
+            if constexpr (is_integer(listed())) return guarded<next_whole<NumberOf<listed()>>>;
+            if constexpr (is_floating(listed())) return guarded<next_real<NumberOf<listed()>>>;
+        });
 }
 
 // ---- WHILE --------------------------------------------------------------------------------------

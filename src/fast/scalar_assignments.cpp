@@ -106,12 +106,14 @@ Execute choose_whole_chain(std::uint8_t kind) {
 
 // The handler for a frequent shape, or null.
 Execute choose_shape(Type type, const Node& value) {
-    return choose_by_type(type, [&value](auto listed) -> Execute {
-        using Number = NumberOf<listed()>;
-        if constexpr (is_integer(listed())) return choose_whole_chain<Number>(value.kind);
-        if constexpr (is_floating(listed()))
-            return is_plain<Number>(value.kind) ? choose_plain<Number>(value) : nullptr;
-    });
+    return choose_by_type(
+        type,
+        [&value](auto listed) -> Execute {
+            using Number = NumberOf<listed()>;
+            if constexpr (is_integer(listed())) return choose_whole_chain<Number>(value.kind);
+            if constexpr (is_floating(listed()))
+                return is_plain<Number>(value.kind) ? choose_plain<Number>(value) : nullptr;
+        });
 }
 
 }  // namespace

@@ -36,6 +36,13 @@ constexpr std::array<Power, 25> powers = {{
 static_assert(lowest_scale == first_block * block_size);
 static_assert(highest_scale == (first_block + static_cast<std::int32_t>(powers.size())) * block_size - 1);
 
+constexpr auto powers_of_five = [] {
+    std::array<std::uint64_t, block_size> all{1};
+    for (std::size_t i = 1; i < all.size(); ++i)
+        all[i] = 5 * all[i - 1];
+    return all;
+}();
+
 // Whether nothing had to be left out: 5^54 has 126 bits.
 bool is_exact(std::int32_t block) {
     return block >= 0 && block <= 2;
@@ -64,16 +71,13 @@ bool scale_quickly(std::uint64_t head, std::int32_t power, Scaled& number) {
     const std::int32_t index = (power - lowest_scale) / block_size;
     const std::int32_t block = first_block + index;
     const std::int32_t rest_of_power = power - block * block_size;
-    std::uint64_t power_of_five = 1;
-    for (std::int32_t i = 0; i < rest_of_power; ++i)
-        power_of_five *= 5;
-    Wide integer = Wide{head} * power_of_five;
+    Wide integer = Wide{head} * powers_of_five[static_cast<std::size_t>(rest_of_power)];
     const auto upper = static_cast<std::uint64_t>(integer >> 64);
     const std::int32_t zeros =
         upper != 0 ? std::countl_zero(upper) : 64 + std::countl_zero(static_cast<std::uint64_t>(integer));
     integer <<= zeros;
 
-    Wide lower;
+    Wide lower = 0;
     Wide product = multiply(integer, powers[static_cast<std::size_t>(index)], lower);
     number.exponent = binary_exponent(block * block_size) - 127 + 128 + rest_of_power - zeros + 64;
     if (product >> 127 == 0) {

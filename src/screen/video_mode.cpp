@@ -130,12 +130,14 @@ bool video_start() {
 }
 
 void video_end() {
+    bring_up_to_date();
     uefi::GraphicsOutputProtocol& output = *video.graphics_output;
     // A mode that cannot be set again was good enough to draw in.
     if (output.Mode->Mode != video.first_mode) output.SetMode(&output, video.first_mode);
 }
 
 bool con_set_mode(std::uint32_t width, std::uint32_t height) {
+    bring_up_to_date();
     uefi::GraphicsOutputProtocol& output = *video.graphics_output;
     const FoundMode found = find_mode(output, width, height, 0);
     if (found.fitness == Fitness::none || uefi::is_error(output.SetMode(&output, found.mode))) return false;

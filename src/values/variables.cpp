@@ -133,9 +133,8 @@ void remember_variable(Token& name, VariableEntry* entry) {
 }
 
 VariableEntry* find_array(Token& name) {
-    if (name.resolution == RESOLVED_ARRAY && name.generation == arenas.generation) {
+    if (name.resolution == RESOLVED_ARRAY && name.generation == arenas.generation)
         return static_cast<VariableEntry*>(name.cached);
-    }
     VariableEntry* entry = find_variable(name.name, true);
     if (entry != nullptr) remember_variable(name, entry);
     return entry;

@@ -60,7 +60,7 @@ struct Options {
 Options parse_options(int count, char** words) {
     Options options;
     test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);) {
+    for (std::string_view word; program.take(word);)
         if (word == "--node")
             options.node = program.value();
         else if (word == "--module")
@@ -79,7 +79,6 @@ Options parse_options(int count, char** words) {
             usage();
         else
             options.inputs.emplace_back(word);
-    }
     if (options.inputs.empty()) usage();
     return options;
 }
