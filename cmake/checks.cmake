@@ -20,3 +20,8 @@ endforeach()
 
 set_tests_properties(${KORVANE_FULL_TESTS} PROPERTIES LABELS full TIMEOUT 600)
 set_tests_properties(clang_tidy reproducible_build PROPERTIES PROCESSORS 2)
+
+# The longest first, so that none is left over when the others are done. The figures only need to be in order.
+set_tests_properties(clang_tidy PROPERTIES COST 100)
+set_tests_properties(system/test_lost_work system/test_screen_modes PROPERTIES COST 90)
+set_tests_properties(reproducible_build system/test_explorer PROPERTIES COST 50)

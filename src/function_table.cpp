@@ -14,30 +14,39 @@
 namespace korvane {
 namespace {
 
-using Form = BuiltInFunction::Form;
-
-// A row with its name only.
-constexpr BuiltInFunction named(std::string_view name, Form form) {
-    BuiltInFunction row{.name = {}, .form = form, .bare = nullptr};
+// A row with its name and what it takes only.
+constexpr BuiltInFunction named(std::string_view name, ArgumentList arguments) {
+    BuiltInFunction row{.name = {}, .arguments = arguments, .bare = nullptr};
     std::copy(name.begin(), name.end(), row.name);
     return row;
 }
 
 constexpr BuiltInFunction bare(std::string_view name, Value (*function)()) {
-    BuiltInFunction row = named(name, Form::bare);
+    BuiltInFunction row = named(name, ArgumentList(""));
     row.bare = function;
     return row;
 }
-constexpr BuiltInFunction unary(std::string_view name, Value (*function)(const Value&)) {
-    BuiltInFunction row = named(name, Form::unary);
+constexpr BuiltInFunction taking(ArgumentList arguments, std::string_view name,
+                                 Value (*function)(const Value&)) {
+    BuiltInFunction row = named(name, arguments);
     row.unary = function;
     return row;
 }
+constexpr BuiltInFunction taking(ArgumentList arguments, std::string_view name,
+                                 Value (*function)(const Value*, int)) {
+    BuiltInFunction row = named(name, arguments);
+    row.several = function;
+    return row;
+}
 constexpr BuiltInFunction call(std::string_view name, Value (*function)(Cursor&)) {
-    BuiltInFunction row = named(name, Form::call);
+    BuiltInFunction row = named(name, ArgumentList("*"));
     row.call = function;
     return row;
 }
+
+constexpr ArgumentList number("n");
+constexpr ArgumentList text("t");
+constexpr ArgumentList either("a");
 
 // Names without "(".
 constexpr std::array bare_functions{
@@ -64,62 +73,62 @@ constexpr std::array system_variables{
 // Names in front of "(".
 constexpr std::array called_functions{
     // numbers
-    unary("ABS", function_abs),
-    unary("ATN", function_atn),
-    unary("CDBL", function_cdbl),
-    unary("CINT", function_cint),
-    unary("COS", function_cos),
-    unary("CSNG", function_csng),
-    unary("EXP", function_exp),
-    unary("FIX", function_fix),
-    unary("INT", function_int),
-    unary("LOG", function_log),
-    unary("RND", function_rnd),
-    unary("SGN", function_sgn),
-    unary("SIN", function_sin),
-    unary("SQR", function_sqr),
-    unary("TAN", function_tan),
+    taking(number, "ABS", function_abs),
+    taking(number, "ATN", function_atn),
+    taking(number, "CDBL", function_cdbl),
+    taking(number, "CINT", function_cint),
+    taking(number, "COS", function_cos),
+    taking(number, "CSNG", function_csng),
+    taking(number, "EXP", function_exp),
+    taking(number, "FIX", function_fix),
+    taking(number, "INT", function_int),
+    taking(number, "LOG", function_log),
+    taking(number, "RND", function_rnd),
+    taking(number, "SGN", function_sgn),
+    taking(number, "SIN", function_sin),
+    taking(number, "SQR", function_sqr),
+    taking(number, "TAN", function_tan),
     // strings
-    unary("ASC", function_asc),
-    unary("CHR$", function_chr),
-    unary("CVD", function_cvd),
-    unary("CVI", function_cvi),
-    unary("CVS", function_cvs),
-    unary("HEX$", function_hex),
-    call("INSTR", function_instr),
-    unary("LCASE$", function_lcase),
-    call("LEFT$", function_left),
-    unary("LEN", function_len),
-    call("MID$", function_mid),
-    unary("MKD$", function_mkd),
-    unary("MKI$", function_mki),
-    unary("MKS$", function_mks),
-    unary("OCT$", function_oct),
-    call("RIGHT$", function_right),
-    unary("SPACE$", function_space),
-    unary("STR$", function_str),
-    call("STRING$", function_string),
-    unary("UCASE$", function_ucase),
-    unary("VAL", function_val),
+    taking(text, "ASC", function_asc),
+    taking(number, "CHR$", function_chr),
+    taking(text, "CVD", function_cvd),
+    taking(text, "CVI", function_cvi),
+    taking(text, "CVS", function_cvs),
+    taking(number, "HEX$", function_hex),
+    taking(ArgumentList("?ntt"), "INSTR", function_instr),
+    taking(text, "LCASE$", function_lcase),
+    taking(ArgumentList("tn"), "LEFT$", function_left),
+    taking(text, "LEN", function_len),
+    taking(ArgumentList("tn?n"), "MID$", function_mid),
+    taking(number, "MKD$", function_mkd),
+    taking(number, "MKI$", function_mki),
+    taking(number, "MKS$", function_mks),
+    taking(number, "OCT$", function_oct),
+    taking(ArgumentList("tn"), "RIGHT$", function_right),
+    taking(number, "SPACE$", function_space),
+    taking(number, "STR$", function_str),
+    taking(ArgumentList("na"), "STRING$", function_string),
+    taking(text, "UCASE$", function_ucase),
+    taking(text, "VAL", function_val),
     // screen, keyboard and files
     call("EOF", function_eof),
     call("INPUT$", function_input_string),
     call("LOC", function_loc),
     call("LOF", function_lof),
-    call("POINT", function_point),
-    unary("POS", function_pos),
-    unary("SPC", function_spc),
-    unary("TAB", function_tab),
+    taking(ArgumentList("nn"), "POINT", function_point),
+    taking(either, "POS", function_pos),
+    taking(number, "SPC", function_spc),
+    taking(number, "TAB", function_tab),
     // system
-    unary("COMMANDLINEARG$", function_commandlinearg),
-    unary("FRE", function_fre),
-    unary("PEEK", function_peek),
-    unary("PEEK16", function_peek16),
-    unary("PEEK32", function_peek32),
-    unary("PEEK64", function_peek64),
-    unary("TIMER", function_timer),
+    taking(number, "COMMANDLINEARG$", function_commandlinearg),
+    taking(either, "FRE", function_fre),
+    taking(number, "PEEK", function_peek),
+    taking(number, "PEEK16", function_peek16),
+    taking(number, "PEEK32", function_peek32),
+    taking(number, "PEEK64", function_peek64),
+    taking(number, "TIMER", function_timer),
     call("VARPTR", function_varptr),
-    unary("KORVANEADR", function_korvaneadr),
+    taking(text, "KORVANEADR", function_korvaneadr),
 };
 
 bool has_name(const BuiltInFunction& function, std::string_view name) {

@@ -9,11 +9,13 @@
 #include "platform/clock.h"
 #include "platform/firmware.h"
 #include "platform/listener.h"
+#include "platform/processor.h"
 #include "platform/stack.h"
 #include "program/arenas.h"
 #include "program/command_line.h"
 #include "program/errors.h"
 #include "program/execution.h"
+#include "program/line_starts.h"
 #include "program/program_store.h"
 #include "program/tokenizer.h"
 #include "prompt/auto_numbering.h"
@@ -43,8 +45,7 @@ namespace {
 // application does not return, so that the message stays on the screen).
 [[noreturn]] void stop_for_good(const char16_t* reason) {
     print_on_firmware_console(reason);
-    for (;;)
-        asm volatile("pause");
+    halt_processor();
 }
 
 void disable_watchdog() {
@@ -75,6 +76,7 @@ void initialize_state() {
     execution = Execution{};
     execution.line = direct_line;
     tokenizer.first_handler = execute_first;
+    line_starts = {.handler = leave_at_line_start, .has_breakpoint = nullptr, .is_traced = nullptr};
     errors = ErrorState{};
     forget_error();
     output = Output{};

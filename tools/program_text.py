@@ -1,6 +1,6 @@
 """Program files as people have them, in the code page that the interpreter reads.
 
-The same rules as the terminal's (host/program_file.cpp): UTF-8, with or without byte order mark, is converted when all of
+The same rules as the terminal's (host/firmware/program_file.cpp): UTF-8, with or without byte order mark, is converted when all of
 the file is that; other bytes are codes already. Tabs count as blanks, lines of blanks as empty, Ctrl-Z at the end is left
 out, UTF-16 is refused.
 """

@@ -34,7 +34,9 @@ def functions():
     table = (SOURCES / "function_table.cpp").read_text()
     arrays = {}
     for name, rows in re.findall(r"^constexpr std::array (\w+)\{\n(.*?)^\};", table, re.M | re.S):
-        arrays[name] = re.findall(r'\b(?:bare|unary|call)\("([A-Z0-9$]+)"', rows)
+        arrays[name] = re.findall(r'"([A-Z0-9$]+)", \w+\)', rows)
+        if len(arrays[name]) != len(re.findall(r"\b(?:bare|taking|call)\(", rows)):
+            raise ValueError(f"the table {name} is not read as it is written")
     return arrays["called_functions"], arrays["bare_functions"], arrays["system_variables"]
 
 

@@ -1,9 +1,10 @@
 #include "explorer/text_decoder.h"
 
+#include "platform/characters.h"
+
 namespace korvane {
 namespace {
 
-constexpr std::uint8_t line_feed = 10;
 constexpr std::uint8_t first_printable = 32;
 
 }  // namespace
@@ -24,10 +25,10 @@ std::optional<std::uint8_t> TextDecoder::take(std::uint8_t byte) {
         }
         byte = low_byte_;
     }
-    const bool ends_return = after_return_ && byte == line_feed;
+    const bool ends_return = after_return_ && byte == '\n';
     after_return_ = byte == line_end;
     if (ends_return) return std::nullopt;
-    if (byte == line_feed || byte == line_end) return line_end;
+    if (is_line_break(byte)) return line_end;
     if (byte == tab || byte >= first_printable) return byte;
     return '.';
 }

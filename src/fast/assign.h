@@ -26,7 +26,7 @@ inline std::uint8_t* place_of(const Token* equals) {
 }
 // The same of the assignment to an element whose name is at `at`.
 inline Token* equals_of_element(const Token* at) {
-    return as<MarkRecord>(at + 1).next;
+    return as<ElementRecord>(at + 1).equals;
 }
 // The statement that follows the assignment.
 inline Token* after(const Token* equals) {

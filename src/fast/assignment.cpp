@@ -18,31 +18,38 @@
 namespace korvane::fast {
 namespace {
 
-// The expression behind the "=" of the assignment at `at`: it must be of the target's kind.
-bool specialise_value(const Token* at, Token* equals, Type type, Specialised& value) {
-    if (equals->kind != '=' || !specialise(equals + 1, domain_of(type), value)) return false;
-    if ((value.side.type == Type::STRING) != (type == Type::STRING)) return false;
-    hold(equals, value.side);
-    as<AssignmentRecord>(equals).after = link_behind_assignment(at, value.end);
-    return true;
+// Reads the expression behind the "=" of an assignment, which must be of the target's kind.
+bool read_value(Token* equals, Type type, Expression& value) {
+    return equals->kind == '=' && read_expression(equals + 1, domain_of(type), value) &&
+           (value.node().type == Type::STRING) == (type == Type::STRING);
+}
+
+// Makes the "=" of the assignment at `at` hold the value.
+void hold_value(const Token* at, Token* equals, const Expression& value) {
+    hold(equals, value);
+    as<AssignmentRecord>(equals).after = link_behind_assignment(at, equals, value.end);
 }
 
 bool specialise_scalar(Token* at) {
+    Token* equals = at + 1;
     VariableEntry* entry = find_variable(at->name, false);
-    Specialised value;
-    if (entry == nullptr || !specialise_value(at, at + 1, entry->type, value)) return false;
-    as<AssignmentRecord>(at + 1).place = entry->storage;
-    at->execute = scalar_handler(entry->type, value);
+    Expression value;
+    if (entry == nullptr || !read_value(equals, entry->type, value)) return false;
+    at->execute = scalar_handler(entry->type, value.node());
+    hold_value(at, equals, value);
+    as<AssignmentRecord>(equals).place = entry->storage;
     return true;
 }
 
 bool specialise_array_element(Token* at) {
-    Specialised element;
-    Specialised value;
-    if (!specialise_element(at, element) || !specialise_value(at, element.end, element.side.type, value))
-        return false;
-    as<MarkRecord>(at + 1).next = element.end;
-    at->execute = element_handler(at + 1, element, value);
+    Expression element;
+    Expression value;
+    if (!read_element(at, element) || !read_value(element.end, element.node().type, value)) return false;
+    Token* equals = element.end;
+    at->execute = element_handler(element.node(), value.node());
+    bind_element(element.node());
+    as<ElementRecord>(at + 1).equals = equals;
+    hold_value(at, equals, value);
     return true;
 }
 
@@ -72,12 +79,12 @@ std::uint64_t swap_places(Current at, std::uint64_t budget) {
     const auto kept = read_unaligned<Datum<size>>(first);
     write_unaligned(first, read_unaligned<Datum<size>>(second));
     write_unaligned(second, kept);
-    return proceed(as<PlaceRecord>(at).after, budget);
+    KORVANE_JUMP return proceed(as<PlaceRecord>(at).after, budget);
 }
 
 Execute choose_swap(Type type) {
-    return choose<2, 4, 8, 16>(storage_size(type),
-                               [](auto size) -> Execute { return guarded<swap_places<size()>>; });
+    return choose<2, 4, 8, 16>(
+        storage_size(type), [](auto size) -> Execute { return guarded<swap_places<size()>>; });
 }
 
 }  // namespace
@@ -95,14 +102,16 @@ bool specialise_assignment(Token* at) {
 }
 
 bool specialise_swap(Token* at) {
-    auto& place = as<PlaceRecord>(at);
-    Token* comma = at + 1;
-    if (!bind_place(at, comma) || comma->kind != ',') return false;
-    Token* end = comma + 1;
-    if (!bind_place(comma, end) || place.type != as<PlaceRecord>(comma).type) return false;
-    place.next_place = comma;
-    place.after = link_behind(end);
-    at->execute = choose_swap(place.type);
+    Place first;
+    Place second;
+    if (!read_place(at + 1, first) || first.end->kind != ',' || !read_place(first.end + 1, second) ||
+        first.type != second.type)
+        return false;
+    hold_place(at, first);
+    hold_place(first.end, second);
+    as<PlaceRecord>(at).next_place = first.end;
+    as<PlaceRecord>(at).after = link_behind(at, second.end);
+    at->execute = choose_swap(first.type);
     return true;
 }
 

@@ -18,17 +18,51 @@ template <int relation>
 Whole compare_reals(std::int64_t, Token* at) {
     const double left = left_real(at);
     const double right = right_real(at);
-    if (!is_finite(left) || !is_finite(right)) return {0, 1};
+    if (!is_finite(left) || !is_finite(right)) return no_whole;
     return truth(holds<relation>(left, right), at);
+}
+
+// Doubles that are exact beyond doubt.
+inline bool are_exact(double left, double right) {
+    return __builtin_fabs(left) <= exact_integers && __builtin_fabs(right) <= exact_integers;
+}
+
+// A number that fails may be an integer that no double holds: the general evaluator compares it exactly.
+template <int relation>
+Whole compare_checked(std::int64_t, Token* at) {
+    const double left = left_real(at);
+    const double right = quick_right_real(at);
+    return are_exact(left, right) ? truth(holds<relation>(left, right), at) : no_whole;
+}
+
+// Where the sides must not change places the operator is read again.
+template <typename Number>
+Whole compare_ordered(Number left, Number right, Token* at) {
+    const Token* operation = at;
+    const std::uint8_t outcome = left < right ? LESS : left > right ? GREATER : EQUAL;
+    return truth((read_relation(operation) & outcome) != 0, at);
+}
+
+Whole compare_reals_in_order(std::int64_t, Token* at) {
+    const double left = left_real(at);
+    const double right = right_real(at);
+    return are_exact(left, right) ? compare_ordered(left, right, at) : no_whole;
+}
+
+Whole compare_wholes_in_order(std::int64_t, Token* at) {
+    const Whole left = left_whole(at);
+    if (left.failed != 0) return left;
+    const Whole right = right_whole(at);
+    return right.failed != 0 ? right : compare_ordered(left.value, right.value, at);
 }
 
 template <int relation, typename Number>
 Whole compare_plain(std::int64_t, Token* at) {
     const auto left = plain_left<Number>(at);
-    if (at->step.left_inner != nullptr && !is_finite(left)) return {0, 1};
+    if (as<OperatorRecord>(at).left_chain != nullptr && !is_finite(left)) return no_whole;
     const auto right = plain_right<Number>(at);
-    if (at->step.inner != nullptr && !is_finite(right)) return {0, 1};
-    if (__builtin_isunordered(left, right)) return {0, 1};
+    if (as<OperatorRecord>(at).right_chain != nullptr && !is_finite(right)) return no_whole;
+    if (__builtin_isunordered(left, right)) return no_whole;
     return truth(holds<relation>(left, right), at);
 }
 
@@ -43,32 +77,34 @@ Whole compare_wholes(std::int64_t, Token* at) {
 
 template <int relation, Leaf left, Leaf right>
 Whole compare_whole_leaves(std::int64_t, Token* at) {
-    return truth(
-        holds<relation>(whole_leaf<left>(at->step.left_operand), whole_leaf<right>(at->step.operand)), at);
+    const auto& record = as<OperatorRecord>(at);
+    return truth(holds<relation>(whole_leaf<left>(record.left_leaf), whole_leaf<right>(record.right_leaf)),
+                 at);
 }
 
 using WholeStep = Whole (*)(std::int64_t, Token*);
 
 // The frequent pairs of leaves have steps of their own: variables of one type, and a variable with a literal.
 template <int relation>
-WholeStep choose_for_wholes(const Token* at) {
-    const std::uint8_t left_kind = at->left_kind;
-    const std::uint8_t right_kind = at->right_kind;
+WholeStep choose_for_wholes(const OperatorRecord& record) {
+    const std::uint8_t left_kind = record.left_kind;
+    const std::uint8_t right_kind = record.right_kind;
     const WholeStep step =
         choose<I16, I32, I64>(static_cast<Leaf>(left_kind & leaf_mask), [=](auto left) -> WholeStep {
-            if (left_kind != side_kind(left(), false, Domain::WHOLE)) return nullptr;
+            if (left_kind != side_kind(left(), false, Domain::whole)) return nullptr;
             if (right_kind == left_kind) return compare_whole_leaves<relation, left(), left()>;
-            const bool literal = right_kind == side_kind(I64, false, Domain::WHOLE);
+            const bool literal = right_kind == side_kind(I64, false, Domain::whole);
             return literal ? compare_whole_leaves<relation, left(), I64> : nullptr;
         });
     return step != nullptr ? step : compare_wholes<relation>;
 }
 
 template <int relation>
-WholeStep choose_for(const Token* at, Domain domain) {
-    if (domain == Domain::WHOLE) return choose_for_wholes<relation>(at);
-    if (domain == Domain::SINGLE) return compare_plain<relation, float>;
-    const bool plain = is_plain<double>(at->left_kind) && is_plain<double>(at->right_kind);
+WholeStep choose_for(const OperatorRecord& record, Domain domain, Comparison comparison) {
+    if (domain == Domain::whole) return choose_for_wholes<relation>(record);
+    if (comparison == Comparison::checked) return compare_checked<relation>;
+    if (domain == Domain::single) return compare_plain<relation, float>;
+    const bool plain = is_plain<double>(record.left_kind) && is_plain<double>(record.right_kind);
     return plain ? compare_plain<relation, double> : compare_reals<relation>;
 }
 
@@ -76,9 +112,10 @@ WholeStep choose_for(const Token* at, Domain domain) {
 // looked at the other way round; gives the relation to ask for now.
 int put_lesser_first(Token* at) {
     if (at->kind == '>') {
-        std::swap(at->left_kind, at->right_kind);
-        std::swap(at->step.left_operand, at->step.operand);
-        std::swap(at->step.left_inner, at->step.inner);
+        auto& record = as<OperatorRecord>(at);
+        std::swap(record.left_kind, record.right_kind);
+        std::swap(record.left_leaf, record.right_leaf);
+        std::swap(record.left_chain, record.right_chain);
     }
     return lesser_first(at);
 }
@@ -91,10 +128,15 @@ int lesser_first(const Token* at) {
     return relation == (GREATER | EQUAL) ? LESS | EQUAL : relation;
 }
 
-[[gnu::cold]] void set_comparison_step(Token* at, Domain domain) {
+[[gnu::cold]] void set_comparison_step(Token* at, Domain domain, Comparison comparison) {
+    auto& record = as<OperatorRecord>(at);
+    if (comparison == Comparison::ordered) {
+        record.function.whole = domain == Domain::whole ? compare_wholes_in_order : compare_reals_in_order;
+        return;
+    }
     const int relation = put_lesser_first(at);
-    at->step.whole = choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(
-        relation, [=](auto listed) { return choose_for<listed()>(at, domain); });
+    record.function.whole = choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(
+        relation, [&](auto listed) { return choose_for<listed()>(record, domain, comparison); });
 }
 
 }  // namespace korvane::fast

@@ -1,13 +1,13 @@
 // Assignments to array elements.
 #pragma once
 
-#include "fast/expression.h"
+#include "fast/nodes.h"
 #include "program/token.h"
 
 namespace korvane::fast {
 
-// The handler of an assignment to an element of an array of the type. The bracket behind the array's name
-// holds the subscripts and leads to "=", which holds the value.
-Execute element_handler(const Token* bracket, const Specialised& element, const Specialised& value);
+// The handler of an assignment to an element. The bracket behind the array's name will hold the subscripts
+// and lead to "=", which will hold the value.
+Execute element_handler(const Node& element, const Node& value);
 
 }  // namespace korvane::fast

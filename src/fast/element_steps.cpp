@@ -22,7 +22,7 @@ float single_element(float, Token* at) {
 template <Leaf leaf, int size, Subscripts subscripts>
 Whole whole_element(std::int64_t, Token* at) {
     const std::uint8_t* element = find_element<size, subscripts>(at);
-    return element == nullptr ? Whole{0, 1} : go_on_whole(whole_leaf<leaf>(element), at);
+    return element == nullptr ? no_whole : go_on_whole(whole_leaf<leaf>(element), at);
 }
 
 template <Subscripts subscripts>
@@ -47,24 +47,25 @@ constexpr WholeStep whole_step = whole_element<leaf_of(type), storage_size(type)
 RealStep choose_real(Type type, Subscripts subscripts) {
     if (type != Type::DOUBLE)
         return choose<Type::INTEGER, Type::LONG, Type::INT64, Type::SINGLE>(
-            type, [](auto listed) { return real_step<listed(), Subscripts::ANY>; });
-    return choose<Subscripts::ONE, Subscripts::TWO, Subscripts::ANY>(
+            type, [](auto listed) { return real_step<listed(), Subscripts::any>; });
+    return choose<Subscripts::one, Subscripts::two, Subscripts::any>(
         subscripts, [](auto listed) { return real_step<Type::DOUBLE, listed()>; });
 }
 
 WholeStep choose_whole(Type type, Subscripts subscripts) {
-    if (type == Type::INTEGER && subscripts == Subscripts::ONE)
-        return whole_step<Type::INTEGER, Subscripts::ONE>;
+    if (type == Type::INTEGER && subscripts == Subscripts::one)
+        return whole_step<Type::INTEGER, Subscripts::one>;
     return choose<Type::INTEGER, Type::LONG, Type::INT64>(
-        type, [](auto listed) { return whole_step<listed(), Subscripts::ANY>; });
+        type, [](auto listed) { return whole_step<listed(), Subscripts::any>; });
 }
 
 }  // namespace
 
 template <int size>
 std::uint8_t* element_place(const Token* bracket) {
-    if (subscripts_of(bracket) == Subscripts::ONE) return find_element<size, Subscripts::ONE>(bracket);
-    return find_element<size, Subscripts::ANY>(bracket);
+    if (as<ElementRecord>(bracket).subscripts == Subscripts::one)
+        return find_element<size, Subscripts::one>(bracket);
+    return find_element<size, Subscripts::any>(bracket);
 }
 template std::uint8_t* element_place<2>(const Token*);
 template std::uint8_t* element_place<4>(const Token*);
@@ -77,7 +78,7 @@ bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& o
     for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++bound) {
         std::uint64_t along;
         if (!subscript_offset(quick_right_index(mark), *bound, along)) return false;
-        offset = offset * (static_cast<std::uint64_t>(*bound - variables.array_base) + 1) + along;
+        offset = offset * array_extent(*bound) + along;
     }
     return true;
 }
@@ -96,21 +97,21 @@ std::uint8_t* element_address(Token* at, Type type) {
 }
 
 void set_element_step(Token* bracket, Type type, Domain domain) {
-    const Subscripts subscripts = subscripts_of(bracket);
-    const bool one = subscripts == Subscripts::ONE;
-    Step& step = bracket->step;
+    auto& element = as<ElementRecord>(bracket);
+    const bool one = element.subscripts == Subscripts::one;
+    StepFunction& step = element.function;
     switch (domain) {
-        case Domain::REAL:
-            step.real = choose_real(type, subscripts);
+        case Domain::real:
+            step.real = choose_real(type, element.subscripts);
             break;
-        case Domain::SINGLE:
-            step.single = one ? single_element<Subscripts::ONE> : single_element<Subscripts::ANY>;
+        case Domain::single:
+            step.single = one ? single_element<Subscripts::one> : single_element<Subscripts::any>;
             break;
-        case Domain::WHOLE:
-            step.whole = choose_whole(type, subscripts);
+        case Domain::whole:
+            step.whole = choose_whole(type, element.subscripts);
             break;
-        case Domain::TEXT:
-            step.text = one ? text_element<Subscripts::ONE> : text_element<Subscripts::ANY>;
+        case Domain::text:
+            step.text = one ? text_element<Subscripts::one> : text_element<Subscripts::any>;
             break;
     }
 }

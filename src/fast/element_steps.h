@@ -1,5 +1,5 @@
 // Array elements. The bracket of an element and its commas hold a subscript each as their right side, and the
-// bracket the array (MarkRecord).
+// bracket the array (ElementRecord).
 #pragma once
 
 #include <cstdint>
@@ -8,16 +8,16 @@
 
 namespace korvane::fast {
 
-// The address of the element of an array of the type whose "(" is `bracket`; null when a subscript
-// is out of range.
+// The address of the element of an array of the type whose "(" is `bracket`; null when a subscript is out
+// of range.
 std::uint8_t* element_address(Token* bracket, Type type);
 
 // The same for a type of so many bytes: 2, 4, 8 or 16.
 template <int size>
 std::uint8_t* element_place(const Token* bracket);
 
-// The step that begins a chain with the element's value, in the domain of its type (a SINGLE or integer
-// element may also begin a real chain).
+// The step that begins a chain with the value of an element whose bracket has been bound, in the domain of
+// its type (a SINGLE or integer element may also begin a real chain).
 void set_element_step(Token* bracket, Type type, Domain domain);
 
 }  // namespace korvane::fast

@@ -8,17 +8,6 @@
 
 namespace korvane::fast {
 
-// The frequent forms: one or two subscripts, each a DOUBLE variable. Finding such an element calls nothing.
-enum class Subscripts : std::uint8_t { ONE, TWO, ANY };
-
-inline Subscripts subscripts_of(const Token* bracket) {
-    const Token* comma = as<MarkRecord>(bracket).next_mark;
-    if (as<MarkRecord>(bracket).value_kind != F64) return Subscripts::ANY;
-    if (comma == nullptr) return Subscripts::ONE;
-    const bool last = as<MarkRecord>(comma).next_mark == nullptr;
-    return last && as<MarkRecord>(comma).value_kind == F64 ? Subscripts::TWO : Subscripts::ANY;
-}
-
 // A subscript counted from the lower bound; false when it is out of range.
 inline bool subscript_offset(const Whole& subscript, std::int64_t bound, std::uint64_t& offset) {
     const std::int64_t base = variables.array_base;
@@ -33,25 +22,24 @@ bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& o
 // bytes of an element.
 template <int size, Subscripts subscripts>
 inline std::uint8_t* find_element(const Token* bracket) {
-    const auto* block = static_cast<const ArrayBlock*>(as<MarkRecord>(bracket).callee);
-    const std::int64_t* elements = block->bounds + (subscripts == Subscripts::ONE   ? 1
-                                                    : subscripts == Subscripts::TWO ? 2
+    const ArrayBlock* block = as<ElementRecord>(bracket).array;
+    const std::int64_t* elements = block->bounds + (subscripts == Subscripts::one   ? 1
+                                                    : subscripts == Subscripts::two ? 2
                                                                                     : block->dimensions);
     std::uint64_t offset;
-    if constexpr (subscripts == Subscripts::ANY) {
+    if constexpr (subscripts == Subscripts::any) {
         if (!find_offset(bracket, block, offset)) return nullptr;
     } else {
         if (!subscript_offset(round_whole(read<double>(as<MarkRecord>(bracket).value_leaf)), block->bounds[0],
                               offset))
             return nullptr;
     }
-    if constexpr (subscripts == Subscripts::TWO) {
+    if constexpr (subscripts == Subscripts::two) {
         std::uint64_t column;
         const Whole second =
             round_whole(read<double>(as<MarkRecord>(as<MarkRecord>(bracket).next_mark).value_leaf));
         if (!subscript_offset(second, block->bounds[1], column)) return nullptr;
-        const std::int64_t columns = block->bounds[1] - variables.array_base + 1;
-        offset = offset * static_cast<std::uint64_t>(columns) + column;
+        offset = offset * array_extent(block->bounds[1]) + column;
     }
     auto* bytes = reinterpret_cast<std::uint8_t*>(const_cast<std::int64_t*>(elements));
     return bytes + offset * static_cast<std::uint64_t>(size);

@@ -1,46 +1,41 @@
-// Turning an expression into a Side: parsing it once more, with the types of its variables known.
+// The expressions of a statement that is being specialised: they are read, all of them; then the statement
+// chooses its handler by what they are; and then their steps are made, once.
 #pragma once
 
 #include <cstdint>
 
-#include "fast/step.h"
+#include "fast/nodes.h"
+#include "fast/records.h"
 
 namespace korvane::fast {
 
-// What a part of an expression is.
-enum class Form : std::uint8_t {
-    VARIABLE,
-    LITERAL,
-    BINARY,
-    RELATION,
-    SIGN,
-    NOT,
-    ELEMENT,
-    CALL,
-    TEXT_CALL,
-    USER
+// An expression that has been read and planned.
+struct Expression {
+    std::int16_t root;
+    Token* end;  // the token behind the expression
+
+    const Node& node() const { return node_at(root); }
 };
 
-// An expression that has been looked at.
-struct Specialised {
-    Side side;
-    Form form;         // of the whole expression
-    Token* operation;  // its operator, where it is BINARY or a RELATION
-    Token* end;        // the token behind the expression
-    bool allocates;    // evaluating it takes string space
-};
+// Forgets the expressions of the last statement.
+void begin_statement();
 
-// Specialises the expression at `start`. With `wanted` REAL a number is prepared to be taken as a double,
-// otherwise it stays in the domain of its own type. False when some part of it has no specialised form, among
-// them names that no variable exists for yet; nothing is lost then but time.
-bool specialise(Token* start, Domain wanted, Specialised& result);
+// Reads the expression at `start`. With `wanted` real a number is prepared to be taken as a double, otherwise
+// it stays in the domain of its own type. False when some part of it has no specialised form, among them
+// names that no variable exists for yet; nothing is lost then but time.
+bool read_expression(Token* start, Domain wanted, Expression& result);
 
-// The same for an array element to be assigned to, whose name is at `name`: binds its bracket and gives the
-// token behind it.
-bool specialise_element(Token* name, Specialised& result);
+// The same for an array element to be written, whose name is at `name`.
+bool read_element(Token* name, Expression& result);
 
-// Makes the expression the right side of `host`, the token in front of it.
-void hold(Token* host, const Side& side);
+// Makes the expression's steps, and the expression the right side of `host`, the token in front of it.
+void hold(Token* host, const Expression& expression);
+
+// Binds the bracket of an element to its array and subscripts.
+void bind_element(const Node& element);
+
+// What subscripts a planned element has.
+Subscripts subscripts_of(const Node& element);
 
 // The domain of a numeric type or of STRING.
 Domain domain_of(Type type);

@@ -37,7 +37,7 @@ double absolute(double x) {
 
 Whole absolute_whole(std::int64_t, Token* at) {
     const Whole x = right_whole(at);
-    if (x.failed != 0 || x.value == INT64_MIN) return {0, 1};
+    if (x.failed != 0 || x.value == INT64_MIN) return no_whole;
     return go_on_whole(x.value < 0 ? -x.value : x.value, at);
 }
 
@@ -49,18 +49,18 @@ Whole same_whole(std::int64_t, Token* at) {
 
 Whole sign_of_real(std::int64_t, Token* at) {
     const double x = right_real(at);
-    if (!is_finite(x)) return {0, 1};
+    if (!is_finite(x)) return no_whole;
     return go_on_whole((x > 0) - (x < 0), at);
 }
 
 Whole length_of_text(std::int64_t, Token* at) {
     const Value text = right_text(at);
-    return text.type == Type::NONE ? Whole{0, 1} : go_on_whole(text.length, at);
+    return failed(text) ? no_whole : go_on_whole(text.length, at);
 }
 
 Whole code_of_text(std::int64_t, Token* at) {
     const Value text = right_text(at);
-    return text.type == Type::NONE || text.length == 0 ? Whole{0, 1} : go_on_whole(text.bytes[0], at);
+    return failed(text) || text.length == 0 ? no_whole : go_on_whole(text.bytes[0], at);
 }
 
 Whole position_in_text(std::int64_t, Token* at) {
@@ -69,13 +69,13 @@ Whole position_in_text(std::int64_t, Token* at) {
     Whole start{1, 0};
     if (as<MarkRecord>(second).next_mark != nullptr) {
         start = right_whole(at);
-        if (start.failed != 0 || start.value < 1) return {0, 1};
+        if (start.failed != 0 || start.value < 1) return no_whole;
         mark = second;
     }
     const Value text = right_text(mark);
-    if (failed(text)) return {0, 1};
+    if (failed(text)) return no_whole;
     const Value wanted = right_text(as<MarkRecord>(mark).next_mark);
-    if (failed(wanted)) return {0, 1};
+    if (failed(wanted)) return no_whole;
     return go_on_whole(find_text(text, wanted, start.value), at);
 }
 
@@ -83,16 +83,15 @@ Whole position_in_text(std::int64_t, Token* at) {
 double number_in_text(double, Token* at) {
     const Value text = right_text(at);
     if (failed(text)) return no_number();
-    const std::string_view characters(reinterpret_cast<const char*>(text.bytes), text.length);
+    const std::string_view characters = text.text();
     return cannot_overflow(characters) ? go_on(longest_number(characters).real, at) : no_number();
 }
 
 // What the result's type is made of.
-enum class ResultRule : std::uint8_t { DOUBLE, SAME, WHOLE };
+enum class ResultRule : std::uint8_t { always_double, as_argument, always_integer };
 
 struct FunctionRow {
     std::string_view name;
-    std::string_view arguments;
     ResultRule rule;
     double (*real)(double, Token*);
     float (*single)(float, Token*);
@@ -100,28 +99,27 @@ struct FunctionRow {
 };
 
 constexpr FunctionRow rows[] = {
-    {"ABS", "n", ResultRule::SAME, real_function<absolute>, single_function<absolute>, absolute_whole},
-    {"INT", "n", ResultRule::SAME, real_function<rounded_down>, single_function<rounded_down>, same_whole},
-    {"FIX", "n", ResultRule::SAME, real_function<truncated>, single_function<truncated>, same_whole},
-    {"CINT", "n", ResultRule::WHOLE, nullptr, nullptr, same_whole},
-    {"SGN", "n", ResultRule::WHOLE, nullptr, nullptr, sign_of_real},
-    {"SQR", "n", ResultRule::DOUBLE, real_function<kernel_sqrt>, nullptr, nullptr},
-    {"SIN", "n", ResultRule::DOUBLE, real_function<kernel_sin>, nullptr, nullptr},
-    {"COS", "n", ResultRule::DOUBLE, real_function<kernel_cos>, nullptr, nullptr},
-    {"TAN", "n", ResultRule::DOUBLE, real_function<kernel_tan>, nullptr, nullptr},
-    {"ATN", "n", ResultRule::DOUBLE, real_function<kernel_atan>, nullptr, nullptr},
-    {"EXP", "n", ResultRule::DOUBLE, real_function<kernel_exp>, nullptr, nullptr},
-    {"LOG", "n", ResultRule::DOUBLE, real_function<kernel_log>, nullptr, nullptr},
-    {"LEN", "t", ResultRule::WHOLE, nullptr, nullptr, length_of_text},
-    {"ASC", "t", ResultRule::WHOLE, nullptr, nullptr, code_of_text},
-    {"INSTR", "?ntt", ResultRule::WHOLE, nullptr, nullptr, position_in_text},
-    {"VAL", "t", ResultRule::DOUBLE, number_in_text, nullptr, nullptr},
+    {"ABS", ResultRule::as_argument, real_function<absolute>, single_function<absolute>, absolute_whole},
+    {"INT", ResultRule::as_argument, real_function<rounded_down>, single_function<rounded_down>, same_whole},
+    {"FIX", ResultRule::as_argument, real_function<truncated>, single_function<truncated>, same_whole},
+    {"CINT", ResultRule::always_integer, nullptr, nullptr, same_whole},
+    {"SGN", ResultRule::always_integer, nullptr, nullptr, sign_of_real},
+    {"SQR", ResultRule::always_double, real_function<kernel_sqrt>, nullptr, nullptr},
+    {"SIN", ResultRule::always_double, real_function<kernel_sin>, nullptr, nullptr},
+    {"COS", ResultRule::always_double, real_function<kernel_cos>, nullptr, nullptr},
+    {"TAN", ResultRule::always_double, real_function<kernel_tan>, nullptr, nullptr},
+    {"ATN", ResultRule::always_double, real_function<kernel_atan>, nullptr, nullptr},
+    {"EXP", ResultRule::always_double, real_function<kernel_exp>, nullptr, nullptr},
+    {"LOG", ResultRule::always_double, real_function<kernel_log>, nullptr, nullptr},
+    {"LEN", ResultRule::always_integer, nullptr, nullptr, length_of_text},
+    {"ASC", ResultRule::always_integer, nullptr, nullptr, code_of_text},
+    {"INSTR", ResultRule::always_integer, nullptr, nullptr, position_in_text},
+    {"VAL", ResultRule::always_double, number_in_text, nullptr, nullptr},
 };
 
 const FunctionRow* find_row(std::string_view name) {
-    for (const FunctionRow& row : rows) {
+    for (const FunctionRow& row : rows)
         if (row.name == name) return &row;
-    }
     return nullptr;
 }
 
@@ -142,13 +140,12 @@ bool bind(const VariableEntry& parameter, std::uint8_t* storage, const Token* ma
 // they are collected first; parameters are put back in reverse.
 template <typename Body>
 bool call(const Token* bracket, Body body) {
-    auto* function = static_cast<UserFunction*>(as<MarkRecord>(bracket).callee);
+    UserFunction* function = as<CallRecord>(bracket).callee;
     if (stack_exhausted()) return false;
     std::uint8_t arguments[max_parameters][8];
     std::int32_t count = 0;
-    for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++count) {
+    for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++count)
         if (!bind(*function->entries[count], arguments[count], mark)) return false;
-    }
     Saved saved[max_parameters];
     for (std::int32_t i = 0; i < count; ++i) {
         VariableEntry* entry = function->entries[i];
@@ -170,7 +167,7 @@ double call_real(double, Token* at) {
 
 // The frequent case: one DOUBLE parameter.
 double call_real_with_one(double, Token* at) {
-    auto* function = static_cast<UserFunction*>(as<MarkRecord>(at).callee);
+    const UserFunction* function = as<CallRecord>(at).callee;
     const double argument = quick_right_real(at);
     if (!is_finite(argument) || stack_exhausted()) return no_number();
     std::uint8_t* storage = function->entries[0]->storage;
@@ -188,7 +185,7 @@ float call_single(float, Token* at) {
 }
 
 Whole call_whole(std::int64_t, Token* at) {
-    Whole result{0, 1};
+    Whole result = no_whole;
     call(at, [&result](const Token* head) { result = right_whole(head); });
     return result.failed != 0 ? result : go_on_whole(result.value, at);
 }
@@ -207,16 +204,15 @@ bool FunctionArguments::take(Type type) {
     return taken == 'a' || (taken == 't') == (type == Type::STRING);
 }
 
-std::string_view number_function_arguments(std::string_view name) {
-    const FunctionRow* row = find_row(name);
-    return row == nullptr ? std::string_view{} : row->arguments;
+bool gives_number(std::string_view name) {
+    return find_row(name) != nullptr;
 }
 
 Type function_result(std::string_view name, Type argument) {
     switch (find_row(name)->rule) {
-        case ResultRule::DOUBLE:
+        case ResultRule::always_double:
             return Type::DOUBLE;
-        case ResultRule::SAME:
+        case ResultRule::as_argument:
             return argument;
         default:
             return Type::INT64;
@@ -225,32 +221,34 @@ Type function_result(std::string_view name, Type argument) {
 
 void set_function_step(Token* bracket, std::string_view name, Domain domain) {
     const FunctionRow* row = find_row(name);
+    StepFunction& function = as<CallRecord>(bracket).function;
     switch (domain) {
-        case Domain::REAL:
-            bracket->step.real = row->real;
+        case Domain::real:
+            function.real = row->real;
             break;
-        case Domain::SINGLE:
-            bracket->step.single = row->single;
+        case Domain::single:
+            function.single = row->single;
             break;
         default:
-            bracket->step.whole = row->whole;
+            function.whole = row->whole;
             break;
     }
 }
 
 void set_user_function_step(Token* bracket, UserFunction* function, Domain domain) {
-    as<MarkRecord>(bracket).callee = function;
+    auto& call = as<CallRecord>(bracket);
+    call.callee = function;
     switch (domain) {
-        case Domain::REAL: {
+        case Domain::real: {
             const bool simple = function->parameter_count == 1 && function->entries[0]->type == Type::DOUBLE;
-            bracket->step.real = simple ? call_real_with_one : call_real;
+            call.function.real = simple ? call_real_with_one : call_real;
             break;
         }
-        case Domain::SINGLE:
-            bracket->step.single = call_single;
+        case Domain::single:
+            call.function.single = call_single;
             break;
         default:
-            bracket->step.whole = call_whole;
+            call.function.whole = call_whole;
             break;
     }
 }

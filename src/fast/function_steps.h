@@ -1,5 +1,5 @@
-// Function calls: the bracket of a call holds the argument as its right side and begins a
-// chain with the result.
+// Function calls: the bracket of a call holds the argument as its right side and begins a chain with
+// the result.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +13,7 @@ struct UserFunction;
 
 namespace korvane::fast {
 
-// The arguments that a function takes, as a text: "n" for a number, "t" for a text, "a" for either, "?" in
-// front of an optional one, which may be the first or the last. Reads one argument after the other.
+// Reads the text of an ArgumentList, one argument after the other.
 struct FunctionArguments {
     std::string_view rest;
 
@@ -22,14 +21,14 @@ struct FunctionArguments {
     bool are_complete() const { return rest.empty() || rest.front() == '?'; }
 };
 
-// What a built-in function that gives a number takes; empty when it has no step.
-std::string_view number_function_arguments(std::string_view name);
+// Whether a built-in function has a step and gives a number.
+bool gives_number(std::string_view name);
 
 // The type of its result, given the type of the last argument.
 Type function_result(std::string_view name, Type argument);
 
-// Sets the step of a call, whose "(" is `bracket`. The bracket and its commas hold
-// the arguments like subscripts.
+// Sets the step of a call, whose "(" is `bracket`. The bracket and its commas hold the arguments
+// like subscripts.
 void set_function_step(Token* bracket, std::string_view name, Domain domain);
 
 // Sets the step of a call of a user function. The bracket and its commas hold the arguments like subscripts;

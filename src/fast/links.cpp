@@ -5,53 +5,46 @@
 #include "fast/statement_end.h"
 #include "program/execution.h"
 #include "program/keywords.h"
-#include "run/control_stacks.h"
 
 namespace korvane::fast {
 namespace {
 
-// Follows, from token to token of a line, whether a THEN part is open that an end record would have to close.
-inline void follow_then_part(const Token* at, bool& open) {
-    if (at->kind == KW_IF) open = !then_part_is_lone(at);
-    if (at->kind == KW_ELSE) open = false;
+// Whether a THEN part is open at the end of the current line that the end record would have to close.
+bool then_part_ends_at(const Token* end) {
+    bool open = false;
+    for (const Token* at = execution.tokens; at != end; ++at) {
+        if (at->kind == KW_IF) open = !then_part_is_lone(at);
+        if (at->kind == KW_ELSE) open = false;
+    }
+    return open;
 }
 
 }  // namespace
 
-Token* link_to(Token* at) {
-    if (at->kind != END_OF_LINE || as<EndRecord>(at).next_line == nullptr) return at;
-    return as<EndRecord>(at).next_line;
+Token* link_to(const Token* from, Token* to) {
+    if (to->kind != END_OF_LINE) return to;
+    auto& end = as<EndRecord>(to);
+    if (end.next_line != nullptr) return end.next_line;
+    const std::uint32_t record = record_of(from);
+    end.waiting[record / 64] |= std::uint64_t{1} << record % 64;
+    return to;
 }
 
-Token* link_behind(Token* end) {
+Token* link_behind(const Token* from, Token* end) {
     end = following(end);
-    if (end->kind != END_OF_LINE) return end;
-    bool open = false;
-    for (const Token* at = execution.tokens; at != end; ++at)
-        follow_then_part(at, open);
-    return open ? end : link_to(end);
+    return end->kind == END_OF_LINE && then_part_ends_at(end) ? end : link_to(from, end);
 }
 
-Token* link_behind_assignment(const Token* at, Token* end) {
-    return is_lone_assignment(at) ? link_to(end_of_line(end)) : link_behind(end);
+Token* link_behind_assignment(const Token* at, const Token* equals, Token* end) {
+    return is_lone_assignment(at) ? link_to(equals, end_of_line(end)) : link_behind(equals, end);
 }
 
-// Whoever leads to the end of a line may lead to the next line at once, unless a THEN part ends there: then
-// the end record has to say so.
-void link_line(Token* end) {
-    Token* next = as<EndRecord>(end).next_line;
-    bool open = false;
-    for (Token* at = execution.tokens; at != end; ++at) {
-        if (at->kind <= IDENTIFIER) continue;  // holds a value or a name
-        follow_then_part(at, open);
-        if (at->kind == KW_IF) {
-            if (as<IfRecord>(at).when_false == end) as<IfRecord>(at).when_false = next;
-        } else if (!open && at->step.next == end) {
-            at->step.next = next;
-        }
-    }
-    for (std::uint32_t i = 0; i < control_stacks.for_count; ++i) {
-        if (control_stacks.fors[i].loop_token == end) control_stacks.fors[i].loop_token = next;
+void link_line(Token* at) {
+    const auto& end = as<EndRecord>(at);
+    for (std::uint32_t record = 0; record != record_of(at); ++record) {
+        if ((end.waiting[record / 64] >> record % 64 & 1) == 0) continue;
+        Token* from = execution.tokens + record;
+        (from->kind == KW_IF ? as<IfRecord>(from).when_false : as<LeadRecord>(from).after) = end.next_line;
     }
 }
 

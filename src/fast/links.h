@@ -1,10 +1,11 @@
-// Where a specialised statement leads: to the statement behind it, past the end of its line
-// where that is possible.
+// Where a specialised statement leads: to the statement behind it, past the end of its line where that
+// is possible.
 //
 // The end record of a line keeps the next line's first token once control has passed there. From then on
 // whoever leads to the end record may lead to that token at once, unless a THEN part ends there: then the end
 // record has to say that it is over. An IF whose THEN part nothing in the line can ask about is no such
-// hindrance, and behind an ELSE no THEN part is open.
+// hindrance, and behind an ELSE no THEN part is open. Until then the end record notes who leads to it, to
+// lead them on when it can.
 #pragma once
 
 #include "program/token.h"
@@ -18,17 +19,20 @@ inline AnyToken* end_of_line(AnyToken* at) {
     return at;
 }
 
-// The statement that follows one of the current line that ended at `end`.
-Token* link_behind(Token* end);
+// Each of these gives the statement for a record of the current line to lead to: the IF at `from` as its
+// `when_false`, any other record as its `after` (fast/records.h).
 
-// The same for the assignment at `at`, which may be a lone THEN part in front of an ELSE.
-Token* link_behind_assignment(const Token* at, Token* end);
+// The statement at `to`, past a line's end. Not for what goes on in a THEN part: a jump leaves it.
+Token* link_to(const Token* from, Token* to);
 
-// The statement to which a jump to `at` leads; a jump leaves a THEN part wherever it goes.
-Token* link_to(Token* at);
+// The statement that follows one that ended at `end`.
+Token* link_behind(const Token* from, Token* end);
 
-// For the end record of the current line, when the next line's tokens have become known: leads the statements
-// and the open loops that lead there on to the next line.
+// The same for the assignment at `at`, whose "=" leads on: it may be a lone THEN part in front of an ELSE.
+Token* link_behind_assignment(const Token* at, const Token* equals, Token* end);
+
+// For the end record of the current line, when the next line's tokens have become known: leads on who
+// leads there.
 void link_line(Token* end);
 
 }  // namespace korvane::fast

@@ -59,7 +59,7 @@ bool nothing_to_do(const ForEntry& entry) {
     } else {
         order = compare(load({entry.variable->storage, entry.variable_type}), entry.limit);
     }
-    return entry.step_sign < 0 ? order < 0 : order > 0;
+    return past_limit(entry.step_sign, order, 0);
 }
 
 // Opens the loop; false when that is for the general handler to do. Apart, because a statement that has the
@@ -72,17 +72,15 @@ bool nothing_to_do(const ForEntry& entry) {
     Value limit;
     Value step = Value::of_integer(1);
     if (control_stacks.for_count == max_for_depth || !held_value(at + 2, start) ||
-        !held_value(loop.to, limit) || (step_word != nullptr && !held_value(step_word, step))) {
+        !held_value(loop.to, limit) || (step_word != nullptr && !held_value(step_word, step)))
         return false;
-    }
     const auto before = read<std::uint64_t>(variable->storage);
     if (!store_start(variable->type, variable->storage, start)) return false;
     ForEntry& entry = control_stacks.fors[control_stacks.for_count];
-    if (describes(entry, loop)) {
+    if (describes(entry, loop))
         set_loop_bounds(entry, limit, step);
-    } else {
+    else
         fill_for_entry(entry, at[1].name, *variable, limit, step, loop.own);
-    }
     // A loop that has nothing to do is skipped by the general handler, which remembers where it ends. It
     // evaluates the start again, which may depend on the variable.
     if (nothing_to_do(entry)) {
@@ -94,19 +92,19 @@ bool nothing_to_do(const ForEntry& entry) {
 }
 
 std::uint64_t for_loop(Current at, std::uint64_t budget) {
-    return open_loop(at) ? proceed(as<ForRecord>(at).after, budget) : execute_general(at, budget);
+    if (!open_loop(at)) KORVANE_JUMP return execute_general(at, budget);
+    KORVANE_JUMP return proceed(as<ForRecord>(at).after, budget);
 }
 
-// The expression behind a word, kept in its own domain so that the general NEXT sees the type
-// it would have seen.
-bool hold_natural(Token* host, Token*& end) {
-    Specialised value;
-    if (!specialise(host + 1, Domain::WHOLE, value) || !is_numeric(value.side.type) || value.allocates)
-        return false;
-    hold(host, value.side);
-    as<BoundRecord>(host).type = value.side.type;
-    end = value.end;
-    return true;
+// Reads the number behind a word, in its own domain so that the general NEXT sees the type it would
+// have seen.
+bool read_bound(Token* word, Expression& bound) {
+    return read_expression(word + 1, Domain::whole, bound) && !bound.node().allocates;
+}
+
+void hold_bound(Token* word, const Expression& bound) {
+    hold(word, bound);
+    as<BoundRecord>(word).type = bound.node().type;
 }
 
 // ---- NEXT ---------------------------------------------------------------------------------------
@@ -125,51 +123,51 @@ inline bool fits(const NextRecord& next) {
 std::uint64_t next_elsewhere(Current at, std::uint64_t budget) {
     auto& next = as<NextRecord>(at);
     const std::uint32_t depth = control_stacks.for_count;
-    if (depth == 0 || depth == next.depth) return execute_general(at, budget);
+    if (depth == 0 || depth == next.depth) KORVANE_JUMP return execute_general(at, budget);
     ForEntry& entry = control_stacks.fors[depth - 1];
     if (entry.quick_variable != next.variable || entry.generation != arenas.generation)
-        return execute_general(at, budget);
+        KORVANE_JUMP return execute_general(at, budget);
     next.depth = static_cast<std::uint8_t>(depth);
     next.entry = &entry;
-    return at->execute(at, budget);
-}
-
-inline std::uint64_t turn(const ForEntry& entry, bool done, Token* at, std::uint64_t budget) {
-    if (!done) return jump(entry.loop_token, budget);
-    --control_stacks.for_count;
-    return proceed(as<NextRecord>(at).after, budget);
+    KORVANE_JUMP return at->execute(at, budget);
 }
 
 template <typename Number>
 std::uint64_t next_real(Current at, std::uint64_t budget) {
-    if (!fits(as<NextRecord>(at))) return next_elsewhere(at, budget);
+    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_elsewhere(at, budget);
     const ForEntry& entry = *as<NextRecord>(at).entry;
     std::uint8_t* storage = entry.variable->storage;
     const auto sum = static_cast<Number>(read<Number>(storage) + entry.step_as_double);
-    if (!store_number<Number>(storage, sum)) return execute_general(at, budget);
-    const double limit = entry.limit_as_double;
-    return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, budget);
+    if (!store_number<Number>(storage, sum)) KORVANE_JUMP return execute_general(at, budget);
+    if (!past_limit<double>(entry.step_sign, sum, entry.limit_as_double))
+        KORVANE_JUMP return jump(entry.loop_token, budget);
+    --control_stacks.for_count;
+    KORVANE_JUMP return proceed(as<NextRecord>(at).after, budget);
 }
 
 template <typename Narrow>
 std::uint64_t next_whole(Current at, std::uint64_t budget) {
-    if (!fits(as<NextRecord>(at))) return next_elsewhere(at, budget);
+    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_elsewhere(at, budget);
     const ForEntry& entry = *as<NextRecord>(at).entry;
     std::uint8_t* storage = entry.variable->storage;
     std::int64_t sum;
     if (__builtin_add_overflow(std::int64_t{read<Narrow>(storage)}, entry.step.integer, &sum))
-        return execute_general(at, budget);
-    if (!store_number<Narrow>(storage, sum)) return execute_general(at, budget);
-    const std::int64_t limit = entry.limit.integer;
-    return turn(entry, entry.step_sign < 0 ? sum < limit : sum > limit, at, budget);
+        KORVANE_JUMP return execute_general(at, budget);
+    if (!store_number<Narrow>(storage, sum)) KORVANE_JUMP return execute_general(at, budget);
+    if (!past_limit(entry.step_sign, sum, entry.limit.integer))
+        KORVANE_JUMP return jump(entry.loop_token, budget);
+    --control_stacks.for_count;
+    KORVANE_JUMP return proceed(as<NextRecord>(at).after, budget);
 }
 
 // Whole numbers are added to a floating variable as doubles, so its loops need not be whole.
 Execute choose_next(Type type) {
-    return choose_by_type(type, [](auto listed) -> Execute {
-        if constexpr (is_integer(listed())) return guarded<next_whole<NumberOf<listed()>>>;
-        if constexpr (is_floating(listed())) return guarded<next_real<NumberOf<listed()>>>;
-    });
+    return choose_by_type(
+        type,
+        [](auto listed) -> Execute {
+            if constexpr (is_integer(listed())) return guarded<next_whole<NumberOf<listed()>>>;
+            if constexpr (is_floating(listed())) return guarded<next_real<NumberOf<listed()>>>;
+        });
 }
 
 // ---- WHILE --------------------------------------------------------------------------------------
@@ -177,25 +175,25 @@ Execute choose_next(Type type) {
 template <typename Condition>
 std::uint64_t while_true(Current at, std::uint64_t budget) {
     const Truth truth = Condition::of(at);
-    if (truth == Truth::FALSE && at->jump_known) {
+    if (truth == Truth::is_false && at->jump_known) {
         const Position wend = as<WhileRecord>(at).wend;
         Token* behind = cached_statement({wend.line, wend.record + 1});
-        if (behind != nullptr) return jump(behind, budget);
+        if (behind != nullptr) KORVANE_JUMP return jump(behind, budget);
     }
-    if (truth != Truth::TRUE || control_stacks.while_count == max_while_depth)
-        return execute_general(at, budget);
+    if (truth != Truth::is_true || control_stacks.while_count == max_while_depth)
+        KORVANE_JUMP return execute_general(at, budget);
     control_stacks.whiles[control_stacks.while_count++] = {
         .start = as<WhileRecord>(at).own, .token = at, .epoch = program.cache_epoch};
-    return proceed(as<WhileRecord>(at).after, budget);
+    KORVANE_JUMP return proceed(as<WhileRecord>(at).after, budget);
 }
 
 std::uint64_t wend(Token* at, std::uint64_t budget) {
-    if (control_stacks.while_count == 0) return execute_general(at, budget);
+    if (control_stacks.while_count == 0) KORVANE_JUMP return execute_general(at, budget);
     const WhileEntry& entry = control_stacks.whiles[control_stacks.while_count - 1];
-    if (entry.epoch != program.cache_epoch) return execute_general(at, budget);
+    if (entry.epoch != program.cache_epoch) KORVANE_JUMP return execute_general(at, budget);
     --control_stacks.while_count;
     execution.kept_token = nullptr;
-    return jump(entry.token, budget);
+    KORVANE_JUMP return jump(entry.token, budget);
 }
 
 }  // namespace
@@ -204,19 +202,23 @@ bool specialise_for(Token* at) {
     if (at[1].kind != IDENTIFIER || at[2].kind != '=') return false;
     VariableEntry* variable = find_variable(at[1].name, false);
     if (variable == nullptr || !is_numeric(variable->type)) return false;
-    Token* to;
-    Token* end;
-    if (!hold_natural(at + 2, to) || to->kind != KW_TO || !hold_natural(to, end)) return false;
-    as<BoundRecord>(to).step = nullptr;
-    if (end->kind == KW_STEP) {
-        as<BoundRecord>(to).step = end;
-        if (!hold_natural(end, end)) return false;
-    }
+    Expression start;
+    Expression limit;
+    Expression step;
+    if (!read_bound(at + 2, start) || start.end->kind != KW_TO || !read_bound(start.end, limit)) return false;
+    Token* to = start.end;
+    Token* step_word = limit.end->kind == KW_STEP ? limit.end : nullptr;
+    if (step_word != nullptr && !read_bound(step_word, step)) return false;
+    hold_bound(at + 2, start);
+    hold_bound(to, limit);
+    as<BoundRecord>(to).step = step_word;
+    if (step_word != nullptr) hold_bound(step_word, step);
+    Token* end = step_word != nullptr ? step.end : limit.end;
     auto& loop = as<ForRecord>(at);
     loop.variable = variable;
     loop.to = to;
     loop.own = {execution.line, record_of(end)};
-    loop.after = link_behind(end);
+    loop.after = link_behind(at, end);
     at->execute = guarded<for_loop>;
     return true;
 }
@@ -231,24 +233,26 @@ bool specialise_next(Token* at) {
         if (find_variable(end->name, false) != entry.quick_variable) return false;
         ++end;
     }
+    // Control has passed the end of the FOR's line since the FOR was executed.
+    if (entry.loop_token->kind == END_OF_LINE && entry.loop_token->line_end.next_line != nullptr)
+        entry.loop_token = entry.loop_token->line_end.next_line;
     auto& next = as<NextRecord>(at);
     next.depth = static_cast<std::uint8_t>(depth);
     next.entry = &entry;
     next.variable = entry.quick_variable;
-    next.after = link_behind(end);
+    next.after = link_behind(at, end);
     at->execute = choose_next(entry.variable_type);
     return true;
 }
 
 bool specialise_while(Token* at) {
-    Specialised condition;
-    if (!specialise(at + 1, Domain::WHOLE, condition) || condition.allocates) return false;
-    hold(at, condition.side);
+    Expression condition;
+    if (!read_expression(at + 1, Domain::whole, condition) || condition.node().allocates) return false;
     auto& record = as<WhileRecord>(at);
     record.own = {execution.line, record_of(at)};
-    record.after = link_behind(condition.end);
-    at->execute =
-        handler_for(at, condition, [](auto form) -> Execute { return guarded<while_true<decltype(form)>>; });
+    record.after = link_behind(at, condition.end);
+    at->execute = hold_condition(at, condition,
+                                 [](auto form) -> Execute { return guarded<while_true<decltype(form)>>; });
     return true;
 }
 

@@ -1,50 +1,79 @@
-// The parts of an expression being specialised: nodes with their static types, made by the parser
-// (fast/parser.cpp) and turned into steps by fast/expression.cpp.
+// The parts of a statement's expressions while it is being specialised. The parser (fast/parser.cpp) makes a
+// node of each, with its static type; fast/plan.cpp decides in which domain each is computed and what side it
+// becomes; then the statement chooses its handler, for it can see all that there will be; and last
+// fast/expression.cpp makes the steps.
 #pragma once
 
 #include <array>
 #include <cstdint>
-#include <string_view>
 
+#include "fast/comparison_steps.h"
 #include "fast/step.h"
 #include "platform/stack.h"
 #include "program/token.h"
 
 namespace korvane {
+struct ArrayBlock;
 struct UserFunction;
-}
+}  // namespace korvane
 
 namespace korvane::fast {
 
-struct Node {
-    Form form;
-    Type type;
-    Token* token;           // the operator, the bracket or the literal
-    const void* operand;    // a variable's storage
-    std::string_view name;  // of a called function
-    UserFunction* function;
-    std::int16_t left;  // nodes of the operands; the only operand of a sign is the right one
-    std::int16_t right;
-    double bound;              // of an integer: its magnitude is at most this
-    bool exact = false;        // of an integer: doubles compute it exactly, and it is no negative zero there
-    bool keeps_order = false;  // of a relation: both operands take string space, one after the other
+// What a part of an expression is.
+enum class Form : std::uint8_t {
+    variable,
+    literal,
+    binary,
+    relation,
+    sign,
+    complement,
+    element,
+    call,
+    text_call,
+    user_call,
+    argument,  // or subscript
 };
 
 constexpr std::int16_t none = -1;
 constexpr double unbounded = 1e300;
-// Doubles hold every integer up to 2^53; but a bound of 2^53 may be one of 2^53 + 1 that was rounded itself.
-constexpr double exact_integers = 9007199254740991.0;
 
-// The nodes of the expression being looked at, and how many. Expressions inside brackets are finished before
-// the outer ones go on, so one pool serves them all; a line's tokens bound how many there can be.
+struct Node {
+    Form form;
+    Type type;
+    Token* token;  // the operator, the literal, the bracket; of an argument, the mark in front of it
+    union {
+        const void* storage;      // of a variable
+        const ArrayBlock* array;  // of an element
+        UserFunction* function;   // of a user function's call
+    };
+    // Other nodes, or `none`.
+    union {
+        std::int16_t left;           // operand
+        std::int16_t next_argument;  // of an argument
+    };
+    union {
+        std::int16_t right;           // operand, also the only one
+        std::int16_t first_argument;  // of an element or a call
+        std::int16_t value;           // of an argument
+    };
+    bool exact;      // of an integer: doubles compute it exactly, and it is no negative zero there
+    bool allocates;  // evaluating it takes string space
+    double bound;    // of an integer: its magnitude is at most this
+    // What has been planned.
+    Domain domain;          // in which it is computed
+    std::uint8_t kind;      // of the Side that it becomes
+    Comparison comparison;  // of a relation of numbers
+};
+
+// The nodes of the statement being looked at, and how many. Definitions of user functions are finished before
+// the statement goes on, so one pool serves them all; a line's tokens bound how many there can be.
 struct NodePool {
     std::array<Node, 4 * max_token_records> nodes;
 
     struct Progress {
         std::int16_t count;
-        bool allocates;  // evaluating what has been looked at takes string space
-        int depth;       // levels of brackets, right operands, signs and calls that are open
-        int deepest;     // the most there have been
+        int depth;    // levels of brackets, right operands, signs and calls that are open
+        int deepest;  // the most there have been
     } progress;
 };
 extern NodePool pool;
@@ -72,7 +101,7 @@ class Level {
     bool too_deep() const { return !note_levels(0); }
 };
 
-inline const Node& node_at(std::int16_t index) {
+inline Node& node_at(std::int16_t index) {
     return pool.nodes[static_cast<std::size_t>(index)];
 }
 
@@ -80,11 +109,23 @@ inline const Node& node_at(std::int16_t index) {
 // Gives its root, or `none` when some part of it has no specialised form.
 std::int16_t parse_expression(Token*& at, int minimum);
 
-// An array element: binds its bracket to the array and its subscripts, and moves `at` from the
-// name to behind it.
-bool bind_element(Token* name, Token*& at, Type& type);
+// The same for an array element, whose name is at `at`.
+std::int16_t parse_element(Token*& at);
 
-// Makes the steps of a node, for a value wanted in a domain, and describes it as a side.
-bool emit(std::int16_t index, Domain wanted, Side& side);
+// Plans a node and those under it, for a value wanted in a domain. False when it has no specialised form.
+bool plan(std::int16_t index, Domain wanted);
+
+// Plans the arguments of a call, or the subscripts of an element, each in the domain of its own type.
+bool plan_arguments(const Node& node);
+
+// Whether the accumulator carries the left operand of a planned operator: then its step goes on with the
+// left operand's chain.
+bool is_carried(const Node& node);
+
+// Makes the steps of a planned node.
+Side emit(std::int16_t index);
+
+// Makes the side the right side of `host`, the token in front of it.
+void hold(Token* host, const Side& side);
 
 }  // namespace korvane::fast

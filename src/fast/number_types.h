@@ -56,8 +56,8 @@ inline bool store_number(std::uint8_t* place, std::int64_t value) {
     return true;
 }
 
-// The same where the type is not known beforehand: a double for a floating type, an integer
-// for an integer one.
+// The same where the type is not known beforehand: a double for a floating type, an integer for an
+// integer one.
 inline bool store_number(Type type, std::uint8_t* place, double value) {
     return type == Type::SINGLE ? store_number<float>(place, value) : store_number<double>(place, value);
 }

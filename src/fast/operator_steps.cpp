@@ -70,8 +70,10 @@ inline Whole apply_whole(std::int64_t left, std::int64_t right) {
     if constexpr (operation == '-') failed = __builtin_sub_overflow(left, right, &result);
     if constexpr (operation == '*') failed = __builtin_mul_overflow(left, right, &result);
     if constexpr (operation == '\\' || operation == KW_MOD) {
-        // Divisors 0 and -1 are left to the general evaluator: the one is an error, the other may be.
-        if (right == 0 || right == -1) return {0, 1};
+        if (right == 0 || right == -1) {
+            if (right == 0 || left == INT64_MIN) return no_whole;
+            return {operation == '\\' ? -left : 0, 0};
+        }
         // Most numbers fit in 32 bits, and processors divide those much faster.
         if (((static_cast<std::uint64_t>(left) | static_cast<std::uint64_t>(right)) >> 32) == 0) {
             const auto dividend = static_cast<std::uint32_t>(left);
@@ -98,9 +100,10 @@ struct Wholes {
     static std::int64_t read_leaf(const void* operand) {
         return whole_leaf<leaf>(operand);
     }
-    static Whole chain(std::int64_t start, Token* first) { return first->step.whole(start, first); }
+    static Whole chain(std::int64_t start, Token* first) { return call_chain(start, first); }
     static Whole left(const Token* at) {
-        return at->left_kind == F64 ? round_whole(read<double>(at->step.left_operand)) : left_whole(at);
+        const auto& record = as<OperatorRecord>(at);
+        return record.left_kind == F64 ? round_whole(read<double>(record.left_leaf)) : left_whole(at);
     }
     static Whole right(const Token* at) { return right_whole(at); }
     static Whole right_of_both(const Token* at) { return quick_right_whole(at); }
@@ -120,13 +123,15 @@ struct Wholes {
 
 template <typename In, int operation, Leaf leaf>
 typename In::Result with_leaf(typename In::Number accumulator, Token* at) {
-    return In::template finish<operation>(accumulator, In::template read_leaf<leaf>(at->step.operand), at);
+    const auto right = In::template read_leaf<leaf>(as<OperatorRecord>(at).right_leaf);
+    return In::template finish<operation>(accumulator, right, at);
 }
 
 // The chain is of the same domain, behind a leaf, or begins with a value of its own behind any leaf.
 template <typename In, int operation, Leaf leaf>
 typename In::Result with_chain(typename In::Number accumulator, Token* at) {
-    const auto right = In::chain(In::template read_leaf<leaf>(at->step.operand), at->step.inner);
+    const auto& record = as<OperatorRecord>(at);
+    const auto right = In::chain(In::template read_leaf<leaf>(record.right_leaf), record.right_chain);
     return In::template finish<operation>(accumulator, right, at);
 }
 
@@ -164,35 +169,31 @@ constexpr StepOf<In> for_kind() {
 template <typename In, int operation, std::uint8_t... kinds>
 StepOf<In> pick(const Token* at, bool chained) {
     if (!chained) return with_both_sides<In, operation>;
-    const StepOf<In> step =
-        choose<kinds...>(at->right_kind, [](auto kind) { return for_kind<In, operation, kind()>(); });
+    const StepOf<In> step = choose<kinds...>(as<OperatorRecord>(at).right_kind,
+                                             [](auto kind) { return for_kind<In, operation, kind()>(); });
     return step != nullptr ? step : with_side<In, operation>;
-}
-
-constexpr std::uint8_t computed(Domain domain) {
-    return side_kind(COMPUTED, true, domain);
 }
 
 template <int operation>
 StepOf<Reals> pick_real(const Token* at, bool chained) {
-    return pick<Reals, operation, F64, F32, I16, I32, I64, side_kind(F64, true, Domain::REAL),
-                computed(Domain::REAL)>(at, chained);
+    return pick<Reals, operation, F64, F32, I16, I32, I64, side_kind(F64, true, Domain::real),
+                computed_kind(Domain::real)>(at, chained);
 }
 
 template <int operation>
 StepOf<Singles> pick_single(const Token* at, bool chained) {
-    return pick<Singles, operation, F32, side_kind(F32, true, Domain::SINGLE), computed(Domain::SINGLE)>(
+    return pick<Singles, operation, F32, side_kind(F32, true, Domain::single), computed_kind(Domain::single)>(
         at, chained);
 }
 
-// Chains have steps of their own where they are frequent: what a comparison or a call begins,
-// and products in sums.
+// Chains have steps of their own where they are frequent: what a comparison or a call begins, and products
+// in sums.
 template <int operation>
 StepOf<Wholes> pick_whole(const Token* at, bool chained) {
-    constexpr std::uint8_t i16 = side_kind(I16, false, Domain::WHOLE);
-    constexpr std::uint8_t i32 = side_kind(I32, false, Domain::WHOLE);
-    constexpr std::uint8_t i64 = side_kind(I64, false, Domain::WHOLE);
-    constexpr std::uint8_t any = computed(Domain::WHOLE);
+    constexpr std::uint8_t i16 = side_kind(I16, false, Domain::whole);
+    constexpr std::uint8_t i32 = side_kind(I32, false, Domain::whole);
+    constexpr std::uint8_t i64 = side_kind(I64, false, Domain::whole);
+    constexpr std::uint8_t any = computed_kind(Domain::whole);
     if constexpr (operation == '+' || operation == '-' || operation == '*') {
         return pick<Wholes, operation, i16, i32, i64, i16 | has_chain, i32 | has_chain, i64 | has_chain, any>(
             at, chained);
@@ -203,28 +204,21 @@ StepOf<Wholes> pick_whole(const Token* at, bool chained) {
     }
 }
 
-template <typename Step>
-bool set(Step& place, Step step) {
-    place = step;
-    return step != nullptr;
-}
-
-[[gnu::cold]] bool set_operator_step(Token* at, Domain domain, bool chained) {
+[[gnu::cold]] void set_operator_step(Token* at, Domain domain, bool chained) {
+    StepFunction& function = as<OperatorRecord>(at).function;
     switch (domain) {
-        case Domain::REAL:
-            return set(at->step.real, choose<'+', '-', '*', '/', '^'>(at->kind, [=](auto operation) {
-                           return pick_real<operation()>(at, chained);
-                       }));
-        case Domain::SINGLE:
-            return set(at->step.single, choose<'+', '-', '*', '/'>(at->kind, [=](auto operation) {
-                           return pick_single<operation()>(at, chained);
-                       }));
-        case Domain::WHOLE:
-            return set(at->step.whole,
-                       choose<'+', '-', '*', '\\', KW_MOD, KW_AND, KW_OR, KW_XOR, KW_EQV, KW_IMP>(
-                           at->kind, [=](auto operation) { return pick_whole<operation()>(at, chained); }));
+        case Domain::real:
+            function.real = choose<'+', '-', '*', '/', '^'>(
+                at->kind, [=](auto operation) { return pick_real<operation()>(at, chained); });
+            break;
+        case Domain::single:
+            function.single = choose<'+', '-', '*', '/'>(
+                at->kind, [=](auto operation) { return pick_single<operation()>(at, chained); });
+            break;
         default:
-            return false;
+            function.whole = choose<'+', '-', '*', '\\', KW_MOD, KW_AND, KW_OR, KW_XOR, KW_EQV, KW_IMP>(
+                at->kind, [=](auto operation) { return pick_whole<operation()>(at, chained); });
+            break;
     }
 }
 
@@ -249,29 +243,30 @@ Whole complement(std::int64_t, Token* at) {
 
 }  // namespace
 
-bool set_chained_step(Token* at, Domain domain) {
-    return set_operator_step(at, domain, true);
+void set_chained_step(Token* at, Domain domain) {
+    set_operator_step(at, domain, true);
 }
-bool set_computed_step(Token* at, Domain domain) {
-    return set_operator_step(at, domain, false);
+void set_computed_step(Token* at, Domain domain) {
+    set_operator_step(at, domain, false);
 }
 
 void set_sign_step(Token* at, Domain domain) {
+    StepFunction& function = as<OperatorRecord>(at).function;
     switch (domain) {
-        case Domain::REAL:
-            at->step.real = negate_real;
+        case Domain::real:
+            function.real = negate_real;
             break;
-        case Domain::SINGLE:
-            at->step.single = negate_single;
+        case Domain::single:
+            function.single = negate_single;
             break;
         default:
-            at->step.whole = negate_whole;
+            function.whole = negate_whole;
             break;
     }
 }
 
 void set_not_step(Token* at) {
-    at->step.whole = complement;
+    as<OperatorRecord>(at).function.whole = complement;
 }
 
 }  // namespace korvane::fast

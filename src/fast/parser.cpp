@@ -1,18 +1,16 @@
 // This parser follows the grammar of values/evaluator.cpp but evaluates nothing: it notes the parts of the
-// expression as nodes. Arguments and subscripts get their steps at once, held by the bracket or comma in
-// front of them.
+// expression as nodes.
 #include <string_view>
 
-#include "fast/element_steps.h"
 #include "fast/expression.h"
 #include "fast/function_steps.h"
 #include "fast/nodes.h"
-#include "fast/records.h"
 #include "fast/text_steps.h"
 #include "program/arenas.h"
 #include "program/keywords.h"
 #include "values/functions.h"
 #include "values/operator_strength.h"
+#include "values/promotion.h"
 #include "values/relations.h"
 #include "values/user_functions.h"
 #include "values/variables.h"
@@ -30,17 +28,29 @@ constexpr StringDescriptor absent{.length = 0, .zero = 0, .bytes = nullptr};
 // negative zero, which integers do not have.
 bool exact_in_doubles(const Node& node) {
     if (!is_integer(node.type) || node.bound > exact_integers) return false;
-    if (node.form == Form::VARIABLE || node.form == Form::LITERAL || node.form == Form::ELEMENT) return true;
-    return node.form == Form::BINARY && (node.token->kind == '+' || node.token->kind == '-') &&
+    if (node.form == Form::variable || node.form == Form::literal || node.form == Form::element) return true;
+    return node.form == Form::binary && (node.token->kind == '+' || node.token->kind == '-') &&
            node_at(node.left).exact && node_at(node.right).exact;
 }
 
+// Adds a node to the pool: its index, or `none` when the pool is full.
 std::int16_t add(const Node& node) {
     if (pool.progress.count == static_cast<std::int16_t>(pool.nodes.size())) return none;
-    Node& added = pool.nodes[static_cast<std::size_t>(pool.progress.count)];
+    Node& added = node_at(pool.progress.count);
     added = node;
     added.exact = exact_in_doubles(node);
     return pool.progress.count++;
+}
+
+Node make(Form form, Type type, Token* token, double bound) {
+    Node node{};
+    node.form = form;
+    node.type = type;
+    node.token = token;
+    node.left = none;
+    node.right = none;
+    node.bound = bound;
+    return node;
 }
 
 double bound_of(Type type) {
@@ -56,74 +66,60 @@ std::int16_t parse_variable(Token*& at) {
     // A name without a variable reads as 0 or the empty text until somebody creates the variable.
     if (entry == nullptr) variables.absence_assumed = true;
     const Type type = entry == nullptr ? type_of_name(name->name) : entry->type;
-    const void* storage = entry == nullptr ? static_cast<const void*>(&absent) : entry->storage;
-    return add({.form = Form::VARIABLE,
-                .type = type,
-                .token = name,
-                .operand = storage,
-                .name = {},
-                .function = nullptr,
-                .left = none,
-                .right = none,
-                .bound = bound_of(type)});
+    Node node = make(Form::variable, type, name, bound_of(type));
+    node.storage = entry == nullptr ? static_cast<const void*>(&absent) : entry->storage;
+    return add(node);
 }
 
 std::int16_t parse_literal(Token*& at) {
     Token* literal = at++;
-    const bool text = literal->kind == STRING_LITERAL;
-    return add({.form = Form::LITERAL,
-                .type = text ? Type::STRING : literal->value_type,
-                .token = literal,
-                .operand = nullptr,
-                .name = {},
-                .function = nullptr,
-                .left = none,
-                .right = none,
-                .bound = text ? 0 : __builtin_fabs(literal->number.as_double)});
+    if (literal->kind == STRING_LITERAL) return add(make(Form::literal, Type::STRING, literal, 0));
+    const double bound = __builtin_fabs(literal->number.as_double);
+    return add(make(Form::literal, literal->value_type, literal, bound));
 }
 
-// One argument or subscript behind `mark`, held by it.
-bool parse_held(Token* mark, Token*& at, Type& type) {
-    const std::int16_t argument = parse_expression(at, 1);
-    if (argument == none) return false;
-    type = node_at(argument).type;
-    Side side;
-    if (!emit(argument, domain_of(type), side)) return false;
-    hold(mark, side);
-    return true;
+// The arguments of a call or the subscripts of an element.
+struct Arguments {
+    std::int16_t first;
+    int count;
+    Type last_type;
+    bool allocate;
+};
+
+// One argument behind `mark`, without a next one.
+std::int16_t parse_argument(Token* mark, Token*& at) {
+    const std::int16_t value = parse_expression(at, 1);
+    if (value == none) return none;
+    Node argument = make(Form::argument, node_at(value).type, mark, unbounded);
+    argument.value = value;
+    argument.allocates = node_at(value).allocates;
+    return add(argument);
 }
 
-// The arguments from "(" to ")", each held by the mark in front of it. `accept` judges the type
-// of the n-th one.
+// The arguments from "(" to ")". `accept` judges the type of each, one after the other.
 template <typename Accept>
-bool parse_arguments(Token* bracket, Token*& at, int& count, Accept accept) {
-    Token* mark = bracket;
-    at = bracket + 1;
-    for (count = 0;; ++count) {
-        Type type;
-        if (!parse_held(mark, at, type) || !accept(count, type)) return false;
-        if (at->kind != ',') break;
-        as<MarkRecord>(mark).next_mark = at;
-        mark = at++;
-    }
-    ++count;
-    as<MarkRecord>(mark).next_mark = nullptr;
+bool parse_arguments(Token* bracket, Token*& at, Arguments& arguments, Accept accept) {
+    arguments = {.first = none, .count = 0, .last_type = Type::NONE, .allocate = false};
+    std::int16_t* link = &arguments.first;
+    at = bracket;
+    do {
+        Token* mark = at++;
+        const std::int16_t index = parse_argument(mark, at);
+        if (index == none || !accept(node_at(index).type)) return false;
+        *link = index;
+        link = &node_at(index).next_argument;
+        ++arguments.count;
+        arguments.last_type = node_at(index).type;
+        arguments.allocate |= node_at(index).allocates;
+    } while (at->kind == ',');
     return (at++)->kind == ')';
 }
 
-std::int16_t parse_element(Token*& at) {
-    Token* name = at;
-    Type type;
-    if (!bind_element(name, at, type)) return none;
-    return add({.form = Form::ELEMENT,
-                .type = type,
-                .token = name + 1,
-                .operand = nullptr,
-                .name = {},
-                .function = nullptr,
-                .left = none,
-                .right = none,
-                .bound = bound_of(type)});
+std::int16_t add_call(Form form, Type type, Token* bracket, const Arguments& arguments, double bound) {
+    Node node = make(form, type, bracket, bound);
+    node.first_argument = arguments.first;
+    node.allocates = arguments.allocate || form == Form::text_call;
+    return add(node);
 }
 
 // The definition's body, held by the function's head, and the parameters' variables.
@@ -133,8 +129,13 @@ bool hold_body(UserFunction& function) {
         if (function.entries[i] == nullptr || !is_numeric(function.entries[i]->type)) return false;
     }
     Token* at = function.body;
-    Type type;
-    return parse_held(&function.head, at, type) && at->kind == END_OF_LINE && is_numeric(type);
+    const std::int16_t body = parse_expression(at, 1);
+    if (body == none || at->kind != END_OF_LINE || !is_numeric(node_at(body).type)) return false;
+    function.head.value_type = node_at(body).type;
+    function.allocates = node_at(body).allocates;
+    if (!plan(body, domain_of(function.head.value_type))) return false;
+    hold(&function.head, emit(body));
+    return true;
 }
 
 // Looks at the body once for all calls: again only in a new generation, and one that had no specialised form
@@ -147,72 +148,49 @@ bool specialise_body(UserFunction& function) {
     function.variables_seen = variables.count;
     function.has_steps = false;
     const NodePool::Progress outer = pool.progress;
-    pool.progress = {.count = outer.count, .allocates = false, .depth = 0, .deepest = 0};
+    pool.progress = {.count = outer.count, .depth = 0, .deepest = 0};
     function.has_steps = hold_body(function);
     function.depth = pool.progress.deepest;
-    function.allocates = pool.progress.allocates;
     pool.progress = outer;
     return function.has_steps;
 }
 
-Type body_type(const UserFunction& function) {
-    return static_cast<Type>(function.head.value_type);
-}
-
 std::int16_t parse_user_call(Token*& at) {
-    Token* name = at;
-    UserFunction* function = find_user_function(name->name);
+    Token* bracket = at + 1;
+    UserFunction* function = find_user_function(at->name);
     if (function == nullptr || function->parameter_count == 0) return none;
-    int count;
+    Arguments arguments;
     if (!specialise_body(*function) || !note_levels(levels_of_call + function->depth) ||
-        !parse_arguments(name + 1, at, count, [](int, Type argument) { return is_numeric(argument); }) ||
-        count != function->parameter_count) {
+        !parse_arguments(bracket, at, arguments, is_numeric) || arguments.count != function->parameter_count)
         return none;
-    }
-    if (function->allocates) pool.progress.allocates = true;
-    return add({.form = Form::USER,
-                .type = body_type(*function),
-                .token = name + 1,
-                .operand = nullptr,
-                .name = {},
-                .function = function,
-                .left = none,
-                .right = none,
-                .bound = unbounded});
+    const std::int16_t call =
+        add_call(Form::user_call, function->head.value_type, bracket, arguments, unbounded);
+    if (call == none) return none;
+    node_at(call).function = function;
+    node_at(call).allocates |= function->allocates;
+    return call;
 }
 
-std::int16_t parse_built_in_call(Token*& at) {
-    Token* name = at;
-    Token* bracket = name + 1;
-    FunctionArguments arguments{text_function_arguments(name->name)};
-    const bool gives_text = !arguments.rest.empty();
-    if (!gives_text) arguments.rest = number_function_arguments(name->name);
-    Type last = Type::NONE;
-    int count;
-    const auto accept = [&](int, Type type) {
-        last = type;
-        return arguments.take(type);
-    };
-    if (!parse_arguments(bracket, at, count, accept) || !arguments.are_complete()) return none;
-    if (gives_text) {
-        set_text_function_step(bracket, name->name, last);
-        pool.progress.allocates = true;
-    }
-    return add({.form = gives_text ? Form::TEXT_CALL : Form::CALL,
-                .type = gives_text ? Type::STRING : function_result(name->name, last),
-                .token = bracket,
-                .operand = nullptr,
-                .name = name->name,
-                .function = nullptr,
-                .left = none,
-                .right = none,
-                .bound = unbounded});
+std::int16_t parse_built_in_call(const BuiltInFunction& function, Token*& at) {
+    const Token* name = at;
+    Token* bracket = at + 1;
+    const bool is_text = gives_text(name->name);
+    if (!is_text && !gives_number(name->name)) return none;
+    FunctionArguments taken{function.arguments.text()};
+    Arguments arguments;
+    if (!parse_arguments(bracket, at, arguments, [&](Type type) { return taken.take(type); }) ||
+        !taken.are_complete())
+        return none;
+    if (is_text) return add_call(Form::text_call, Type::STRING, bracket, arguments, unbounded);
+    const Type type = function_result(name->name, arguments.last_type);
+    return add_call(Form::call, type, bracket, arguments, unbounded);
 }
 
 std::int16_t parse_name(Token*& at) {
     if (at[1].kind != '(') return parse_variable(at);
     if (is_user_function_name(at->name)) return parse_user_call(at);
-    return find_called_function(at->name) != nullptr ? parse_built_in_call(at) : parse_element(at);
+    const BuiltInFunction* function = find_called_function(at->name);
+    return function != nullptr ? parse_built_in_call(*function, at) : parse_element(at);
 }
 
 std::int16_t parse_primary(Token*& at) {
@@ -233,15 +211,12 @@ std::int16_t parse_primary(Token*& at) {
 
 std::int16_t add_operator(Form form, Type type, Token* token, std::int16_t left, std::int16_t right,
                           double bound) {
-    return add({.form = form,
-                .type = type,
-                .token = token,
-                .operand = nullptr,
-                .name = {},
-                .function = nullptr,
-                .left = left,
-                .right = right,
-                .bound = bound});
+    Node node = make(form, type, token, bound);
+    node.left = left;
+    node.right = right;
+    const bool joined = type == Type::STRING;
+    node.allocates = joined || (left != none && node_at(left).allocates) || node_at(right).allocates;
+    return add(node);
 }
 
 std::int16_t parse_signed(Token*& at) {
@@ -253,7 +228,7 @@ std::int16_t parse_signed(Token*& at) {
         Token* sign = at++;
         const std::int16_t operand = parse_signed(at);
         if (operand == none || !is_numeric(node_at(operand).type)) return none;
-        return add_operator(Form::SIGN, node_at(operand).type, sign, none, operand, node_at(operand).bound);
+        return add_operator(Form::sign, node_at(operand).type, sign, none, operand, node_at(operand).bound);
     }
     std::int16_t left = parse_primary(at);
     while (left != none && at->kind == '^') {
@@ -262,7 +237,7 @@ std::int16_t parse_signed(Token*& at) {
         Token* operation = at++;
         const std::int16_t right = parse_signed(at);
         if (right == none || !is_numeric(node_at(left).type) || !is_numeric(node_at(right).type)) return none;
-        left = add_operator(Form::BINARY, Type::DOUBLE, operation, left, right, unbounded);
+        left = add_operator(Form::binary, Type::DOUBLE, operation, left, right, unbounded);
     }
     return left;
 }
@@ -272,14 +247,13 @@ std::int16_t parse_signed(Token*& at) {
 Type result_type(std::uint8_t operation, Type left, Type right) {
     if (left == Type::STRING && right == Type::STRING) return operation == '+' ? Type::STRING : Type::NONE;
     if (left == Type::STRING || right == Type::STRING) return Type::NONE;
-    const Type wider = left > right ? left : right;
     switch (operation) {
         case '+':
         case '-':
         case '*':
-            return is_integer(wider) ? Type::INT64 : wider;
+            return sum_type(left, right);
         case '/':
-            return wider > Type::SINGLE ? wider : Type::SINGLE;
+            return quotient_type(left, right);
         default:
             return Type::INT64;
     }
@@ -300,16 +274,10 @@ double result_bound(std::uint8_t operation, double left, double right) {
 std::int16_t parse_relation(Token*& at, std::int16_t left) {
     Token* operation = at;
     read_relation(at);
-    const bool left_allocates = pool.progress.allocates;
-    pool.progress.allocates = false;
     const std::int16_t right = parse_expression(at, relational_strength + 1);
     if (right == none) return none;
-    const bool both_allocate = left_allocates && pool.progress.allocates;
-    pool.progress.allocates = left_allocates || pool.progress.allocates;
     if ((node_at(left).type == Type::STRING) != (node_at(right).type == Type::STRING)) return none;
-    const std::int16_t relation = add_operator(Form::RELATION, Type::INT64, operation, left, right, 1);
-    if (relation != none) pool.nodes[static_cast<std::size_t>(relation)].keeps_order = both_allocate;
-    return relation;
+    return add_operator(Form::relation, Type::INT64, operation, left, right, 1);
 }
 
 std::int16_t parse_binary(Token*& at, std::int16_t left) {
@@ -320,24 +288,24 @@ std::int16_t parse_binary(Token*& at, std::int16_t left) {
     const Node& b = node_at(right);
     const Type type = result_type(operation->kind, a.type, b.type);
     if (type == Type::NONE) return none;
-    if (type == Type::STRING) pool.progress.allocates = true;
-    return add_operator(Form::BINARY, type, operation, left, right,
+    return add_operator(Form::binary, type, operation, left, right,
                         result_bound(operation->kind, a.bound, b.bound));
 }
 
 }  // namespace
 
-bool bind_element(Token* name, Token*& at, Type& type) {
-    const VariableEntry* array = find_variable(name->name, true);
-    if (array == nullptr) return false;
-    int count;
-    if (!parse_arguments(name + 1, at, count, [](int, Type subscript) { return is_numeric(subscript); }) ||
-        static_cast<std::uint64_t>(count) != array->array->dimensions) {
-        return false;
-    }
-    as<MarkRecord>(name + 1).callee = array->array;
-    type = array->type;
-    return true;
+std::int16_t parse_element(Token*& at) {
+    const VariableEntry* array = find_variable(at->name, true);
+    if (array == nullptr) return none;
+    Token* bracket = at + 1;
+    Arguments subscripts;
+    if (!parse_arguments(bracket, at, subscripts, is_numeric) ||
+        static_cast<std::uint64_t>(subscripts.count) != array->array->dimensions)
+        return none;
+    const std::int16_t element =
+        add_call(Form::element, array->type, bracket, subscripts, bound_of(array->type));
+    if (element != none) node_at(element).array = array->array;
+    return element;
 }
 
 std::int16_t parse_expression(Token*& at, int minimum) {
@@ -348,7 +316,7 @@ std::int16_t parse_expression(Token*& at, int minimum) {
         Token* operation = at++;
         const std::int16_t operand = parse_expression(at, relational_strength);
         if (operand == none || !is_numeric(node_at(operand).type)) return none;
-        left = add_operator(Form::NOT, Type::INT64, operation, none, operand, unbounded);
+        left = add_operator(Form::complement, Type::INT64, operation, none, operand, unbounded);
     } else {
         left = parse_signed(at);
     }

@@ -2,25 +2,35 @@
 #pragma once
 
 #include "fast/element_steps.h"
+#include "fast/expression.h"
 #include "fast/records.h"
 #include "program/token.h"
 
 namespace korvane::fast {
 
-// Binds the place whose name is at `at` to the record in front of it, its host, which becomes a PlaceRecord,
-// and moves `at` behind the place. False when the general handler has something to say about the place, or a
+// A place of the statement that is being specialised.
+struct Place {
+    Type type;
+    bool is_element;
+    std::uint8_t* storage;  // of a scalar
+    Expression element;
+    Token* end;  // the token behind the place
+};
+
+// Reads the place whose name is at `name`. False when the general handler has something to say about it, or a
 // new variable to create.
-bool bind_place(Token* host, Token*& at);
+bool read_place(Token* name, Place& place);
+
+// Makes the record in front of the place, which becomes a PlaceRecord, hold it.
+void hold_place(Token* host, const Place& place);
 
 // The address of the place; null when a subscript is out of range. `size`: the bytes that its type takes.
 template <int size>
 inline std::uint8_t* place_address(const PlaceRecord& host) {
-    return host.is_element ? element_place<size>(static_cast<Token*>(host.place))
-                           : static_cast<std::uint8_t*>(host.place);
+    return host.is_element ? element_place<size>(host.bracket) : host.storage;
 }
 inline std::uint8_t* place_address(const PlaceRecord& host) {
-    return host.is_element ? element_address(static_cast<Token*>(host.place), host.type)
-                           : static_cast<std::uint8_t*>(host.place);
+    return host.is_element ? element_address(host.bracket, host.type) : host.storage;
 }
 
 }  // namespace korvane::fast

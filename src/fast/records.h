@@ -20,40 +20,130 @@
 //   48   8     left side: its chain; or the next mark, or a position to be stacked
 //   56   8     execute                        of a statement's first token
 //
-// Operators are used as they are in program/token.h (Step). Their right and left sides are read by
-// fast/sides.h, and so is the right side of every record that has one here.
+// Some of the views are of no role, but of what roles have in common: a HolderRecord holds a value, a
+// StepRecord is a step of a chain, a LeadRecord leads on to a statement, a ConditionRecord holds a condition.
+// What works with any of these takes them so.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 
+#include "fast/step.h"
 #include "program/token.h"
 
 namespace korvane {
+struct ArrayBlock;
 struct ForEntry;
+struct UserFunction;
 struct VariableEntry;
 }  // namespace korvane
 
 namespace korvane::fast {
 
-// "(" of an element, a call or a user function's call, and each "," behind it: a subscript or argument as the
-// right side.
+// ---- Parts of expressions -----------------------------------------------------------------------
+
+// Whatever holds a value as its right or only side.
+struct HolderRecord {
+    std::uint8_t kind;
+    Type value_type;
+    std::uint8_t unused_kind;
+    std::uint8_t value_kind;
+    std::uint32_t generation;
+    void* unused;
+    const void* value_leaf;
+    Token* value_chain;
+    void* unused_next;
+    void* unused_left[2];
+    Execute execute;
+};
+
+// Whatever is a step of a chain.
+struct StepRecord {
+    std::uint8_t kind;
+    Type value_type;
+    std::uint8_t unused_kinds[2];
+    std::uint32_t generation;
+    StepFunction function;
+    void* unused_value[2];
+    Token* next;  // step; null at the chain's end
+    void* unused_left[2];
+    Execute execute;
+};
+
+// An operator, a sign or NOT. The left side is there where the accumulator does not carry it.
+struct OperatorRecord {
+    std::uint8_t kind;
+    Type value_type;
+    std::uint8_t left_kind;
+    std::uint8_t right_kind;
+    std::uint32_t generation;
+    StepFunction function;
+    const void* right_leaf;
+    Token* right_chain;
+    Token* next;
+    const void* left_leaf;
+    Token* left_chain;
+    Execute execute;
+};
+
+// "(" of an element, a call or a user function's call, and each "," behind it: they hold a subscript or an
+// argument each.
 struct MarkRecord {
     std::uint8_t kind;
     Type value_type;
-    Type last_argument;  // of a bracket: the type of the call's last argument, where the function asks
+    std::uint8_t unused_kind;
     std::uint8_t value_kind;
     std::uint32_t generation;
-    void* function;  // of a bracket that begins a chain: the step's
+    void* unused;
     const void* value_leaf;
     Token* value_chain;
-    Token* next;       // of a bracket: the next step; the "=" of the element that is assigned to
-    void* callee;      // of a bracket: the array's block, or the UserFunction
+    void* unused_next;
+    void* unused_left;
     Token* next_mark;  // the next ","; null at the last one
     Execute execute;
 };
 
-// "=" of an assignment: the value as the right side.
+// The subscripts of an element; the frequent forms are one or two, each a DOUBLE variable or literal.
+enum class Subscripts : std::uint8_t { one, two, any };
+
+// "(" of an array element.
+struct ElementRecord {
+    std::uint8_t kind;
+    Type value_type;
+    Subscripts subscripts;
+    std::uint8_t value_kind;
+    std::uint32_t generation;
+    StepFunction function;
+    const void* value_leaf;
+    Token* value_chain;
+    union {
+        Token* next;    // step
+        Token* equals;  // of an element that is assigned to
+    };
+    const ArrayBlock* array;
+    Token* next_mark;
+    Execute execute;
+};
+
+// "(" of a call.
+struct CallRecord {
+    std::uint8_t kind;
+    Type value_type;
+    Type last_argument;  // the type of the last argument, where the function asks
+    std::uint8_t value_kind;
+    std::uint32_t generation;
+    StepFunction function;
+    const void* value_leaf;
+    Token* value_chain;
+    Token* next;
+    UserFunction* callee;  // null for the built-in ones
+    Token* next_mark;
+    Execute execute;
+};
+
+// ---- Statements ---------------------------------------------------------------------------------
+
+// "=" of an assignment, which holds the value.
 struct AssignmentRecord {
     std::uint8_t kind;
     Type value_type;
@@ -80,12 +170,46 @@ struct PlaceRecord {
     void* unused_leaf;
     Token* next_place;  // the next "," with a place
     Token* after;       // of the keyword: the statement that follows
-    void* place;        // storage of a scalar, or the bracket of an element
+    union {
+        std::uint8_t* storage;  // of a scalar
+        Token* bracket;         // of an element
+    };
     void* unused_chain;
     Execute execute;
 };
 
-// IF: the condition as the right side, or, when it compares two leaves, those (fast/truth.h).
+// Whatever statement, or "=", has a fixed one behind it.
+struct LeadRecord {
+    std::uint8_t kind;
+    Type value_type;
+    std::uint8_t unused_kinds[2];
+    std::uint32_t generation;
+    void* unused[3];
+    Token* after;
+    void* unused_left[2];
+    Execute execute;
+};
+
+// IF or WHILE in front of its condition, which it holds; or, when that compares two leaves, it holds these.
+struct ConditionRecord {
+    std::uint8_t kind;
+    Type value_type;
+    bool jump_known;
+    std::uint8_t condition_kind;
+    std::uint32_t generation;
+    void* unused;
+    const void* right_leaf;
+    union {
+        Token* chain;
+        std::uint8_t literal[8];  // that is compared with a variable
+    };
+    Token* unused_next;
+    const void* left_leaf;
+    void* unused_chain;
+    Execute execute;
+};
+
+// IF. The condition is a ConditionRecord's.
 struct IfRecord {
     std::uint8_t kind;
     Type value_type;
@@ -94,13 +218,9 @@ struct IfRecord {
     std::uint32_t generation;
     std::uint32_t most_statements;  // that it may take to the end of the THEN part
     std::uint32_t else_record;      // the general handler's, when jump_known
-    const void* right_leaf;
-    union {
-        Token* chain;
-        std::uint8_t literal[8];  // that is compared with a variable
-    };
+    void* condition[2];
     Token* when_true;  // where it goes on; null for a line that has not been tokenized yet
-    const void* left_leaf;
+    void* more_of_condition;
     Token* when_false;
     Execute execute;
 
@@ -108,7 +228,7 @@ struct IfRecord {
     static constexpr std::uint8_t lone_then_part = 0x80;
 };
 
-// WHILE: the condition like IF's.
+// WHILE. The condition is a ConditionRecord's.
 struct WhileRecord {
     std::uint8_t kind;
     Type value_type;
@@ -116,13 +236,9 @@ struct WhileRecord {
     std::uint8_t condition_kind;
     std::uint32_t generation;
     Position wend;  // the general handler's, when jump_known
-    const void* right_leaf;
-    union {
-        Token* chain;
-        std::uint8_t literal[8];
-    };
+    void* condition[2];
     Token* after;
-    const void* left_leaf;
+    void* more_of_condition;
     Position own;  // of the WHILE itself
     Execute execute;
 };
@@ -143,7 +259,7 @@ struct ForRecord {
     Execute execute;
 };
 
-// A word of FOR, with the number behind it as the right side.
+// A word of FOR, which holds the number behind it.
 struct BoundRecord {
     std::uint8_t kind;
     Type type;  // of the number
@@ -196,8 +312,8 @@ struct EndRecord {
     std::uint32_t generation;
     std::uint32_t line;
     std::uint32_t unused_record;
-    void* unused[2];
-    Token* next_line;  // its first token, once control has passed there
+    std::uint64_t waiting[2];  // a bit for each record of the line that leads here meanwhile
+    Token* next_line;          // its first token, once control has passed there
     void* unused_left[2];
     Execute execute;
 };
@@ -213,13 +329,14 @@ struct GeneralRecord {
     Execute execute;
 };
 
+// ---- The record in one of its roles -------------------------------------------------------------
+
 template <typename Record>
 inline constexpr bool fits_token = sizeof(Record) == sizeof(Token) &&
                                    offsetof(Record, kind) == offsetof(Token, kind) &&
                                    offsetof(Record, generation) == offsetof(Token, generation) &&
                                    offsetof(Record, execute) == offsetof(Token, execute);
 
-// The record in one of its roles.
 template <typename Record>
 inline Record& as(Token* at) {
     static_assert(fits_token<Record>);
@@ -231,47 +348,64 @@ inline const Record& as(const Token* at) {
     return *reinterpret_cast<const Record*>(at);
 }
 
-// What several views share, and share with Step.
-static_assert(offsetof(MarkRecord, value_kind) == offsetof(Token, right_kind));
-static_assert(offsetof(MarkRecord, value_leaf) == offsetof(Token, step.operand));
-static_assert(offsetof(MarkRecord, value_chain) == offsetof(Token, step.inner));
-static_assert(offsetof(AssignmentRecord, value_kind) == offsetof(Token, right_kind));
-static_assert(offsetof(AssignmentRecord, value_leaf) == offsetof(Token, step.operand));
-static_assert(offsetof(AssignmentRecord, value_chain) == offsetof(Token, step.inner));
-static_assert(offsetof(BoundRecord, value_kind) == offsetof(Token, right_kind));
-static_assert(offsetof(BoundRecord, value_leaf) == offsetof(Token, step.operand));
-static_assert(offsetof(BoundRecord, value_chain) == offsetof(Token, step.inner));
-static_assert(offsetof(IfRecord, condition_kind) == offsetof(Token, right_kind));
-static_assert(offsetof(IfRecord, right_leaf) == offsetof(Token, step.operand));
-static_assert(offsetof(IfRecord, chain) == offsetof(Token, step.inner));
-static_assert(offsetof(WhileRecord, condition_kind) == offsetof(Token, right_kind));
-static_assert(offsetof(WhileRecord, right_leaf) == offsetof(Token, step.operand));
-static_assert(offsetof(WhileRecord, chain) == offsetof(Token, step.inner));
-static_assert(offsetof(MarkRecord, next) == offsetof(Token, step.next));
-static_assert(offsetof(AssignmentRecord, after) == offsetof(Token, step.next));
-static_assert(offsetof(PlaceRecord, after) == offsetof(Token, step.next));
-static_assert(offsetof(IfRecord, when_true) == offsetof(Token, step.next));
-static_assert(offsetof(WhileRecord, after) == offsetof(Token, step.next));
-static_assert(offsetof(ForRecord, after) == offsetof(Token, step.next));
-static_assert(offsetof(NextRecord, after) == offsetof(Token, step.next));
-static_assert(offsetof(GosubRecord, after) == offsetof(Token, step.next));
-static_assert(offsetof(EndRecord, next_line) == offsetof(Token, step.next));
-static_assert(offsetof(IfRecord, left_leaf) == offsetof(Token, step.left_operand));
-static_assert(offsetof(WhileRecord, left_leaf) == offsetof(Token, step.left_operand));
-static_assert(offsetof(IfRecord, literal) == offsetof(Token, step.literal));
-static_assert(offsetof(WhileRecord, literal) == offsetof(Token, step.literal));
-static_assert(offsetof(IfRecord, jump_known) == offsetof(Token, jump_known));
-static_assert(offsetof(WhileRecord, jump_known) == offsetof(Token, jump_known));
+// ---- What is at the same place ------------------------------------------------------------------
+
+// Those that hold a value.
+template <typename Record>
+inline constexpr bool is_holder = offsetof(Record, value_kind) == offsetof(HolderRecord, value_kind) &&
+                                  offsetof(Record, value_leaf) == offsetof(HolderRecord, value_leaf) &&
+                                  offsetof(Record, value_chain) == offsetof(HolderRecord, value_chain);
+static_assert(is_holder<MarkRecord>);
+static_assert(is_holder<ElementRecord>);
+static_assert(is_holder<CallRecord>);
+static_assert(is_holder<AssignmentRecord>);
+static_assert(is_holder<BoundRecord>);
+static_assert(offsetof(OperatorRecord, right_kind) == offsetof(HolderRecord, value_kind));
+static_assert(offsetof(OperatorRecord, right_leaf) == offsetof(HolderRecord, value_leaf));
+static_assert(offsetof(OperatorRecord, right_chain) == offsetof(HolderRecord, value_chain));
+static_assert(offsetof(ConditionRecord, condition_kind) == offsetof(HolderRecord, value_kind));
+static_assert(offsetof(ConditionRecord, right_leaf) == offsetof(HolderRecord, value_leaf));
+static_assert(offsetof(ConditionRecord, chain) == offsetof(HolderRecord, value_chain));
+
+// The steps.
+template <typename Record>
+inline constexpr bool is_step = offsetof(Record, function) == offsetof(StepRecord, function) &&
+                                offsetof(Record, next) == offsetof(StepRecord, next);
+static_assert(is_step<OperatorRecord>);
+static_assert(is_step<ElementRecord>);
+static_assert(is_step<CallRecord>);
+
+// Brackets as marks.
+static_assert(offsetof(ElementRecord, next_mark) == offsetof(MarkRecord, next_mark));
+static_assert(offsetof(CallRecord, next_mark) == offsetof(MarkRecord, next_mark));
+
+// Conditions, and what the general handlers remember.
+template <typename Record>
+inline constexpr bool has_condition =
+    offsetof(Record, condition_kind) == offsetof(ConditionRecord, condition_kind) &&
+    offsetof(Record, condition) == offsetof(ConditionRecord, right_leaf) &&
+    offsetof(Record, condition) + sizeof(Record::condition) ==
+        offsetof(ConditionRecord, chain) + sizeof(ConditionRecord::literal) &&
+    offsetof(Record, more_of_condition) == offsetof(ConditionRecord, left_leaf) &&
+    offsetof(Record, jump_known) == offsetof(Token, jump_known);
+static_assert(has_condition<IfRecord>);
+static_assert(has_condition<WhileRecord>);
 static_assert(offsetof(ForRecord, jump_known) == offsetof(Token, jump_known));
-static_assert(offsetof(IfRecord, else_record) == offsetof(Token, step.jump.record));
-static_assert(offsetof(WhileRecord, wend) == offsetof(Token, step.jump));
-static_assert(offsetof(ForRecord, next) == offsetof(Token, step.jump));
-static_assert(offsetof(EndRecord, line) == offsetof(Token, step.jump.line));
-static_assert(offsetof(WhileRecord, own) == offsetof(Token, step.own));
-static_assert(offsetof(ForRecord, own) == offsetof(Token, step.own));
-static_assert(offsetof(GosubRecord, own) == offsetof(Token, step.own));
-static_assert(offsetof(MarkRecord, next_mark) == offsetof(Token, step.left_inner));
-static_assert(offsetof(MarkRecord, callee) == offsetof(Token, step.left_operand));
-static_assert(offsetof(MarkRecord, last_argument) == offsetof(Token, left_kind));
+static_assert(offsetof(IfRecord, else_record) == offsetof(Token, jump.record));
+static_assert(offsetof(WhileRecord, wend) == offsetof(Token, jump));
+static_assert(offsetof(ForRecord, next) == offsetof(Token, jump));
+static_assert(offsetof(EndRecord, line) == offsetof(Token, line_end.line));
+static_assert(sizeof(EndRecord::waiting) * 8 >= max_tokens_per_line);
+static_assert(offsetof(EndRecord, next_line) == offsetof(Token, line_end.next_line));
+
+// The statement to go on with.
+template <typename Record>
+inline constexpr bool leads_on = offsetof(Record, after) == offsetof(LeadRecord, after);
+static_assert(leads_on<AssignmentRecord>);
+static_assert(leads_on<PlaceRecord>);
+static_assert(leads_on<WhileRecord>);
+static_assert(leads_on<ForRecord>);
+static_assert(leads_on<NextRecord>);
+static_assert(leads_on<GosubRecord>);
 
 }  // namespace korvane::fast

@@ -1,12 +1,12 @@
 // Assignments to scalars.
 #pragma once
 
-#include "fast/expression.h"
+#include "fast/nodes.h"
 #include "program/token.h"
 
 namespace korvane::fast {
 
-// The handler of an assignment to a scalar of the type whose "=" holds the value.
-Execute scalar_handler(Type type, const Specialised& value);
+// The handler of an assignment to a scalar of the type, whose "=" will hold the value.
+Execute scalar_handler(Type type, const Node& value);
 
 }  // namespace korvane::fast

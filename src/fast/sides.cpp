@@ -3,31 +3,31 @@
 namespace korvane::fast {
 namespace {
 
-double leaf_as_real(std::uint8_t leaf, const void* operand) {
+double leaf_as_real(std::uint8_t leaf, const void* place) {
     switch (leaf) {
         case F64:
-            return real_leaf<F64>(operand);
+            return real_leaf<F64>(place);
         case F32:
-            return real_leaf<F32>(operand);
+            return real_leaf<F32>(place);
         case I16:
-            return real_leaf<I16>(operand);
+            return real_leaf<I16>(place);
         case I32:
-            return real_leaf<I32>(operand);
+            return real_leaf<I32>(place);
         case I64:
-            return real_leaf<I64>(operand);
+            return real_leaf<I64>(place);
         default:
             return 0;
     }
 }
 
-std::int64_t leaf_as_whole(std::uint8_t leaf, const void* operand) {
+std::int64_t leaf_as_whole(std::uint8_t leaf, const void* place) {
     switch (leaf) {
         case I16:
-            return whole_leaf<I16>(operand);
+            return whole_leaf<I16>(place);
         case I32:
-            return whole_leaf<I32>(operand);
+            return whole_leaf<I32>(place);
         case I64:
-            return whole_leaf<I64>(operand);
+            return whole_leaf<I64>(place);
         default:
             return 0;
     }
@@ -35,26 +35,25 @@ std::int64_t leaf_as_whole(std::uint8_t leaf, const void* operand) {
 
 }  // namespace
 
-double real_side(std::uint8_t kind, const void* operand, Token* inner) {
-    const std::uint8_t leaf = kind & leaf_mask;
-    if ((kind & has_chain) == 0) return leaf_as_real(leaf, operand);
+double real_side(std::uint8_t kind, const void* leaf, Token* chain) {
+    const std::uint8_t type = kind & leaf_mask;
+    if ((kind & has_chain) == 0) return leaf_as_real(type, leaf);
     switch (domain_of_kind(kind)) {
-        case Domain::REAL:
-            return inner->step.real(leaf_as_real(leaf, operand), inner);
-        case Domain::SINGLE:
-            return inner->step.single(static_cast<float>(leaf_as_real(leaf, operand)), inner);
+        case Domain::real:
+            return call_chain(leaf_as_real(type, leaf), chain);
+        case Domain::single:
+            return call_chain(static_cast<float>(leaf_as_real(type, leaf)), chain);
         default: {
-            const Whole whole = inner->step.whole(leaf_as_whole(leaf, operand), inner);
+            const Whole whole = call_chain(leaf_as_whole(type, leaf), chain);
             return whole.failed != 0 ? no_number() : static_cast<double>(whole.value);
         }
     }
 }
 
-Whole whole_side(std::uint8_t kind, const void* operand, Token* inner) {
-    const std::uint8_t leaf = kind & leaf_mask;
-    if (domain_of_kind(kind) != Domain::WHOLE) return round_whole(real_side(kind, operand, inner));
-    const std::int64_t start = leaf_as_whole(leaf, operand);
-    return (kind & has_chain) == 0 ? Whole{start, 0} : inner->step.whole(start, inner);
+Whole whole_side(std::uint8_t kind, const void* leaf, Token* chain) {
+    if (domain_of_kind(kind) != Domain::whole) return round_whole(real_side(kind, leaf, chain));
+    const std::int64_t start = leaf_as_whole(kind & leaf_mask, leaf);
+    return (kind & has_chain) == 0 ? Whole{start, 0} : call_chain(start, chain);
 }
 
 }  // namespace korvane::fast

@@ -31,7 +31,7 @@
 
 namespace korvane::fast {
 
-enum class Domain : std::uint8_t { REAL, SINGLE, WHOLE, TEXT };
+enum class Domain : std::uint8_t { real, single, whole, text };
 
 // What a leaf in memory is.
 enum Leaf : std::uint8_t {
@@ -59,12 +59,32 @@ constexpr std::uint8_t side_kind(Leaf leaf, bool chain, Domain domain) {
                                      (static_cast<std::uint8_t>(domain) << domain_shift));
 }
 
+// The kind of a chain that begins with a value of its own.
+constexpr std::uint8_t computed_kind(Domain domain) {
+    return side_kind(COMPUTED, true, domain);
+}
+
+// A value as whoever holds it keeps it.
 struct Side {
     std::uint8_t kind;
-    const void* operand;
-    Token* inner;
-    Token* last;  // last step of the chain, to which more can be appended
-    Type type;    // static type of the value: what the general evaluator would give
+    const void* leaf;
+    Token* chain;  // its first step
+    Token* last;   // last step of the chain, to which more can be appended
+};
+
+// A value of the whole domain; when `failed` is not 0 it is none, and the general evaluator has to say why.
+struct Whole {
+    std::int64_t value;
+    std::uint64_t failed;
+};
+
+// The function of a step: it is called with the accumulator and its own record, and hands its result to the
+// next step. Texts do not travel: a chain of that domain is one step long.
+union StepFunction {
+    double (*real)(double accumulator, Token* at);
+    float (*single)(float accumulator, Token* at);
+    Whole (*whole)(std::int64_t accumulator, Token* at);
+    Value (*text)(Token* at);
 };
 
 inline bool is_finite(double x) {
@@ -72,13 +92,17 @@ inline bool is_finite(double x) {
     return (__builtin_bit_cast(std::uint64_t, x) & exponent_mask) != exponent_mask;
 }
 
-// Where the sides that are no leaf have their operand: a zero for every numeric leaf, so that they can be
-// read like a leaf in front of a chain.
-inline constexpr std::int64_t no_operand = 0;
+// Doubles hold every integer up to 2^53; but one of 2^53 may be 2^53 + 1 that was rounded.
+inline constexpr double exact_integers = 9007199254740991.0;
 
-// What a failed evaluation gives in the real and single domains.
+// Where the sides without a leaf have it: a zero in every numeric type, so that they can be read like a leaf
+// in front of a chain.
+inline constexpr std::int64_t no_leaf = 0;
+
+// What a failed evaluation gives in the real and single domains, and in the whole domain.
 inline double no_number() {
     return __builtin_nan("");
 }
+inline constexpr Whole no_whole{0, 1};
 
 }  // namespace korvane::fast

@@ -23,7 +23,7 @@ std::uint64_t let_text(Current at, std::uint64_t budget) {
     if (place == nullptr) return fall_back(at, budget, string_top);
     const Value text = right_text(equals);
     if (failed(text) || !store_text(place, text)) return fall_back(at, budget, string_top);
-    return proceed(after(equals), budget);
+    KORVANE_JUMP return proceed(after(equals), budget);
 }
 
 // A text joined from two. Like the general evaluator, this leaves it in string space twice.
@@ -33,23 +33,23 @@ std::uint64_t let_joined(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = target<to_element>(at, equals);
     if (place == nullptr) return fall_back(at, budget, string_top);
-    const Value text = joined(equals->step.inner, 2);
+    const Value text = joined(as<AssignmentRecord>(equals).value_chain, 2);
     if (failed(text)) return fall_back(at, budget, string_top);
     write_text(place, text);
-    return proceed(after(equals), budget);
+    KORVANE_JUMP return proceed(after(equals), budget);
 }
 
 // "+" is the only operator between texts that gives a text.
-bool is_joined(const Specialised& value) {
-    return value.form == Form::BINARY;
+bool is_joined(const Node& value) {
+    return value.form == Form::binary;
 }
 
 }  // namespace
 
-Execute choose_text_assignment(const Specialised& value) {
+Execute choose_text_assignment(const Node& value) {
     return is_joined(value) ? guarded<let_joined<false>> : guarded<let_text<false>>;
 }
-Execute choose_text_element_assignment(const Specialised& value) {
+Execute choose_text_element_assignment(const Node& value) {
     return is_joined(value) ? guarded<let_joined<true>> : guarded<let_text<true>>;
 }
 

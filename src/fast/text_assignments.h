@@ -1,14 +1,14 @@
 // Assignments of texts to variables and elements.
 #pragma once
 
-#include "fast/expression.h"
+#include "fast/nodes.h"
 #include "fast/statement.h"
 
 namespace korvane::fast {
 
-// The handlers of an assignment whose "=" holds a text: to a scalar, and to an element, whose bracket
-// leads to "=".
-Execute choose_text_assignment(const Specialised& value);
-Execute choose_text_element_assignment(const Specialised& value);
+// The handlers of an assignment whose "=" will hold a text: to a scalar, and to an element, whose bracket
+// will lead to "=".
+Execute choose_text_assignment(const Node& value);
+Execute choose_text_element_assignment(const Node& value);
 
 }  // namespace korvane::fast

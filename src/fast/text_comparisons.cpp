@@ -64,24 +64,25 @@ std::uint8_t equality_of(const Token* at) {
 template <std::uint8_t (*compare)(const Token*), unsigned relation>
 Whole compare_texts(std::int64_t, Token* at) {
     const std::uint8_t outcome = compare(at);
-    if (__builtin_expect(outcome == no_outcome, false)) return {0, 1};
+    if (__builtin_expect(outcome == no_outcome, false)) return no_whole;
     return go_on_whole((outcome & relation) != 0 ? -1 : 0, at);
 }
 
 }  // namespace
 
 void set_text_comparison_step(Token* at) {
+    StepFunction& function = as<OperatorRecord>(at).function;
     const Token* operation = at;
     const std::uint8_t relation = read_relation(operation);
     switch (relation) {
         case EQUAL:
-            at->step.whole = compare_texts<equality_of, EQUAL>;
+            function.whole = compare_texts<equality_of, EQUAL>;
             break;
         case LESS | GREATER:
-            at->step.whole = compare_texts<equality_of, LESS>;
+            function.whole = compare_texts<equality_of, LESS>;
             break;
         default:
-            at->step.whole = choose<LESS, LESS | EQUAL, GREATER, GREATER | EQUAL>(
+            function.whole = choose<LESS, LESS | EQUAL, GREATER, GREATER | EQUAL>(
                 relation, [](auto listed) { return compare_texts<order_of, listed()>; });
             break;
     }

@@ -1,7 +1,7 @@
 // Evaluating a side of the text domain: a variable, a literal, or a chain.
 #pragma once
 
-#include "fast/step.h"
+#include "fast/records.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
 
@@ -15,22 +15,24 @@ inline bool failed(const Value& text) {
     return __builtin_expect(text.type == Type::NONE, false);
 }
 
-inline Value text_side(std::uint8_t kind, const void* operand, Token* inner) {
+inline Value text_side(std::uint8_t kind, const void* leaf, Token* chain) {
     if (kind == TEXT_VARIABLE) {
-        const auto* descriptor = static_cast<const StringDescriptor*>(operand);
+        const auto* descriptor = static_cast<const StringDescriptor*>(leaf);
         return Value::of_string(descriptor->bytes, descriptor->length);
     }
     if (kind == TEXT_LITERAL) {
-        const auto* literal = static_cast<const Token*>(operand);
+        const auto* literal = static_cast<const Token*>(leaf);
         return Value::of_string(literal->string.bytes, literal->string.length);
     }
-    return inner->step.text(inner);
+    return as<StepRecord>(chain).function.text(chain);
 }
 inline Value right_text(const Token* at) {
-    return text_side(at->right_kind, at->step.operand, at->step.inner);
+    const auto& holder = as<HolderRecord>(at);
+    return text_side(holder.value_kind, holder.value_leaf, holder.value_chain);
 }
 inline Value left_text(const Token* at) {
-    return text_side(at->left_kind, at->step.left_operand, at->step.left_inner);
+    const auto& record = as<OperatorRecord>(at);
+    return text_side(record.left_kind, record.left_leaf, record.left_chain);
 }
 
 // Room for a new string, or null when there is none; raises nothing.
@@ -42,11 +44,10 @@ inline std::uint8_t* take_string_space(std::uint64_t length) {
 
 // Copies a text; a single character, the most frequent one, without a call.
 inline void copy_text(std::uint8_t* to, const std::uint8_t* bytes, std::uint64_t length) {
-    if (length == 1) {
+    if (length == 1)
         *to = *bytes;
-    } else {
+    else
         copy_bytes(to, bytes, length);
-    }
 }
 
 // Writes the descriptor of a text that has string space of its own.

@@ -27,12 +27,12 @@ Value concatenate(Token* at) {
 // The number behind a bracket or comma, or failed when it is below `lowest`.
 Whole number_at(const Token* mark, std::int64_t lowest) {
     const Whole number = quick_right_index(mark);
-    return number.failed != 0 || number.value < lowest ? Whole{0, 1} : number;
+    return number.failed != 0 || number.value < lowest ? no_whole : number;
 }
 
 Value left_part(Token* at) {
     const Value text = right_text(at);
-    if (text.type == Type::NONE) return text;
+    if (failed(text)) return text;
     const Whole count = number_at(as<MarkRecord>(at).next_mark, 0);
     if (count.failed != 0) return no_text();
     return copy_of(text.bytes, static_cast<std::uint64_t>(std::min<std::int64_t>(count.value, text.length)));
@@ -40,7 +40,7 @@ Value left_part(Token* at) {
 
 Value right_part(Token* at) {
     const Value text = right_text(at);
-    if (text.type == Type::NONE) return text;
+    if (failed(text)) return text;
     const Whole count = number_at(as<MarkRecord>(at).next_mark, 0);
     if (count.failed != 0) return no_text();
     const auto length = static_cast<std::uint64_t>(std::min<std::int64_t>(count.value, text.length));
@@ -49,7 +49,7 @@ Value right_part(Token* at) {
 
 Value middle_part(Token* at) {
     const Value text = right_text(at);
-    if (text.type == Type::NONE) return text;
+    if (failed(text)) return text;
     const Token* start_mark = as<MarkRecord>(at).next_mark;
     const Whole start = number_at(start_mark, 1);
     if (start.failed != 0) return no_text();
@@ -71,7 +71,7 @@ Value character(Token* at) {
 }
 
 Value number_text(Token* at) {
-    const Type type = as<MarkRecord>(at).last_argument;
+    const Type type = as<CallRecord>(at).last_argument;
     Value number;
     if (is_integer(type)) {
         const Whole whole = right_whole(at);
@@ -111,7 +111,7 @@ Value blanks(Token* at) {
 Value repeated_character(Token* at) {
     const Whole count = number_at(at, 0);
     const Token* mark = as<MarkRecord>(at).next_mark;
-    if (as<MarkRecord>(at).last_argument == Type::STRING) {
+    if (as<CallRecord>(at).last_argument == Type::STRING) {
         const Value text = right_text(mark);
         return failed(text) || text.length == 0 ? no_text() : repeated(text.bytes[0], count);
     }
@@ -122,26 +122,24 @@ Value repeated_character(Token* at) {
 
 struct TextFunction {
     std::string_view name;
-    std::string_view arguments;
     Value (*step)(Token*);
 };
 
 constexpr TextFunction rows[] = {
-    {"MID$", "tn?n", middle_part},
-    {"LEFT$", "tn", left_part},
-    {"RIGHT$", "tn", right_part},
-    {"CHR$", "n", character},
-    {"STR$", "n", number_text},
-    {"SPACE$", "n", blanks},
-    {"STRING$", "na", repeated_character},
-    {"UCASE$", "t", other_case<'a', 'z', 'A' - 'a'>},
-    {"LCASE$", "t", other_case<'A', 'Z', 'a' - 'A'>},
+    {"MID$", middle_part},
+    {"LEFT$", left_part},
+    {"RIGHT$", right_part},
+    {"CHR$", character},
+    {"STR$", number_text},
+    {"SPACE$", blanks},
+    {"STRING$", repeated_character},
+    {"UCASE$", other_case<'a', 'z', 'A' - 'a'>},
+    {"LCASE$", other_case<'A', 'Z', 'a' - 'A'>},
 };
 
 const TextFunction* find_row(std::string_view name) {
-    for (const TextFunction& row : rows) {
+    for (const TextFunction& row : rows)
         if (row.name == name) return &row;
-    }
     return nullptr;
 }
 
@@ -164,17 +162,17 @@ Value joined(const Token* plus, unsigned copies) {
 }
 
 void set_concatenation_step(Token* at) {
-    at->step.text = concatenate;
+    as<OperatorRecord>(at).function.text = concatenate;
 }
 
-std::string_view text_function_arguments(std::string_view name) {
-    const TextFunction* row = find_row(name);
-    return row == nullptr ? std::string_view{} : row->arguments;
+bool gives_text(std::string_view name) {
+    return find_row(name) != nullptr;
 }
 
 void set_text_function_step(Token* bracket, std::string_view name, Type last) {
-    as<MarkRecord>(bracket).last_argument = last;
-    bracket->step.text = find_row(name)->step;
+    auto& call = as<CallRecord>(bracket);
+    call.last_argument = last;
+    call.function.text = find_row(name)->step;
 }
 
 }  // namespace korvane::fast

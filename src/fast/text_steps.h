@@ -9,15 +9,15 @@
 
 namespace korvane::fast {
 
-// The left and right sides of "+" joined, in as many adjacent copies in string space; gives
-// the last one taken.
+// The left and right sides of "+" joined, in as many adjacent copies in string space; gives the last
+// one taken.
 Value joined(const Token* plus, unsigned copies);
 
 // "+" between its left and right sides.
 void set_concatenation_step(Token* at);
 
-// What a function that gives a text takes, in the notation of FunctionArguments; empty when it has no step.
-std::string_view text_function_arguments(std::string_view name);
+// Whether a built-in function has a step and gives a text.
+bool gives_text(std::string_view name);
 
 // Sets the step of a call of such a function. The bracket and its commas hold the arguments like subscripts;
 // `last` is the type of the last one.

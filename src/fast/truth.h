@@ -9,11 +9,11 @@
 
 namespace korvane::fast {
 
-enum class Truth : std::uint8_t { FALSE, TRUE, FAILED };
+enum class Truth : std::uint8_t { is_false, is_true, failed };
 
 inline Truth truth_of(const Whole& value) {
-    if (__builtin_expect(value.failed != 0, false)) return Truth::FAILED;
-    return value.value != 0 ? Truth::TRUE : Truth::FALSE;
+    if (__builtin_expect(value.failed != 0, false)) return Truth::failed;
+    return value.value != 0 ? Truth::is_true : Truth::is_false;
 }
 
 // Any condition.
@@ -23,7 +23,9 @@ struct AnyCondition {
 
 // A chain of the whole domain without a leaf in front, such as begins with a comparison.
 struct ComputedCondition {
-    static Truth of(const Token* at) { return truth_of(at->step.inner->step.whole(0, at->step.inner)); }
+    static Truth of(const Token* at) {
+        return truth_of(call_chain(std::int64_t{0}, as<ConditionRecord>(at).chain));
+    }
 };
 
 // A comparison of two variables or literals and nothing behind it. The statement keeps them itself, a literal
@@ -31,36 +33,36 @@ struct ComputedCondition {
 template <int relation, typename Number>
 struct LeafComparison {
     static Truth of(const Token* at) {
-        const auto left = read<Number>(at->step.left_operand);
-        const auto right = read<Number>(at->step.operand);
-        if (__builtin_isunordered(left, right)) return Truth::FAILED;
-        return holds<relation>(left, right) ? Truth::TRUE : Truth::FALSE;
+        const auto& condition = as<ConditionRecord>(at);
+        const auto left = read<Number>(condition.left_leaf);
+        const auto right = read<Number>(condition.right_leaf);
+        if (__builtin_isunordered(left, right)) return Truth::failed;
+        return holds<relation>(left, right) ? Truth::is_true : Truth::is_false;
     }
 };
 
-void keep_leaves(Token* at, const Token* comparison, std::size_t size_of_number);
-
 // Whether the condition is such a comparison: of two DOUBLE leaves, or of two SINGLE ones.
-inline bool compares_leaves(const Specialised& condition) {
-    if (condition.form != Form::RELATION) return false;
-    const Token& comparison = *condition.operation;
-    return comparison.left_kind == comparison.right_kind &&
-           (comparison.left_kind == F64 || comparison.left_kind == F32);
-}
+bool compares_leaves(const Node& condition);
 
-// The handler of a statement for the condition that it holds: what `make` gives for the condition's type, of
+// Makes a statement hold the leaves of such a comparison.
+void keep_leaves(ConditionRecord& condition, const Node& comparison);
+
+// Makes the statement hold the condition. Gives its handler: what `make` gives for the condition's type, of
 // which it takes an object.
 template <typename Make>
-Execute handler_for(Token* at, const Specialised& condition, Make make) {
-    if (condition.side.kind != side_kind(COMPUTED, true, Domain::WHOLE)) return make(AnyCondition{});
-    if (!compares_leaves(condition)) return make(ComputedCondition{});
-    const bool single = condition.operation->left_kind == F32;
-    keep_leaves(at, condition.operation, single ? sizeof(float) : sizeof(double));
-    return choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(
-        lesser_first(condition.operation), [=](auto listed) {
+Execute hold_condition(Token* at, const Expression& condition, Make make) {
+    const Node& node = condition.node();
+    if (compares_leaves(node)) {
+        keep_leaves(as<ConditionRecord>(at), node);
+        const bool single = node.domain == Domain::single;
+        return choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(lesser_first(node.token), [=](auto listed) {
             return single ? make(LeafComparison<listed(), float>{})
                           : make(LeafComparison<listed(), double>{});
         });
+    }
+    hold(at, condition);
+    const bool is_computed = node.kind == computed_kind(Domain::whole);
+    return is_computed ? make(ComputedCondition{}) : make(AnyCondition{});
 }
 
 }  // namespace korvane::fast

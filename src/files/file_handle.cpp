@@ -2,8 +2,10 @@
 
 #include <algorithm>
 
+#include "files/directory_record.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
+#include "screen/framebuffer.h"
 
 namespace korvane {
 
@@ -15,8 +17,6 @@ constexpr std::uint64_t least_info_size = 88;
 constexpr std::uint64_t fallback_info_size = 344;
 // A record with the longest name that any file system gives is far below this; more is not to be believed.
 constexpr std::uint64_t greatest_info_size = 65536;
-
-constexpr std::uint64_t attribute_offset = __builtin_offsetof(uefi::FileInfo, Attribute);
 
 // The bytes of a file information record that the firmware asks for, or 0 when it asks for an absurd size.
 std::uint64_t info_size(uefi::FileProtocol& file) {
@@ -35,7 +35,10 @@ bool read_info(uefi::FileProtocol& file, std::uint64_t size, PoolBuffer& buffer)
 
 }  // namespace
 
+// A disk may take its time, and the buffer may be the screen itself: what was printed is shown first.
+
 bool read_file(uefi::FileProtocol* file, void* buffer, std::uint64_t& size) {
+    bring_up_to_date();
     const std::uint64_t wanted = size;
     const bool done = file != nullptr && !uefi::is_error(file->Read(file, &size, buffer));
     size = done ? std::min(size, wanted) : 0;
@@ -43,6 +46,7 @@ bool read_file(uefi::FileProtocol* file, void* buffer, std::uint64_t& size) {
 }
 
 bool write_file(uefi::FileProtocol* file, const void* buffer, std::uint64_t& size) {
+    bring_up_to_date();
     const std::uint64_t wanted = size;
     const bool done = file != nullptr && !uefi::is_error(file->Write(file, &size, buffer));
     size = done ? std::min(size, wanted) : 0;
@@ -75,7 +79,10 @@ uefi::FileProtocol* FileHandle::release() {
 }
 
 void FileHandle::close() {
-    if (uefi::FileProtocol* protocol = release()) protocol->Close(protocol);
+    uefi::FileProtocol* protocol = release();
+    if (protocol == nullptr) return;
+    bring_up_to_date();
+    protocol->Close(protocol);
 }
 
 bool FileHandle::read_exactly(void* buffer, std::uint64_t size) const {
@@ -96,6 +103,7 @@ bool FileHandle::remove() {
 FileHandle open_below(uefi::FileProtocol* directory, const char16_t* name, std::uint64_t firmware_mode,
                       std::uint64_t attributes) {
     if (directory == nullptr || name[0] == 0) return FileHandle();
+    bring_up_to_date();
     uefi::FileProtocol* opened = nullptr;
     if (uefi::is_error(directory->Open(directory, &opened, name, firmware_mode, attributes)))
         return FileHandle();
@@ -108,7 +116,7 @@ std::optional<std::uint64_t> file_attributes(uefi::FileProtocol* file) {
     if (size == 0) return std::nullopt;
     PoolBuffer buffer(size);
     if (!read_info(*file, size, buffer)) return std::nullopt;
-    return read_unaligned<std::uint64_t>(buffer.data() + attribute_offset);
+    return DirectoryRecord({buffer.data(), size}).attributes();
 }
 
 bool IsDirectory(uefi::FileProtocol* file) {

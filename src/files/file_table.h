@@ -56,9 +56,8 @@ void initialize_file_table();
 // cleared. `record_length` is 0 for sequential modes.
 void attach_file(OpenFile& file, FileHandle handle, FileMode mode, std::uint32_t record_length);
 
-// Writes one byte as it is. The column counts it, whatever it is. Raises
-// "Disk I/O error" when a full buffer cannot be written (its bytes are lost) and "Field overflow" past the
-// end of a record.
+// Writes one byte as it is. The column counts it, whatever it is. Raises "Disk I/O error" when a full buffer
+// cannot be written (its bytes are lost) and "Field overflow" past the end of a record.
 void file_put_byte(OpenFile& file, std::uint8_t byte);
 
 // Ends a line of text: bytes 13 and 10, column 0.

@@ -7,6 +7,8 @@
 // the leading term kept to about 100 bits.
 #pragma once
 
+#include "platform/processor.h"
+
 namespace korvane {
 
 // Sine, cosine and tangent of an angle in radians, with exact argument reduction; a NaN for an infinity.
@@ -30,9 +32,7 @@ double kernel_pow(double base, double exponent);
 
 // Square root by the processor's instruction, correctly rounded; a NaN for negative numbers.
 inline double kernel_sqrt(double x) {
-    double root;
-    asm("sqrtsd %1, %0" : "=x"(root) : "x"(x));
-    return root;
+    return processor_sqrt(x);
 }
 
 }  // namespace korvane

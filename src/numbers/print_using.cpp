@@ -5,13 +5,13 @@
 
 #include "numbers/decimal.h"
 #include "numbers/format.h"
+#include "numbers/rounding.h"
 #include "numbers/text_writer.h"
 
 namespace korvane {
 namespace {
 
 constexpr double infinity = __builtin_huge_val();
-constexpr double two_to_53 = 9007199254740992.0;
 
 // The character at a position, or a zero past the end, which belongs to no field.
 char at(std::string_view format, std::size_t position) {
@@ -93,17 +93,13 @@ char sign_of(double number, bool plus) {
     return plus ? '+' : '\0';
 }
 
-double truncate(double magnitude) {
-    return magnitude < two_to_53 ? static_cast<double>(static_cast<std::int64_t>(magnitude)) : magnitude;
-}
-
 // The magnitude rounded to a count of digits after the point.
 double round_magnitude(double magnitude, std::int32_t digits) {
     const double scale = power_of_ten(digits);
     const double scaled = magnitude * scale;
     // A number that large has no digits after the point.
     if (scaled == infinity) return magnitude;
-    return truncate(scaled + 0.5) / scale;
+    return truncated(scaled + 0.5) / scale;
 }
 
 // Digits of the whole part with a comma before each group of three when asked for.
@@ -165,7 +161,7 @@ void put_field(TextWriter& out, double number, const NumericField& field) {
     std::array<char, integral_size> whole;
     const double rounded = finite ? round_magnitude(magnitude, field.digits_after) : magnitude;
     const std::size_t whole_size =
-        finite ? write_integral(truncate(rounded), whole) : format_magnitude(magnitude, 1, 'E', whole);
+        finite ? write_integral(truncated(rounded), whole) : format_magnitude(magnitude, 1, 'E', whole);
     const auto whole_digits = static_cast<std::int32_t>(whole_size);
     const std::int32_t decimals = finite ? (field.point ? 1 : 0) + field.digits_after : 0;
     const std::int32_t commas = finite && field.comma ? (whole_digits - 1) / 3 : 0;
@@ -180,7 +176,7 @@ void put_field(TextWriter& out, double number, const NumericField& field) {
     if (sign != 0 && !field.trailing_sign) out.put(sign);
     put_whole(out, std::span(whole).first(whole_size), commas != 0);
     if (finite && field.point) out.put('.');
-    if (finite) put_fraction(out, rounded - truncate(rounded), field.digits_after);
+    if (finite) put_fraction(out, rounded - truncated(rounded), field.digits_after);
     if (field.trailing_sign) out.put(number < 0 ? '-' : '+');
 }
 

@@ -1,9 +1,24 @@
-// Whole numbers near a double, as a double.
+// Whole numbers near a double.
 #pragma once
 
 #include <cstdint>
 
 namespace korvane {
+
+// The nearest integer, halves away from zero (2.5 gives 3, -2.5 gives -3); false when it leaves the INT64
+// range, or the number is none.
+inline bool nearest_integer(double x, std::int64_t& integer) {
+    constexpr double limit = 9223372036854775808.0;
+    if (!(x >= -limit && x < limit)) return false;  // a NaN fails both comparisons
+    integer = static_cast<std::int64_t>(x);
+    const double fraction = x - static_cast<double>(integer);
+    if (__builtin_expect(fraction == 0, true)) return true;
+    // Only numbers below 2^52 in magnitude have a fraction, so the step cannot leave the range.
+    integer += (fraction >= 0.5) - (fraction <= -0.5);
+    return true;
+}
+
+// As doubles:
 
 // Toward zero; keeps the sign of a zero.
 inline double truncated(double x) {

@@ -11,6 +11,11 @@ constexpr bool is_blank(std::uint32_t character) {
     return character == ' ' || character == '\t';
 }
 
+// CR or LF; the two together are one line end.
+constexpr bool is_line_break(std::uint32_t character) {
+    return character == '\r' || character == '\n';
+}
+
 constexpr bool is_digit(std::uint32_t character) {
     return character >= '0' && character <= '9';
 }

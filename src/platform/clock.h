@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "platform/processor.h"
 #include "platform/uefi.h"
 
 namespace korvane {
@@ -17,7 +18,7 @@ void calibrate_clock();
 
 // The counter itself; it counts from the processor's reset.
 inline std::uint64_t read_time_stamp() {
-    return __builtin_ia32_rdtsc();
+    return processor_ticks();
 }
 
 // Seconds since the processor's reset; the seconds of the day when the counter has no rate.
@@ -25,6 +26,10 @@ double clock_seconds();
 
 // The same as whole milliseconds, the time base of the event timers.
 std::uint64_t clock_milliseconds();
+
+// What the counter holds when clock_milliseconds() gets that far; 0 when the counter has no rate, and the
+// highest number when it will never.
+std::uint64_t time_stamp_at(std::uint64_t milliseconds);
 
 // The firmware's calendar clock; all zero when it cannot be read.
 uefi::Time read_calendar();

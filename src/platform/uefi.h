@@ -12,7 +12,11 @@
 #include <cstdint>
 
 // The calling convention of every firmware entry point on x86-64 (UEFI 2.10, section 2.3.4).
+#ifdef __wasm__  // has one convention only
+#define EFIAPI
+#else
 #define EFIAPI __attribute__((ms_abi))
+#endif
 
 namespace korvane::uefi {
 

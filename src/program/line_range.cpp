@@ -1,22 +1,16 @@
 #include "program/line_range.h"
 
+#include "numbers/rounding.h"
 #include "program/parse.h"
 #include "program/program_store.h"
 
 namespace korvane {
 
 std::optional<std::uint32_t> line_number_of(const Token& number) {
-    if (is_integer(number.value_type)) {
-        const std::int64_t integer = number.number.integer;
-        if (integer < 0 || integer > max_line_number) return std::nullopt;
-        return static_cast<std::uint32_t>(integer);
-    }
-    const double real = number.number.real;
-    // Literals are not negative; the comparison also refuses an infinity and a NaN.
-    if (!(real >= 0 && real < max_line_number + 0.5)) return std::nullopt;
-    const auto whole = static_cast<std::int64_t>(real);
-    const bool rounds_up = real - static_cast<double>(whole) >= 0.5;
-    return static_cast<std::uint32_t>(whole + (rounds_up ? 1 : 0));
+    std::int64_t integer = number.number.integer;
+    if (is_floating(number.value_type) && !nearest_integer(number.number.real, integer)) return std::nullopt;
+    if (integer < 0 || integer > max_line_number) return std::nullopt;
+    return static_cast<std::uint32_t>(integer);
 }
 
 std::optional<std::uint32_t> read_line_number(Cursor& cursor, const char* not_a_number,

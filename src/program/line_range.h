@@ -26,7 +26,7 @@ struct LineRangeMessages {
 inline constexpr LineRangeMessages delete_range_messages{message::illegal_function_call,
                                                          message::syntax_error, message::syntax_error};
 
-// The line number that a NUMBER token stands for, floats rounded half up; nothing when it lies outside 0 to
+// The line number that a NUMBER token stands for, floats rounded; nothing when it lies outside 0 to
 // 4,294,967,294. Raises nothing.
 std::optional<std::uint32_t> line_number_of(const Token& number);
 

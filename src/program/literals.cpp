@@ -11,9 +11,6 @@
 namespace korvane {
 namespace {
 
-constexpr std::int64_t integer_limit = 32768;
-constexpr std::int64_t long_limit = 2147483648;
-
 // A type suffix and its length; NONE and 0 where there is none.
 struct Suffix {
     Type type;
@@ -43,12 +40,10 @@ bool fail(const char* error_message) {
 // Decimal digits only, as a number below 2^63; false when there are too many.
 bool read_whole(std::string_view digits, std::int64_t& whole) {
     std::int64_t number = 0;
-    for (const char digit : digits) {
+    for (const char digit : digits)
         if (__builtin_mul_overflow(number, 10, &number) ||
-            __builtin_add_overflow(number, digit - '0', &number)) {
+            __builtin_add_overflow(number, digit - '0', &number))
             return false;
-        }
-    }
     whole = number;
     return true;
 }
@@ -57,9 +52,7 @@ bool read_whole(std::string_view digits, std::int64_t& whole) {
 bool read_integer(std::string_view number, const DecimalShape& shape, Type type, Value& value) {
     if (shape.point || shape.exponent_letter != 0) return fail(message::syntax_error);
     std::int64_t whole = 0;
-    if (!read_whole(number, whole)) return fail(message::overflow);
-    if (type == Type::INTEGER && whole >= integer_limit) return fail(message::overflow);
-    if (type == Type::LONG && whole >= long_limit) return fail(message::overflow);
+    if (!read_whole(number, whole) || !holds(type, whole)) return fail(message::overflow);
     value = Value::of_integer(whole, type);
     return true;
 }
@@ -73,18 +66,17 @@ bool read_floating(std::string_view number, Type type, Value& value) {
 
 bool read_without_suffix(std::string_view number, const DecimalShape& shape, Value& value) {
     std::int64_t whole = 0;
-    if (!shape.point && shape.exponent_letter == 0 && read_whole(number, whole) && whole < integer_limit) {
+    if (!shape.point && shape.exponent_letter == 0 && read_whole(number, whole) &&
+        holds(Type::INTEGER, whole)) {
         value = Value::of_integer(whole, Type::INTEGER);
         return true;
     }
     constexpr std::size_t double_digits = 8;
-    if (shape.exponent_letter == 'D' || shape.digits >= double_digits) {
+    if (shape.exponent_letter == 'D' || shape.digits >= double_digits)
         return read_floating(number, Type::DOUBLE, value);
-    }
     const double single = decimal_to_single(number);
-    if (__builtin_isinf(single) || (single == 0 && decimal_to_double(number) != 0)) {
+    if (__builtin_isinf(single) || (single == 0 && decimal_to_double(number) != 0))
         return read_floating(number, Type::DOUBLE, value);
-    }
     value = Value::of_real(single, Type::SINGLE);
     return true;
 }

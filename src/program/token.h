@@ -4,7 +4,8 @@
 // every statement handler and the evaluator walk these records, one record a step. The arrays live in the
 // token cache of the program arena and can be looked at with PEEK, so kind, value type and payload stay as
 // the tokenizer wrote them; the spare bytes, the unused part of a payload and the lookup cache carry what the
-// interpreter has learned about the token (see the members).
+// interpreter has learned about the token (see the members). Most of it belongs to specialised statements,
+// whose views of a record are in fast/records.h.
 #pragma once
 
 #include <cstdint>
@@ -42,38 +43,6 @@ enum Resolution : std::uint8_t {
 
 struct Token;
 
-// An integer result of a specialised evaluation; when `failed` is not 0 it is none, and the general evaluator
-// has to say why.
-struct Whole {
-    std::int64_t value;
-    std::uint64_t failed;
-};
-
-// A specialised piece of evaluation, kept in the unused bytes of an operator, a bracket, "=" or a keyword;
-// fast/step.h explains it, and fast/records.h tells what else is kept in these bytes.
-struct Step {
-    union {
-        double (*real)(double accumulator, Token* at);
-        float (*single)(float accumulator, Token* at);
-        Whole (*whole)(std::int64_t accumulator, Token* at);
-        Value (*text)(Token* at);
-        Position jump;  // of a keyword: where a scan from it leads; of a cached line's end record: its line
-    };
-    const void* operand;  // leaf of the right operand
-    union {
-        Token* inner;             // first step of the right operand
-        std::uint8_t literal[8];  // of IF and WHILE: a literal that is compared with a variable
-    };
-    Token* next;  // next step of the chain; of a statement: the statement that follows; of a cached line's
-                  // end record: the next line's first token, once control has passed there
-    const void* left_operand;  // the same for the left operand, where the accumulator does not carry it
-    union {
-        Token* left_inner;
-        Position own;  // of a keyword that stacks a position: that position
-    };
-};
-static_assert(sizeof(Step) == 48);
-
 // Executes the statement at `at` and those that follow it, `budget` of them at most; gives how many of these
 // are left when something stopped it (fast/statement.h).
 using Execute = std::uint64_t (*)(Token* at, std::uint64_t budget);
@@ -83,10 +52,9 @@ struct Token {
     Type value_type;  // of a NUMBER
     union {
         std::uint8_t resolution;  // of an IDENTIFIER: a Resolution
-        std::uint8_t left_kind;   // of an operator: what its left operand is
-        bool jump_known;          // of FOR, WHILE and IF: step.jump is set
+        bool jump_known;          // of FOR, WHILE and IF: `jump` is set
     };
-    std::uint8_t right_kind;   // of the right or only operand of `step`
+    std::uint8_t unused_kind;
     std::uint32_t generation;  // clear generation at which `cached` or `execute` was taken
     union {
         struct {
@@ -112,14 +80,18 @@ struct Token {
             // a reference in it is trusted only while `generation` is current.
             void* cached;
         };
-        Step step;
+        Position jump;  // of FOR, WHILE and IF: where a scan from it leads
+        struct {
+            std::uint32_t line;
+            void* unused[2];
+            Token* next_line;  // its first token, once control has passed there
+        } line_end;            // of a cached line's end record
     };
     Execute execute;  // of a statement's first token: how to execute the statement
 };
 static_assert(sizeof(Token) == 64);
 static_assert(__builtin_offsetof(Token, payload) == 8);
 static_assert(__builtin_offsetof(Token, cached) == 48);
-static_assert(__builtin_offsetof(Token, step) == 8);
 
 // A position in a token array. Handlers and evaluator advance it past what they read.
 using Cursor = Token*;

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "numbers/format.h"
+#include "platform/characters.h"
 #include "program/line_range.h"
 #include "program/parse.h"
 #include "program/program_store.h"
@@ -33,8 +34,8 @@ Page empty_page() {
     return {columns, rows > prompt_rows ? rows - prompt_rows : 1, 0};
 }
 
-// Rows that a line takes when it is printed at the cursor.
-// Line ends inside the text start a new row, CR LF one.
+// Rows that a line takes when it is printed at the cursor. Line ends inside the text start a new row, CR LF
+// one.
 std::uint32_t rows_of_line(std::uint32_t index, std::uint32_t columns) {
     const CellRectangle area = con_text_area();
     const std::uint32_t start = console.cursor_column > area.left ? console.cursor_column - area.left : 0;
@@ -46,7 +47,7 @@ std::uint32_t rows_of_line(std::uint32_t index, std::uint32_t columns) {
         const bool second_half = character == '\n' && previous == '\r';
         previous = character;
         if (second_half) continue;
-        if (character == '\r' || character == '\n' || ++column == columns) {
+        if (is_line_break(static_cast<std::uint8_t>(character)) || ++column == columns) {
             ++rows;
             column = 0;
         }

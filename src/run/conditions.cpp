@@ -29,10 +29,10 @@ void take_then_part(Cursor& cursor) {
 void take_else_part(Token& opener, Cursor& cursor) {
     execution.then_part = false;
     if (!opener.jump_known) {
-        opener.step.jump.record = record_of(find_else(cursor));
+        opener.jump.record = record_of(find_else(cursor));
         opener.jump_known = true;
     }
-    cursor = execution.tokens + opener.step.jump.record;
+    cursor = execution.tokens + opener.jump.record;
     if (!accept(cursor, KW_ELSE)) return;
     if (cursor->kind == NUMBER) jump_to_literal(*cursor);
 }
@@ -49,21 +49,19 @@ void do_if(Cursor& cursor) {
     const bool truth = evaluate_truth(cursor);
     if (error_pending()) return;
     if (cursor->kind == KW_THEN || cursor->kind == KW_GOTO) ++cursor;
-    if (!truth) {
+    if (!truth)
         take_else_part(opener, cursor);
-    } else if (cursor->kind == NUMBER) {
+    else if (cursor->kind == NUMBER)
         jump_to_literal(*cursor);
-    } else {
+    else
         take_then_part(cursor);
-    }
 }
 
 void do_else(Cursor& cursor) {
-    if (execution.then_part) {
+    if (execution.then_part)
         skip_to_line_end(cursor);
-    } else {
+    else
         raise(message::syntax_error);
-    }
 }
 
 }  // namespace korvane

@@ -39,7 +39,7 @@ bool find_closer(std::uint32_t record, std::uint8_t opener, std::uint8_t closer,
 // The same through the opening token's memory. Without a closer the run ends, without a message (deliberate).
 bool find_closer(Token& opener, std::uint8_t closer, Position& found) {
     if (opener.jump_known) {
-        found = opener.step.jump;
+        found = opener.jump;
         return true;
     }
     const bool remembers = execution.line == direct_line || remembers_lines(&opener);
@@ -49,7 +49,7 @@ bool find_closer(Token& opener, std::uint8_t closer, Position& found) {
     }
     // The scan may have overwritten what runs from the execution buffer.
     if (remembers) {
-        opener.step.jump = found;
+        opener.jump = found;
         opener.jump_known = true;
     }
     return true;
@@ -81,12 +81,6 @@ bool limit_fits_double(const Value& limit) {
     constexpr std::int64_t exact = 9007199254740993;  // 2^53 + 1
     if (is_floating(limit.type)) return !__builtin_isnan(limit.real);
     return limit.type != Type::INT64 || (limit.integer >= -exact && limit.integer <= exact);
-}
-
-// -1, 0 or 1 by which the loop ends: past the limit in the direction of the step.
-// A zero step counts as upward.
-bool past_limit(std::int32_t step_sign, int order) {
-    return step_sign < 0 ? order < 0 : order > 0;
 }
 
 bool read_for_values(Cursor& cursor, Value& start, Value& limit, Value& step) {
@@ -141,11 +135,10 @@ double step_floating(const ForEntry& entry) {
         raise(message::overflow);
         return sum;
     }
-    if (single) {
+    if (single)
         write_unaligned(storage, static_cast<float>(sum));
-    } else {
+    else
         write_unaligned(storage, sum);
-    }
     return sum;
 }
 
@@ -228,11 +221,10 @@ void do_for(Cursor& cursor) {
     fill_for_entry(entry, name->name, *variable, limit, step, {execution.line, record_of(cursor)});
     const int order = compare(load(place), limit);
     if (error_pending()) return;
-    if (past_limit(entry.step_sign, order)) {
+    if (past_limit(entry.step_sign, order, 0))
         skip_loop(opener, cursor);
-    } else {
+    else
         ++control_stacks.for_count;
-    }
 }
 
 void do_next(Cursor& cursor) {
@@ -244,11 +236,10 @@ void do_next(Cursor& cursor) {
     }
     const int order = advance(*entry);
     if (error_pending()) return;
-    if (past_limit(entry->step_sign, order)) {
+    if (past_limit(entry->step_sign, order, 0))
         --control_stacks.for_count;
-    } else {
+    else
         jump_to_position(entry->loop, entry->epoch);
-    }
 }
 
 void do_while(Cursor& cursor) {

@@ -1,6 +1,8 @@
 // Loops: FOR and NEXT, WHILE and WEND.
 #pragma once
 
+#include <cstdint>
+
 #include "program/token.h"
 
 namespace korvane {
@@ -12,6 +14,13 @@ struct VariableEntry;
 // Raises "Expected variable", "Expected =", "Expected TO", "Type mismatch", "Out of memory" beyond 64 levels,
 // "Illegal function call" for a NaN step. Re-entering an unfinished FOR stacks another entry (deliberate).
 void do_for(Cursor& cursor);
+
+// Whether a loop's variable is past its limit in the direction of the step, which ends the loop. A zero step
+// counts as upward.
+template <typename Number>
+inline bool past_limit(std::int32_t step_sign, Number value, Number limit) {
+    return step_sign < 0 ? value < limit : value > limit;
+}
 
 // Fills the entry of a loop from its evaluated parts and the place behind its FOR.
 void fill_for_entry(ForEntry& entry, const char* name, VariableEntry& variable, const Value& limit,

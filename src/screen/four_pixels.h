@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "platform/processor.h"
+
 namespace korvane {
 
 // The firmware promises no more than the alignment of one pixel.
@@ -24,8 +26,7 @@ inline void store_four(std::uint32_t* place, FourPixels pixels) {
 
 // The result of a comparison of four pixels, whose lanes are all ones or 0, as bits: bit i is pixel i's.
 inline std::uint32_t lane_bits(FourPixels comparison) {
-    using FourFloats __attribute__((vector_size(16))) = float;
-    return static_cast<std::uint32_t>(__builtin_ia32_movmskps(std::bit_cast<FourFloats>(comparison)));
+    return word_bits(std::bit_cast<WordVector>(comparison));
 }
 
 inline constexpr std::uint32_t no_pixel = 0;

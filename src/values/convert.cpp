@@ -2,23 +2,17 @@
 
 #include <iterator>
 
+#include "numbers/rounding.h"
 #include "program/errors.h"
 #include "program/messages.h"
 
 namespace korvane {
 
 std::int64_t round_to_integer(double number) {
-    constexpr double limit = 9223372036854775808.0;
-    if (!(number >= -limit && number < limit)) {  // a NaN fails both comparisons
-        raise(message::overflow);
-        return 0;
-    }
-    const auto truncated = static_cast<std::int64_t>(number);
-    const double fraction = number - static_cast<double>(truncated);
-    // Only numbers below 2^52 in magnitude have a fraction, so neither step can leave the INT64 range.
-    if (fraction >= 0.5) return truncated + 1;
-    if (fraction <= -0.5) return truncated - 1;
-    return truncated;
+    std::int64_t integer;
+    if (nearest_integer(number, integer)) return integer;
+    raise(message::overflow);
+    return 0;
 }
 
 std::int64_t to_integer(const Value& value) {

@@ -1,5 +1,5 @@
 // Conversions between the numeric types. Every conversion of a float to an integer in the language goes
-// through round_to_integer().
+// through nearest_integer() of numbers/rounding.h, most of them here.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,7 @@
 
 namespace korvane {
 
-// Rounds to the nearest integer, halves away from zero (2.5 gives 3, -2.5 gives -3). A NaN or a result
-// outside the INT64 range raises "Overflow" and gives 0.
+// nearest_integer(); a NaN or a result outside the INT64 range raises "Overflow" and gives 0.
 std::int64_t round_to_integer(double number);
 
 // The value as a 64-bit integer: integer types unchanged, floats rounded as above. A string raises "Type

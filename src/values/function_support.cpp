@@ -40,8 +40,8 @@ Value new_string_of(const void* bytes, std::uint64_t length) {
 }
 
 Value narrowest_integer(std::int64_t integer) {
-    if (integer >= INT16_MIN && integer <= INT16_MAX) return Value::of_integer(integer, Type::INTEGER);
-    if (integer >= INT32_MIN && integer <= INT32_MAX) return Value::of_integer(integer, Type::LONG);
+    if (holds(Type::INTEGER, integer)) return Value::of_integer(integer, Type::INTEGER);
+    if (holds(Type::LONG, integer)) return Value::of_integer(integer, Type::LONG);
     return Value::of_integer(integer);
 }
 

@@ -10,6 +10,7 @@
 
 #include "numbers/value.h"
 #include "program/token.h"
+#include "values/argument_list.h"
 
 namespace korvane {
 
@@ -17,14 +18,13 @@ struct UserFunction;
 
 // A row of the table.
 struct BuiltInFunction {
-    enum class Form : std::uint8_t { bare, unary, call };
-
-    char name[15];  // zero-padded; the longest name fills it
-    Form form;      // which of the following it is
+    char name[15];           // zero-padded; the longest name fills it
+    ArgumentList arguments;  // says which of the following it is
     union {
-        Value (*bare)();               // a function without arguments, or a system variable
-        Value (*unary)(const Value&);  // one expression in parentheses, which the evaluator reads
-        Value (*call)(Cursor&);        // reads its own arguments; the cursor stands on "("
+        Value (*bare)();                                      // without arguments, or a system variable
+        Value (*unary)(const Value&);                         // of one argument, which the evaluator reads
+        Value (*several)(const Value* arguments, int count);  // of several, which it reads too
+        Value (*call)(Cursor&);  // reads its own arguments; the cursor stands on "("
     };
 };
 static_assert(sizeof(BuiltInFunction) == 24);

@@ -10,6 +10,7 @@
 #include "values/convert.h"
 #include "values/functions.h"
 #include "values/power.h"
+#include "values/promotion.h"
 
 namespace korvane {
 namespace {
@@ -21,11 +22,6 @@ Value floating_result(double number, Type type) {
     if (type == Type::SINGLE) number = to_single(number);
     if (!__builtin_isfinite(number)) return fail(message::overflow);
     return Value::of_real(number, type);
-}
-
-// The wider of the two types; the type codes are ordered by width.
-Type wider(const Value& left, const Value& right) {
-    return std::max(left.type, right.type);
 }
 
 Value concatenate(const Value& left, const Value& right) {
@@ -62,20 +58,21 @@ double floating(std::uint8_t operation, double left, double right) {
 }
 
 Value add_subtract_multiply(std::uint8_t operation, const Value& left, const Value& right) {
-    if (is_integer(left.type) && is_integer(right.type)) {
+    const Type type = sum_type(left.type, right.type);
+    if (is_integer(type)) {
         std::int64_t result;
         if (exact_integer(operation, left.integer, right.integer, result)) return Value::of_integer(result);
         return floating_result(
             floating(operation, static_cast<double>(left.integer), static_cast<double>(right.integer)),
             Type::DOUBLE);
     }
-    return floating_result(floating(operation, to_double(left), to_double(right)), wider(left, right));
+    return floating_result(floating(operation, to_double(left), to_double(right)), type);
 }
 
 Value divide(const Value& left, const Value& right) {
     const double divisor = to_double(right);
     if (divisor == 0.0) return fail(message::division_by_zero);
-    return floating_result(to_double(left) / divisor, std::max(wider(left, right), Type::SINGLE));
+    return floating_result(to_double(left) / divisor, quotient_type(left.type, right.type));
 }
 
 // \ and MOD. The quotient truncates toward zero; the remainder has the sign of the dividend.
@@ -89,14 +86,15 @@ Value divide_integers(std::uint8_t operation, const Value& left, const Value& ri
     return Value::of_integer(operation == KW_MOD ? dividend % divisor : dividend / divisor);
 }
 
-int sign_of(bool less, bool greater) {
-    return static_cast<int>(greater) - static_cast<int>(less);
+template <typename Number>
+int order_of(Number left, Number right) {
+    return static_cast<int>(left > right) - static_cast<int>(left < right);
 }
 
 int compare_strings(const Value& left, const Value& right) {
     const int difference = compare_bytes(left.bytes, right.bytes, std::min(left.length, right.length));
     if (difference != 0) return difference < 0 ? -1 : 1;
-    return sign_of(left.length<right.length, left.length> right.length);
+    return order_of(left.length, right.length);
 }
 
 // Exact comparison of an integer too large to be converted to a double without rounding.
@@ -105,9 +103,9 @@ int compare_exactly(std::int64_t integer, double real) {
     if (real >= two_to_63) return -1;
     if (real < -two_to_63) return 1;
     const auto whole = static_cast<std::int64_t>(real);
-    if (integer != whole) return sign_of(integer<whole, integer> whole);
+    if (integer != whole) return order_of(integer, whole);
     const double fraction = real - static_cast<double>(whole);
-    return sign_of(fraction > 0, fraction < 0);
+    return order_of(0.0, fraction);
 }
 
 // An INTEGER or LONG can be as large as an INT64 when a suffix types a hexadecimal literal, and is converted
@@ -116,8 +114,7 @@ int compare_mixed(const Value& integer, double real) {
     constexpr std::int64_t two_to_53 = 9007199254740992;
     const bool exact = integer.integer >= -two_to_53 && integer.integer <= two_to_53;
     if (integer.type == Type::INT64 && !exact) return compare_exactly(integer.integer, real);
-    const auto left = static_cast<double>(integer.integer);
-    return sign_of(left<real, left> real);
+    return order_of(static_cast<double>(integer.integer), real);
 }
 
 bool is_nan(const Value& value) {
@@ -125,16 +122,14 @@ bool is_nan(const Value& value) {
 }
 
 int compare_numbers(const Value& left, const Value& right) {
-    if (is_integer(left.type) && is_integer(right.type)) {
-        return sign_of(left.integer<right.integer, left.integer> right.integer);
-    }
+    if (is_integer(left.type) && is_integer(right.type)) return order_of(left.integer, right.integer);
     if (is_nan(left) || is_nan(right)) {
         raise(message::illegal_function_call);
         return 0;
     }
     if (is_integer(left.type)) return compare_mixed(left, right.real);
     if (is_integer(right.type)) return -compare_mixed(right, left.real);
-    return sign_of(left.real<right.real, left.real> right.real);
+    return order_of(left.real, right.real);
 }
 
 }  // namespace

@@ -9,19 +9,13 @@
 #include "platform/memory.h"
 #include "program/errors.h"
 #include "program/messages.h"
-#include "program/parse.h"
 #include "values/convert.h"
-#include "values/evaluator.h"
 #include "values/functions.h"
 #include "values/mbf.h"
 #include "values/text_number.h"
 
 namespace korvane {
 namespace {
-
-std::string_view view_of(const Value& text) {
-    return {reinterpret_cast<const char*>(text.bytes), text.length};
-}
 
 bool require_string(const Value& value) {
     if (value.type == Type::STRING) return true;
@@ -70,16 +64,11 @@ Value radix_digits(const Value& number, unsigned bits_per_digit) {
     return new_string_of(first, static_cast<std::uint64_t>(digits + sizeof digits - first));
 }
 
-// The text and count of LEFT$ and RIGHT$.
-bool read_text_and_count(Cursor& cursor, Value& text, std::uint32_t& count) {
-    Value arguments[2];
+// How many bytes of its text LEFT$ or RIGHT$ gives.
+bool read_part_length(const Value* arguments, std::uint32_t& length) {
     std::int64_t wanted;
-    if (read_arguments(cursor, arguments, 2, 2) == 0 || !require_string(arguments[0]) ||
-        !read_count(arguments[1], wanted)) {
-        return false;
-    }
-    text = arguments[0];
-    count = static_cast<std::uint32_t>(std::min<std::int64_t>(wanted, text.length));
+    if (!require_string(arguments[0]) || !read_count(arguments[1], wanted)) return false;
+    length = static_cast<std::uint32_t>(std::min<std::int64_t>(wanted, arguments[0].length));
     return true;
 }
 
@@ -108,7 +97,7 @@ void copy_shifted(std::uint8_t* to, const Value& text, std::uint8_t first, std::
 std::int64_t find_text(const Value& text, const Value& wanted, std::int64_t start) {
     if (start > text.length) return 0;
     if (wanted.length == 0) return start;
-    const std::size_t found = view_of(text).find(view_of(wanted), static_cast<std::size_t>(start - 1));
+    const std::size_t found = text.text().find(wanted.text(), static_cast<std::size_t>(start - 1));
     return found == std::string_view::npos ? 0 : static_cast<std::int64_t>(found) + 1;
 }
 
@@ -146,7 +135,7 @@ Value function_str(const Value& number) {
 }
 
 Value function_val(const Value& text) {
-    return require_string(text) ? longest_number(view_of(text)) : Value::nothing();
+    return require_string(text) ? longest_number(text.text()) : Value::nothing();
 }
 
 Value function_hex(const Value& number) {
@@ -192,51 +181,40 @@ Value function_cvd(const Value& image) {
     return Value::of_real(from_mbf_double(std::span<const std::uint8_t, 8>(image.bytes, 8)));
 }
 
-Value function_left(Cursor& cursor) {
-    Value text;
-    std::uint32_t count;
-    if (!read_text_and_count(cursor, text, count)) return Value::nothing();
-    return new_string_of(text.bytes, count);
+Value function_left(const Value* arguments, int) {
+    std::uint32_t length;
+    return read_part_length(arguments, length) ? new_string_of(arguments[0].bytes, length) : Value::nothing();
 }
 
-Value function_right(Cursor& cursor) {
-    Value text;
-    std::uint32_t count;
-    if (!read_text_and_count(cursor, text, count)) return Value::nothing();
-    return new_string_of(text.bytes + (text.length - count), count);
+Value function_right(const Value* arguments, int) {
+    std::uint32_t length;
+    if (!read_part_length(arguments, length)) return Value::nothing();
+    return new_string_of(arguments[0].bytes + (arguments[0].length - length), length);
 }
 
-Value function_mid(Cursor& cursor) {
-    Value arguments[3];
+Value function_mid(const Value* arguments, int count) {
     std::int64_t start;
     std::int64_t length = INT64_MAX;
-    const int count = read_arguments(cursor, arguments, 2, 3);
-    if (count == 0 || !require_string(arguments[0]) || !read_in_range(arguments[1], 1, INT64_MAX, start) ||
-        (count == 3 && !read_count(arguments[2], length))) {
+    if (!require_string(arguments[0]) || !read_in_range(arguments[1], 1, INT64_MAX, start) ||
+        (count == 3 && !read_count(arguments[2], length)))
         return Value::nothing();
-    }
     const Value& text = arguments[0];
     if (start > text.length) return new_string_of(nullptr, 0);
     const std::int64_t available = text.length - (start - 1);
     return new_string_of(text.bytes + (start - 1), static_cast<std::uint64_t>(std::min(length, available)));
 }
 
-Value function_instr(Cursor& cursor) {
-    Value arguments[3];
-    const int count = read_arguments(cursor, arguments, 2, 3);
-    if (count == 0) return Value::nothing();
+Value function_instr(const Value* arguments, int count) {
     if (count == 2) return position_of(arguments[0], arguments[1], 1);
     std::int64_t start;
     if (!read_in_range(arguments[0], 1, INT64_MAX, start)) return Value::nothing();
     return position_of(arguments[1], arguments[2], start);
 }
 
-Value function_string(Cursor& cursor) {
-    Value arguments[2];
+Value function_string(const Value* arguments, int) {
     std::int64_t count;
     std::int64_t code;
-    if (read_arguments(cursor, arguments, 2, 2) == 0 || !read_count(arguments[0], count))
-        return Value::nothing();
+    if (!read_count(arguments[0], count)) return Value::nothing();
     const Value& character = arguments[1];
     if (character.type == Type::STRING) {
         if (character.length == 0) return fail(message::illegal_function_call);

@@ -4,7 +4,6 @@
 #pragma once
 
 #include "numbers/value.h"
-#include "program/token.h"
 
 namespace korvane {
 
@@ -34,11 +33,11 @@ void copy_shifted(std::uint8_t* to, const Value& text, std::uint8_t first, std::
 // text is found at `start` unless that lies behind the other text.
 std::int64_t find_text(const Value& text, const Value& wanted, std::int64_t start);
 
-// These read their own arguments; the cursor stands on "(".
-Value function_left(Cursor& cursor);    // (s$, n)
-Value function_right(Cursor& cursor);   // (s$, n)
-Value function_mid(Cursor& cursor);     // (s$, start[, length]), start from 1
-Value function_instr(Cursor& cursor);   // ([start,] string$, search$)
-Value function_string(Cursor& cursor);  // (n, code) or (n, s$)
+// Of several arguments.
+Value function_left(const Value* arguments, int count);    // (s$, n)
+Value function_right(const Value* arguments, int count);   // (s$, n)
+Value function_mid(const Value* arguments, int count);     // (s$, start[, length]), start from 1
+Value function_instr(const Value* arguments, int count);   // ([start,] string$, search$)
+Value function_string(const Value* arguments, int count);  // (n, code) or (n, s$)
 
 }  // namespace korvane

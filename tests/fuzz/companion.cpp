@@ -107,8 +107,9 @@ bool is_comparable(std::string_view input) {
     constexpr std::array<std::string_view, 6> words = {"TIME",   "KORVANE",   "PEEK",
                                                        "RANDOM", "CREATEEFI", "VARINFO"};
     std::string upper(input);
-    std::transform(upper.begin(), upper.end(), upper.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    std::transform(
+        upper.begin(), upper.end(), upper.begin(),
+        [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
     return std::none_of(words.begin(), words.end(),
                         [&](std::string_view word) { return upper.find(word) != std::string::npos; });
 }

@@ -99,7 +99,8 @@ void prepare_program(std::initializer_list<string_view> lines) {
 }
 
 bool type_all(std::initializer_list<string_view> lines) {
-    return std::all_of(lines.begin(), lines.end(), [](string_view line) { return type(line); });
+    return std::all_of(
+        lines.begin(), lines.end(), [](string_view line) { return type(line); });
 }
 
 // ---- Sessions

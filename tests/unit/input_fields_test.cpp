@@ -100,6 +100,18 @@ TEST(NumberInField, FractionsCountAsTheyRound) {
     EXPECT_FALSE(takes("-9.3E18", Type::INT64));
 }
 
+TEST(NumberInField, WholeNumbersBeyondInt64NeedAPointOrAnExponent) {
+    for (const Type type : {Type::SINGLE, Type::DOUBLE}) {
+        EXPECT_TRUE(takes("9223372036854775807", type));
+        EXPECT_FALSE(takes("9223372036854775808", type));
+        EXPECT_TRUE(takes("9223372036854775808.", type));
+        EXPECT_TRUE(takes("-9223372036854775808", type));
+        EXPECT_FALSE(takes("-9223372036854775809", type));
+        EXPECT_TRUE(takes("-9223372036854775809E0", type));
+        EXPECT_FALSE(takes("&HFFFFFFFFFFFFFFFF", type));
+    }
+}
+
 TEST(NumberInField, WhatIsNoNumberGivesNothing) {
     EXPECT_FALSE(takes("abc", Type::DOUBLE));
     EXPECT_FALSE(takes("1x", Type::DOUBLE));

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/memory.h"
+#include "platform/processor.h"
 
 namespace korvane {
 namespace {
@@ -10,7 +11,6 @@ namespace {
 // Sixteen bytes at a time in a vector register, four registers in a step: the loops then wait for memory, not
 // for the processor.
 using Vector __attribute__((vector_size(16), aligned(1), may_alias)) = std::uint8_t;
-using Mask __attribute__((vector_size(16))) = char;
 constexpr std::uint64_t vector_bytes = sizeof(Vector);
 constexpr std::uint64_t step_bytes = 4 * vector_bytes;
 
@@ -18,8 +18,8 @@ Vector load(const std::uint8_t* from) {
     return *reinterpret_cast<const Vector*>(from);
 }
 
-bool any_set(Mask mask) {
-    return __builtin_ia32_pmovmskb128(mask) != 0;
+bool any_set(ByteVector comparison) {
+    return byte_bits(comparison) != 0;
 }
 
 // True when one of the 64 bytes has the value that fills `needle`.
@@ -27,7 +27,7 @@ bool step_holds(const std::uint8_t* bytes, Vector needle) {
     const auto first = (load(bytes) == needle) | (load(bytes + vector_bytes) == needle);
     const auto second =
         (load(bytes + 2 * vector_bytes) == needle) | (load(bytes + 3 * vector_bytes) == needle);
-    return any_set(reinterpret_cast<Mask>(first | second));
+    return any_set(reinterpret_cast<ByteVector>(first | second));
 }
 
 bool step_differs(const std::uint8_t* left, const std::uint8_t* right) {
@@ -35,7 +35,7 @@ bool step_differs(const std::uint8_t* left, const std::uint8_t* right) {
         (load(left) != load(right)) | (load(left + vector_bytes) != load(right + vector_bytes));
     const auto second = (load(left + 2 * vector_bytes) != load(right + 2 * vector_bytes)) |
                         (load(left + 3 * vector_bytes) != load(right + 3 * vector_bytes));
-    return any_set(reinterpret_cast<Mask>(first | second));
+    return any_set(reinterpret_cast<ByteVector>(first | second));
 }
 
 }  // namespace

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "files/file_handle.h"
+#include "platform/characters.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
 #include "program/errors.h"
@@ -18,14 +19,6 @@ namespace korvane {
 namespace {
 
 constexpr std::int32_t end_of_input = -1;
-
-bool is_line_end(std::int32_t byte) {
-    return byte == '\r' || byte == '\n';
-}
-
-bool is_blank(std::int32_t byte) {
-    return byte == ' ' || byte == '\t';
-}
 
 // Text being read, of unknown length. It collects at the bottom of the free data memory without being
 // allocated there, and may take all of it.
@@ -70,21 +63,21 @@ std::int32_t peek_byte(OpenFile& file) {
 }
 
 // Skips the bytes for which `is_skipped` holds.
-void skip_while(OpenFile& file, bool (*is_skipped)(std::int32_t)) {
-    while (is_skipped(peek_byte(file)))
+void skip_while(OpenFile& file, bool (*is_skipped)(std::uint32_t)) {
+    while (is_skipped(static_cast<std::uint32_t>(peek_byte(file))))
         take_bytes(file, 1);
 }
 
 // Takes one line end, if the file stands at one; CR LF is one.
 void take_line_end(OpenFile& file) {
     const std::int32_t byte = peek_byte(file);
-    if (!is_line_end(byte)) return;
+    if (!is_line_break(static_cast<std::uint32_t>(byte))) return;
     take_bytes(file, 1);
     if (byte == '\r' && peek_byte(file) == '\n') take_bytes(file, 1);
 }
 
 // Collects bytes up to the first for which `ends` holds, which stays unread, or to the end of the file.
-void collect_until(OpenFile& file, bool (*ends)(std::int32_t), CollectedText& text) {
+void collect_until(OpenFile& file, bool (*ends)(std::uint32_t), CollectedText& text) {
     for (;;) {
         const std::span<const std::uint8_t> bytes = unread_bytes(file);
         if (bytes.empty() || error_pending()) return;
@@ -98,7 +91,7 @@ void collect_until(OpenFile& file, bool (*ends)(std::int32_t), CollectedText& te
 
 // Collects one item and takes the separator behind it.
 void read_item(OpenFile& file, Type type, CollectedText& text) {
-    skip_while(file, [](std::int32_t byte) { return is_blank(byte) || is_line_end(byte); });
+    skip_while(file, [](std::uint32_t byte) { return is_blank(byte) || is_line_break(byte); });
     const std::int32_t first = peek_byte(file);
     if (first == end_of_input) {
         raise(message::input_past_end);
@@ -107,22 +100,22 @@ void read_item(OpenFile& file, Type type, CollectedText& text) {
     if (type == Type::STRING && first == '"') {
         take_bytes(file, 1);
         collect_until(
-            file, [](std::int32_t byte) { return byte == '"'; }, text);
+            file, [](std::uint32_t byte) { return byte == '"'; }, text);
         if (peek_byte(file) == '"') take_bytes(file, 1);
     } else if (type == Type::STRING) {
         collect_until(
-            file, [](std::int32_t byte) { return byte == ',' || is_line_end(byte); }, text);
+            file, [](std::uint32_t byte) { return byte == ',' || is_line_break(byte); }, text);
         text.remove_trailing_blanks();
     } else {
         collect_until(
-            file, [](std::int32_t byte) { return byte == ',' || is_blank(byte) || is_line_end(byte); }, text);
+            file, [](std::uint32_t byte) { return byte == ',' || is_blank(byte) || is_line_break(byte); },
+            text);
     }
     skip_while(file, is_blank);
-    if (peek_byte(file) == ',') {
+    if (peek_byte(file) == ',')
         take_bytes(file, 1);
-    } else {
+    else
         take_line_end(file);
-    }
 }
 
 // Stores the text as an item. False when it is no number but has to be one.
@@ -223,7 +216,7 @@ void do_line_input_file(Cursor& cursor) {
         return;
     }
     CollectedText text;
-    collect_until(*file, is_line_end, text);
+    collect_until(*file, is_line_break, text);
     if (error_pending()) return;
     store_collected(place, text.view());
     take_line_end(*file);

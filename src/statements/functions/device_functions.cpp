@@ -43,9 +43,7 @@ Value function_spc(const Value& count) {
     return send_blanks(count, print_spaces);
 }
 
-Value function_point(Cursor& cursor) {
-    Value arguments[2];
-    if (read_arguments(cursor, arguments, 2, 2) == 0) return Value::nothing();
+Value function_point(const Value* arguments, int) {
     const double x = to_double(arguments[0]);
     const double y = to_double(arguments[1]);
     return error_pending() ? Value::nothing() : gfx_point(x, y);

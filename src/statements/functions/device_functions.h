@@ -11,6 +11,6 @@ Value function_csrlin();                   // cursor row from the top of the scr
 Value function_pos(const Value& ignored);  // output column, from 1
 Value function_tab(const Value& column);   // sends blanks and gives the empty string
 Value function_spc(const Value& count);
-Value function_point(Cursor& cursor);  // (x, y)
+Value function_point(const Value* arguments, int count);  // (x, y)
 
 }  // namespace korvane

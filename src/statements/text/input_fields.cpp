@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "numbers/rounding.h"
 #include "values/text_number.h"
 
 namespace korvane {
@@ -35,13 +36,9 @@ std::string_view take_plain(std::string_view& text) {
 // SINGLE takes any number, if need be as an infinity.
 bool fits(const Value& number, Type type) {
     if (is_floating(type)) return true;
-    if (type == Type::INT64) {
-        return is_integer(number.type) || (number.real >= -0x1p63 && number.real < 0x1p63);
-    }
-    const std::int64_t largest = type == Type::INTEGER ? 32767 : 2147483647;
-    if (is_integer(number.type)) return number.integer >= -largest - 1 && number.integer <= largest;
-    const auto limit = static_cast<double>(largest);
-    return number.real > -limit - 1.5 && number.real < limit + 0.5;
+    std::int64_t whole = number.integer;
+    if (is_floating(number.type) && !nearest_integer(number.real, whole)) return false;
+    return holds(type, whole);
 }
 
 }  // namespace

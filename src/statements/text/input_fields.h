@@ -25,7 +25,9 @@ class ReplyFields {
     bool any_taken_ = false;
 };
 
-// The number that a field stands for, if it is one and the type can hold it. Raises nothing.
+// The number that a field stands for, if it is one and the type can hold it. The integer form comes first
+// whatever the type is (deliberate, and unlike READ): a whole number outside the INT64 range needs a point or
+// an exponent. Raises nothing.
 std::optional<Value> number_in_field(std::string_view field, Type type);
 
 }  // namespace korvane

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "files/output.h"
+#include "platform/characters.h"
 #include "program/parse.h"
 #include "values/convert.h"
 #include "values/evaluator.h"
@@ -15,14 +16,9 @@ Paragraph paragraph;
 namespace {
 
 constexpr std::int64_t max_paragraph_width = 65535;
-constexpr std::uint8_t line_feed = 10;
-
-bool is_line_break(std::uint8_t byte) {
-    return byte == carriage_return || byte == line_feed;
-}
 
 bool is_word_byte(std::uint8_t byte) {
-    return byte != ' ' && byte != '\t' && !is_line_break(byte);
+    return !is_blank(byte) && !is_line_break(byte);
 }
 
 void put_bytes(const std::uint8_t* bytes, std::uint32_t length) {
@@ -96,7 +92,7 @@ void put_text(const std::uint8_t* text, std::uint32_t length) {
             continue;
         }
         if (is_line_break(text[at])) {
-            if (text[at] == carriage_return && at + 1 < length && text[at + 1] == line_feed) ++at;
+            if (text[at] == '\r' && at + 1 < length && text[at + 1] == '\n') ++at;
             end_text_line();
         }
         ++at;

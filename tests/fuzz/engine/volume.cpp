@@ -17,9 +17,11 @@ constexpr std::uint64_t revision = 0x00010000;
 constexpr std::size_t most_handles = 4096;  // of one session
 
 bool same_name(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char a, char b) {
-        return std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b));
-    });
+    return std::equal(
+        left.begin(), left.end(), right.begin(), right.end(),
+        [](char a, char b) {
+            return std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b));
+        });
 }
 
 std::string narrow(const char16_t* name) {
@@ -284,8 +286,9 @@ std::size_t Volume::add_node(std::size_t directory, std::string_view name, bool 
 }
 
 bool Volume::is_empty(std::size_t directory) const {
-    return std::none_of(nodes_.begin() + 1, nodes_.end(),
-                        [=](const Node& node) { return !node.gone && node.parent == directory; });
+    return std::none_of(
+        nodes_.begin() + 1, nodes_.end(),
+        [=](const Node& node) { return !node.gone && node.parent == directory; });
 }
 
 void Volume::put_file(std::string_view path, std::string content) {
@@ -376,8 +379,8 @@ uefi::Status Volume::read_entry(Handle& directory, std::uint64_t* size, void* bu
 }
 
 std::size_t Volume::open_handles() const {
-    return static_cast<std::size_t>(
-        std::count_if(handles_.begin(), handles_.end(), [](const Handle& handle) { return handle.open; }));
+    return static_cast<std::size_t>(std::count_if(
+        handles_.begin(), handles_.end(), [](const Handle& handle) { return handle.open; }));
 }
 
 void Volume::save() {
