@@ -2,7 +2,8 @@
 
     python3 bench/run.py [--part NAME]... [--rounds N] [options of compare.py]
 
-Without --part it runs all of them but "shapes", which compares statements with their general handlers; options that only compare.py knows choose the part "tasks".
+Without --part it runs all of them but "shapes", which compares statements with their general handlers, and "even", which
+compares those that may fall behind with other interpreters; options that only compare.py knows choose the part "tasks".
 """
 
 import argparse
@@ -19,7 +20,7 @@ PROGRAMS = {
     "growth": ("Long programs and many names", "growth_speed"),
     "startup": ("Start-up", "startup_speed"),
 }
-PARTS = ["tasks", *PROGRAMS, "shapes"]
+PARTS = ["tasks", *PROGRAMS, "shapes", "even"]
 
 
 def parse_arguments():
@@ -50,6 +51,10 @@ def main():
     if "shapes" in arguments.part:
         print("\nStatements, beside the image without specialised ones\n", flush=True)
         command = [sys.executable, ROOT / "bench/shapes.py", *common, "--image", arguments.image, *for_tasks]
+        failures += subprocess.run(command, check=False).returncode != 0
+    if "even" in arguments.part:
+        print("\nStatements that may fall behind\n", flush=True)
+        command = [sys.executable, ROOT / "bench/even.py", *common, "--image", arguments.image, *for_tasks]
         failures += subprocess.run(command, check=False).returncode != 0
     return 1 if failures else 0
 
