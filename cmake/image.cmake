@@ -32,7 +32,8 @@ set(KORVANE_HOT_NAMES
     fast/places fast/run_fast fast/scalar_assignments fast/sides fast/statement_end fast/text_assignments
     fast/text_comparisons fast/text_steps fast/truth
     files/output
-    numbers/angle_reduction numbers/circular_kernels numbers/exponential_kernels numbers/format
+    numbers/angle_reduction numbers/circular_kernels numbers/decimal numbers/exponential_kernels numbers/format
+    numbers/scaled
     platform/clock platform/firmware platform/memory platform/stack
     program/program_store program/tokenizer
     run/conditions run/control_stacks run/jumps run/loops run/run

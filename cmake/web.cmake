@@ -5,11 +5,19 @@ list(REMOVE_ITEM KORVANE_SOURCES ${CMAKE_SOURCE_DIR}/src/fast/general_only.cpp $
 file(GLOB KORVANE_FIRMWARE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/host/firmware/*.cpp)
 file(GLOB KORVANE_MACHINE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/web/machine/*.cpp)
 
-add_executable(korvane.wasm ${KORVANE_SOURCES} ${KORVANE_FIRMWARE_SOURCES} ${KORVANE_MACHINE_SOURCES}
-                            ${KORVANE_FONT_SOURCE})
-target_include_directories(korvane.wasm PRIVATE ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/host/firmware
+set(KORVANE_PAGE_SOURCES ${CMAKE_SOURCE_DIR}/web/machine/machine.cpp ${CMAKE_SOURCE_DIR}/web/machine/picture.cpp
+                         ${CMAKE_SOURCE_DIR}/web/machine/host_ticks.cpp)
+list(REMOVE_ITEM KORVANE_MACHINE_SOURCES ${KORVANE_PAGE_SOURCES})
+
+add_library(machine_parts OBJECT ${KORVANE_SOURCES} ${KORVANE_FIRMWARE_SOURCES} ${KORVANE_MACHINE_SOURCES}
+                                 ${KORVANE_FONT_SOURCE})
+target_include_directories(machine_parts PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/host/firmware
                                                 ${CMAKE_SOURCE_DIR}/web/machine)
-target_compile_definitions(korvane.wasm PRIVATE KORVANE_FREESTANDING _GLIBCXX_EXTERN_TEMPLATE=0)
+target_compile_definitions(machine_parts PUBLIC KORVANE_FREESTANDING _GLIBCXX_EXTERN_TEMPLATE=0)
+add_executable(korvane.wasm ${KORVANE_PAGE_SOURCES})
+# The same for the player of transcripts.
+add_executable(korvane-test.wasm ${CMAKE_SOURCE_DIR}/tests/web/machine/module/test_machine.cpp)
+target_include_directories(korvane-test.wasm PRIVATE ${CMAKE_SOURCE_DIR}/tests/web/machine)
 
 # The headers' own search finds those of the native compiler; the C headers beneath them ask for a processor that they
 # know. Neither is ours to warn about.
@@ -18,8 +26,8 @@ list(SORT KORVANE_NATIVE_HEADERS COMPARE NATURAL ORDER DESCENDING)
 list(GET KORVANE_NATIVE_HEADERS 0 KORVANE_CXX_HEADERS)
 cmake_path(GET KORVANE_CXX_HEADERS FILENAME KORVANE_CXX_VERSION)
 target_compile_options(
-  korvane.wasm
-  PRIVATE -O2
+  machine_parts
+  PUBLIC -O2
           -mtail-call
           -msimd128
           -mbulk-memory
@@ -48,18 +56,22 @@ target_compile_options(
           -Wno-unknown-attributes
           -Wno-ignored-attributes)
 
-# Data and stack lie above 16 MiB: the machines of the tests have memory below.
-target_link_options(
-  korvane.wasm
-  PRIVATE -nostdlib
-          -Wl,-m,wasm64
-          -Wl,--no-entry
-          -Wl,-z,stack-size=1048576
-          -Wl,--global-base=16777216
-          -Wl,--import-memory
-          -Wl,--max-memory=4294967296
-          -Wl,--export=__wasm_call_ctors
-          -Wl,--gc-sections
-          -Wl,-s)
 file(GLOB KORVANE_WASM_BUILTINS /usr/lib/llvm-19/lib/clang/19/lib/wasi/libclang_rt.builtins-wasm64.a)
-target_link_libraries(korvane.wasm PRIVATE ${KORVANE_WASM_BUILTINS})
+target_link_libraries(machine_parts PUBLIC ${KORVANE_WASM_BUILTINS})
+
+# Data and stack lie above 16 MiB: the machines of the tests have memory below.
+foreach(module korvane.wasm korvane-test.wasm)
+  target_link_libraries(${module} PRIVATE machine_parts)
+  target_link_options(
+    ${module}
+    PRIVATE -nostdlib
+            -Wl,-m,wasm64
+            -Wl,--no-entry
+            -Wl,-z,stack-size=1048576
+            -Wl,--global-base=16777216
+            -Wl,--import-memory
+            -Wl,--max-memory=4294967296
+            -Wl,--export=__wasm_call_ctors
+            -Wl,--gc-sections
+            -Wl,-s)
+endforeach()

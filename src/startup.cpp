@@ -15,6 +15,7 @@
 #include "program/command_line.h"
 #include "program/errors.h"
 #include "program/execution.h"
+#include "program/line_starts.h"
 #include "program/program_store.h"
 #include "program/tokenizer.h"
 #include "prompt/auto_numbering.h"
@@ -75,6 +76,7 @@ void initialize_state() {
     execution = Execution{};
     execution.line = direct_line;
     tokenizer.first_handler = execute_first;
+    line_starts = {.handler = leave_at_line_start, .has_breakpoint = nullptr, .is_traced = nullptr};
     errors = ErrorState{};
     forget_error();
     output = Output{};

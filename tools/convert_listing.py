@@ -21,8 +21,10 @@ from pathlib import Path
 
 import listing_changes
 import listing_report
-from listing_reading import names_of, read, solid, with_blanks
+from listing_reading import has_if, names_of, read, solid, with_blanks
 from listing_words import DATA, REMARK, RUN, names_like_remarks, statements
+
+NAME = Path(sys.argv[0]).name  # installed it is called otherwise
 
 
 class Listing:
@@ -53,13 +55,14 @@ class Listing:
 
     def pieces_of(self, number, text):
         """(kind, text or pieces, separator) of the statements of a line, in this language's spelling."""
-        out, joined_words = [], False
+        out, joined_words, after_if = [], False, False
         for kind, statement, separator in statements(text, self.not_remarks):
             if kind in (REMARK, DATA):
                 out.append((kind, self.with_word_apart(statement, "REM" if kind == REMARK else "DATA"), separator))
                 continue
-            pieces, joined = read(statement, self.kept)
+            pieces, joined = read(statement, self.kept, after_if)
             joined_words |= joined
+            after_if = after_if or has_if(statement)
             pieces, done = listing_changes.mended(pieces)
             for what in done:
                 self.say(number, what)
@@ -155,9 +158,17 @@ def apart(before, text):
     return " " + text if before[-1:].isalnum() and text[:1].isalnum() else text
 
 
+def fail(what):
+    print(f"{NAME}: {what}", file=sys.stderr)
+    sys.exit(2)
+
+
 def main():
-    parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter,
-                                     usage="convert_listing.py LISTING.BAS [-o FILE] [--single] [--keep NAME,...]")
+    summary, _, rest = __doc__.split("\n\n", 2)
+    parser = argparse.ArgumentParser(description=f"{summary}\n\n{rest}",
+                                     formatter_class=argparse.RawDescriptionHelpFormatter,
+                                     prog=NAME, usage=f"{NAME} LISTING.BAS [-o FILE] [--single] [--keep NAME,...]",
+                                     allow_abbrev=False)
     parser.add_argument("listing")
     parser.add_argument("-o", "--output")
     parser.add_argument("--single", action="store_true")
@@ -166,17 +177,22 @@ def main():
     try:
         text = Path(options.listing).read_bytes().decode("latin-1")
     except OSError as error:
-        sys.exit(f"convert_listing.py: {error}")
+        fail(error)
+    if text.startswith(("\xff\xfe", "\xfe\xff")) or "\0" in text[:2]:
+        fail(f"{options.listing} is in UTF-16, which is not understood: save it as UTF-8")
     listing = Listing(text, [name for name in options.keep.upper().split(",") if name], options.single)
     lines = listing.convert()
     if not lines:
-        print(f"convert_listing.py: there is no line with a number in {options.listing}", file=sys.stderr)
-        return 2
+        fail(f"there is no line with a number in {options.listing}")
     program = "".join(f"{number} {text}\n" for number, text in lines).encode("latin-1")
-    if options.output:
-        Path(options.output).write_bytes(program)
-    else:
-        sys.stdout.buffer.write(program)
+    try:
+        if options.output:
+            Path(options.output).write_bytes(program)
+        else:
+            sys.stdout.buffer.write(program)
+            sys.stdout.flush()
+    except OSError as error:
+        fail(error)
     for line in listing.reports():
         print(line, file=sys.stderr)
     return 1 if any(by_hand for _, by_hand, _ in listing.said) else 0

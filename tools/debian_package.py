@@ -10,6 +10,7 @@ import tempfile
 import textwrap
 import time
 
+import listing_language
 from disk_image import run
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
@@ -36,18 +37,23 @@ class Folder:
         target.write_bytes(data)
         target.chmod(0o644)
 
+    def link(self, target, name):
+        link = self.path / name
+        link.parent.mkdir(parents=True, exist_ok=True)
+        link.symlink_to(target)
+
     def write_compressed(self, text, name):
         self.write(gzip.compress(text.encode(), 9, mtime=0), name)
 
     def files(self):
-        return sorted(path for path in self.path.rglob("*") if path.is_file())
+        return sorted(path for path in self.path.rglob("*") if path.is_file() and not path.is_symlink())
 
     def settle(self, epoch):
         """Gives everything one time and the usual rights."""
         for path in [self.path, *self.path.rglob("*")]:
             if path.is_dir():
                 path.chmod(0o755)
-            os.utime(path, (epoch, epoch))
+            os.utime(path, (epoch, epoch), follow_symlinks=False)
 
 
 def filled(name, values):
@@ -98,13 +104,27 @@ def library_packages(program):
     return result.strip().removeprefix("shlibs:Depends=")
 
 
+def add_converter(folder):
+    """The converter of listings, with the words that it finds in the interpreter's sources elsewhere."""
+    place = "usr/share/korvane/converter"
+    script = (ROOT / "tools/convert_listing.py").read_text(encoding="utf-8")
+    folder.write(script.replace("#!/usr/bin/env python3\n", "#!/usr/bin/python3\n", 1).encode(), f"{place}/convert_listing.py")
+    (folder.path / place / "convert_listing.py").chmod(0o755)
+    for module in sorted((ROOT / "tools").glob("listing_*.py")):
+        folder.add(module, f"{place}/{module.name}")
+    folder.write(listing_language.as_file().encode(), f"{place}/{listing_language.WORDS_FILE.name}")
+    folder.link("../share/korvane/converter/convert_listing.py", "usr/bin/korvane-convert")
+
+
 def fill_folder(folder, image, terminal, examples, manual, values):
     program = folder.add(terminal, "usr/bin/korvane", 0o755)
     run("strip", "--strip-unneeded", "--remove-section=.comment", "--remove-section=.note", str(program))
     folder.add(image, "usr/share/korvane/korvane.efi")
     for example in examples:
         folder.add(example, f"usr/share/korvane/examples/{os.path.basename(example)}")
-    folder.write_compressed(filled("man/korvane.1", values), "usr/share/man/man1/korvane.1.gz")
+    add_converter(folder)
+    for page in ("korvane.1", "korvane-convert.1"):
+        folder.write_compressed(filled(f"man/{page}", values), f"usr/share/man/man1/{page}.gz")
     folder.add(ROOT / "packaging/completions/korvane", "usr/share/bash-completion/completions/korvane")
     for page in manual:
         folder.add(ROOT / page, pathlib.Path("usr/share/doc/korvane/manual", *pathlib.Path(page).parts[1:]))

@@ -8,10 +8,9 @@ both ways here; listing_reading.py tells which of them was meant.
 import re
 from dataclasses import dataclass
 
-import word_table
+import listing_language
 
-KEYWORDS = set(word_table.keywords())
-CALLED, BARE, SYSTEM = (set(names) for names in word_table.functions())
+KEYWORDS, CALLED, BARE, SYSTEM = listing_language.words().values()
 
 # Words of other BASICs that this one has not. They are words all the same: no names of variables.
 FOREIGN_STATEMENTS = {

@@ -12,7 +12,8 @@ from pathlib import Path
 
 import word_table
 
-EDITORS = Path(__file__).resolve().parent.parent / "editors"
+ROOT = Path(__file__).resolve().parent.parent
+EDITORS = ROOT / "editors"
 NOTE = "Made by tools/make_editor_files.py from the interpreter's tables; changes belong there."
 
 # A word is read whole: none of its letters may be left. What stands in front of it has been read already.
@@ -217,6 +218,15 @@ def as_json(value):
     return json.dumps(value, indent=2) + "\n"
 
 
+def with_version(package):
+    """The description of the extension; its version is that of the interpreter, whose words it has."""
+    version = (ROOT / "VERSION").read_text().strip()
+    changed, count = re.subn(r'(?<=^  "version": ")[^"]*(?=",$)', version, package, flags=re.M)
+    if count != 1:
+        raise ValueError("the extension's version is not read as it is written")
+    return changed
+
+
 def files():
     words = Words()
     return {
@@ -224,6 +234,7 @@ def files():
         EDITORS / "vscode/syntaxes/korvane.tmLanguage.json": as_json(grammar(words)),
         EDITORS / "vscode/snippets/korvane.json": as_json(snippets()),
         EDITORS / "vscode/words.json": as_json(word_table.help_texts()),
+        EDITORS / "vscode/package.json": with_version((EDITORS / "vscode/package.json").read_text()),
     }
 
 
@@ -234,7 +245,7 @@ def main(arguments):
     stale = [(path, text) for path, text in files().items() if not path.exists() or path.read_text() != text]
     for path, text in stale:
         if arguments:
-            print(f"{path.relative_to(EDITORS.parent)} is not current; tools/make_editor_files.py mends it")
+            print(f"{path.relative_to(ROOT)} is not current; tools/make_editor_files.py mends it")
         else:
             path.parent.mkdir(parents=True, exist_ok=True)
             path.write_text(text)

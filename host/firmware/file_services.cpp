@@ -164,6 +164,7 @@ void FileServices::present_program(OpenFile& file) {
     Volume& volume = file.volume;
     if (!volume.host_programs_ || file.directory || file.writable || !has_program_name(file.path.back()))
         return;
+    if (size_of(file) > largest_program_file) return;
     const std::string bytes = contents_of(file);
     const ProgramText program = read_program(bytes);
     const auto note = [&](const std::string& text) {
@@ -180,6 +181,7 @@ void FileServices::present_program(OpenFile& file) {
 void FileServices::store_program(OpenFile& file) {
     if (!file.volume.host_programs_ || file.directory || !file.fresh || !has_program_name(file.path.back()))
         return;
+    if (size_of(file) > largest_program_file) return;
     const std::string codes = contents_of(file);
     const std::string text = to_host_text(codes);
     if (text != codes) write_all(file.descriptor, text);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,9 @@ struct ProgramText {
     // the code page lacks.
     std::string loss;
 };
+
+// Files beyond this size are taken as they are: no memory of the interpreter's holds such a program.
+constexpr std::uint64_t largest_program_file = std::uint64_t{64} << 20;
 
 // Takes UTF-8, with or without byte order mark, when all of the file is that; else its bytes are codes
 // already. A tab counts as a blank, a line of nothing but blanks as an empty one; Ctrl-Z at the end is left

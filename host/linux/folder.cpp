@@ -96,6 +96,10 @@ struct Folder::Sandbox {
 
     Descriptor open_beneath(const std::string& path, int flags, unsigned mode) const;
     std::optional<std::pair<Descriptor, std::string>> open_parent(const FolderPath& path) const;
+    // The names in a directory that FAT could hold, in no order; links and special files are among them.
+    std::vector<std::string> names_in(const FolderPath& directory) const;
+    // Those of these names in a directory that exist, in the order of the listing.
+    std::vector<std::string> in_order(const FolderPath& directory, std::vector<std::string> names) const;
     void note_creation(const FolderPath& path) { creation[join(path)] = ++creations; }
 };
 
@@ -129,29 +133,40 @@ std::optional<FileStatus> Folder::status(const FolderPath& path) const {
     return status_of(sandbox_->open_beneath(join(path), O_PATH | O_NOFOLLOW, 0));
 }
 
-std::vector<std::string> Folder::list(const FolderPath& directory) const {
+std::vector<std::string> Folder::Sandbox::names_in(const FolderPath& directory) const {
     std::vector<std::string> names;
-    const Descriptor opened = sandbox_->open_beneath(join(directory), O_RDONLY | O_DIRECTORY, 0);
+    const Descriptor opened = open_beneath(join(directory), O_RDONLY | O_DIRECTORY, 0);
     if (!opened) return names;
     const std::unique_ptr<DIR, int (*)(DIR*)> stream(fdopendir(dup(opened.number())), closedir);
     if (!stream) return names;
     rewinddir(stream.get());
+    while (const dirent* entry = readdir(stream.get())) {
+        const std::string_view name = static_cast<const char*>(entry->d_name);
+        if (!name.starts_with(own_name_prefix) && is_legal_name(name)) names.emplace_back(name);
+    }
+    return names;
+}
+
+std::vector<std::string> Folder::Sandbox::in_order(const FolderPath& directory,
+                                                   std::vector<std::string> names) const {
+    std::vector<std::pair<std::uint64_t, std::string>> numbered;
     FolderPath path = directory;
     path.emplace_back();
-    while (const dirent* entry = readdir(stream.get())) {
-        path.back() = static_cast<const char*>(entry->d_name);
-        if (path.back().starts_with(own_name_prefix)) continue;
-        if (is_legal_name(path.back()) && status(path)) names.push_back(path.back());
-    }
-    const auto creation = [&](const std::string& name) {
+    for (std::string& name : names) {
         path.back() = name;
-        const auto noted = sandbox_->creation.find(join(path));
-        return std::pair{noted == sandbox_->creation.end() ? 0 : noted->second, name};
-    };
-    std::sort(names.begin(), names.end(), [&](const std::string& left, const std::string& right) {
-        return creation(left) < creation(right);
-    });
+        if (!status_of(open_beneath(join(path), O_PATH | O_NOFOLLOW, 0))) continue;
+        const auto noted = creation.find(join(path));
+        numbered.emplace_back(noted == creation.end() ? 0 : noted->second, std::move(name));
+    }
+    std::sort(numbered.begin(), numbered.end());
+    names.clear();
+    for (auto& [number, name] : numbered)
+        names.push_back(std::move(name));
     return names;
+}
+
+std::vector<std::string> Folder::list(const FolderPath& directory) const {
+    return sandbox_->in_order(directory, sandbox_->names_in(directory));
 }
 
 std::optional<std::string> Folder::find(const FolderPath& directory, std::string_view name) const {
@@ -159,9 +174,12 @@ std::optional<std::string> Folder::find(const FolderPath& directory, std::string
     FolderPath exact = directory;
     exact.emplace_back(name);
     if (status(exact)) return std::string(name);
-    for (const std::string& entry : list(directory))
-        if (same_name(entry, name)) return entry;
-    return std::nullopt;
+    // Of several that differ only in case the first of the listing. A look at each file of a large directory
+    // would take too long for one name.
+    std::vector<std::string> spellings = sandbox_->names_in(directory);
+    std::erase_if(spellings, [&](const std::string& entry) { return !same_name(entry, name); });
+    spellings = sandbox_->in_order(directory, std::move(spellings));
+    return spellings.empty() ? std::nullopt : std::optional(spellings.front());
 }
 
 Descriptor Folder::open(const FolderPath& path, bool for_writing) const {

@@ -19,6 +19,9 @@ namespace {
 constexpr std::uint32_t columns = 80;
 constexpr std::uint32_t rows = 128;
 
+// Input without line ends, which may be endless, is typed in pieces of so many bytes.
+constexpr std::size_t longest_piece = 4096;
+
 constexpr std::uint64_t glance_time_us =
     20'000;  // between looks at what is to be written while a program runs
 
@@ -33,7 +36,7 @@ class PipedSession {
   private:
     void hear(Happening happening, std::uint64_t value);
     bool press_keys();
-    bool hold_next_line();
+    bool hold_next_piece();
     void hold(std::string_view bytes);
     void print_screen();
     Pixels pixels() const;
@@ -41,7 +44,9 @@ class PipedSession {
     Machine& machine_;
     ProgramState state_;
     StandardOutput out_;
+    TerminalKeys decoder_;  // of what is typed
     HeldKeys held_;
+    bool line_begun_ = false;   // without its end, as yet
     bool starts_program_;       // LOAD has been typed, and RUN is to follow
     bool load_failed_ = false;  // of the program that was to be started
 };
@@ -83,24 +88,36 @@ bool PipedSession::press_keys() {
         load_failed_ = state_.line_failed();
         if (!load_failed_) hold("RUN\r");
     }
-    if (held_.empty() && !hold_next_line()) return false;
+    while (held_.empty())
+        if (!hold_next_piece()) return false;
     held_.press_line(machine_.firmware().keyboard());
     return true;
 }
 
-bool PipedSession::hold_next_line() {
-    std::string line;
-    if (!std::getline(std::cin, line)) return false;
-    if (line.ends_with('\r')) line.pop_back();
-    hold(line + '\r');
+// Holds the next line, or a piece of it where a line has no end; false when there is nothing left. The last
+// line needs no line end.
+bool PipedSession::hold_next_piece() {
+    std::string piece;
+    char byte = 0;
+    // A carriage return is not cut from the line feed behind it.
+    while (piece.size() < longest_piece + (byte == '\r' ? 1 : 0) && byte != '\n' && std::cin.get(byte))
+        piece += byte;
+    const bool ends = byte == '\n' && piece.ends_with('\n');
+    if (ends) piece.pop_back();
+    if (ends && piece.ends_with('\r')) piece.pop_back();
+    if (piece.empty() && !ends && !line_begun_) return false;
+    line_begun_ = !ends && !std::cin.eof();
+    hold(piece);
+    if (!line_begun_) {
+        decoder_.flush();
+        hold("\r");
+    }
     return true;
 }
 
 void PipedSession::hold(std::string_view bytes) {
-    TerminalKeys decoder;
-    decoder.feed(bytes);
-    decoder.flush();
-    while (const auto key = decoder.next())
+    decoder_.feed(bytes);
+    while (const auto key = decoder_.next())
         held_.add(key->key);
 }
 

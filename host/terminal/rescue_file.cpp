@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -26,10 +27,13 @@ std::filesystem::path users_folder() {
     return {};
 }
 
-// True when no session that lives has locked the file.
+// True for a file, and nothing else of that name, that no session that lives has locked.
 bool is_left_over(const std::filesystem::path& file) {
-    const Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
-    return opened && flock(opened.number(), LOCK_EX | LOCK_NB) == 0;
+    // A pipe would be waited for.
+    const Descriptor opened(open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));
+    struct stat status {};
+    return opened && fstat(opened.number(), &status) == 0 && S_ISREG(status.st_mode) &&
+           flock(opened.number(), LOCK_EX | LOCK_NB) == 0;
 }
 
 std::vector<std::filesystem::path> left_over_files(const std::filesystem::path& folder) {
@@ -101,7 +105,8 @@ bool RescueFile::keep_in(const std::filesystem::path& folder, std::string_view p
     const std::filesystem::path file = folder / (std::string(hidden_prefix) + std::to_string(getpid()));
     const std::filesystem::path draft =
         folder / (std::string(own_name_prefix) + "draft-" + std::to_string(getpid()));
-    Descriptor opened(open(draft.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC | O_NOFOLLOW, 0600));
+    unlink(draft.c_str());  // of a process that had the same number, or whatever else it is
+    Descriptor opened(open(draft.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
     if (!opened || flock(opened.number(), LOCK_EX | LOCK_NB) != 0) return false;
     if (!write_whole(opened.number(), to_host_text(program)) ||
         std::rename(draft.c_str(), file.c_str()) != 0) {

@@ -7,6 +7,7 @@
 #include <cerrno>
 
 #include "host_text.h"
+#include "standard_files.h"
 
 namespace korvane::host {
 
@@ -50,6 +51,10 @@ void StandardInput::read_more() {
     std::array<char, 4096> buffer;
     const ssize_t length = read(STDIN_FILENO, buffer.data(), buffer.size());
     if (length < 0 && errno == EINTR) return;
+    if (length < 0 && errno == EAGAIN) {
+        wait_for_standard_file(STDIN_FILENO);
+        return;
+    }
     at_end_ = length <= 0;
     if (length > 0) pending_.append(buffer.data(), static_cast<std::size_t>(length));
 }

@@ -7,6 +7,9 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "installation.h"
+#include "standard_files.h"
+
 namespace korvane::host {
 namespace {
 
@@ -16,7 +19,8 @@ constexpr std::chrono::milliseconds longest_wait{20};
 [[noreturn]] void give_up(int error) {
     // Whoever closes a pipe has seen enough.
     if (error != EPIPE)
-        std::fprintf(stderr, "korvane-terminal: cannot write the output: %s\n", std::strerror(error));
+        std::fprintf(stderr, "%s: cannot write the output: %s\n", program_name().data(),
+                     std::strerror(error));
     std::_Exit(output_failed_status);
 }
 
@@ -33,6 +37,10 @@ void StandardOutput::flush() {
     while (!rest.empty()) {
         const ssize_t length = write(STDOUT_FILENO, rest.data(), rest.size());
         if (length < 0 && errno == EINTR) continue;
+        if (length < 0 && errno == EAGAIN) {
+            wait_for_standard_file(STDOUT_FILENO);
+            continue;
+        }
         if (length < 0) give_up(errno);
         rest.remove_prefix(static_cast<std::size_t>(length));
     }

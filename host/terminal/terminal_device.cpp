@@ -17,6 +17,8 @@ constexpr std::string_view enter_sequence =
     "\x1b[22;2t\x1b]2;Korvane BASIC\x1b\\\x1b[?1049h\x1b[?25l\x1b[?2004h";
 constexpr std::string_view leave_sequence = "\x1b[?2004l\x1b[0m\x1b[?25h\x1b[?1049l\x1b[23;2t";
 
+constexpr int patience_ms = 500;  // with a terminal that takes nothing
+
 volatile std::sig_atomic_t size_changed = 0;
 
 void note_size_change(int) {
@@ -40,9 +42,13 @@ void TerminalMode::enter() const {
     write_terminal(enter_sequence);
 }
 
+// A terminal that takes nothing any more must not keep the process: what waits for it is thrown away.
 void TerminalMode::leave() const {
-    write_terminal(leave_sequence);
-    tcsetattr(STDIN_FILENO, TCSAFLUSH, &original_);
+    pollfd output = {STDOUT_FILENO, POLLOUT, 0};
+    if (poll(&output, 1, patience_ms) <= 0) tcflush(STDOUT_FILENO, TCOFLUSH);
+    if (poll(&output, 1, patience_ms) > 0) write_terminal(leave_sequence);
+    tcflush(STDIN_FILENO, TCIFLUSH);
+    tcsetattr(STDIN_FILENO, TCSANOW, &original_);
 }
 
 TerminalSize terminal_size() {

@@ -79,10 +79,9 @@ void show_messages(int messages) {
         std::fwrite(buffer.data(), 1, static_cast<std::size_t>(length), stderr);
 }
 
-[[noreturn]] void be_session(int (*session)(void* argument), void* argument, int messages) {
+[[noreturn]] void be_session(int (*session)(void* argument), void* argument, int messages, pid_t guard) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
-    handle_ending_signals(SIG_IGN);  // they are the guard's business
-    handle_signal(SIGUSR1, note_interrupt);
+    if (getppid() != guard) std::_Exit(EXIT_FAILURE);  // it has ended before that was asked for
     dup2(messages, STDERR_FILENO);
     std::exit(session(argument));
 }
@@ -127,13 +126,16 @@ int run_guarded(int (*session)(void* argument), void* argument) {
     sigprocmask(SIG_BLOCK, &ending, &before);
     handle_ending_signals(end_session);
     handle_signal(SIGINT, interrupt_session);
+    handle_signal(SIGUSR1, note_interrupt);  // the session inherits it: it may come as soon as there is one
 
     const TerminalMode mode;
     mode.enter();
+    const pid_t guard = getpid();
     const pid_t child = fork();
     if (child == 0) {
+        handle_ending_signals(SIG_IGN);  // they are the guard's business
         sigprocmask(SIG_SETMASK, &before, nullptr);
-        be_session(session, argument, messages);
+        be_session(session, argument, messages, guard);
     }
     session_process = child;
     sigprocmask(SIG_SETMASK, &before, nullptr);

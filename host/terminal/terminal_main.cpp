@@ -2,10 +2,12 @@
 #include <charconv>
 #include <cstdint>
 #include <cstdlib>
+#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <string>
 #include <string_view>
+#include <system_error>
 
 #include <unistd.h>
 
@@ -13,6 +15,7 @@
 #include "installation.h"
 #include "program_file.h"
 #include "program_search.h"
+#include "standard_files.h"
 #include "terminal_guard.h"
 #include "terminal_look.h"
 #include "terminal_options.h"
@@ -20,11 +23,12 @@
 namespace korvane::host {
 namespace {
 
+// "@" stands for the program's name.
 constexpr std::string_view usage =
-    "usage: korvane-terminal [--image KORVANE.EFI] [--volume FOLDER] [--size COLUMNSxROWS] [--present MIB]\n"
-    "                        [--no-keys] [--no-rescue] [PROGRAM.BAS]\n"
-    "       korvane-terminal [--image KORVANE.EFI] [--size COLUMNSxROWS] --script PROGRAM.BAS [ARGUMENT...]\n"
-    "       korvane-terminal --version\n"
+    "usage: @ [--image KORVANE.EFI] [--volume FOLDER] [--size COLUMNSxROWS] [--present MIB]\n"
+    "           [--no-keys] [--no-rescue] [PROGRAM.BAS]\n"
+    "       @ [--image KORVANE.EFI] [--size COLUMNSxROWS] --script PROGRAM.BAS [ARGUMENT...]\n"
+    "       @ --version\n"
     "\n"
     "Opens the interpreter in the terminal; Ctrl-C at its prompt leaves. FOLDER is its volume. With a "
     "program, that is\n"
@@ -43,8 +47,18 @@ constexpr std::string_view usage =
     "Installed, the program finds its image itself, and without PROGRAM.BAS its volume is the folder\n"
     "korvane-files at home, which is made with the examples in it.\n";
 
+[[noreturn]] void show_usage() {
+    for (const char character : usage) {
+        if (character == '@')
+            std::cout << program_name();
+        else
+            std::cout << character;
+    }
+    std::exit(EXIT_SUCCESS);
+}
+
 [[noreturn]] void fail(std::string_view message) {
-    std::cerr << "korvane-terminal: " << message << '\n';
+    std::cerr << program_name() << ": " << message << '\n';
     std::exit(EXIT_FAILURE);
 }
 
@@ -56,7 +70,7 @@ std::uint64_t parse_number(std::string_view text) {
 }
 
 [[noreturn]] void fail_usage(std::string_view message) {
-    std::cerr << "korvane-terminal: " << message << "; --help tells what there is\n";
+    std::cerr << program_name() << ": " << message << "; --help tells what there is\n";
     std::exit(2);
 }
 
@@ -77,8 +91,7 @@ TerminalOptions parse_options(int count, char** arguments) {
     for (int i = 1; i < count; ++i) {
         const std::string_view argument = arguments[i];
         if (argument == "--help") {
-            std::cout << usage;
-            std::exit(EXIT_SUCCESS);
+            show_usage();
         }
         if (argument == "--version") {
             std::cout << "Korvane BASIC " << version << '\n';
@@ -121,19 +134,24 @@ TerminalOptions parse_options(int count, char** arguments) {
 void check_program(TerminalOptions& options) {
     const auto file = find_program(options.program_file);
     if (!file) fail("there is no program " + options.program_file.string());
+    std::error_code error;
+    if (const auto size = std::filesystem::file_size(*file, error); !error && size > largest_program_file)
+        fail("the program " + file->string() + " is too large");
     const auto bytes = read_file(*file);
     if (!bytes) fail("cannot read the program " + file->string());
     const ProgramText program = read_program(*bytes);
     const bool is_refused = !program.fault.empty() && (options.script || program.codes.empty());
     if (is_refused) fail(file->string() + ": " + program.fault);
     if (!program.loss.empty())
-        std::cerr << "korvane-terminal: " << file->string() << ": " << program.loss << '\n';
+        std::cerr << program_name() << ": " << file->string() << ": " << program.loss << '\n';
     choose_program(options, *file);
 }
 
 void check_options(TerminalOptions& options) {
-    if (!std::filesystem::is_regular_file(options.image)) fail("there is no image " + options.image.string());
-    if (!options.volume.empty() && !std::filesystem::is_directory(options.volume))
+    std::error_code error;  // a folder on the way that cannot be looked into, for example
+    if (!std::filesystem::is_regular_file(options.image, error))
+        fail("there is no image " + options.image.string());
+    if (!options.volume.empty() && !std::filesystem::is_directory(options.volume, error))
         fail("there is no folder " + options.volume.string());
     if (!options.program_file.empty()) check_program(options);
 }
@@ -152,8 +170,9 @@ void choose_volume(TerminalOptions& options) {
 }  // namespace
 }  // namespace korvane::host
 
-int main(int count, char** arguments) {
+int main(int count, char** arguments) try {
     using namespace korvane::host;
+    hold_closed_standard_files();
     TerminalOptions options = parse_options(count, arguments);
     check_options(options);
     choose_volume(options);
@@ -161,4 +180,6 @@ int main(int count, char** arguments) {
     if (isatty(STDIN_FILENO) && isatty(STDOUT_FILENO) && has_control_sequences())
         return run_guarded(run_terminal_session, &options);
     return run_piped_session(options);
+} catch (const std::exception& error) {
+    korvane::host::fail(error.what());
 }

@@ -7,7 +7,9 @@
 #include "explorer/report.h"
 #include "explorer/reports.h"
 #include "platform/memory_map.h"
+#include "program/arenas.h"
 #include "program/parse.h"
+#include "program/program_store.h"
 #include "screen/line_editor.h"
 #include "values/variables.h"
 
@@ -63,20 +65,21 @@ void do_korvane(Cursor& cursor) {
     ++cursor;
     if (at_statement_end(cursor)) {
         run_explorer();
-        note_written_names();  // it can write memory by many means
+        // It can write memory by many means.
+        note_written_names();
+        note_written_program(reinterpret_cast<std::uint64_t>(arenas.CODEBASE), 1);
         return;
     }
     const Token* word = cursor++;
     const bool is_alone = at_statement_end(cursor);
-    if (is_alone && is_word(word, "LANDMARKS")) {
+    if (is_alone && is_word(word, "LANDMARKS"))
         print_landmarks();
-    } else if (is_alone && (is_word(word, "MEMMAP") || is_word(word, "MAP"))) {
+    else if (is_alone && (is_word(word, "MEMMAP") || is_word(word, "MAP")))
         print_memory_map();
-    } else if (is_alone && is_word(word, "INFO")) {
+    else if (is_alone && is_word(word, "INFO"))
         print_machine_information();
-    } else {
+    else
         raise(message::syntax_error);
-    }
 }
 
 }  // namespace korvane

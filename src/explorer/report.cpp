@@ -26,11 +26,14 @@ std::uint32_t text_area_columns() {
 
 void print(std::string_view text) {
     con_put_text(text);
+    // What the explorer reads next may be the screen.
+    bring_up_to_date();
 }
 
 void print_line(std::string_view text) {
     con_put_text(text);
     con_put_char(carriage_return);
+    bring_up_to_date();
 }
 
 void print_line(const char* text) {

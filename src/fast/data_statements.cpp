@@ -33,8 +33,7 @@ bool read_item(const PlaceRecord& host) {
     std::string_view item;
     if (place == nullptr || !next_data_item(item)) return false;
     if (host.type != Type::STRING) return store_item(place, host.type, item);
-    return store_text(place, Value::of_string(reinterpret_cast<const std::uint8_t*>(item.data()),
-                                              static_cast<std::uint32_t>(item.size())));
+    return store_text(place, Value::of_string(item));
 }
 
 bool read_items(const Token* host) {
@@ -50,7 +49,7 @@ bool read_items(const Token* host) {
 std::uint64_t read_places(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     if (!read_items(at)) return fall_back(at, budget, string_top);
-    return proceed(as<PlaceRecord>(at).after, budget);
+    KORVANE_JUMP return proceed(as<PlaceRecord>(at).after, budget);
 }
 
 }  // namespace

@@ -20,4 +20,8 @@ std::uint64_t execute_first(Token*, std::uint64_t budget) {
     return budget;
 }
 
+std::uint64_t leave_at_line_start(Token*, std::uint64_t budget) {
+    return budget;
+}
+
 }  // namespace korvane

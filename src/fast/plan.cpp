@@ -91,11 +91,10 @@ void plan_comparison(Node& node, const Node& left, const Node& right) {
 // The domain of a relation's node is the one in which its operands are compared; its value is an integer.
 bool plan_relation(Node& node) {
     const Node& left = node_at(node.left);
-    if (left.type == Type::STRING) {
+    if (left.type == Type::STRING)
         node.domain = Domain::text;
-    } else {
+    else
         plan_comparison(node, left, node_at(node.right));
-    }
     node.kind = computed_kind(Domain::whole);
     return plan(node.left, node.domain) && plan(node.right, node.domain);
 }
@@ -110,9 +109,8 @@ bool plan_call(Node& node, Domain wanted) {
     node.domain = domain_of(node.type);
     // A numeric element can be taken as a double at once.
     if (node.form == Form::element && wanted == Domain::real && is_numeric(node.type) &&
-        is_exact_as_real(node)) {
+        is_exact_as_real(node))
         node.domain = wanted;
-    }
     node.kind = computed_kind(node.domain);
     return plan_arguments(node);
 }

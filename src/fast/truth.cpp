@@ -10,11 +10,10 @@ namespace {
 const void* keep_leaf(ConditionRecord& condition, const Node& leaf) {
     if (leaf.form == Form::variable) return leaf.storage;
     const double number = leaf.token->number.as_double;
-    if (leaf.kind == F32) {
+    if (leaf.kind == F32)
         write_unaligned(condition.literal, static_cast<float>(number));
-    } else {
+    else
         write_unaligned(condition.literal, number);
-    }
     return condition.literal;
 }
 

@@ -5,6 +5,7 @@
 #include "files/directory_record.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
+#include "screen/framebuffer.h"
 
 namespace korvane {
 
@@ -34,7 +35,10 @@ bool read_info(uefi::FileProtocol& file, std::uint64_t size, PoolBuffer& buffer)
 
 }  // namespace
 
+// A disk may take its time, and the buffer may be the screen itself: what was printed is shown first.
+
 bool read_file(uefi::FileProtocol* file, void* buffer, std::uint64_t& size) {
+    bring_up_to_date();
     const std::uint64_t wanted = size;
     const bool done = file != nullptr && !uefi::is_error(file->Read(file, &size, buffer));
     size = done ? std::min(size, wanted) : 0;
@@ -42,6 +46,7 @@ bool read_file(uefi::FileProtocol* file, void* buffer, std::uint64_t& size) {
 }
 
 bool write_file(uefi::FileProtocol* file, const void* buffer, std::uint64_t& size) {
+    bring_up_to_date();
     const std::uint64_t wanted = size;
     const bool done = file != nullptr && !uefi::is_error(file->Write(file, &size, buffer));
     size = done ? std::min(size, wanted) : 0;
@@ -74,7 +79,10 @@ uefi::FileProtocol* FileHandle::release() {
 }
 
 void FileHandle::close() {
-    if (uefi::FileProtocol* protocol = release()) protocol->Close(protocol);
+    uefi::FileProtocol* protocol = release();
+    if (protocol == nullptr) return;
+    bring_up_to_date();
+    protocol->Close(protocol);
 }
 
 bool FileHandle::read_exactly(void* buffer, std::uint64_t size) const {
@@ -95,6 +103,7 @@ bool FileHandle::remove() {
 FileHandle open_below(uefi::FileProtocol* directory, const char16_t* name, std::uint64_t firmware_mode,
                       std::uint64_t attributes) {
     if (directory == nullptr || name[0] == 0) return FileHandle();
+    bring_up_to_date();
     uefi::FileProtocol* opened = nullptr;
     if (uefi::is_error(directory->Open(directory, &opened, name, firmware_mode, attributes)))
         return FileHandle();

@@ -4,6 +4,7 @@
 
 #include "files/volume.h"
 #include "platform/characters.h"
+#include "platform/device_path.h"
 #include "platform/firmware.h"
 #include "platform/memory.h"
 
@@ -12,7 +13,6 @@ namespace korvane {
 namespace {
 
 constexpr std::uint32_t max_image_path = 511;  // characters of the running image's path
-constexpr int max_device_path_nodes = 1024;    // a path without an end node is given up here
 constexpr std::uint32_t max_entry_name = 255;  // characters of a file's or directory's name
 constexpr int max_directory_depth = 256;       // more cannot be named
 
@@ -34,19 +34,14 @@ bool append_path_text(std::span<const std::uint8_t> text, char16_t* path, std::u
 }
 
 // The path of the running image, zero-terminated, from its device path. False when there is none.
-bool find_image_path(const uefi::DevicePathNode* node, char16_t (&path)[max_image_path + 1]) {
+bool find_image_path(const uefi::DevicePathNode* first, char16_t (&path)[max_image_path + 1]) {
     std::uint32_t length = 0;
-    for (int count = 0; node != nullptr && count < max_device_path_nodes; ++count) {
-        if (node->Type == uefi::device_path_end) break;
-        const auto node_length = read_unaligned<std::uint16_t>(node->Length.data());
-        if (node_length < sizeof(uefi::DevicePathNode)) break;
-        const auto* bytes = reinterpret_cast<const std::uint8_t*>(node);
-        if (node->Type == uefi::device_path_media && node->SubType == uefi::device_path_media_file_path) {
-            const std::span text(bytes + sizeof(uefi::DevicePathNode),
-                                 node_length - sizeof(uefi::DevicePathNode));
-            if (!append_path_text(text, path, length)) return false;
-        }
-        node = reinterpret_cast<const uefi::DevicePathNode*>(bytes + node_length);
+    DevicePathReader reader(whole_device_path(first));
+    while (const auto node = reader.next()) {
+        if (node->ends_instance()) break;
+        const bool is_name =
+            node->type == uefi::device_path_media && node->sub_type == uefi::device_path_media_file_path;
+        if (is_name && !append_path_text(node->body, path, length)) return false;
     }
     path[length] = 0;
     return length != 0;

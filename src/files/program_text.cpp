@@ -6,6 +6,7 @@
 #include "platform/characters.h"
 #include "program/errors.h"
 #include "program/execution.h"
+#include "program/late_lines.h"
 #include "program/messages.h"
 #include "program/program_store.h"
 
@@ -16,14 +17,15 @@ namespace {
 constexpr std::uint64_t block_size = 512;
 
 // Stores one line of the file. False after an error; the file is closed by then.
-bool enter_line(std::string_view line, FileHandle& file) {
+bool enter_line(std::string_view line, FileHandle& file, LateLines& lines) {
     NumberedLine numbered{};
     if (const char* fault = split_program_line(line, numbered)) {
         file.close();
+        lines.settle();
         raise(fault);
         return false;
     }
-    store_line(numbered.number, numbered.text);
+    lines.store(numbered.number, numbered.text);
     return !error_pending();
 }
 
@@ -82,20 +84,21 @@ FileHandle open_program(std::string_view name) {
 
 void read_program_text(FileHandle file) {
     LineAssembler assembler;
+    LateLines lines;
     char block[block_size];
     for (;;) {
         std::uint64_t size = block_size;
         if (!file.read(block, size)) {
             file.close();
+            lines.settle();
             raise(message::disk_i_o_error);
             return;
         }
         if (size == 0) break;
-        for (std::uint64_t i = 0; i < size; ++i) {
-            if (assembler.add(block[i]) && !enter_line(assembler.line(), file)) return;
-        }
+        for (std::uint64_t i = 0; i < size; ++i)
+            if (assembler.add(block[i]) && !enter_line(assembler.line(), file, lines)) return;
     }
-    if (assembler.finish()) enter_line(assembler.line(), file);
+    if (assembler.finish()) enter_line(assembler.line(), file, lines);
 }
 
 bool write_program_text(const FileHandle& file) {

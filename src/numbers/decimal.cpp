@@ -5,6 +5,7 @@
 #include <bit>
 
 #include "numbers/big_natural.h"
+#include "numbers/scaled.h"
 #include "platform/characters.h"
 
 namespace korvane {
@@ -30,6 +31,9 @@ std::size_t skip_digits(std::string_view text, std::size_t position) {
     return position;
 }
 
+// Digits that 64 bits hold, and room for one more unit.
+constexpr std::int64_t head_digits = 19;
+
 // A number as text: its mantissa's digits (with the point among them) and exponent.
 struct Decimal {
     std::string_view mantissa;  // from the first digit that is not zero; empty for zero
@@ -43,9 +47,8 @@ std::int64_t read_exponent(std::string_view text) {
     const bool negative = text[0] == '-';
     if (negative || text[0] == '+') text.remove_prefix(1);
     std::int64_t exponent = 0;
-    for (const char digit : text) {
+    for (const char digit : text)
         if (exponent < 1'000'000'000'000'000) exponent = 10 * exponent + (digit - '0');
-    }
     return negative ? -exponent : exponent;
 }
 
@@ -68,20 +71,12 @@ Decimal parse(std::string_view number) {
         if (decimal.digits == 0 && number[i] == '0') continue;
         if (decimal.digits == 0) start = i;
         decimal.digits++;
-        if (decimal.digits <= 19)
+        if (decimal.digits <= head_digits)
             decimal.head = 10 * decimal.head + static_cast<std::uint64_t>(number[i] - '0');
     }
     decimal.mantissa = {number.data() + start, end - start};
     return decimal;
 }
-
-// A positive number as quotient * 2^exponent, the quotient with its highest bit set,
-// plus a rest below one unit.
-struct Scaled {
-    std::uint64_t quotient;
-    bool has_rest;
-    std::int32_t exponent;
-};
 
 // The layout of a binary format.
 struct Format {
@@ -147,20 +142,18 @@ Scaled scale(const Decimal& decimal) {
     BigNatural numerator = read_digits(decimal, exponent);
     BigNatural denominator(1);
     // 10^exponent is 5^exponent here and 2^exponent in the binary exponent.
-    if (exponent >= 0) {
+    if (exponent >= 0)
         numerator.multiply_power(5, static_cast<std::uint32_t>(exponent));
-    } else {
+    else
         denominator.multiply_power(5, static_cast<std::uint32_t>(-exponent));
-    }
     auto binary_exponent = static_cast<std::int32_t>(exponent);
 
     const std::uint32_t numerator_bits = numerator.bit_length();
     const std::uint32_t denominator_bits = denominator.bit_length();
-    if (numerator_bits < denominator_bits) {
+    if (numerator_bits < denominator_bits)
         numerator.shift_left(denominator_bits - numerator_bits);
-    } else {
+    else
         denominator.shift_left(numerator_bits - denominator_bits);
-    }
     binary_exponent +=
         static_cast<std::int32_t>(numerator_bits) - static_cast<std::int32_t>(denominator_bits);
     if (numerator.is_less_than(denominator)) {
@@ -179,13 +172,26 @@ Scaled scale(const Decimal& decimal) {
     return {quotient, !numerator.is_zero(), binary_exponent - 63};
 }
 
+// Decides by the head of the digits where that can be done: a number with more of them lies between its head
+// and the next one.
+bool convert_quickly(const Decimal& decimal, const Format& format, std::uint64_t& bits) {
+    const std::int64_t left_out = std::max<std::int64_t>(decimal.digits - head_digits, 0);
+    const auto power = static_cast<std::int32_t>(decimal.exponent + left_out);
+    Scaled number;
+    if (!scale_quickly(decimal.head, power, number)) return false;
+    bits = round_to(format, number);
+    if (left_out == 0) return true;
+    return scale_quickly(decimal.head + 1, power, number) && round_to(format, number) == bits;
+}
+
 // The bits of the number in a format whose range lies within binary64's.
 std::uint64_t convert(const Decimal& decimal, const Format& format) {
     const std::int64_t magnitude = decimal.digits + decimal.exponent;
     if (decimal.digits == 0 || magnitude < lowest_magnitude) return 0;
     if (magnitude > highest_magnitude)
         return round_to(format, {std::uint64_t{1} << 63, false, format.highest});
-    return round_to(format, scale(decimal));
+    std::uint64_t bits;
+    return convert_quickly(decimal, format, bits) ? bits : round_to(format, scale(decimal));
 }
 
 }  // namespace
@@ -218,14 +224,12 @@ double decimal_to_double(std::string_view number) {
     const Decimal decimal = parse(number);
     // Both operands exact: the one rounding of the operation is the right one.
     constexpr std::int64_t exact = static_cast<std::int64_t>(powers_of_ten.size()) - 1;
-    if (decimal.digits <= 19 && decimal.head <= std::uint64_t{1} << 53) {
+    if (decimal.digits <= head_digits && decimal.head <= std::uint64_t{1} << 53) {
         const auto head = static_cast<double>(decimal.head);
-        if (decimal.exponent >= 0 && decimal.exponent <= exact) {
+        if (decimal.exponent >= 0 && decimal.exponent <= exact)
             return head * powers_of_ten[static_cast<std::size_t>(decimal.exponent)];
-        }
-        if (decimal.exponent < 0 && decimal.exponent >= -exact) {
+        if (decimal.exponent < 0 && decimal.exponent >= -exact)
             return head / powers_of_ten[static_cast<std::size_t>(-decimal.exponent)];
-        }
     }
     return std::bit_cast<double>(convert(decimal, binary64));
 }
@@ -233,14 +237,12 @@ double decimal_to_double(std::string_view number) {
 double decimal_to_single(std::string_view number) {
     const Decimal decimal = parse(number);
     constexpr std::int64_t exact = 10;  // 5^10 is the highest power of 5 within 24 bits
-    if (decimal.digits <= 19 && decimal.head <= std::uint64_t{1} << 24) {
+    if (decimal.digits <= head_digits && decimal.head <= std::uint64_t{1} << 24) {
         const auto head = static_cast<float>(decimal.head);
-        if (decimal.exponent >= 0 && decimal.exponent <= exact) {
+        if (decimal.exponent >= 0 && decimal.exponent <= exact)
             return head * static_cast<float>(powers_of_ten[static_cast<std::size_t>(decimal.exponent)]);
-        }
-        if (decimal.exponent < 0 && decimal.exponent >= -exact) {
+        if (decimal.exponent < 0 && decimal.exponent >= -exact)
             return head / static_cast<float>(powers_of_ten[static_cast<std::size_t>(-decimal.exponent)]);
-        }
     }
     return std::bit_cast<float>(static_cast<std::uint32_t>(convert(decimal, binary32)));
 }

@@ -23,9 +23,8 @@ uefi::Time read_calendar() {
 }
 
 double clock_seconds() {
-    if (tsc_clock.ticks_per_second != 0) {
+    if (tsc_clock.ticks_per_second != 0)
         return static_cast<double>(read_time_stamp()) / static_cast<double>(tsc_clock.ticks_per_second);
-    }
     const uefi::Time time = read_calendar();
     return time.Hour * 3600.0 + time.Minute * 60.0 + time.Second + time.Nanosecond / 1e9;
 }
@@ -36,6 +35,13 @@ std::uint64_t clock_milliseconds() {
     const std::uint64_t ticks = read_time_stamp();
     // Whole seconds apart, so that the product cannot wrap.
     return ticks / rate * 1000 + ticks % rate * 1000 / rate;
+}
+
+std::uint64_t time_stamp_at(std::uint64_t milliseconds) {
+    const std::uint64_t rate = tsc_clock.ticks_per_second;
+    const std::uint64_t seconds = milliseconds / 1000;
+    if (rate != 0 && seconds >= ~std::uint64_t{0} / rate) return ~std::uint64_t{0};
+    return seconds * rate + (milliseconds % 1000 * rate + 999) / 1000;
 }
 
 }  // namespace korvane

@@ -27,6 +27,10 @@ double clock_seconds();
 // The same as whole milliseconds, the time base of the event timers.
 std::uint64_t clock_milliseconds();
 
+// What the counter holds when clock_milliseconds() gets that far; 0 when the counter has no rate, and the
+// highest number when it will never.
+std::uint64_t time_stamp_at(std::uint64_t milliseconds);
+
 // The firmware's calendar clock; all zero when it cannot be read.
 uefi::Time read_calendar();
 

@@ -29,8 +29,8 @@ std::optional<DevicePathElement> DevicePathReader::next() {
     return element;
 }
 
-std::span<const std::uint8_t> device_path_of(uefi::Handle handle) {
-    const auto* path = static_cast<const std::uint8_t*>(find_interface(handle, uefi::device_path_guid));
+std::span<const std::uint8_t> whole_device_path(const void* start) {
+    const auto* path = static_cast<const std::uint8_t*>(start);
     if (path == nullptr) return {};
     std::size_t length = 0;
     while (length < longest_path) {
@@ -40,6 +40,10 @@ std::span<const std::uint8_t> device_path_of(uefi::Handle handle) {
         length += node_length(node);
     }
     return {path, length};
+}
+
+std::span<const std::uint8_t> device_path_of(uefi::Handle handle) {
+    return whole_device_path(find_interface(handle, uefi::device_path_guid));
 }
 
 }  // namespace korvane

@@ -37,8 +37,11 @@ class DevicePathReader {
     std::span<const std::uint8_t> rest_;
 };
 
-// The device path of a handle, its end node included; empty when it has none. A path without an end node is
-// cut after some 4 KiB, far more than any real one has.
+// A device path, its end node included; empty for null. A path without an end node is cut after some 4 KiB,
+// far more than any real one has.
+std::span<const std::uint8_t> whole_device_path(const void* path);
+
+// The same for the device path of a handle; empty when it has none.
 std::span<const std::uint8_t> device_path_of(uefi::Handle handle);
 
 }  // namespace korvane

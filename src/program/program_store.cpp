@@ -4,6 +4,7 @@
 #include "program/arenas.h"
 #include "program/errors.h"
 #include "program/execution.h"
+#include "program/line_starts.h"
 #include "program/messages.h"
 #include "program/tokenizer.h"
 
@@ -22,15 +23,6 @@ constexpr std::uint64_t token_cache_limit = program_arena_size;
 
 std::uint32_t stored_text_length(const std::uint8_t* record) {
     return read_unaligned<std::uint32_t>(record + 4);
-}
-
-void write_record(std::uint8_t* record, std::uint32_t number, std::string_view text) {
-    write_unaligned(record, number);
-    write_unaligned(record + 4, static_cast<std::uint32_t>(text.size()));
-    copy_bytes(record + line_record_head, text.data(), text.size());
-    // The zero byte and the padding, so that no stale bytes show in a memory dump.
-    const std::uint32_t used = line_record_head + static_cast<std::uint32_t>(text.size());
-    fill_bytes(record + used, 0, line_record_size(static_cast<std::uint32_t>(text.size())) - used);
 }
 
 // Takes out the lines from index `first` up to, not including, `end`.
@@ -55,7 +47,7 @@ void insert_line(std::uint32_t index, std::uint32_t number, std::string_view tex
     std::uint8_t* record = index < program.count ? program.lines[index].record : program.write;
     move_bytes(record + size, record, static_cast<std::size_t>(program.write - record));
     program.write += size;
-    write_record(record, number, text);
+    write_line_record(record, number, text);
     for (std::uint32_t i = program.count; i > index; --i) {
         program.lines[i] = program.lines[i - 1];
         program.lines[i].record += size;
@@ -88,9 +80,8 @@ Token* cache_tokens(std::uint32_t count) {
     const auto used = static_cast<std::uint64_t>(program.cache_end - program.cache_start);
     if (program.cache_end > arenas.CODEEND ||
         size > static_cast<std::uint64_t>(arenas.CODEEND - program.cache_end) ||
-        used + size > token_cache_limit) {
+        used + size > token_cache_limit)
         return nullptr;
-    }
     auto* tokens = reinterpret_cast<Token*>(program.cache_end);
     program.cache_end += size;
     copy_bytes(tokens, tokenizer.scratch, size);
@@ -107,6 +98,20 @@ void forget_cache() {
 
 }  // namespace
 
+void write_line_record(std::uint8_t* record, std::uint32_t number, std::string_view text) {
+    write_unaligned(record, number);
+    write_unaligned(record + 4, static_cast<std::uint32_t>(text.size()));
+    copy_bytes(record + line_record_head, text.data(), text.size());
+    // The zero byte and the padding, so that no stale bytes show in a memory dump.
+    const std::uint32_t used = line_record_head + static_cast<std::uint32_t>(text.size());
+    fill_bytes(record + used, 0, line_record_size(static_cast<std::uint32_t>(text.size())) - used);
+}
+
+void note_written_program(std::uint64_t address, std::uint64_t size) {
+    const std::uint64_t offset = address - reinterpret_cast<std::uint64_t>(arenas.CODEBASE);
+    if (offset < program_arena_size || offset + size < size) ++program.changes;
+}
+
 std::string_view line_text(std::uint32_t index) {
     const std::uint8_t* record = program.lines[index].record;
     return {reinterpret_cast<const char*>(record + line_record_head), stored_text_length(record)};
@@ -119,11 +124,10 @@ std::uint32_t first_line_from(std::uint64_t number) {
     if (high > 0 && program.lines[high - 1].number < number) return high;
     while (low < high) {
         const std::uint32_t middle = (low + high) / 2;
-        if (program.lines[middle].number < number) {
+        if (program.lines[middle].number < number)
             low = middle + 1;
-        } else {
+        else
             high = middle;
-        }
     }
     return low;
 }
@@ -183,6 +187,14 @@ void empty_token_cache() {
     forget_cache();
 }
 
+void mark_line_starts() {
+    for (std::uint32_t i = 0; i < program.count; ++i) {
+        const LineEntry& line = program.lines[i];
+        if (line.tokens == nullptr || is_watched(line.number) == begins_watched_line(line.tokens)) continue;
+        line.tokens->execute = is_watched(line.number) ? line_starts.handler : tokenizer.first_handler;
+    }
+}
+
 bool remembers_lines(const Token* at) {
     const void* record = at;
     return record >= program.cache_start && record < program.cache_end;
@@ -212,6 +224,7 @@ std::uint32_t prepare_line(std::uint32_t index) {
     }
     line.tokens = tokens;
     line.token_count = count;
+    if (is_watched(line.number)) tokens->execute = line_starts.handler;
     tokens[count - 1].line_end.line = index;
     execution.tokens = tokens;
     return count;
@@ -248,11 +261,10 @@ void jump_to_position(Position position, std::uint32_t epoch) {
     execution.record = position.record;
     execution.jumped = true;
     std::uint32_t count = execution_buffer.direct_count;
-    if (direct) {
+    if (direct)
         execution.tokens = execution_buffer.direct;
-    } else {
+    else
         count = prepare_line(position.line);
-    }
     if (!error_pending() && position.record >= count) raise(message::undefined_line_number);
     const bool known = direct || epoch == program.cache_epoch;
     if (!known && !error_pending() && !begins_statement(execution.tokens, position.record))

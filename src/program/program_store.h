@@ -49,6 +49,13 @@ struct ProgramStore {
 };
 extern ProgramStore program;
 
+// Writes the record of a line, its zero byte and padding included.
+void write_line_record(std::uint8_t* record, std::uint32_t number, std::string_view text);
+
+// After memory has been written by other means than these functions: what is known about the text is known no
+// more when it may lie there.
+void note_written_program(std::uint64_t address, std::uint64_t size);
+
 // The text of the line at `index`, without its number.
 std::string_view line_text(std::uint32_t index);
 
@@ -75,6 +82,10 @@ void clear_program();
 
 // Drops every cached token array.
 void empty_token_cache();
+
+// For whoever has changed line_starts: writes it into the cached lines. Lines that are cached later follow by
+// themselves.
+void mark_line_starts();
 
 // Whether the record stays where it is until the epoch ends: whether it lies in the token cache.
 bool remembers_lines(const Token* at);

@@ -5,6 +5,7 @@
 
 #include "numbers/format.h"
 #include "program/line_range.h"
+#include "program/line_starts.h"
 #include "program/parse.h"
 #include "program/program_store.h"
 #include "screen/console.h"
@@ -28,7 +29,7 @@ void set_breakpoint(std::uint32_t line) {
         raise(message::undefined_line_number);
         return;
     }
-    if (find_breakpoint(line) != end_of_list()) return;
+    if (has_breakpoint(line)) return;
     if (breakpoints.count == max_breakpoints) {
         raise(message::too_many_breakpoints);
         return;
@@ -51,27 +52,37 @@ void list_breakpoints() {
     if (breakpoints.count == 0) con_put_string("(no breakpoints)\r");
 }
 
+void note_change() {
+    line_starts.has_breakpoint = breakpoints.count == 0 ? nullptr : has_breakpoint;
+    mark_line_starts();
+}
+
 // Applies `action` to each number of the list, in order; the ones before a fault keep their effect.
 void for_each_line_number(Cursor& cursor, void (*action)(std::uint32_t line)) {
     do {
         const auto line =
             read_line_number(cursor, message::expected_line_number, message::line_number_too_large);
-        if (!line) return;
+        if (!line) break;
         action(*line);
-        if (error_pending()) return;
-    } while (accept(cursor, ','));
+    } while (!error_pending() && accept(cursor, ','));
+    note_change();
 }
 
 }  // namespace
 
+bool has_breakpoint(std::uint32_t line) {
+    return find_breakpoint(line) != end_of_list();
+}
+
 void clear_breakpoints() {
     breakpoints.count = 0;
     forget_breakpoint_pass();
+    note_change();
 }
 
 bool breakpoint_hit(std::uint32_t line_index) {
     const std::uint32_t number = program.lines[line_index].number;
-    if (find_breakpoint(number) == end_of_list()) return false;
+    if (!has_breakpoint(number)) return false;
     if (breakpoints.passing && breakpoints.passing_line == line_index) {
         forget_breakpoint_pass();
         return false;
@@ -87,15 +98,14 @@ bool breakpoint_hit(std::uint32_t line_index) {
 
 void do_break(Cursor& cursor) {
     ++cursor;
-    if (at_statement_end(cursor) || accept(cursor, KW_LIST)) {
+    if (at_statement_end(cursor) || accept(cursor, KW_LIST))
         list_breakpoints();
-    } else if (accept(cursor, KW_CLEAR)) {
+    else if (accept(cursor, KW_CLEAR))
         clear_breakpoints();
-    } else if (accept(cursor, KW_DELETE)) {
+    else if (accept(cursor, KW_DELETE))
         for_each_line_number(cursor, delete_breakpoint);
-    } else {
+    else
         for_each_line_number(cursor, set_breakpoint);
-    }
 }
 
 }  // namespace korvane

@@ -17,6 +17,9 @@ struct Breakpoints {
 };
 extern Breakpoints breakpoints;
 
+// Whether a breakpoint is set on the line with this number.
+bool has_breakpoint(std::uint32_t line);
+
 // Forgets all breakpoints and the mark that lets CONT pass one (NEW, BREAK CLEAR, start-up).
 void clear_breakpoints();
 

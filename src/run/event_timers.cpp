@@ -1,5 +1,7 @@
 #include "run/event_timers.h"
 
+#include <algorithm>
+
 #include "platform/clock.h"
 #include "platform/memory.h"
 #include "program/errors.h"
@@ -23,14 +25,20 @@ void start(EventTimer& timer) {
     timer.due = clock_milliseconds() + timer.interval;
 }
 
-void mark_due_timers() {
+// Gives the due time of the next timer, of those that could call their handlers.
+std::uint64_t mark_due_timers() {
     const std::uint64_t now = clock_milliseconds();
+    std::uint64_t next_due = ~std::uint64_t{0};
     for (int n = 0; n < event_timer_count; ++n) {
         EventTimer& timer = event_timers.timers[n];
-        if ((event_timers.active >> n & 1) == 0 || timer.busy || now < timer.due) continue;
-        timer.pending = true;
-        timer.due = now + timer.interval;
+        if ((event_timers.active >> n & 1) == 0 || timer.busy) continue;
+        if (now >= timer.due) {
+            timer.pending = true;
+            timer.due = now + timer.interval;
+        }
+        next_due = std::min(next_due, timer.due);
     }
+    return next_due;
 }
 
 // Calls the handler; false when it could not be called, with an error pending.
@@ -41,9 +49,8 @@ bool fire(int number, std::uint32_t record) {
                      .kind = GosubKind::TIMER,
                      .timer = static_cast<std::uint8_t>(number),
                      .epoch = epoch_here(),
-                     .token = nullptr})) {
+                     .token = nullptr}))
         return false;
-    }
     timer.busy = true;
     timer.pending = false;
     jump_to_line(timer.handler);
@@ -85,6 +92,12 @@ void update_active_timers() {
         if (timer.on && timer.interval != 0 && timer.handler != 0) active |= 1U << n;
     }
     event_timers.active = static_cast<std::uint8_t>(active);
+    event_timers.next_call = 0;
+}
+
+void end_timer_handler(int number) {
+    event_timers.timers[number].busy = false;
+    event_timers.next_call = 0;
 }
 
 EventTimer* parse_event_timer(Cursor& cursor) {
@@ -100,12 +113,16 @@ EventTimer* parse_event_timer(Cursor& cursor) {
 
 bool poll_event_timers(std::uint32_t record) {
     if (!execution.program_running || execution.stop || error_pending()) return false;
-    mark_due_timers();
+    const std::uint64_t next_due = mark_due_timers();
     for (int n = 0; n < event_timer_count; ++n) {
         const EventTimer& timer = event_timers.timers[n];
         // The active ones are on and have a handler, or the mask would not name them.
-        if ((event_timers.active >> n & 1) != 0 && timer.pending && !timer.busy) return fire(n, record);
+        if ((event_timers.active >> n & 1) != 0 && timer.pending && !timer.busy) {
+            event_timers.next_call = 0;
+            return fire(n, record);
+        }
     }
+    event_timers.next_call = time_stamp_at(next_due);
     return false;
 }
 

@@ -7,6 +7,8 @@
 
 #include <cstdint>
 
+#include "platform/clock.h"
+#include "program/execution.h"
 #include "program/token.h"
 
 namespace korvane {
@@ -25,8 +27,20 @@ struct EventTimer {
 struct EventTimers {
     EventTimer timers[event_timer_count];
     std::uint8_t active;  // bit n: timer n is on, has an interval and a handler
+    // The time stamp before which no handler can be called, found by a poll that called none. It is 0 from a
+    // change of any timer, or of what is busy, to the next such poll.
+    std::uint64_t next_call;
 };
 extern EventTimers event_timers;
+
+// True while a poll would find nothing to do.
+inline bool event_timers_rest() {
+    return event_timers.active == 0 || read_time_stamp() < event_timers.next_call ||
+           !execution.program_running;
+}
+
+// For RETURN from a handler: the timer may call it again.
+void end_timer_handler(int number);
 
 void clear_event_timers();
 

@@ -4,6 +4,7 @@
 #include "numbers/format.h"
 #include "program/errors.h"
 #include "program/keywords.h"
+#include "program/line_starts.h"
 #include "program/program_store.h"
 #include "run/breakpoints.h"
 #include "run/conditions.h"
@@ -106,9 +107,14 @@ bool trap_error() {
 void execute(Cursor& cursor, std::uint64_t next_poll) {
     const bool cached =
         execution.line < program.count && program.lines[execution.line].tokens == execution.tokens;
-    if (cached && fast::may_run()) {
+    if (cached && fast::may_run() && !begins_watched_line(cursor)) {
         const bool poll_is_late = execution.statement_count >= next_poll;
         cursor = fast::run(cursor, poll_is_late ? 1 : next_poll - execution.statement_count);
+        // The start of a watched line is the run loop's business, as after a jump.
+        if (!execution.jumped && cursor == execution.tokens && begins_watched_line(cursor)) {
+            execution.record = 0;
+            execution.jumped = true;
+        }
         return;
     }
     execution.statement_start = record_of(cursor);
@@ -122,7 +128,7 @@ bool run_line(Cursor cursor, std::uint64_t& next_poll) {
         while (cursor->kind == ':')
             ++cursor;
         if (cursor->kind == END_OF_LINE) return true;
-        if (event_timers.active != 0 && !execution.then_part) {
+        if (!event_timers_rest() && !execution.then_part) {
             // An error of the poll belongs to the statement about to be executed.
             execution.statement_start = record_of(cursor);
             if (poll_event_timers(record_of(cursor))) return true;
@@ -245,7 +251,7 @@ void do_clear(Cursor& cursor) {
 
 void do_new(Cursor& cursor) {
     ++cursor;
-    trace.lines_on = false;
+    troff();
     clear_data();
 }
 

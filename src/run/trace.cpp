@@ -6,7 +6,9 @@
 #include "numbers/format.h"
 #include "platform/memory.h"
 #include "program/line_range.h"
+#include "program/line_starts.h"
 #include "program/parse.h"
+#include "program/program_store.h"
 #include "screen/console.h"
 #include "values/variables.h"
 
@@ -22,11 +24,10 @@ void print_watch(const char* name) {
     con_put_string(name);
     con_put_char('=');
     VariableEntry* entry = find_variable(name, false);
-    if (entry == nullptr) {
+    if (entry == nullptr)
         con_put_string("<undefined>");
-    } else {
+    else
         print_value(load({entry->storage, entry->type}));
-    }
 }
 
 void list_watches() {
@@ -58,15 +59,29 @@ bool add_watch(Cursor& cursor) {
     return true;
 }
 
+bool in_traced_range(std::uint32_t line_number) {
+    return trace.lines_on && line_number >= trace.first_line && line_number <= trace.last_line;
+}
+
+void note_change() {
+    line_starts.is_traced = trace_active() ? is_traced : nullptr;
+    mark_line_starts();
+}
+
 }  // namespace
 
 void clear_trace() {
     trace.lines_on = false;
     trace.watch_count = 0;
+    note_change();
+}
+
+bool is_traced(std::uint32_t line_number) {
+    return trace.watch_count != 0 || in_traced_range(line_number);
 }
 
 void print_trace(std::uint32_t line_number) {
-    if (trace.lines_on && line_number >= trace.first_line && line_number <= trace.last_line) {
+    if (in_traced_range(line_number)) {
         con_put_char('[');
         con_put_text(format_unsigned(line_number).view());
         con_put_char(']');
@@ -97,11 +112,18 @@ void do_tron(Cursor& cursor) {
     trace.lines_on = true;
     trace.first_line = range.first;
     trace.last_line = range.last;
+    note_change();
+}
+
+void troff() {
+    if (!trace.lines_on) return;
+    trace.lines_on = false;
+    note_change();
 }
 
 void do_troff(Cursor& cursor) {
     ++cursor;
-    trace.lines_on = false;
+    troff();
 }
 
 void do_trace(Cursor& cursor) {
@@ -111,10 +133,11 @@ void do_trace(Cursor& cursor) {
         return;
     }
     trace.watch_count = 0;
-    if (accept_word(cursor, "OFF")) return;
-    do {
-        if (!add_watch(cursor)) return;
-    } while (accept(cursor, ','));
+    if (!accept_word(cursor, "OFF")) {
+        while (add_watch(cursor) && accept(cursor, ',')) {
+        }
+    }
+    note_change();
 }
 
 }  // namespace korvane

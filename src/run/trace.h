@@ -21,6 +21,9 @@ extern Trace trace;
 // TROFF and an empty watch list (start-up, NEW).
 void clear_trace();
 
+// Whether print_trace() shows anything for the line with this number.
+bool is_traced(std::uint32_t line_number);
+
 // Whether print_trace() has anything to look at: the run loop's one test.
 inline bool trace_active() {
     return trace.lines_on || trace.watch_count != 0;
@@ -33,6 +36,8 @@ void print_trace(std::uint32_t line_number);
 // TRON [n[-m]]: raises "Illegal function call", and "Syntax Error" for what is no number.
 void do_tron(Cursor& cursor);
 
+// What TROFF does.
+void troff();
 void do_troff(Cursor& cursor);
 
 // TRACE | TRACE OFF | TRACE variable [, variable ...]: raises "Expected variable", "TRACE supports scalar

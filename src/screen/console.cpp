@@ -22,6 +22,14 @@ void clear_grid() {
     fill_bytes(console.grid, blank, sizeof console.grid);
 }
 
+// Cells become blanks, and their rows begin logical lines.
+void blank_grid(const CellRectangle& cells) {
+    for (std::uint32_t row = cells.top; row <= cells.bottom; ++row) {
+        fill_bytes(&console.grid[row][cells.left], blank, cells.right - cells.left + 1);
+        console.continuation[row] = 0;
+    }
+}
+
 void put(std::uint8_t code, bool ends_line) {
     const CellRectangle area = con_text_area();
     con_clamp_cursor(area);
@@ -76,9 +84,8 @@ CellRectangle con_text_area() {
 }
 
 void con_clamp_cursor(const CellRectangle& area) {
-    if (console.cursor_column < area.left || console.cursor_column > area.right) {
+    if (console.cursor_column < area.left || console.cursor_column > area.right)
         console.cursor_column = area.left;
-    }
     // Raised first, then lowered: should the area be empty, its bottom wins.
     console.cursor_row = std::min(std::max(console.cursor_row, area.top), area.bottom);
 }
@@ -120,7 +127,7 @@ void con_put_text(std::string_view text) {
 }
 
 void con_draw_cell(std::uint32_t row, std::uint32_t column, std::uint8_t code) {
-    draw_glyph(column * glyph_width, row * glyph_height, code, console.foreground, console.background);
+    draw_cell(row, column, code, console.foreground, console.background);
     if (row < max_text_rows && column < max_text_columns) console.grid[row][column] = code;
 }
 
@@ -129,14 +136,16 @@ void con_scroll() {
     if (area.bottom <= area.top || area.right < area.left) return;
 
     const std::uint32_t columns = area.right - area.left + 1;
-    if (columns == text_columns()) tell(Happening::scrolls, area.top);
+    if (listener.protocol != nullptr && columns == text_columns()) {
+        draw_first_row(area);
+        tell(Happening::scrolls, area.top);
+    }
+    scroll_cells(area, console.background);
     for (std::uint32_t row = area.top; row < area.bottom; ++row) {
         copy_bytes(&console.grid[row][area.left], &console.grid[row + 1][area.left], columns);
         console.continuation[row] = console.continuation[row + 1];
     }
-    move_pixels_up(area.left * glyph_width, area.top * glyph_height, (area.top + 1) * glyph_height,
-                   columns * glyph_width, (area.bottom - area.top) * glyph_height);
-    con_clear_cells({area.left, area.right, area.bottom, area.bottom});
+    blank_grid({area.left, area.right, area.bottom, area.bottom});
 }
 
 void con_clear_cells(const CellRectangle& cells) {
@@ -144,10 +153,7 @@ void con_clear_cells(const CellRectangle& cells) {
     const std::uint32_t columns = cells.right - cells.left + 1;
     fill_pixels(cells.left * glyph_width, cells.top * glyph_height, columns * glyph_width,
                 (cells.bottom - cells.top + 1) * glyph_height, console.background);
-    for (std::uint32_t row = cells.top; row <= cells.bottom; ++row) {
-        fill_bytes(&console.grid[row][cells.left], blank, columns);
-        console.continuation[row] = 0;
-    }
+    blank_grid(cells);
 }
 
 void con_clear_all() {

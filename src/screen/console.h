@@ -13,23 +13,13 @@
 #include <cstdint>
 #include <string_view>
 
-#include "screen/framebuffer.h"
+#include "screen/noted_cells.h"
 
 namespace korvane {
 
-inline constexpr std::uint32_t max_text_columns = 256;
-inline constexpr std::uint32_t max_text_rows = 128;
 inline constexpr std::uint8_t carriage_return = 13;  // ends a line on the console
 inline constexpr std::uint32_t white = 0xFFFFFF;
 inline constexpr std::uint32_t black = 0x000000;
-
-// An inclusive rectangle of cells; empty when right < left or bottom < top.
-struct CellRectangle {
-    std::uint32_t left;
-    std::uint32_t right;
-    std::uint32_t top;
-    std::uint32_t bottom;
-};
 
 struct Console {
     std::uint32_t foreground;  // 0x00RRGGBB, for what is drawn next

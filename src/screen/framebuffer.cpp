@@ -20,10 +20,9 @@ constexpr std::uint64_t pixels_per_page = uefi::page_size / pixel_size;
 // For each half of a glyph row, which of its four pixels are set.
 constexpr std::array<std::array<std::uint32_t, 4>, 16> make_glyph_masks() {
     std::array<std::array<std::uint32_t, 4>, 16> masks{};
-    for (std::uint32_t pattern = 0; pattern < 16; ++pattern) {
+    for (std::uint32_t pattern = 0; pattern < 16; ++pattern)
         for (std::uint32_t pixel = 0; pixel < 4; ++pixel)
             masks[pattern][pixel] = (pattern & (8u >> pixel)) != 0 ? 0xFFFFFFFF : 0;
-    }
     return masks;
 }
 alignas(16) constexpr std::array<std::array<std::uint32_t, 4>, 16> glyph_masks = make_glyph_masks();
@@ -63,9 +62,8 @@ void move_words(std::uint64_t to, std::uint64_t from, std::uint64_t count) {
     count = count_in_memory(to, count);
     const std::uint64_t readable = count_in_memory(from, count);
     move_bytes(screen.back_buffer + to, screen.back_buffer + from, readable * pixel_size);
-    if (has_back_buffer()) {
+    if (has_back_buffer())
         copy_bytes(screen.framebuffer + to, screen.back_buffer + to, readable * pixel_size);
-    }
     fill_both(to + readable, count - readable, 0);
 }
 
@@ -77,6 +75,7 @@ void update_addressable() {
 }  // namespace
 
 std::span<const std::uint32_t> pixel_row(std::uint32_t x, std::uint32_t y, std::uint64_t count) {
+    bring_up_to_date();
     const std::uint64_t index = pixel_index(x, y);
     count = count_in_memory(index, count);
     if (count == 0) return {};
@@ -84,12 +83,14 @@ std::span<const std::uint32_t> pixel_row(std::uint32_t x, std::uint32_t y, std::
 }
 
 void fill_pixel_row(std::uint32_t x, std::uint32_t y, std::uint64_t count, std::uint32_t colour) {
+    bring_up_to_date();
     const std::uint64_t index = pixel_index(x, y);
     fill_both(index, count_in_memory(index, count), colour);
 }
 
 void fill_pixels(std::uint32_t x, std::uint32_t y, std::uint32_t columns, std::uint32_t rows,
                  std::uint32_t colour) {
+    bring_up_to_date();
     if (columns == screen.pitch) {
         // Whole scan lines follow each other without a gap.
         fill_pixel_row(x, y, std::uint64_t{columns} * rows, colour);
@@ -102,6 +103,7 @@ void fill_pixels(std::uint32_t x, std::uint32_t y, std::uint32_t columns, std::u
 }
 
 void store_pixel_row(std::uint32_t x, std::uint32_t y, std::span<const std::uint32_t> pixels) {
+    bring_up_to_date();
     const std::uint64_t index = pixel_index(x, y);
     const std::uint64_t count = count_in_memory(index, pixels.size());
     copy_bytes(screen.back_buffer + index, pixels.data(), count * pixel_size);
@@ -110,6 +112,12 @@ void store_pixel_row(std::uint32_t x, std::uint32_t y, std::span<const std::uint
 
 void move_pixels_up(std::uint32_t x, std::uint32_t to_y, std::uint32_t from_y, std::uint32_t columns,
                     std::uint32_t rows) {
+    bring_up_to_date();
+    move_waiting_pixels_up(x, to_y, from_y, columns, rows);
+}
+
+void move_waiting_pixels_up(std::uint32_t x, std::uint32_t to_y, std::uint32_t from_y, std::uint32_t columns,
+                            std::uint32_t rows) {
     // Row by row: what was just moved in the back buffer is still
     // in the processor's cache when it is copied on.
     for (std::uint32_t row = 0; row < rows; ++row)
@@ -144,6 +152,26 @@ void draw_glyph(std::uint32_t x, std::uint32_t y, std::uint8_t code, std::uint32
     }
 }
 
+void draw_back_glyph(std::uint32_t x, std::uint32_t y, std::uint8_t code, std::uint32_t foreground,
+                     std::uint32_t background) {
+    const FourPixels base = four_of(background);
+    const FourPixels difference = four_of(foreground ^ background);
+    std::uint32_t* back = screen.back_buffer + pixel_index(x, y);
+    for (const std::uint8_t row : font_glyphs[code]) {
+        store_four(back, glyph_half(row >> 4, base, difference));
+        store_four(back + 4, glyph_half(row & 15, base, difference));
+        back += screen.pitch;
+    }
+}
+
+void show_back_pixels(std::uint32_t x, std::uint32_t y, std::uint32_t columns, std::uint32_t rows) {
+    if (!has_back_buffer()) return;
+    for (std::uint32_t row = 0; row < rows; ++row) {
+        const std::uint64_t index = pixel_index(x, y + row);
+        copy_bytes(screen.framebuffer + index, screen.back_buffer + index, columns * pixel_size);
+    }
+}
+
 void take_framebuffer(std::uint64_t base, std::uint64_t size, std::uint32_t width, std::uint32_t height,
                       std::uint32_t pitch) {
     auto* const framebuffer = reinterpret_cast<std::uint32_t*>(base);
@@ -154,6 +182,7 @@ void take_framebuffer(std::uint64_t base, std::uint64_t size, std::uint32_t widt
     screen.width = width;
     screen.height = height;
     screen.pitch = pitch;
+    screen.cells_wait = false;
     update_addressable();
 }
 

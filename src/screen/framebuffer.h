@@ -20,8 +20,15 @@ struct Screen {
     std::uint32_t* back_buffer;          // the shadow; equal to framebuffer when no memory could be had
     std::uint64_t back_buffer_capacity;  // pixels that it can hold; 0 when it is the framebuffer
     std::uint64_t addressable;           // pixels, from the first on, that lie in the memory of both buffers
+    bool cells_wait;                     // text is noted that neither buffer shows yet: screen/noted_cells.h
 };
 extern Screen screen;
+
+// Draws the text that waits; what draws or reads pixels calls it first, and the operations below do.
+void draw_noted_cells();
+inline void bring_up_to_date() {
+    if (__builtin_expect(screen.cells_wait, false)) draw_noted_cells();
+}
 
 // True when the back buffer is memory of its own.
 inline bool has_back_buffer() {
@@ -33,6 +40,7 @@ inline std::uint64_t pixel_index(std::uint32_t x, std::uint32_t y) {
     return std::uint64_t{y} * screen.pitch + x;
 }
 
+// For what has asked screen_rectangle() where it may draw.
 inline void set_pixel(std::uint32_t x, std::uint32_t y, std::uint32_t colour) {
     const std::uint64_t index = pixel_index(x, y);
     if (index >= screen.addressable) return;
@@ -41,6 +49,7 @@ inline void set_pixel(std::uint32_t x, std::uint32_t y, std::uint32_t colour) {
 }
 
 inline std::uint32_t get_pixel(std::uint32_t x, std::uint32_t y) {
+    bring_up_to_date();
     const std::uint64_t index = pixel_index(x, y);
     return index < screen.addressable ? screen.back_buffer[index] : 0;
 }
@@ -64,9 +73,17 @@ void move_pixels_up(std::uint32_t x, std::uint32_t to_y, std::uint32_t from_y, s
                     std::uint32_t rows);
 
 // Draws one 8x16 cell with its top left corner at (x, y): the pixels of the code's glyph in `foreground`, the
-// others in `background`. There is no clipping to the screen.
+// others in `background`. There is no clipping to the screen. For cells that do not wait.
 void draw_glyph(std::uint32_t x, std::uint32_t y, std::uint8_t code, std::uint32_t foreground,
                 std::uint32_t background);
+
+// For the cells that do, all of them in memory: the same in the back buffer alone, and what copies a
+// rectangle of it into the framebuffer; and move_pixels_up() for a part of the text that waits.
+void draw_back_glyph(std::uint32_t x, std::uint32_t y, std::uint8_t code, std::uint32_t foreground,
+                     std::uint32_t background);
+void show_back_pixels(std::uint32_t x, std::uint32_t y, std::uint32_t columns, std::uint32_t rows);
+void move_waiting_pixels_up(std::uint32_t x, std::uint32_t to_y, std::uint32_t from_y, std::uint32_t columns,
+                            std::uint32_t rows);
 
 // Takes the framebuffer of a mode: its base, bytes, resolution and pixels per scan line. The pixels are left
 // as they are; ensure_back_buffer() must follow before anything is drawn.

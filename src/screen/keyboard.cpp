@@ -2,6 +2,8 @@
 
 #include "platform/firmware.h"
 #include "platform/processor.h"
+#include "screen/noted_cells.h"
+#include "screen/pixel_order.h"
 
 namespace korvane {
 
@@ -12,6 +14,14 @@ namespace {
 // The editor looks so many times before it sleeps: whoever types gets an answer at once, and a wait that
 // fails or ends without a key leaves it looking nearly all the time.
 constexpr int looks_before_sleep = 2000;
+
+std::optional<uefi::InputKey> ask_for_key() {
+    show_drawn_pixels_if_due();
+    uefi::SimpleTextInputProtocol* input = firmware.system_table->ConIn;
+    uefi::InputKey key{};
+    if (uefi::is_error(input->ReadKeyStroke(input, &key))) return std::nullopt;
+    return key;
+}
 
 std::int32_t low_byte(const uefi::InputKey& key) {
     return key.UnicodeChar & 0xFF;
@@ -24,13 +34,13 @@ void initialize_keyboard() {
 }
 
 std::optional<uefi::InputKey> read_key() {
-    uefi::SimpleTextInputProtocol* input = firmware.system_table->ConIn;
-    uefi::InputKey key{};
-    if (uefi::is_error(input->ReadKeyStroke(input, &key))) return std::nullopt;
-    return key;
+    bring_up_to_date();
+    return ask_for_key();
 }
 
 uefi::InputKey wait_for_key() {
+    bring_up_to_date();
+    show_drawn_pixels();
     for (;;) {
         // The event may be signalled for a key that yields no key stroke, and firmware without the event
         // refuses to wait; both end in another try.
@@ -41,6 +51,8 @@ uefi::InputKey wait_for_key() {
 }
 
 uefi::InputKey look_for_key() {
+    bring_up_to_date();
+    show_drawn_pixels();
     for (;;) {
         for (int i = 0; i < looks_before_sleep; ++i) {
             if (const auto key = read_key()) return *key;
@@ -56,7 +68,9 @@ bool key_break_check() {
         keyboard.look_ahead = no_key;
         return true;
     }
-    const auto key = read_key();
+    // Running programs come by all the time: what they print may wait a little longer.
+    draw_cells_if_due();
+    const auto key = ask_for_key();
     if (!key) return false;
     if (is_escape(*key)) return true;
     if (keyboard.look_ahead == no_key) keyboard.look_ahead = low_byte(*key);

@@ -26,7 +26,7 @@ extern Keyboard keyboard;
 void initialize_keyboard();
 
 // One key stroke from the firmware without waiting; nothing when there is none or the read fails. The
-// look-ahead slot is neither asked nor changed.
+// look-ahead slot is neither asked nor changed. Whoever asks for keys sees all that was printed before.
 std::optional<uefi::InputKey> read_key();
 
 // The next key stroke from the firmware, waited for on ConIn's event; a failed read waits again. The

@@ -18,6 +18,7 @@ std::int64_t saturating_subtract(std::int64_t left, std::int64_t right) {
 }
 
 PixelRectangle screen_rectangle() {
+    bring_up_to_date();
     std::uint64_t rows = screen.height;
     // A row counts when its last visible pixel lies in memory: firmware may leave the unseen words behind the
     // last row out of the size that it reports.

@@ -17,7 +17,7 @@ std::int64_t saturating_add(std::int64_t left, std::int64_t right);
 std::int64_t saturating_subtract(std::int64_t left, std::int64_t right);
 
 // The screen's pixels, less those rows that do not lie wholly in the memory of both buffers. Empty when there
-// are none.
+// are none. Who asks is about to draw or to look, so they are up to date.
 PixelRectangle screen_rectangle();
 
 // What most statements may touch: screen_rectangle(), narrowed to the viewport when it is active.

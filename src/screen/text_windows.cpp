@@ -14,10 +14,8 @@ std::uint32_t window_columns(const TextWindow& window) {
     return window.right - window.left + 1;
 }
 
-// Fills whole rows of the window with its background, in pixels and grid.
-void clear_rows(const TextWindow& window, std::uint32_t first, std::uint32_t last) {
-    fill_pixels(window.left * glyph_width, first * glyph_height, window_columns(window) * glyph_width,
-                (last - first + 1) * glyph_height, window.background);
+// Fills rows of the grid with blanks, as wide as the window.
+void blank_rows(const TextWindow& window, std::uint32_t first, std::uint32_t last) {
     for (std::uint32_t row = first; row <= last; ++row)
         fill_bytes(&console.grid[row][window.left], ' ', window_columns(window));
 }
@@ -34,11 +32,9 @@ void win_put_char(TextWindow& window, std::uint8_t code) {
         ++window.cursor_row;
         window.cursor_column = window.left;
     } else {
-        draw_glyph(window.cursor_column * glyph_width, window.cursor_row * glyph_height, code,
-                   window.foreground, window.background);
-        if (window.cursor_row < max_text_rows && window.cursor_column < max_text_columns) {
+        draw_cell(window.cursor_row, window.cursor_column, code, window.foreground, window.background);
+        if (window.cursor_row < max_text_rows && window.cursor_column < max_text_columns)
             console.grid[window.cursor_row][window.cursor_column] = code;
-        }
         ++window.cursor_column;
     }
     if (window.cursor_column > window.right) {
@@ -52,17 +48,18 @@ void win_put_char(TextWindow& window, std::uint8_t code) {
 }
 
 void win_scroll(TextWindow& window) {
+    scroll_cells({window.left, window.right, window.top, window.bottom}, window.background);
     for (std::uint32_t row = window.top; row < window.bottom; ++row) {
         copy_bytes(&console.grid[row][window.left], &console.grid[row + 1][window.left],
                    window_columns(window));
     }
-    move_pixels_up(window.left * glyph_width, window.top * glyph_height, (window.top + 1) * glyph_height,
-                   window_columns(window) * glyph_width, (window.bottom - window.top) * glyph_height);
-    clear_rows(window, window.bottom, window.bottom);
+    blank_rows(window, window.bottom, window.bottom);
 }
 
 void win_clear(TextWindow& window) {
-    clear_rows(window, window.top, window.bottom);
+    fill_pixels(window.left * glyph_width, window.top * glyph_height, window_columns(window) * glyph_width,
+                (window.bottom - window.top + 1) * glyph_height, window.background);
+    blank_rows(window, window.top, window.bottom);
     window.cursor_column = window.left;
     window.cursor_row = window.top;
 }

@@ -4,6 +4,7 @@
 #include "platform/handle_list.h"
 #include "screen/console.h"
 #include "screen/graphics.h"
+#include "screen/pixel_order.h"
 
 namespace korvane {
 
@@ -22,8 +23,9 @@ void make_write_combining(std::uint64_t base, std::uint64_t size) {
 // Takes geometry and framebuffer from the mode that the firmware is in.
 void take_current_mode() {
     const uefi::GraphicsOutputMode& mode = *video.graphics_output->Mode;
-    take_framebuffer(mode.FrameBufferBase, mode.FrameBufferSize, mode.Info->HorizontalResolution,
-                     mode.Info->VerticalResolution, mode.Info->PixelsPerScanLine);
+    const DrawnFramebuffer drawn = choose_drawn_framebuffer(mode);
+    take_framebuffer(drawn.base, drawn.size, mode.Info->HorizontalResolution, mode.Info->VerticalResolution,
+                     mode.Info->PixelsPerScanLine);
     make_write_combining(mode.FrameBufferBase, mode.FrameBufferSize);
     con_clear_black();
 }
@@ -31,7 +33,7 @@ void take_current_mode() {
 // How a mode's pixels agree with the console's, which are words of the form 0x00RRGGBB.
 enum class Fitness {
     none,     // no framebuffer, or pixels of another size
-    swapped,  // colours come out wrong
+    swapped,  // colours in another order: what is drawn has to be copied
     good,
 };
 
@@ -128,12 +130,14 @@ bool video_start() {
 }
 
 void video_end() {
+    bring_up_to_date();
     uefi::GraphicsOutputProtocol& output = *video.graphics_output;
     // A mode that cannot be set again was good enough to draw in.
     if (output.Mode->Mode != video.first_mode) output.SetMode(&output, video.first_mode);
 }
 
 bool con_set_mode(std::uint32_t width, std::uint32_t height) {
+    bring_up_to_date();
     uefi::GraphicsOutputProtocol& output = *video.graphics_output;
     const FoundMode found = find_mode(output, width, height, 0);
     if (found.fitness == Fitness::none || uefi::is_error(output.SetMode(&output, found.mode))) return false;

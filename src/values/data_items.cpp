@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "platform/characters.h"
+#include "platform/memory.h"
 #include "program/execution.h"
 #include "program/program_store.h"
 #include "program/word_scan.h"
@@ -13,28 +14,61 @@ DataPosition data_position;
 
 namespace {
 
-// Moves to the text of the next DATA statement; false when the program has none left.
-bool find_next_data() {
-    const bool from_start = data_position.line == direct_line;
-    // DATA often stands at the end of a program, and RESTORE in a loop: the way there is gone only once.
-    if (from_start)
-        move_data_position(data_position.changes == program.changes ? data_position.first_line : 0);
-    bool found = false;
-    for (; data_position.line < program.count; ++data_position.line, data_position.offset = 0) {
-        WordScan scan(line_text(data_position.line), data_position.offset);
-        while (!found && scan.next_word())
-            found = scan.word_is("DATA");
-        if (!found) continue;
+// The way to the next DATA is gone only once for each line: programs go it again with every RESTORE.
+struct DataLines {
+    std::uint32_t changes;                  // when the program had been changed so often
+    std::uint32_t next[max_program_lines];  // behind the first line from this one on that holds DATA, or 0
+};
+DataLines data_lines;
+
+// Moves behind the next DATA of the position's line, if there is one.
+bool find_data_in_line() {
+    WordScan scan(line_text(data_position.line), data_position.offset);
+    while (scan.next_word()) {
+        if (!scan.word_is("DATA")) continue;
         data_position.offset = scan.position();
         data_position.in_statement = true;
         data_position.end = 0;
-        break;
+        return true;
     }
-    if (from_start) {
-        data_position.first_line = data_position.line;
-        data_position.changes = program.changes;
+    return false;
+}
+
+void forget_lines_of_changed_program() {
+    if (data_lines.changes == program.changes) return;
+    fill_bytes(data_lines.next, 0, program.count * sizeof data_lines.next[0]);
+    data_lines.changes = program.changes;
+}
+
+// Moves behind the first DATA from the start of the position's line on; false when there is none.
+bool find_line_with_data() {
+    forget_lines_of_changed_program();
+    const std::uint32_t first = data_position.line;
+    std::uint32_t& line = data_position.line;
+    bool found = false;
+    while (!found && line < program.count) {
+        if (const std::uint32_t behind = data_lines.next[line]) {
+            line = behind - 1;
+            if (line == program.count) break;
+        }
+        found = find_data_in_line();
+        if (!found) ++line;
     }
+    const std::uint32_t end = found ? line + 1 : program.count;
+    for (std::uint32_t passed = first; passed < end && data_lines.next[passed] == 0; ++passed)
+        data_lines.next[passed] = line + 1;
     return found;
+}
+
+// Moves to the text of the next DATA statement; false when the program has none left.
+bool find_next_data() {
+    if (data_position.line == direct_line) move_data_position(0);
+    if (data_position.offset != 0 && data_position.line < program.count) {
+        if (find_data_in_line()) return true;
+        ++data_position.line;
+        data_position.offset = 0;
+    }
+    return find_line_with_data();
 }
 
 void skip_blanks(std::string_view text) {
@@ -56,9 +90,8 @@ bool at_data_end(std::string_view text) {
 // The end of the DATA text, looked for from a quotation mark on: at the first ":" between no two marks.
 std::uint32_t end_behind_quote(std::string_view text, std::uint32_t quote) {
     bool quoted = false;
-    for (; quote < text.size() && (quoted || text[quote] != ':'); ++quote) {
+    for (; quote < text.size() && (quoted || text[quote] != ':'); ++quote)
         if (text[quote] == '"') quoted = !quoted;
-    }
     return quote;
 }
 
@@ -93,9 +126,8 @@ std::string_view take_unquoted(std::string_view text) {
     std::uint32_t end = start;
     while (end < text.size() && !may_end_item(text[end]))
         ++end;
-    if (end < text.size() && text[end] != ',' && (text[end] == '"' || data_position.end != 0)) {
+    if (end < text.size() && text[end] != ',' && (text[end] == '"' || data_position.end != 0))
         end = end_of_quoting_item(text, end);
-    }
     data_position.offset = end;
     while (end != start && is_blank(text[end - 1]))
         --end;
@@ -111,9 +143,8 @@ bool next_data_item(std::string_view& item) {
             skip_blanks(text);
             if (!at_data_end(text)) {
                 item = text[data_position.offset] == '"' ? take_quoted(text) : take_unquoted(text);
-                if (data_position.offset < text.size() && text[data_position.offset] == ',') {
+                if (data_position.offset < text.size() && text[data_position.offset] == ',')
                     ++data_position.offset;
-                }
                 return true;
             }
             data_position.in_statement = false;

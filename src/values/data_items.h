@@ -12,8 +12,6 @@ struct DataPosition {
     std::uint32_t offset;  // of the next item, in the line's text
     bool in_statement;     // the offset lies in a DATA text; otherwise the next DATA is looked for from it
     std::uint32_t end;  // of that DATA text, once a quotation mark in an unquoted item made it known; else 0
-    std::uint32_t first_line;  // no line before this index held DATA
-    std::uint32_t changes;     // when the program had been changed so often
 };
 extern DataPosition data_position;
 

@@ -4,6 +4,7 @@
 #include "platform/memory.h"
 #include "program/arenas.h"
 #include "program/errors.h"
+#include "program/line_starts.h"
 #include "program/messages.h"
 #include "program/parse.h"
 #include "program/tokenizer.h"
@@ -124,16 +125,16 @@ void remove_variable(VariableEntry* entry) {
 
 void remember_variable(Token& name, VariableEntry* entry) {
     // A specialised statement that begins with this name belongs to the generation that ends here.
-    if (name.generation != arenas.generation) name.execute = tokenizer.first_handler;
+    if (name.generation != arenas.generation && !begins_watched_line(&name))
+        name.execute = tokenizer.first_handler;
     name.resolution = entry->is_array() ? RESOLVED_ARRAY : RESOLVED_SCALAR;
     name.generation = arenas.generation;
     name.cached = entry;
 }
 
 VariableEntry* find_array(Token& name) {
-    if (name.resolution == RESOLVED_ARRAY && name.generation == arenas.generation) {
+    if (name.resolution == RESOLVED_ARRAY && name.generation == arenas.generation)
         return static_cast<VariableEntry*>(name.cached);
-    }
     VariableEntry* entry = find_variable(name.name, true);
     if (entry != nullptr) remember_variable(name, entry);
     return entry;

@@ -24,12 +24,21 @@ printf '%s\\n' "${COMPREPLY[@]}"
 """
 
 
+# Options of the terminal that the script dev gives it itself, or that are for measurements.
+OF_THE_SCRIPT = {"--image", "--present", "--help"}
+
+
 def offered(completion, *words, folder=ROOT):
     done = subprocess.run(["bash", "-c", ASK, "bash", ROOT / "packaging/completions" / completion, *words], cwd=folder,
                           capture_output=True, text=True, check=True, timeout=120)
     if done.stderr:
         raise ValueError(done.stderr)
     return sorted(filter(None, done.stdout.splitlines()))
+
+
+def told(text):
+    """The options that a text names."""
+    return set(re.findall(r"--[a-z][a-z-]*", text))
 
 
 def main(terminal):
@@ -55,11 +64,15 @@ def main(terminal):
     begun = [word for word in ("--size", "--screenshot", "--script") if word in usage]
     expect(offered("dev", dev, "run", "--s"), begun, "dev run --s")
     options = subprocess.run([terminal, "--help"], capture_output=True, text=True, check=False)
-    expect(offered("korvane", terminal, "-"),
-           set(re.findall(r"--[a-z][a-z-]*", options.stdout)), "korvane -")
+    expect(offered("korvane", terminal, "-"), told(options.stdout), "korvane -")
+    for missing in {"--script", "--volume", "--size", "--no-keys", "--no-rescue"} - told(options.stdout):
+        found.append(f"korvane --help does not tell {missing}")
+    for missing in told(options.stdout) - OF_THE_SCRIPT - told(usage):
+        found.append(f"dev help does not tell {missing}, which dev run passes on")
     page = (ROOT / "packaging/man/korvane.1").read_text().replace("\\-", "-")
-    untold = [word for word in re.findall(r"--[a-z][a-z-]*", options.stdout)
-              if f"{word}\n" not in page and f"{word} " not in page]
+    # Each has an entry of its own: the line behind ".TP".
+    entries = " ".join(re.findall(r"^\.TP\n(.*)", page, re.M)).replace('"', " ").split()
+    untold = told(options.stdout) - set(entries)
     if untold or "--volume" not in page:
         found.append(f"the man page does not tell {untold}")
     if "--volume" not in offered("korvane", terminal, "--v"):
@@ -76,6 +89,14 @@ def main(terminal):
         expect(offered("dev", dev, "run", "a", folder=folder), ["a.bas", "a.folder"], "dev run a")
         expect(offered("dev", dev, "qemu", "a.t", folder=folder), ["a.txt"], "dev qemu a.t")
         expect(offered("dev", dev, "run", "--type", "a.t", folder=folder), ["a.txt"], "dev run --type a.t")
+        # A script is a program; what follows it is anything.
+        expect(offered("korvane", terminal, "--scr", folder=folder), ["--script"], "korvane --scr")
+        expect(offered("korvane", terminal, "--script", "a", folder=folder), ["a.bas", "a.folder"], "korvane --script a")
+        everything = ["a.bas", "a.efi", "a.folder", "a.txt"]
+        expect(offered("korvane", terminal, "--script", "a.bas", "a", folder=folder), everything, "korvane --script a.bas a")
+        expect(offered("korvane", terminal, "--script", "a.bas", "--s", folder=folder), [], "korvane --script a.bas --s")
+        expect(offered("dev", dev, "run", "--script", "a", folder=folder), ["a.bas", "a.folder"], "dev run --script a")
+        expect(offered("dev", dev, "run", "--script", "a.bas", "a", folder=folder), everything, "dev run --script a.bas a")
     print("\n".join(found))
     print(f"completions: {len(found)} failures")
     return 1 if found else 0

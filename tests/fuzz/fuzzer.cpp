@@ -2,22 +2,36 @@
 //
 //     korvane-fuzzer --target=session [libFuzzer's options] CORPUS...
 //
-// With KORVANE_FUZZ_COUNTS the counts are kept in that file.
+// With KORVANE_FUZZ_COMPANION, the path of korvane-companion, that interpreter must come to the same states.
+// With KORVANE_FUZZ_COUNTS the counts are kept in a file in that folder.
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <string>
 #include <string_view>
 
+#include "companion.h"
 #include "counted.h"
 #include "machine.h"
+#include "player.h"
 #include "targets.h"
 
 namespace {
 
 const korvane::fuzz::Target* target = nullptr;
-const char* counts_file = nullptr;
+std::filesystem::path counts_file;
+korvane::fuzz::Companion* companion = nullptr;
 
 }  // namespace
+
+// What is left of a machine at the end of the process is no leak.
+extern "C" const char* __asan_default_options() {
+    return "detect_leaks=0";
+}
 
 // The machine stays until the process ends: the interpreter never returns.
 extern "C" int LLVMFuzzerInitialize(int* count, char*** words) {
@@ -33,7 +47,14 @@ extern "C" int LLVMFuzzerInitialize(int* count, char*** words) {
             std::fprintf(stderr, "  %-16s %s\n", one.name.data(), one.reads.data());
         std::exit(2);
     }
-    counts_file = std::getenv("KORVANE_FUZZ_COUNTS");
+    if (const char* folder = std::getenv("KORVANE_FUZZ_COUNTS"))
+        counts_file =
+            std::filesystem::path(folder) / (std::string(target->name) + "-" + std::to_string(getpid()) +
+                                             "-" + std::to_string(std::time(nullptr)) + ".json");
+    if (const char* program = std::getenv("KORVANE_FUZZ_COMPANION")) {
+        static Companion the_companion(program, target->name);
+        companion = &the_companion;
+    }
     static Machine the_machine;
     prepare(*target);
     return 0;
@@ -41,7 +62,10 @@ extern "C" int LLVMFuzzerInitialize(int* count, char*** words) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace korvane::fuzz;
-    play(*target, {reinterpret_cast<const char*>(data), size});
-    if (counts_file != nullptr) write_counts(counts_file, target->name, false);
+    const std::string_view input(reinterpret_cast<const char*>(data), size);
+    const bool played = play(input);
+    if (companion != nullptr && played && is_comparable(input))
+        if (const auto state = companion->play(input)) compare(describe_state(), *state);
+    if (!counts_file.empty()) write_counts(counts_file, target->name, false);
     return 0;
 }

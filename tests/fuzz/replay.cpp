@@ -4,6 +4,8 @@
 //     korvane-replay --all FOLDER
 //     korvane-replay --measure SECONDS --target NAME FILE...    tells how many lines and inputs a second
 //                                                               of processor time
+//
+// With --companion PROGRAM that interpreter, korvane-companion, must come to the same states.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,10 +16,12 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "companion.h"
 #include "player.h"
 #include "program_words.h"
 #include "targets.h"
@@ -31,29 +35,34 @@ struct Options {
     std::string target;
     fs::path all;
     double seconds = 0;
+    std::string companion;
     std::vector<fs::path> files;
 };
 
 [[noreturn]] void usage() {
-    std::fputs("usage: korvane-replay [--measure SECONDS] --target NAME FILE... | --all FOLDER\n", stderr);
+    std::fputs(
+        "usage: korvane-replay [--companion PROGRAM] [--measure SECONDS] --target NAME FILE... | --all "
+        "FOLDER\n",
+        stderr);
     std::exit(2);
 }
 
 Options parse_options(int count, char** words) {
     Options options;
     test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);) {
+    for (std::string_view word; program.take(word);)
         if (word == "--target")
             options.target = program.value();
         else if (word == "--all")
             options.all = program.value();
+        else if (word == "--companion")
+            options.companion = program.value();
         else if (word == "--measure")
             options.seconds = std::atof(program.value().c_str());
         else if (word.starts_with("-"))
             usage();
         else
             options.files.emplace_back(word);
-    }
     if (options.target.empty() == options.all.empty()) usage();
     return options;
 }
@@ -78,7 +87,10 @@ std::vector<fs::path> files_in(const std::vector<fs::path>& places) {
 }
 
 // In this process: a finding ends it, and what was played is told before.
-int play_target(const Target& target, const std::vector<fs::path>& files, double seconds) {
+int play_target(const Target& target, const std::vector<fs::path>& files, double seconds,
+                const std::string& companion_program) {
+    std::optional<Companion> companion;
+    if (!companion_program.empty()) companion.emplace(companion_program, target.name);
     std::vector<std::string> inputs;
     for (const fs::path& file : files)
         inputs.push_back(content_of(file));
@@ -90,12 +102,14 @@ int play_target(const Target& target, const std::vector<fs::path>& files, double
     do {
         for (std::size_t i = 0; i < inputs.size(); ++i) {
             if (seconds == 0) std::fprintf(stderr, "%s\r", files[i].c_str());
-            play(target, inputs[i]);
+            const bool played = play(inputs[i]);
+            if (companion && played && is_comparable(inputs[i]))
+                if (const auto state = companion->play(inputs[i])) compare(describe_state(), *state);
         }
     } while (passed() < seconds);
-    std::printf("%s: %llu inputs, %llu lines", target.name.data(),
-                static_cast<unsigned long long>(counts.inputs),
-                static_cast<unsigned long long>(counts.lines));
+    std::printf("%s: %llu inputs, %llu lines, %llu compared", target.name.data(),
+                static_cast<unsigned long long>(counts.inputs), static_cast<unsigned long long>(counts.lines),
+                static_cast<unsigned long long>(counts.compared));
     if (seconds != 0)
         std::printf(", %.0f inputs and %.0f lines a second", static_cast<double>(counts.inputs) / passed(),
                     static_cast<double>(counts.lines) / passed());
@@ -105,13 +119,13 @@ int play_target(const Target& target, const std::vector<fs::path>& files, double
 }
 
 // Each target in a process of its own: a machine is made for one.
-int play_all(const fs::path& folder) {
+int play_all(const fs::path& folder, const std::string& companion) {
     int failures = 0;
     for (const Target& target : targets()) {
         const std::vector<fs::path> files = files_in({folder / target.name});
         std::fflush(nullptr);
         const pid_t child = fork();
-        if (child == 0) _exit(play_target(target, files, 0));
+        if (child == 0) _exit(play_target(target, files, 0, companion));
         int status = 0;
         waitpid(child, &status, 0);
         if (status == 0) continue;
@@ -127,8 +141,8 @@ int play_all(const fs::path& folder) {
 int main(int count, char** words) {
     using namespace korvane::fuzz;
     const Options options = parse_options(count, words);
-    if (!options.all.empty()) return play_all(options.all);
+    if (!options.all.empty()) return play_all(options.all, options.companion);
     const Target* target = find_target(options.target);
     if (target == nullptr) usage();
-    return play_target(*target, files_in(options.files), options.seconds);
+    return play_target(*target, files_in(options.files), options.seconds, options.companion);
 }

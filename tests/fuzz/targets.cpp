@@ -17,6 +17,8 @@ namespace {
 using std::string;
 using std::string_view;
 
+const Target* prepared = nullptr;
+
 // Takes numbers from an input; zeros when it has come to its end.
 class Reader {
   public:
@@ -97,7 +99,8 @@ void prepare_program(std::initializer_list<string_view> lines) {
 }
 
 bool type_all(std::initializer_list<string_view> lines) {
-    return std::all_of(lines.begin(), lines.end(), [](string_view line) { return type(line); });
+    return std::all_of(
+        lines.begin(), lines.end(), [](string_view line) { return type(line); });
 }
 
 // ---- Sessions
@@ -256,10 +259,9 @@ bool play_device_path(string_view input) {
     const string_view image_path = reader.take_counted();
     hardware.image_path = string(image_path);
     hardware.device_path = string(reader.rest());
-    // Whoever walks a path knows of no end but the one in it.
-    const string_view end("\x7F\xFF\4\0", 4);
-    hardware.image_path += string(512, '\0') + string(end);
-    hardware.device_path += string(512, '\0') + string(end);
+    // Whoever walks a path knows of no end but the one in it, and goes on for 4 KiB without one.
+    for (string* path : {&hardware.image_path, &hardware.device_path})
+        *path += string(4200, '\0');
     return start_on(hardware, {"FILES", "SAVE \"BOOTX64.EFI\"", "CREATEEFI \"N.EFI\"", "KORVANE", "VOLUMES",
                                "BOOT", "X"});
 }
@@ -292,12 +294,12 @@ bool play_modes(string_view input) {
 }
 
 constexpr std::array<Target, 16> all_targets = {{
-    {"session", "typed lines, keys, edits, Escape at any look, failing services", prepare_usual,
-     type_session},
+    {"session", "typed lines, keys, edits, Escape at any look, failing services", prepare_usual, type_session,
+     true},
     {"explorer", "the machine explorer's commands", prepare_explorer, type_session},
-    {"program", "program files", prepare_usual, play_program},
-    {"data", "data files, sequential and of records", prepare_data, play_data},
-    {"bitmap", "BMP files", prepare_usual, play_bitmap},
+    {"program", "program files", prepare_usual, play_program, true},
+    {"data", "data files, sequential and of records", prepare_data, play_data, true},
+    {"bitmap", "BMP files", prepare_usual, play_bitmap, true},
     {"memory-file", "files of BLOAD", prepare_memory_file, play_memory_file},
     {"packed-image", "packed images and certificate tables", nullptr, play_packed_image},
     {"directory", "records of directories", prepare_usual, play_directory},
@@ -328,6 +330,7 @@ const Target* find_target(string_view name) {
 }
 
 void prepare(const Target& target) {
+    prepared = &target;
     if (target.prepare != nullptr)
         target.prepare();
     else
@@ -336,9 +339,19 @@ void prepare(const Target& target) {
     note_moment();
 }
 
-void play(const Target& target, string_view input) {
+const Target& current_target() {
+    return *prepared;
+}
+
+bool play_only(string_view input) {
     begin_input();
-    if (target.play(input)) check();
+    return prepared->play(input);
+}
+
+bool play(string_view input) {
+    if (!play_only(input)) return false;
+    check();
+    return true;
 }
 
 }  // namespace korvane::fuzz

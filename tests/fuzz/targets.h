@@ -15,15 +15,22 @@ struct Target {
     // Gives the machine the input and types what makes the interpreter look at it. False when the interpreter
     // has come to an end, and its state is not to be looked at.
     bool (*play)(std::string_view input);
+    // Shows nothing but what programs do: other interpreters must come to the same state.
+    bool comparable = false;
 };
 
 std::span<const Target> targets();
 const Target* find_target(std::string_view name);
 
-// Makes the machine for a target and takes it to its moment.
+// Makes the machine for a target and takes it to its moment. Inputs are played for this target from then on.
 void prepare(const Target& target);
 
-// Plays one input from that moment, and checks what must hold.
-void play(const Target& target, std::string_view input);
+// Plays one input from that moment, and checks what must hold; the same without the checks. False when the
+// interpreter has come to an end.
+bool play(std::string_view input);
+bool play_only(std::string_view input);
+
+// The target that is prepared.
+const Target& current_target();
 
 }  // namespace korvane::fuzz

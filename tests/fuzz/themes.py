@@ -71,6 +71,51 @@ class Maker:
         return f"{number} {text}" + ":".join(self.some(1, 2, self.rich))
 
 
+# ---- Lines that are watched
+
+def watched(maker):
+    """Breakpoints, TRON's range and TRACE around loops and jumps of all kinds: set, moved and taken back between runs,
+    continuations and edits, and by the program itself."""
+    choose, chance = maker.choose, maker.chance
+    maker.targets = ["20", "40", "60", "80", "900"]
+
+    def line(number, text):
+        return f"{number} {':' * choose(0, 0, 0, 1, 2)}{text}"
+
+    def body():
+        return ":".join(maker.some(1, 2, lambda: choose(
+            maker.simple(), maker.simple(), maker.rich(), "GOSUB 200", "GOSUB 200:A=A+1", "DIM D(2):ERASE D",
+            f"TRON {choose(30, 50, 70)}-{choose(70, 80, 210)}", "TROFF", "TRACE A,B", "TRACE OFF", "X=FNA(X)",
+            f"IF {maker.comparison()} THEN GOSUB 200 ELSE B=B+1")))
+
+    def count():
+        return "V=V+1:IF V>15 THEN 900"
+
+    lines = ["5 DIM M(9):DEF FNA(X)=X+1" + ":ON ERROR GOTO 300" * chance(40)]
+    lines += [line(20, f"{count()}:{body()}"), line(30, choose("FOR I=1 TO 3", "FOR I=3 TO 1 STEP -1", "I=1")),
+              line(40, f"{body()}"), line(50, choose("NEXT", "NEXT:A=A+1", "IF I<3 THEN I=I+1:GOTO 40")),
+              line(60, choose("WHILE W<3", f"WHILE W<2 AND ({maker.comparison()}) OR W<1", "W=0")),
+              line(70, f"{count()}:W=W+1:{body()}"), line(80, choose("WEND", "WEND:PRINT 8;", f"W=W+1:IF W<3 THEN {maker.target()}")),
+              line(90, f"ON {choose(1, 2, 'A', 'V')} GOSUB 200,210:{body()}"), "100 PRINT A;B;X:END",
+              line(200, body().replace("GOSUB 200", "N%=N%+1")), line(210, "RETURN"),
+              "300 V=V+1:IF V>20 THEN 900 ELSE RESUME" + " NEXT" * chance(70), "900 PRINT V:END", "950 DATA 1,2,3,4,5,6,7"]
+
+    def watch():
+        number = choose(5, 20, 30, 40, 50, 60, 70, 80, 90, 200, 210, 300, 900)
+        return choose(f"BREAK {number}", f"BREAK {number},40", f"BREAK DELETE {number}", "BREAK CLEAR", f"TRON {number}",
+                      f"TRON 40-{choose(50, 70, 210)}", "TRON", "TROFF", "TRACE A,V", "TRACE OFF", f"TRACE {maker.name()}")
+
+    lines += maker.some(0, 2, watch)
+    for _ in range(maker.random.randint(1, 3)):
+        lines.append(choose("RUN", "RUN", "GOTO 20", "GOSUB 200"))
+        for _ in range(maker.random.randint(0, 5)):
+            lines += maker.some(0, 1, watch) + ["CONT"]
+        if chance(40):
+            lines.append(choose(line(choose(40, 70, 95), body()), "RENUM", "V=0:W=0", "DELETE 90", "CLEAR"))
+        lines += maker.some(0, 2, watch)
+    return lines + ["RUN", "VARINFO FULL"]
+
+
 # ---- Edits between runs
 
 def edits(maker):
@@ -501,7 +546,7 @@ def costs(maker):
 
 THEMES = {
     "edits": ("images", edits), "repeated": ("repeated", repeated), "state": ("fresh", state),
-    "stale": ("images", stale),
+    "stale": ("images", stale), "watched": ("images", watched),
     "branches": ("images", branches), "full cache": ("full cache", full_cache), "merges": ("computed targets", merges),
     "input breaks": ("interrupted", input_breaks), "poll breaks": ("interrupted", poll_breaks),
     "counted loops": ("bound", counted_loops), "deep": ("images", deep),

@@ -3,6 +3,7 @@ the same when it is made again."""
 
 import gzip
 import hashlib
+import json
 import os
 import re
 import subprocess
@@ -159,6 +160,13 @@ def test_without_a_home_there_is_a_line_about_it(installed):
     assert b"--volume" in result.stderr
 
 
+def test_installed_program_says_its_own_name(installed, tmp_path):
+    told = korvane(installed, "--help", home=tmp_path).stdout.decode()
+    assert told.startswith("usage: korvane [") and "korvane-terminal" not in told and "@" not in told
+    for arguments in (["--nonsense"], ["none.bas"], ["--script"], ["--size", "1x1"]):
+        assert korvane(installed, *arguments, home=tmp_path).stderr.startswith(b"korvane: ")
+
+
 def test_banner_agrees_with_the_version(installed, tmp_path):
     shown = korvane(installed, home=tmp_path).stdout.decode().splitlines()
     assert f"Korvane BASIC v{'.'.join(VERSION.split('.')[:2])}" in shown
@@ -173,8 +181,35 @@ def test_version_has_one_place(installed, dist):
     page = subprocess.run(["man", "--local-file", installed / "usr/share/man/man1/korvane.1.gz"], check=True,
                           capture_output=True, env=os.environ | {"MANPAGER": "cat"}).stdout.decode()  # fmt: skip
     assert f"Korvane BASIC {VERSION}" in page
-    for option in ("--volume", "--size", "--image", "--present", "--help", "--version"):
+    for option in ("--volume", "--size", "--script", "--image", "--present", "--help", "--version"):
         assert option in page
+    extension = json.loads((ROOT / "editors" / "vscode" / "package.json").read_text(encoding="utf-8"))
+    assert extension["version"] == VERSION
+
+
+def test_installed_converter_knows_the_same_words(installed, tmp_path):
+    listing = ROOT / "tests" / "converter" / "squash.bas"
+    own = subprocess.run([ROOT / "tools" / "convert_listing.py", listing], check=True, capture_output=True)
+    # Where it is installed nothing but Python can be counted on, not even the folder it is called from.
+    convert = installed / "usr" / "bin" / "korvane-convert"
+    environment = {"PATH": "/usr/bin:/bin", "PYTHONDONTWRITEBYTECODE": "1"}
+    done = subprocess.run([convert, listing, "-o", "new.bas"], check=True, capture_output=True, cwd=tmp_path, env=environment)
+    assert (tmp_path / "new.bas").read_bytes() == own.stdout
+    assert done.stderr == own.stderr and b"separated" in own.stderr
+    result = korvane(installed, tmp_path / "new.bas", home=tmp_path)
+    for line in listing.with_suffix(".out").read_text(encoding="ascii").splitlines():
+        assert line.strip() in result.stdout.decode()
+    named = subprocess.run([convert, "none.bas"], check=False, capture_output=True, cwd=tmp_path, env=environment)
+    assert named.returncode == 2 and named.stderr.startswith(b"korvane-convert: ") and b"none.bas" in named.stderr
+
+
+def test_converter_has_a_man_page(installed):
+    page = subprocess.run(["man", "--local-file", installed / "usr/share/man/man1/korvane-convert.1.gz"], check=True,
+                          capture_output=True, env=os.environ | {"MANPAGER": "cat"}).stdout.decode()  # fmt: skip
+    usage = subprocess.run([installed / "usr/bin/korvane-convert", "--help"], check=True, capture_output=True)
+    options = set(re.findall(r"--[a-z]+", usage.stdout.decode()))
+    assert {"--output", "--single", "--keep", "--help"} == options
+    assert all(option in page for option in options)
 
 
 # ---- Version and tag --------------------------------------------------------------------------------------------

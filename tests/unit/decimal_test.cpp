@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <bit>
 #include <cmath>
 #include <cstdint>
@@ -65,6 +66,43 @@ TEST(DecimalTest, SmallNumbersAsPeopleWriteThem) {
     RandomBits random(3);
     for (int i = 0; i < 50000; i++)
         expect_right(print("%.*f", random.below(8), random.between(0, 100000)));
+}
+
+// Each power of ten with heads that fill 64 bits, that are short, and that end in nines or zeros.
+TEST(DecimalTest, EveryPowerOfTen) {
+    RandomBits random(5);
+    const long heads = std::max(test::numeric_arguments() / 500, 20L);
+    for (int power = -345; power <= 310; power++) {
+        const std::string exponent = "E" + std::to_string(power);
+        for (long i = 0; i < heads; i++) {
+            const std::uint64_t head = random.bits() >> random.below(64);
+            expect_right(std::to_string(head) + exponent);
+            expect_right(std::to_string(head % 10) +
+                         std::string(static_cast<std::size_t>(random.below(24)), '9') + exponent);
+            expect_right(std::to_string(head) + std::string(static_cast<std::size_t>(random.below(24)), '0') +
+                         exponent);
+            expect_right("0." + std::to_string(head) + exponent);
+        }
+        for (const char* head :
+             {"1", "9", "9999999999999999999", "10000000000000000000", "18446744073709551615",
+              "18446744073709551616", "9223372036854775808", "9007199254740993"})
+            expect_right(head + exponent);
+    }
+}
+
+// Numbers of the very bits of a binary64, and of one more, in all their digits: with a large power of ten
+// in front of the point or behind it the quick way meets its exact cases and its undecided ones.
+TEST(DecimalTest, ExactNumbersAndHalves) {
+    RandomBits random(6);
+    for (int exponent = -1074; exponent <= 970; exponent++) {
+        for (const std::uint64_t odd : {std::uint64_t{1}, std::uint64_t{3}, (std::uint64_t{1} << 53) - 1,
+                                        (std::uint64_t{1} << 54) - 1, (random.bits() >> 10) | 1}) {
+            const long double number = std::ldexp(static_cast<long double>(odd), exponent);
+            expect_right(print("%.1100Lf", number));
+            expect_right(print("%.17Le", number));
+            expect_right(print("%.25Le", number));
+        }
+    }
 }
 
 // Exactly between two neighbours, and the least bit to either side of it, hundreds of digits away.
@@ -130,9 +168,8 @@ TEST(DecimalTest, LimitsOfTheRanges) {
                              "16777217",
                              "1E22",
                              "1E23",
-                             "123456789012345678901234567890"}) {
+                             "123456789012345678901234567890"})
         expect_right(text);
-    }
 }
 
 TEST(DecimalTest, LengthIsNoLimit) {

@@ -23,7 +23,8 @@ class DrawingScreen {
                   .pitch = pitch,
                   .back_buffer = back_buffer_.data() + guard,
                   .back_buffer_capacity = std::uint64_t{pitch} * height,
-                  .addressable = std::uint64_t{pitch} * height};
+                  .addressable = std::uint64_t{pitch} * height,
+                  .cells_wait = false};
         gfx_start();
         clear();
     }
@@ -33,10 +34,9 @@ class DrawingScreen {
     DrawingScreen& operator=(const DrawingScreen&) = delete;
 
     void clear(std::uint32_t colour = 0) {
-        for (std::uint32_t y = 0; y < screen.height; ++y) {
+        for (std::uint32_t y = 0; y < screen.height; ++y)
             for (std::uint32_t x = 0; x < screen.width; ++x)
                 set_pixel(x, y, colour);
-        }
     }
 
     // The visible pixels of the back buffer, row by row.

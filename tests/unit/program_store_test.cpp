@@ -13,6 +13,7 @@
 #include "program/arenas.h"
 #include "program/errors.h"
 #include "program/keywords.h"
+#include "program/late_lines.h"
 #include "raised_error.h"
 #include "random_bits.h"
 
@@ -148,6 +149,98 @@ TEST_F(ProgramStoreTest, RandomEditsInASmallArenaAgreeWithAMap) {
         use_arena(arena);
         edit_at_random(arena, arena, 1500, 40, expect_holds);
     }
+}
+
+// Batches of lines in any order, each of which finds what the batches before have left.
+void enter_at_random(std::uint64_t seed, std::size_t arena, int batches, int numbers,
+                     const std::function<void(const Model&)>& check) {
+    test::RandomBits random(seed);
+    Model model;
+    for (int batch = 0; batch < batches; ++batch) {
+        {
+            LateLines lines;
+            const bool ascending = random.below(4) == 0;
+            const bool descending = random.below(4) == 0;
+            for (int i = random.below(60); i-- > 0;) {
+                auto number = static_cast<std::uint32_t>(random.below(numbers));
+                if (ascending) number = 1000 + static_cast<std::uint32_t>(60 * batch - i);
+                if (descending) number = 4294967294u - static_cast<std::uint32_t>(60 * batch - i);
+                std::string text;
+                if (random.below(6) != 0) text.assign(static_cast<std::size_t>(random.below(30)), 'a');
+                if (random.below(200) == 0) text.assign(static_cast<std::size_t>(240 + random.below(8)), 'b');
+                execution.can_continue = true;
+                lines.store(number, text);
+                ASSERT_EQ(take_error(), model_store(model, number, text, arena));
+                if (random.below(40) != 0) continue;
+                lines.settle();
+                check(model);
+                if (::testing::Test::HasFatalFailure()) return;
+            }
+        }
+        check(model);
+        if (::testing::Test::HasFatalFailure()) return;
+        for (std::uint32_t index = 0; index < program.count; ++index) {
+            ASSERT_TRUE(program.cache_start != nullptr || program.lines[index].tokens == nullptr);
+            ASSERT_EQ(find_line(program.lines[index].number), index);
+        }
+        // Lines that have run keep their tokens behind the program, where the next batch will lie.
+        for (std::uint32_t index = 0; index < program.count; index += 5) {
+            prepare_line(index);
+            take_error();
+        }
+        if (random.below(30) == 0) {
+            clear_program();
+            model.clear();
+        }
+    }
+}
+
+TEST_F(ProgramStoreTest, LateLinesAgreeWithAMap) {
+    enter_at_random(1, 1 << 20, 400, 200, expect_holds);
+    clear_program();
+    enter_at_random(2, 1 << 20, 400, 20000, expect_holds);
+}
+
+// Also where there is no room to sort them, and where there is none for the program itself.
+TEST_F(ProgramStoreTest, LateLinesInASmallArenaAgreeWithAMap) {
+    for (const std::size_t arena : {64U, 500U, 2000U, 4096U, 10000U}) {
+        use_arena(arena);
+        enter_at_random(arena, arena, 400, 100, expect_holds);
+    }
+}
+
+TEST_F(ProgramStoreTest, LateLinesUpToTheIndexesEnd) {
+    use_arena(1 << 22);
+    {
+        LateLines lines;
+        for (std::uint32_t number = 65536; number-- > 0;)
+            lines.store(number * 2, "x");
+        EXPECT_EQ(take_error(), "");
+        for (std::uint32_t number = 0; number < 1000; ++number)
+            lines.store(number * 2, "y");  // each takes the place of one
+        EXPECT_EQ(take_error(), "");
+        lines.store(1, "x");
+        EXPECT_EQ(take_error(), "Program too large");
+        lines.store(6, "");
+        lines.store(1, "z");
+        EXPECT_EQ(take_error(), "");
+    }
+    EXPECT_EQ(program.count, 65536U);
+    EXPECT_EQ(line_text(0), "y");
+    EXPECT_EQ(line_text(1), "z");
+    EXPECT_EQ(find_line(6), direct_line);
+    EXPECT_EQ(line_text(find_line(1998)), "y");
+    EXPECT_EQ(line_text(find_line(2000)), "x");
+}
+
+TEST_F(ProgramStoreTest, ALateLineEndsWhatCouldBeContinued) {
+    store_line(20, "REM");
+    execution.can_continue = true;
+    LateLines lines;
+    lines.store(10, "REM");
+    lines.settle();
+    EXPECT_FALSE(execution.can_continue);
+    expect_holds({{10, "REM"}, {20, "REM"}});
 }
 
 TEST_F(ProgramStoreTest, TextLengths) {

@@ -55,15 +55,26 @@ export async function serve(instead = {}) {
   };
 }
 
-// A browser with a profile of its own, which is gone when it is closed: what is kept lasts as long as the browser.
+// The profiles of browsers, which still write into them for a moment when they have been closed.
+const profiles = [];
+process.on("exit", () => {
+  for (const profile of profiles) {
+    try {
+      fs.rmSync(profile, { recursive: true, force: true, maxRetries: 5 });
+    } catch {
+      // A folder for temporary files loses it some day.
+    }
+  }
+});
+
+// A browser with a profile of its own.
 export async function openBrowser(flags = []) {
   const profile = fs.mkdtempSync(path.join(os.tmpdir(), "korvane-web-"));
-  const browser = await puppeteer.launch({
+  profiles.push(profile);
+  return puppeteer.launch({
     executablePath: "/usr/bin/chromium", headless: true, userDataDir: profile, pipe: true,
     args: ["--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", ...flags],
   });
-  browser.on("disconnected", () => fs.rmSync(profile, { recursive: true, force: true, maxRetries: 5 }));
-  return browser;
 }
 
 // A page that tells what goes wrong in it: whatever its console complains about, and every request that leaves the server.
@@ -101,13 +112,15 @@ export async function expectScreen(page, pattern) {
   }
 }
 
-// Waits until the page's sentences fit.
+// Waits until the page's sentences fit, and can be seen.
 export async function expectSentence(page, pattern) {
   try {
-    await page.waitForFunction((source) => new RegExp(source).test(document.querySelector("#notices p").textContent),
-      { polling: 50 }, pattern.source);
+    await page.waitForFunction((source) => {
+      const place = document.querySelector("#notices p");
+      return place.checkVisibility() && new RegExp(source).test(place.textContent);
+    }, { polling: 50 }, pattern.source);
   } catch {
-    assert.match(await page.$eval("#notices p", (place) => place.textContent), pattern);
+    assert.match(await page.$eval("#notices p", (place) => (place.checkVisibility() ? place.textContent : "")), pattern);
   }
 }
 

@@ -152,10 +152,13 @@ export class Machine {
         this.told.turn?.();
         if (this.#keyCount === 0) {
             this.told.waits?.(true);
-            await new Promise((done) => {
-                this.#pressed = done;
-            });
-            this.#pressed = null;
+            // Whoever has been told may have pressed one.
+            if (this.#keyCount === 0) {
+                await new Promise((done) => {
+                    this.#pressed = done;
+                });
+                this.#pressed = null;
+            }
             this.told.waits?.(false);
         }
         this.#keyCount = 0;

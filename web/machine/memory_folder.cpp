@@ -107,8 +107,7 @@ void close_node(int number) {
     Node* node = node_of(number);
     if (node == nullptr) return;
     open_nodes[static_cast<std::size_t>(number)] = nullptr;
-    if (--node->users == 0)
-        std::erase_if(orphans, [=](const auto& one) { return one.get() == node; });
+    if (--node->users == 0) std::erase_if(orphans, [=](const auto& one) { return one.get() == node; });
 }
 
 host::FileStatus status_of(const Node& node) {
@@ -150,6 +149,13 @@ bool is_legal_path(std::string_view path) {
     for (std::string_view name = take_name(path); !name.empty(); name = take_name(path))
         if (!host::is_legal_name(name)) return false;
     return true;
+}
+
+void tell_changed(Node& folder) {
+    for (const auto& entry : folder.entries) {
+        if (entry->is_changed) tell(*entry);
+        tell_changed(*entry);
+    }
 }
 
 void drop(Node& node) {
@@ -206,7 +212,8 @@ bool Descriptor::resize(std::uint64_t size) const {
     Node* node = node_of(number_);
     if (node == nullptr || size > largest_file) return false;
     // Files that grow bit by bit are not copied each time.
-    if (size > node->bytes.capacity()) node->bytes.reserve(std::max(size, 2 * std::uint64_t{node->bytes.size()}));
+    if (size > node->bytes.capacity())
+        node->bytes.reserve(std::max(size, 2 * std::uint64_t{node->bytes.size()}));
     node->bytes.resize(size);
     node->is_changed = true;
     node->modified = host_time_now();

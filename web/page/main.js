@@ -178,6 +178,10 @@ document.addEventListener("keydown", (event) => {
 // ---- Beginning ---------------------------------------------------------------------------------------------------
 
 machine.on("volume", ({ changes }) => volume.apply(changes));
+machine.on("rejected", ({ path }) => {
+  say(`The machine's volume cannot hold ${path.slice(1)} under this name.`);
+  volume.apply([{ path, gone: true }]);
+});
 
 async function begin() {
   loadParts().catch(() => {}); // on its way while the volume is read; the start tells what goes wrong

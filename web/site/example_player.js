@@ -5,10 +5,10 @@ import { Console } from "../page/console.js";
 import { exampleFiles } from "../page/machine.js";
 import { makeTouchBar } from "../page/touch_bar.js";
 
-// How long a step may go without any sign before the next one follows, and how long a program is left alone before a key
-// that stops it.
-const QUIET_MS = 300;
-const LONGEST_STEP_MS = 10000;
+// The next step follows when the machine has waited for so long, or when nothing has changed on the screen for so long: a
+// program that asks for keys by INKEY$ never waits. A program is left alone for a while before a key that stops it.
+const WAITING_MS = 300;
+const QUIET_MS = 1500;
 const BEFORE_LATER_KEYS_MS = 1000;
 
 const wait = (milliseconds) => new Promise((resolve) => setTimeout(resolve, milliseconds));
@@ -43,6 +43,7 @@ class Player {
     this.panel.append(bar, place, keys);
     document.body.append(this.panel);
     this.console = new Console(place, (sentence) => (this.message.textContent = sentence));
+    this.console.machine.on("rows", () => (this.changed = performance.now()));
     makeTouchBar(keys, this.console.keyboard);
   }
 
@@ -94,14 +95,13 @@ class Player {
     else keyboard.stroke({ scan: 0, character: key.charCodeAt(0) });
   }
 
-  // Waits until the machine waits for keys again.
+  // Waits until the machine has done what it was told.
   async settled() {
-    const { machine } = this.console;
-    const begin = performance.now();
-    let quiet = 0;
-    while (quiet < QUIET_MS && performance.now() - begin < LONGEST_STEP_MS) {
+    let waiting = 0;
+    this.changed = performance.now();
+    while (waiting < WAITING_MS && performance.now() - this.changed < QUIET_MS) {
       await wait(50);
-      quiet = machine.waiting ? quiet + 50 : 0;
+      waiting = this.console.machine.waiting ? waiting + 50 : 0;
     }
   }
 }

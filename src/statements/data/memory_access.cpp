@@ -2,6 +2,8 @@
 
 #include "platform/processor.h"
 #include "program/parse.h"
+#include "program/program_store.h"
+#include "screen/framebuffer.h"
 #include "values/evaluator.h"
 #include "values/variables.h"
 
@@ -15,6 +17,7 @@ constexpr std::uint8_t nothing_there = 0xFF;
 }  // namespace
 
 std::uint64_t peek_memory(std::uint64_t address, std::uint32_t bytes) {
+    bring_up_to_date();
     std::uint64_t value = 0;
     for (std::uint32_t i = 0; i < bytes; ++i) {
         // Memory may be a device's: every byte is read exactly once.
@@ -26,11 +29,13 @@ std::uint64_t peek_memory(std::uint64_t address, std::uint32_t bytes) {
 }
 
 void poke_memory(std::uint64_t address, std::uint64_t value, std::uint32_t bytes) {
+    bring_up_to_date();
     for (std::uint32_t i = 0; i < bytes; ++i)
         if (is_addressable(address + i))
             *reinterpret_cast<volatile std::uint8_t*>(address + i) =
                 static_cast<std::uint8_t>(value >> (8 * i));
     note_written_memory(address, bytes);
+    note_written_program(address, bytes);
 }
 
 namespace {

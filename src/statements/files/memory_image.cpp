@@ -6,6 +6,7 @@
 #include "program/errors.h"
 #include "program/messages.h"
 #include "program/parse.h"
+#include "program/program_store.h"
 #include "statements/files/file_name.h"
 #include "values/evaluator.h"
 #include "values/variables.h"
@@ -56,9 +57,8 @@ const char* read_image(const FileName& name, bool address_given, std::int64_t ad
     const FileHandle file = OpenFileByName(name.view(), OpenMode::read);
     if (!file) return message::file_not_found;
     ImageHeader header{};
-    if (!file.read_exactly(header.bytes, ImageHeader::size) || header.bytes[0] != image_marker) {
+    if (!file.read_exactly(header.bytes, ImageHeader::size) || header.bytes[0] != image_marker)
         return message::bad_file_mode;
-    }
     // The header's 16-bit offset never reaches the least address, so an image cannot be loaded without one:
     // nothing may be loaded into low machine memory.
     if (!address_given) address = header.offset();
@@ -67,6 +67,7 @@ const char* read_image(const FileName& name, bool address_given, std::int64_t ad
     auto* bytes = reinterpret_cast<void*>(static_cast<std::uintptr_t>(address));
     const bool complete = file.read_exactly(bytes, header.length());
     note_written_memory(static_cast<std::uint64_t>(address), header.length());
+    note_written_program(static_cast<std::uint64_t>(address), header.length());
     return complete ? nullptr : message::disk_i_o_error;
 }
 

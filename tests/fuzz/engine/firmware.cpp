@@ -165,6 +165,13 @@ struct Firmware::Services {
         return uefi::unsupported;
     }
 
+    static Status EFIAPI set_memory_attributes(uefi::CpuArchProtocol*, uefi::PhysicalAddress base,
+                                               std::uint64_t length, std::uint64_t) {
+        if (auto failure = active->faults_.strike(Service::SetMemoryAttributes)) return *failure;
+        return base % uefi::page_size == 0 && length % uefi::page_size == 0 ? uefi::success
+                                                                            : uefi::invalid_parameter;
+    }
+
     static Status EFIAPI get_time(uefi::Time* time, void*) {
         if (auto failure = active->faults_.strike(Service::GetTime)) return *failure;
         *time = {2024, 2, 29, 23, 59, 58, 0, 0, 2047, 0, 0};
@@ -180,7 +187,7 @@ struct Firmware::Services {
             *size = variable.data.size();
             if (attributes != nullptr) *attributes = 7;
             if (room < variable.data.size()) return uefi::buffer_too_small;
-            std::memcpy(data, variable.data.data(), variable.data.size());
+            if (!variable.data.empty()) std::memcpy(data, variable.data.data(), variable.data.size());
             return uefi::success;
         }
         return uefi::not_found;
@@ -350,6 +357,7 @@ Firmware::Firmware()
                Services::set_cursor,
                Services::enable_cursor,
                &output_mode_};
+    cpu_.SetMemoryAttributes = Services::set_memory_attributes;
     graphics_ = {Services::query_mode, Services::set_mode, nullptr, &graphics_mode_};
     volume_.put_file("EFI/BOOT/BOOTX64.EFI", "MZ");
 }
@@ -448,6 +456,7 @@ void* Firmware::find(uefi::Handle handle, const uefi::Guid& protocol) {
     if (handle == handle_of(console_handle)) {
         if (protocol == uefi::simple_text_input_guid) return &input_;
         if (protocol == uefi::simple_text_output_guid) return &output_;
+        if (protocol == uefi::cpu_arch_guid) return &cpu_;
         if (protocol == uefi::graphics_output_guid && !hardware_.modes.empty()) return &graphics_;
         return nullptr;
     }
@@ -533,12 +542,13 @@ void Firmware::save() {
 }
 
 void Firmware::put_back() {
+    for (const std::uint64_t guard : guards_)
+        set_access(guard, true);
     for (SavedMemory* memory : {&pages_, &data_, &scratch_, &tables_})
         memory->put_back();
-    while (guards_.size() > saved_guards_) {
-        set_access(guards_.back(), true);
-        guards_.pop_back();
-    }
+    guards_.resize(saved_guards_);
+    for (const std::uint64_t guard : guards_)
+        set_access(guard, false);
     volume_.put_back();
     for (std::size_t i = saved_blocks_; i < pool_.size(); ++i)
         if (!pool_[i].freed) std::free(pool_[i].at);

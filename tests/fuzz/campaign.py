@@ -1,0 +1,173 @@
+#!/usr/bin/env python3
+"""Lets the fuzzer run, target after target, and keeps what it does in build/fuzz/campaign, so that a campaign adds up
+over many runs.
+
+usage: campaign.py [TARGET] [MINUTES]      fuzz one target, or all in turns; 10 minutes when none are said
+       campaign.py --counts                what has been played in all runs together
+       campaign.py --keep                  write the smallest inputs that reach all that is known into tests/fuzz/corpus
+options: --plain                           the build without sanitizers, which is many times quicker
+
+build/fuzz/campaign/corpus/TARGET   inputs that reach something new
+build/fuzz/campaign/found/TARGET    inputs that broke something, made smaller
+build/fuzz/campaign/counts          what each process has played
+"""
+
+import collections
+import json
+import os
+import pathlib
+import subprocess
+import sys
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+CAMPAIGN = ROOT / "build/fuzz/campaign"
+COMPANION = ROOT / "build/host/tests/fuzz/korvane-companion"
+KEPT = ROOT / "tests/fuzz/corpus"
+MINUTES_EACH = 3  # of a target's turn
+MOST_BREAKS = 10  # in one turn: the same again and again is nothing new
+LONGEST = {"session": 3000, "explorer": 1000, "program": 6000, "packed-image": 4000, "disk": 4096}
+LONGEST_KEPT = 4000  # bytes of an input in the repository
+KEPT_BYTES = {"session": 150_000}  # of a target in the repository
+KEPT_BYTES_ELSE = 20_000
+
+
+def fuzzer(plain):
+    return ROOT / ("build/fuzz-plain" if plain else "build/fuzz") / "tests/fuzz/korvane-fuzzer"
+
+
+def target_names(plain):
+    listing = subprocess.run([fuzzer(plain)], capture_output=True, text=True).stderr
+    return [line.split()[0] for line in listing.splitlines()[1:]]
+
+
+def counts():
+    total = collections.defaultdict(collections.Counter)
+    for file in (CAMPAIGN / "counts").glob("*.json"):
+        one = json.loads(file.read_text())
+        for key in ("inputs", "lines", "compared", "seconds"):
+            total[one["target"]][key] += one[key]
+    return total
+
+
+def print_counts():
+    total = counts()
+    for target in sorted(total):
+        one = total[target]
+        print(f"{target:16} {one['inputs']:>12,} inputs {one['lines']:>13,} lines {one['compared']:>12,} compared {one['seconds'] / 3600:8.2f} hours")
+    whole = sum(total.values(), collections.Counter())
+    print(f"{'all':16} {whole['inputs']:>12,} inputs {whole['lines']:>13,} lines {whole['compared']:>12,} compared {whole['seconds'] / 3600:8.2f} hours")
+
+
+def prepare():
+    for folder in ("counts", "corpus", "found"):
+        (CAMPAIGN / folder).mkdir(parents=True, exist_ok=True)
+    words = subprocess.run([sys.executable, ROOT / "tests/fuzz/make_dictionary.py"], capture_output=True, check=True)
+    (CAMPAIGN / "words.dict").write_bytes(words.stdout)
+    subprocess.run([sys.executable, ROOT / "tests/fuzz/make_seeds.py", CAMPAIGN / "seeds"], check=True, stdout=subprocess.DEVNULL)
+
+
+def run(target, seconds, plain):
+    """One turn. What breaks the interpreter does not end it; gives how many inputs did."""
+    corpus, found = CAMPAIGN / "corpus" / target, CAMPAIGN / "found" / target
+    corpus.mkdir(exist_ok=True)
+    found.mkdir(exist_ok=True)
+    end = time.monotonic() + seconds
+    breaks = 0
+    while (rest := end - time.monotonic()) > 3 and breaks < MOST_BREAKS:
+        before = set(found.iterdir())
+        command = [
+            fuzzer(plain), f"--target={target}", f"-dict={CAMPAIGN / 'words.dict'}", f"-max_total_time={int(rest)}",
+            f"-max_len={LONGEST.get(target, 2048)}", "-timeout=60", "-rss_limit_mb=3000", "-print_final_stats=1",
+            f"-artifact_prefix={found}/", corpus,
+        ]  # fmt: skip
+        command += [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target) if folder.exists()]
+        log = CAMPAIGN / f"{target}.log"
+        with open(log, "w") as output:
+            ended = subprocess.run(command, stdout=output, stderr=output, env=environment())
+        if ended.returncode == 0:
+            break
+        breaks += 1
+        for file in sorted(set(found.iterdir()) - before):
+            file.with_name("why-" + file.name).write_bytes(log.read_bytes()[-8000:])
+            make_smaller(target, file, plain)
+    return breaks
+
+
+def environment():
+    return dict(os.environ, KORVANE_FUZZ_COUNTS=str(CAMPAIGN / "counts"), KORVANE_FUZZ_COMPANION=str(COMPANION))
+
+
+def make_smaller(target, file, plain):
+    small = file.with_name("small-" + file.name)
+    command = [
+        fuzzer(plain), f"--target={target}", "-minimize_crash=1", "-max_total_time=30",
+        f"-exact_artifact_path={small}", file,
+    ]  # fmt: skip
+    subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment())
+
+
+def campaign(names, minutes, plain):
+    prepare()
+    # Sessions hold most of the interpreter: every other turn is theirs.
+    names = names or [name for other in target_names(plain) if other != "session" for name in ("session", other)]
+    end = time.monotonic() + minutes * 60
+    found = 0
+    turn = max(20, min(MINUTES_EACH * 60, minutes * 60 / len(names)))
+    while (rest := end - time.monotonic()) > 5:
+        target = names[0]
+        names = names[1:] + names[:1]
+        fresh = run(target, min(turn, rest), plain)
+        found += fresh
+        print(f"{target}: {fresh} found" if fresh else f"{target}: nothing found", flush=True)
+    print_counts()
+    return 1 if found else 0
+
+
+def keep(plain):
+    """libFuzzer's merge takes the smallest inputs first; short ones are kept until there is no more room."""
+    prepare()
+    for target in target_names(plain):
+        sources = [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target, CAMPAIGN / "corpus" / target) if folder.exists()]
+        merged = CAMPAIGN / "merged" / target
+        merged.mkdir(parents=True, exist_ok=True)
+        for file in merged.iterdir():
+            file.unlink()
+        subprocess.run([fuzzer(plain), f"--target={target}", "-merge=1", merged, *sources], stderr=subprocess.DEVNULL)
+        folder = KEPT / target
+        folder.mkdir(parents=True, exist_ok=True)
+        for file in folder.iterdir():
+            if not file.name.startswith("found-"):
+                file.unlink()
+        room = KEPT_BYTES.get(target, KEPT_BYTES_ELSE)
+        number = 0
+        for file in sorted(merged.iterdir(), key=lambda one: (one.stat().st_size, one.name)):
+            size = file.stat().st_size
+            if size > LONGEST_KEPT or size > room:
+                continue
+            room -= size
+            (folder / file.name[:12]).write_bytes(file.read_bytes())
+            number += 1
+        print(f"{target}: {number} inputs kept", flush=True)
+
+
+def main():
+    words = sys.argv[1:]
+    plain = "--plain" in words
+    words = [word for word in words if word != "--plain"]
+    if words == ["--counts"]:
+        print_counts()
+        return 0
+    if words == ["--keep"]:
+        keep(plain)
+        return 0
+    names = [word for word in words if not word.replace(".", "").isdigit()]
+    minutes = [float(word) for word in words if word not in names]
+    unknown = [name for name in names if name not in target_names(plain)]
+    if unknown or len(minutes) > 1 or len(names) > 1:
+        sys.exit(f"campaign.py: there are the targets {', '.join(target_names(plain))}")
+    return campaign(names, minutes[0] if minutes else 10, plain)
+
+
+if __name__ == "__main__":
+    sys.exit(main())

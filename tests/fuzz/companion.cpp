@@ -1,0 +1,129 @@
+#include "companion.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+
+#include "complaint.h"
+#include "machine.h"
+#include "player.h"
+#include "targets.h"
+
+namespace korvane::fuzz {
+
+namespace {
+
+constexpr std::uint32_t not_comparable = 0xFFFFFFFF;
+
+bool write_all(int descriptor, const void* bytes, std::size_t count) {
+    const auto* at = static_cast<const char*>(bytes);
+    while (count != 0) {
+        const ssize_t done = write(descriptor, at, count);
+        if (done < 0 && errno == EINTR) continue;
+        if (done <= 0) return false;
+        at += done;
+        count -= static_cast<std::size_t>(done);
+    }
+    return true;
+}
+
+bool read_all(int descriptor, void* bytes, std::size_t count) {
+    auto* at = static_cast<char*>(bytes);
+    while (count != 0) {
+        const ssize_t done = read(descriptor, at, count);
+        if (done < 0 && errno == EINTR) continue;
+        if (done <= 0) return false;
+        at += done;
+        count -= static_cast<std::size_t>(done);
+    }
+    return true;
+}
+
+bool write_text(int descriptor, std::string_view text) {
+    const auto size = static_cast<std::uint32_t>(text.size());
+    return write_all(descriptor, &size, sizeof size) && write_all(descriptor, text.data(), text.size());
+}
+
+}  // namespace
+
+Companion::Companion(const std::string& program, std::string_view target) {
+    int to[2];
+    int from[2];
+    if (pipe(to) != 0 || pipe(from) != 0) std::exit(71);
+    const std::string name(target);
+    if (fork() == 0) {
+        dup2(to[0], STDIN_FILENO);
+        dup2(from[1], STDOUT_FILENO);
+        for (const int end : {to[0], to[1], from[0], from[1]})
+            close(end);
+        execl(program.c_str(), program.c_str(), name.c_str(), nullptr);
+        std::perror(program.c_str());
+        _exit(71);
+    }
+    close(to[0]);
+    close(from[1]);
+    to_ = to[1];
+    from_ = from[0];
+    signal(SIGPIPE, SIG_IGN);
+}
+
+std::optional<std::string> Companion::play(std::string_view input) {
+    std::uint32_t size = 0;
+    if (!write_text(to_, input) || !read_all(from_, &size, sizeof size))
+        complain("the interpreter without specialised statements breaks down");
+    if (size == not_comparable) return std::nullopt;
+    std::string state(size, '\0');
+    if (!read_all(from_, state.data(), size)) complain("the companion breaks off");
+    return state;
+}
+
+int serve_companion() {
+    std::uint32_t size = 0;
+    while (read_all(STDIN_FILENO, &size, sizeof size)) {
+        std::string input(size, '\0');
+        if (!read_all(STDIN_FILENO, input.data(), size)) return 1;
+        const bool played = play_only(input);
+        if (played && is_comparable(input)) {
+            if (!write_text(STDOUT_FILENO, describe_state())) return 1;
+        } else if (!write_all(STDOUT_FILENO, &not_comparable, sizeof not_comparable)) {
+            return 1;
+        }
+    }
+    return 0;
+}
+
+bool is_comparable(std::string_view input) {
+    if (!current_target().comparable) return false;
+    if (machine->firmware().depends_on_looks() ||
+        input.find_first_of("\x1c\x1d\x1f") != std::string_view::npos)
+        return false;
+    // Addresses of the interpreter's own variables differ too, and what it has learned about its tokens.
+    constexpr std::array<std::string_view, 6> words = {"TIME",   "KORVANE",   "PEEK",
+                                                       "RANDOM", "CREATEEFI", "VARINFO"};
+    std::string upper(input);
+    std::transform(
+        upper.begin(), upper.end(), upper.begin(),
+        [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    return std::none_of(words.begin(), words.end(),
+                        [&](std::string_view word) { return upper.find(word) != std::string::npos; });
+}
+
+void compare(std::string_view own, std::string_view other) {
+    ++counts.compared;
+    if (own == other) return;
+    const auto [here, there] = std::mismatch(own.begin(), own.end(), other.begin(), other.end());
+    const auto line_of = [](std::string_view text, std::string_view::const_iterator at) {
+        const std::size_t position = static_cast<std::size_t>(at - text.begin());
+        const std::size_t begin = text.rfind('\n', position == 0 ? 0 : position - 1) + 1;
+        return std::string(text.substr(begin, text.find('\n', position) - begin));
+    };
+    complain("specialised: " + line_of(own, here) + "\n       in general: " + line_of(other, there));
+}
+
+}  // namespace korvane::fuzz

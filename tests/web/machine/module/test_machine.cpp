@@ -1,0 +1,198 @@
+// The machine that transcripts are played on: what the module exports besides what a page needs. Orders come
+// in and answers go out (parcel.h); between two of them the machine runs or stands still.
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "firmware.h"
+#include "folder.h"
+#include "imports.h"
+#include "memory_folder.h"
+#include "parcel.h"
+
+extern "C" korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle, korvane::uefi::SystemTable*);
+
+namespace korvane::web {
+
+namespace {
+
+// What an import tells the player between two orders: the machine wants a key.
+extern "C" KORVANE_IMPORT("stopped") void import_stopped();
+
+constexpr std::uint64_t image_base = host::image_base;
+
+std::unique_ptr<host::Firmware> firmware;
+std::string orders;
+std::string answer;
+Answer stop = Answer::returned;
+uefi::Status status = uefi::success;
+
+void key_wanted(host::KeyWant want) {
+    if (want == host::KeyWant::poll) return;
+    stop = want == host::KeyWant::block ? Answer::waits_in_event : Answer::waits_looking;
+    import_stopped();
+}
+
+void start(Reader& reader) {
+    firmware = std::make_unique<host::Firmware>(read_config(reader));
+    firmware->keyboard().on_wanted(key_wanted);
+    const std::string image(reader.text());
+    const std::uint64_t size = reader.number();
+    firmware->place_image(image_base, size, image);
+}
+
+void put_file(Reader& reader) {
+    const std::string path(reader.text());
+    const std::string_view bytes = reader.text();
+    Node* node = make_node(path, false);
+    if (node == nullptr) return;
+    node->bytes.assign(bytes.begin(), bytes.end());
+    node->is_changed = false;
+}
+
+void arm(Reader& reader) {
+    std::vector<host::ServiceFault> faults(reader.number());
+    for (host::ServiceFault& fault : faults) {
+        fault.service = static_cast<host::Service>(reader.number());
+        fault.first = reader.number();
+        fault.uses = reader.number();
+        fault.status = reader.number();
+    }
+    firmware->faults().arm(std::move(faults));
+}
+
+void remove(Reader& reader) {
+    if (Node* node = find_node(reader.text())) drop(*node);
+}
+
+uefi::InputKey read_key(Reader& reader) {
+    const auto scan = static_cast<std::uint16_t>(reader.number());
+    return {scan, static_cast<char16_t>(reader.number())};
+}
+
+void set_time(Reader& reader) {
+    if (reader.number() == 0) return firmware->set_time(std::nullopt);
+    firmware->set_time(read_record<uefi::Time>(reader));
+}
+
+void follow(Order order, Reader& reader) {
+    switch (order) {
+        case Order::go_on:
+            return;
+        case Order::start:
+            return start(reader);
+        case Order::put_file:
+            return put_file(reader);
+        case Order::put_folder:
+            make_node(reader.text(), true);
+            return;
+        case Order::remove:
+            return remove(reader);
+        case Order::press:
+            return firmware->keyboard().press(read_key(reader));
+        case Order::press_at_poll: {
+            const std::uint64_t poll = reader.number();
+            return firmware->keyboard().press_at_poll(poll, read_key(reader));
+        }
+        case Order::arm:
+            return arm(reader);
+        case Order::set_time:
+            return set_time(reader);
+        case Order::pull_stick:
+            return firmware->pull_stick();
+        case Order::plug_stick: {
+            const auto where = static_cast<host::Replugged>(reader.number());
+            return firmware->plug_stick(where, std::string(reader.text()));
+        }
+        case Order::replace_folder:
+            return firmware->volumes().front()->replace_folder(std::string(reader.text()));
+    }
+}
+
+void count_open_files(std::uint64_t& files, std::uint64_t& folders) {
+    for (const auto& volume : firmware->volumes())
+        for (const host::OpenFile* file : volume->open_files())
+            ++(file->directory ? folders : files);
+}
+
+void write_screen(Writer& writer) {
+    const host::Display* display = firmware->display();
+    writer.number(display != nullptr);
+    if (display == nullptr) return;
+    for (const std::uint64_t value : {std::uint64_t{display->width()}, std::uint64_t{display->height()},
+                                      std::uint64_t{display->pitch()}, display->mode_changes()})
+        writer.number(value);
+    const auto pixels = display->pixels();
+    writer.text({reinterpret_cast<const char*>(pixels.data()), pixels.size_bytes()});
+}
+
+void write_report(Writer& writer) {
+    writer.number(status);
+    writer.number(firmware->keyboard().polls());
+    write_screen(writer);
+    writer.number(firmware->pool().buffers());
+    writer.number(firmware->memory().allocated_pages());
+    writer.text(firmware->text_console().text());
+    writer.number(static_cast<std::uint64_t>(firmware->text_console().modes_set()));
+    for (std::size_t i = 0; i < host::service_count; ++i)
+        writer.number(firmware->faults().uses(static_cast<host::Service>(i)));
+    writer.number(firmware->faults().strikes());
+    std::uint64_t files = 0;
+    std::uint64_t folders = 0;
+    count_open_files(files, folders);
+    writer.number(files);
+    writer.number(folders);
+    const std::vector<std::string> complaints = firmware->complaints();
+    writer.number(complaints.size());
+    for (const std::string& complaint : complaints)
+        writer.text(complaint);
+}
+
+}  // namespace
+
+extern "C" {
+
+KORVANE_EXPORT("test_room") void* export_test_room(std::uint64_t size) {
+    orders.resize(size);
+    return orders.data();
+}
+
+// Follows the orders that have been put into the room.
+KORVANE_EXPORT("test_follow") void export_test_follow() {
+    Reader reader(orders);
+    while (!reader.at_end())
+        follow(static_cast<Order>(reader.number()), reader);
+}
+
+KORVANE_EXPORT("test_run") void export_test_run() {
+    status = _ModuleEntryPoint(firmware->image_handle(), firmware->system_table());
+    stop = Answer::returned;
+}
+
+// Where the answer lies; its size comes from test_answer_size().
+KORVANE_EXPORT("test_answer") const char* export_test_answer(std::uint32_t halted) {
+    tell_changed(all_files());
+    Writer writer;
+    writer.number(static_cast<std::uint64_t>(halted != 0 ? Answer::halted : stop));
+    write_report(writer);
+    answer = writer.bytes();
+    return answer.data();
+}
+
+KORVANE_EXPORT("test_answer_size") std::uint64_t export_test_answer_size() {
+    return answer.size();
+}
+
+}  // extern "C"
+
+}  // namespace korvane::web
+
+namespace korvane::host {
+
+// Node's clock tells whether an image only waits.
+std::uint64_t host_ticks() {
+    return static_cast<std::uint64_t>(web::import_ticks());
+}
+
+}  // namespace korvane::host

@@ -1,0 +1,97 @@
+#include "server.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+
+namespace korvane::web {
+
+Server::Server(std::string node, std::string script, std::string module)
+    : node_(std::move(node)), script_(std::move(script)), module_(std::move(module)) {
+    signal(SIGPIPE, SIG_IGN);
+    start();
+}
+
+Server::~Server() {
+    stop();
+}
+
+void Server::start() {
+    int in[2];
+    int out[2];
+    if (pipe(in) != 0 || pipe(out) != 0) {
+        std::perror("pipe");
+        std::exit(2);
+    }
+    process_ = fork();
+    if (process_ == 0) {
+        dup2(in[0], STDIN_FILENO);
+        dup2(out[1], STDOUT_FILENO);
+        for (const int end : {in[0], in[1], out[0], out[1]})
+            close(end);
+        execlp(node_.c_str(), node_.c_str(), script_.c_str(), module_.c_str(), nullptr);
+        std::perror(node_.c_str());
+        _exit(127);
+    }
+    close(in[0]);
+    close(out[1]);
+    to_ = in[1];
+    from_ = out[0];
+}
+
+void Server::stop() {
+    close(to_);
+    close(from_);
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
+}
+
+bool Server::send(std::string_view bytes) {
+    while (!bytes.empty()) {
+        const ssize_t count = write(to_, bytes.data(), bytes.size());
+        if (count <= 0) return false;
+        bytes.remove_prefix(static_cast<std::size_t>(count));
+    }
+    return true;
+}
+
+bool Server::receive(char* bytes, std::size_t count, std::chrono::steady_clock::time_point end) {
+    while (count != 0) {
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
+        pollfd ready{from_, POLLIN, 0};
+        if (left.count() <= 0 || poll(&ready, 1, static_cast<int>(left.count())) <= 0) return false;
+        const ssize_t taken = read(from_, bytes, count);
+        if (taken <= 0) return false;
+        bytes += taken;
+        count -= static_cast<std::size_t>(taken);
+    }
+    return true;
+}
+
+std::optional<std::string> Server::ask(std::string_view orders, std::chrono::milliseconds patience) {
+    const auto end = std::chrono::steady_clock::now() + patience;
+    const auto size = static_cast<std::uint64_t>(orders.size());
+    char digits[sizeof size];
+    std::memcpy(digits, &size, sizeof size);
+    std::uint64_t answer_size = 0;
+    std::string answer;
+    bool answered = send({digits, sizeof digits}) && send(orders) && receive(digits, sizeof digits, end);
+    if (answered) {
+        std::memcpy(&answer_size, digits, sizeof answer_size);
+        answer.resize(answer_size);
+        answered = receive(answer.data(), answer.size(), end);
+    }
+    if (answered) return answer;
+    stop();
+    start();
+    return std::nullopt;
+}
+
+}  // namespace korvane::web
