@@ -186,7 +186,7 @@ std::uint64_t execute_general_if(Token* at, std::uint64_t budget) {
 static std::uint64_t execute_drawing(Token* at, std::uint64_t budget) {
     state.drawing = at;
     state.random = random_state;
-    return at[1].execute(at, budget);
+    KORVANE_JUMP return at[1].execute(at, budget);
 }
 
 void keep_random(Token* at) {
