@@ -11,8 +11,13 @@ namespace {
 
 // An image that spins asks again within this many ticks of the time-stamp counter: the line editor, and a
 // program that does nothing but look for a key, whose looks alternate with those for the break key. One that
-// only polls between statements does hundreds of statements in between.
+// only polls between statements does hundreds of statements in between. With the sanitizers all of that takes
+// many times as long.
+#ifdef __SANITIZE_ADDRESS__
+constexpr std::uint64_t quick_poll_ticks = 40000;
+#else
 constexpr std::uint64_t quick_poll_ticks = 2000;
+#endif
 
 // So many quick polls in a row are waiting, not a program that looks at the keyboard a few times.
 constexpr std::uint64_t polls_of_a_spin = 20000;

@@ -22,9 +22,6 @@ constexpr std::uint32_t rows = 128;
 // Input without line ends, which may be endless, is typed in pieces of so many bytes.
 constexpr std::size_t longest_piece = 4096;
 
-constexpr std::uint64_t glance_time_us =
-    20'000;  // between looks at what is to be written while a program runs
-
 // Standard input's lines typed into a machine, and its screen's rows on standard output.
 class PipedSession {
   public:
@@ -54,7 +51,7 @@ class PipedSession {
 PipedSession::PipedSession(Machine& machine, const TerminalOptions& options)
     : machine_(machine), starts_program_(!options.program.empty()) {
     machine.firmware().listen([this](Happening happening, std::uint64_t value) { hear(happening, value); });
-    machine.stop_at_polls(glance_time_us);
+    machine.stop_at_polls(output_glance_time_us);
     if (starts_program_) hold(load_line(options) + '\r');
 }
 

@@ -20,9 +20,6 @@ namespace {
 constexpr std::uint32_t columns = 256;
 constexpr std::uint32_t rows = 25;
 
-constexpr std::uint64_t glance_time_us =
-    20'000;  // between looks at what is to be written while a program runs
-
 // One program's run, its text on standard output, its messages on standard error.
 class ScriptSession {
   public:
@@ -54,7 +51,7 @@ class ScriptSession {
 ScriptSession::ScriptSession(Machine& machine, const TerminalOptions& options)
     : machine_(machine), options_(options) {
     machine.firmware().listen([this](Happening happening, std::uint64_t value) { hear(happening, value); });
-    machine.stop_at_polls(glance_time_us);
+    machine.stop_at_polls(output_glance_time_us);
     // A STARTUP.BAS beside the program is none of the script's business.
     machine.firmware().faults().arm({{Service::FileOpen, 1, ~std::uint64_t{0}, uefi::not_found}});
 }

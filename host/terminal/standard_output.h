@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -26,6 +27,9 @@ class StandardOutput {
     std::string gathered_;
     std::chrono::steady_clock::time_point since_;  // something is gathered
 };
+
+// How long a machine may run before flush_if_due() is called again, in microseconds.
+constexpr std::uint64_t output_glance_time_us = 20'000;
 
 // Exit status when standard output cannot be written.
 constexpr int output_failed_status = 74;

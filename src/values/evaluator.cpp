@@ -55,9 +55,9 @@ Value evaluate_bare_name(Cursor& cursor) {
 }
 
 Value call_with_several(const BuiltInFunction& function, Cursor& cursor) {
+    const ArgumentCounts counts = function.arguments.counts();
     Value arguments[most_arguments];
-    const int count =
-        read_arguments(cursor, arguments, function.arguments.fewest(), function.arguments.most());
+    const int count = read_arguments(cursor, arguments, counts.fewest, counts.most);
     return count == 0 ? Value::nothing() : function.several(arguments, count);
 }
 
