@@ -110,6 +110,9 @@ void follow(Order order, Reader& reader) {
         }
         case Order::replace_folder:
             return firmware->volumes().front()->replace_folder(std::string(reader.text()));
+        case Order::double_machine:
+        case Order::drop_double:
+            return;  // the server's business
     }
 }
 
