@@ -234,6 +234,33 @@ for (const name of ["mandelbrot", "maze", "plotter", "sprite", "dashboard"]) {
   });
 }
 
+test("the text that is asked for is that of the moment", async () => {
+  await start();
+  await heard("ready");
+  const seen = await page.evaluate(async () => {
+    const answer = (type, test = () => true) => new Promise((done) => {
+      const listener = ({ data }) => {
+        if (data.type !== type || !test(data)) return;
+        worker.removeEventListener("message", listener);
+        done(data);
+      };
+      worker.addEventListener("message", listener);
+    });
+    const seen = [];
+    for (let i = 100; i < 120; ++i) {
+      const waits = answer("waiting", ({ waiting }) => waiting);
+      worker.postMessage({ type: "text", text: `PRINT ${i}+1000\n` });
+      await waits;
+      heard.length = 0;
+      worker.postMessage({ type: "text-of-screen" });
+      const { rows } = await answer("rows", ({ rows }) => rows.length > 0);
+      seen.push(rows.includes(` ${i + 1000}`));
+    }
+    return seen;
+  });
+  assert.deepEqual(seen, Array(20).fill(true));
+});
+
 test("nothing is drawn or told while nothing changes", async () => {
   await start();
   await heard("ready");
