@@ -1,5 +1,9 @@
 #include "fast/function_steps.h"
 
+#include <algorithm>
+#include <type_traits>
+
+#include "fast/expression.h"
 #include "fast/number_types.h"
 #include "fast/records.h"
 #include "fast/sides.h"
@@ -7,6 +11,8 @@
 #include "numbers/kernels.h"
 #include "numbers/rounding.h"
 #include "platform/stack.h"
+#include "values/functions.h"
+#include "values/random.h"
 #include "values/string_functions.h"
 #include "values/text_number.h"
 #include "values/user_functions.h"
@@ -87,40 +93,116 @@ double number_in_text(double, Token* at) {
     return cannot_overflow(characters) ? go_on(longest_number(characters).real, at) : no_number();
 }
 
-// What the result's type is made of.
-enum class ResultRule : std::uint8_t { always_double, as_argument, always_integer };
+double same(double x) {
+    return x;
+}
 
+// RND with an argument of which the general handler has nothing to say.
+float random_number(float, Token* at) {
+    const double x = right_real(at);
+    if (!(__builtin_fabs(x) <= exact_integers)) return static_cast<float>(no_number());
+    return go_on_single(static_cast<float>(random_for(Value::of_real(x)).real), at);
+}
+
+// What any integer is an argument for: the function itself is called.
+Whole function_of_integer(std::int64_t, Token* at) {
+    const auto& call = as<CallRecord>(at);
+    if (call.last_argument == Type::STRING) return no_whole;
+    const Whole x = quick_right_index(at);
+    return x.failed != 0 ? x : go_on_whole(call.built_in->unary(Value::of_integer(x.value)).integer, at);
+}
+
+// The bytes of a number in a text, which must be so many.
+Value image_value(const Token* at, std::uint32_t size) {
+    const Value image = right_text(at);
+    return failed(image) || image.length < size ? no_text() : as<CallRecord>(at).built_in->unary(image);
+}
+
+Whole integer_image(std::int64_t, Token* at) {
+    const Value value = image_value(at, 2);
+    return failed(value) ? no_whole : go_on_whole(value.integer, at);
+}
+float single_image(float, Token* at) {
+    const Value value = image_value(at, 4);
+    return failed(value) ? static_cast<float>(no_number()) : go_on_single(static_cast<float>(value.real), at);
+}
+double double_image(double, Token* at) {
+    const Value value = image_value(at, 8);
+    return failed(value) ? no_number() : go_on(value.real, at);
+}
+
+// A step of a function, in the domain that the step's type says. Functions with steps in several domains keep
+// their argument's type.
 struct FunctionRow {
-    std::string_view name;
-    ResultRule rule;
-    double (*real)(double, Token*);
-    float (*single)(float, Token*);
-    Whole (*whole)(std::int64_t, Token*);
+    template <typename Result, typename Number>
+    constexpr FunctionRow(std::string_view text, Result (*function)(Number, Token*)) {
+        std::copy(text.begin(), text.end(), name);
+        if constexpr (std::is_same_v<Result, double>) {
+            domain = Domain::real;
+            step.real = function;
+        } else if constexpr (std::is_same_v<Result, float>) {
+            domain = Domain::single;
+            step.single = function;
+        } else {
+            domain = Domain::whole;
+            step.whole = function;
+        }
+    }
+
+    char name[7] = {};  // zero-padded
+    Domain domain = Domain::real;
+    StepFunction step{};
 };
+static_assert(sizeof(FunctionRow) == 16);
 
 constexpr FunctionRow rows[] = {
-    {"ABS", ResultRule::as_argument, real_function<absolute>, single_function<absolute>, absolute_whole},
-    {"INT", ResultRule::as_argument, real_function<rounded_down>, single_function<rounded_down>, same_whole},
-    {"FIX", ResultRule::as_argument, real_function<truncated>, single_function<truncated>, same_whole},
-    {"CINT", ResultRule::always_integer, nullptr, nullptr, same_whole},
-    {"SGN", ResultRule::always_integer, nullptr, nullptr, sign_of_real},
-    {"SQR", ResultRule::always_double, real_function<kernel_sqrt>, nullptr, nullptr},
-    {"SIN", ResultRule::always_double, real_function<kernel_sin>, nullptr, nullptr},
-    {"COS", ResultRule::always_double, real_function<kernel_cos>, nullptr, nullptr},
-    {"TAN", ResultRule::always_double, real_function<kernel_tan>, nullptr, nullptr},
-    {"ATN", ResultRule::always_double, real_function<kernel_atan>, nullptr, nullptr},
-    {"EXP", ResultRule::always_double, real_function<kernel_exp>, nullptr, nullptr},
-    {"LOG", ResultRule::always_double, real_function<kernel_log>, nullptr, nullptr},
-    {"LEN", ResultRule::always_integer, nullptr, nullptr, length_of_text},
-    {"ASC", ResultRule::always_integer, nullptr, nullptr, code_of_text},
-    {"INSTR", ResultRule::always_integer, nullptr, nullptr, position_in_text},
-    {"VAL", ResultRule::always_double, number_in_text, nullptr, nullptr},
+    {"ABS", real_function<absolute>},
+    {"ABS", single_function<absolute>},
+    {"ABS", absolute_whole},
+    {"INT", real_function<rounded_down>},
+    {"INT", single_function<rounded_down>},
+    {"INT", same_whole},
+    {"FIX", real_function<truncated>},
+    {"FIX", single_function<truncated>},
+    {"FIX", same_whole},
+    {"CINT", same_whole},
+    {"SGN", sign_of_real},
+    {"SQR", real_function<kernel_sqrt>},
+    {"SIN", real_function<kernel_sin>},
+    {"COS", real_function<kernel_cos>},
+    {"TAN", real_function<kernel_tan>},
+    {"ATN", real_function<kernel_atan>},
+    {"EXP", real_function<kernel_exp>},
+    {"LOG", real_function<kernel_log>},
+    {"LEN", length_of_text},
+    {"ASC", code_of_text},
+    {"INSTR", position_in_text},
+    {"VAL", number_in_text},
+    {"RND", random_number},
+    {"CDBL", real_function<same>},
+    {"CSNG", single_function<same>},
+    {"CVI", integer_image},
+    {"CVS", single_image},
+    {"CVD", double_image},
+    {"PEEK", function_of_integer},
+    {"PEEK16", function_of_integer},
+    {"PEEK32", function_of_integer},
+    {"PEEK64", function_of_integer},
+    {"POS", function_of_integer},
+    {"FRE", function_of_integer},
 };
 
-const FunctionRow* find_row(std::string_view name) {
+bool has_name(const FunctionRow& row, std::string_view name) {
+    return name.size() < sizeof row.name && std::equal(name.begin(), name.end(), row.name) &&
+           row.name[name.size()] == 0;
+}
+
+// The function's row, that in the domain if there is one; null for functions without a step.
+const FunctionRow* find_row(std::string_view name, Domain domain) {
+    const FunctionRow* found = nullptr;
     for (const FunctionRow& row : rows)
-        if (row.name == name) return &row;
-    return nullptr;
+        if (has_name(row, name) && (found == nullptr || row.domain == domain)) found = &row;
+    return found;
 }
 
 // A parameter's own value while a call uses its variable.
@@ -205,34 +287,31 @@ bool FunctionArguments::take(Type type) {
 }
 
 bool gives_number(std::string_view name) {
-    return find_row(name) != nullptr;
+    return find_row(name, Domain::whole) != nullptr;
 }
 
 Type function_result(std::string_view name, Type argument) {
-    switch (find_row(name)->rule) {
-        case ResultRule::always_double:
-            return Type::DOUBLE;
-        case ResultRule::as_argument:
-            return argument;
-        default:
-            return Type::INT64;
-    }
+    const Domain domain = find_row(name, domain_of(argument))->domain;
+    if (find_row(name, Domain::real) != find_row(name, Domain::whole)) return argument;
+    if (domain == Domain::real) return Type::DOUBLE;
+    return domain == Domain::single ? Type::SINGLE : Type::INT64;
 }
 
-void set_function_step(Token* bracket, std::string_view name, Domain domain) {
-    const FunctionRow* row = find_row(name);
-    StepFunction& function = as<CallRecord>(bracket).function;
-    switch (domain) {
-        case Domain::real:
-            function.real = row->real;
-            break;
-        case Domain::single:
-            function.single = row->single;
-            break;
-        default:
-            function.whole = row->whole;
-            break;
-    }
+Type bare_function_result(std::string_view name) {
+    if (name.back() == '$') return Type::STRING;
+    if (name == "RND") return Type::SINGLE;
+    return name == "TIMER" ? Type::DOUBLE : Type::INT64;
+}
+
+bool draws_random(std::string_view name) {
+    return name == "RND";
+}
+
+void set_function_step(Token* bracket, const BuiltInFunction& function, Type last, Domain domain) {
+    auto& call = as<CallRecord>(bracket);
+    call.last_argument = last;
+    call.built_in = &function;
+    call.function = find_row(bracket[-1].name, domain)->step;
 }
 
 void set_user_function_step(Token* bracket, UserFunction* function, Domain domain) {

@@ -9,22 +9,18 @@ namespace {
 
 const void* keep_leaf(ConditionRecord& condition, const Node& leaf) {
     if (leaf.form == Form::variable) return leaf.storage;
-    const double number = leaf.token->number.as_double;
-    if (leaf.kind == F32)
-        write_unaligned(condition.literal, static_cast<float>(number));
-    else
-        write_unaligned(condition.literal, number);
+    write_unaligned(condition.literal, leaf.token->number.as_double);
     return condition.literal;
 }
 
 }  // namespace
 
 bool compares_leaves(const Node& condition) {
-    if (condition.form != Form::relation || condition.comparison != Comparison::direct) return false;
+    if (condition.form != Form::relation || condition.with_care) return false;
     const Node& left = node_at(condition.left);
     const Node& right = node_at(condition.right);
     const bool two_literals = left.form == Form::literal && right.form == Form::literal;
-    return left.kind == right.kind && (left.kind == F64 || left.kind == F32) && !two_literals;
+    return left.kind == F64 && right.kind == F64 && !two_literals;
 }
 
 void keep_leaves(ConditionRecord& condition, const Node& comparison) {

@@ -18,30 +18,33 @@ inline Truth truth_of(const Whole& value) {
 
 // Any condition.
 struct AnyCondition {
+    static constexpr bool may_take = true;  // string space or random numbers
     static Truth of(const Token* at);
 };
 
 // A chain of the whole domain without a leaf in front, such as begins with a comparison.
 struct ComputedCondition {
+    static constexpr bool may_take = true;
     static Truth of(const Token* at) {
         return truth_of(call_chain(std::int64_t{0}, as<ConditionRecord>(at).chain));
     }
 };
 
-// A comparison of two variables or literals and nothing behind it. The statement keeps them itself, a literal
-// with its value, so that a long program need not fetch the records of the comparison as well.
-template <int relation, typename Number>
+// A comparison of two DOUBLE variables or literals and nothing behind it. The statement keeps them itself, a
+// literal with its value, so that a long program need not fetch the records of the comparison as well.
+template <int relation>
 struct LeafComparison {
+    static constexpr bool may_take = false;
     static Truth of(const Token* at) {
         const auto& condition = as<ConditionRecord>(at);
-        const auto left = read<Number>(condition.left_leaf);
-        const auto right = read<Number>(condition.right_leaf);
+        const auto left = read<double>(condition.left_leaf);
+        const auto right = read<double>(condition.right_leaf);
         if (__builtin_isunordered(left, right)) return Truth::failed;
         return holds<relation>(left, right) ? Truth::is_true : Truth::is_false;
     }
 };
 
-// Whether the condition is such a comparison: of two DOUBLE leaves, or of two SINGLE ones.
+// Whether the condition is such a comparison: of two DOUBLE leaves. Those of other types are too rare.
 bool compares_leaves(const Node& condition);
 
 // Makes a statement hold the leaves of such a comparison.
@@ -54,11 +57,8 @@ Execute hold_condition(Token* at, const Expression& condition, Make make) {
     const Node& node = condition.node();
     if (compares_leaves(node)) {
         keep_leaves(as<ConditionRecord>(at), node);
-        const bool single = node.domain == Domain::single;
-        return choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(lesser_first(node.token), [=](auto listed) {
-            return single ? make(LeafComparison<listed(), float>{})
-                          : make(LeafComparison<listed(), double>{});
-        });
+        return choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(
+            lesser_first(node.token), [=](auto listed) { return make(LeafComparison<listed()>{}); });
     }
     hold(at, condition);
     const bool is_computed = node.kind == computed_kind(Domain::whole);
