@@ -6,9 +6,10 @@ import assert from "node:assert";
 import fs from "node:fs";
 import path from "node:path";
 import { after, before, test } from "node:test";
-import { openBrowser, serve, WEB } from "./page_browser.mjs";
+import { fileURLToPath } from "node:url";
+import { openBrowser, serve } from "./page_browser.mjs";
 
-const ROOT = path.resolve(import.meta.dirname, "../..");
+const ROOT = fileURLToPath(new URL("../..", import.meta.url));
 const LONG_MS = 60_000;
 
 let server, browser, page;

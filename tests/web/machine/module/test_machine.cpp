@@ -218,7 +218,8 @@ KORVANE_EXPORT("test_answer_size") std::uint64_t export_test_answer_size() {
 
 namespace korvane::host {
 
-// Node's clock tells whether an image only waits, which looks half as often here as on a processor of its own.
+// Node's clock tells whether an image only waits, which looks half as often here as on a processor of its
+// own.
 std::uint64_t host_ticks() {
     return static_cast<std::uint64_t>(web::import_ticks()) / 2;
 }
