@@ -12,7 +12,8 @@ list(REMOVE_ITEM KORVANE_MACHINE_SOURCES ${KORVANE_PAGE_SOURCES})
 # What is fetched over a network is small, but for the inner loops.
 include(cmake/hot_sources.cmake)
 set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES} ${KORVANE_FIRMWARE_SOURCES} ${KORVANE_MACHINE_SOURCES})
-list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES} ${CMAKE_SOURCE_DIR}/web/machine/library.cpp)
+list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES} ${CMAKE_SOURCE_DIR}/web/machine/library.cpp
+     ${CMAKE_SOURCE_DIR}/host/firmware/keyboard.cpp)
 set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS -Oz)
 
 add_library(machine_parts OBJECT ${KORVANE_SOURCES} ${KORVANE_FIRMWARE_SOURCES} ${KORVANE_MACHINE_SOURCES}
@@ -65,7 +66,9 @@ target_compile_options(
 file(GLOB KORVANE_WASM_BUILTINS /usr/lib/llvm-19/lib/clang/19/lib/wasi/libclang_rt.builtins-wasm64.a)
 target_link_libraries(machine_parts PUBLIC ${KORVANE_WASM_BUILTINS})
 
-# Data and stack lie above 16 MiB: the machines of the tests have memory below.
+# Where data and stack lie. The machines of the tests have memory in many places.
+set(KORVANE_BASE_korvane.wasm 16777216)
+set(KORVANE_BASE_korvane-test.wasm 100663296)
 foreach(module korvane.wasm korvane-test.wasm)
   target_link_libraries(${module} PRIVATE machine_parts)
   target_link_options(
@@ -74,7 +77,7 @@ foreach(module korvane.wasm korvane-test.wasm)
             -Wl,-m,wasm64
             -Wl,--no-entry
             -Wl,-z,stack-size=1048576
-            -Wl,--global-base=16777216
+            -Wl,--global-base=${KORVANE_BASE_${module}}
             -Wl,--import-memory
             -Wl,--max-memory=4294967296
             -Wl,--export=__wasm_call_ctors

@@ -44,6 +44,12 @@ enum class Stop {
     fault,          // it broke the processor's rules; see Machine::fault_report
 };
 
+// Exists in a forked process while it plays on the machine, which is a double of the other process's: memory
+// is copied by the fork. Machines elsewhere have to do something about it.
+struct MachineDouble {
+    MachineDouble() {}
+};
+
 class Machine {
   public:
     // Ends the program with a message when the image cannot be loaded.

@@ -78,7 +78,10 @@ void Player::fail_uses_of(const std::vector<host::Service>& services,
     for (const host::Service service : services) {
         bool goes_on = true;
         for (std::uint64_t use = 1; goes_on; ++use) {
-            ForkedResult result = run_forked([&] { return play(service, use); });
+            ForkedResult result = run_forked([&] {
+                const host::MachineDouble own;
+                return play(service, use);
+            });
             if (result.report.empty() && use == most_uses) result.report = "there is no end of uses\n";
             if (!result.report.empty()) {
                 report_ = result.report + "    (with use " + std::to_string(use) + " of " +

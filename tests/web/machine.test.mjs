@@ -6,9 +6,10 @@ import assert from "node:assert";
 import fs from "node:fs";
 import path from "node:path";
 import { after, before, test } from "node:test";
-import { openBrowser, serve, WEB } from "./page_browser.mjs";
+import { fileURLToPath } from "node:url";
+import { openBrowser, serve } from "./page_browser.mjs";
 
-const ROOT = path.resolve(import.meta.dirname, "../..");
+const ROOT = fileURLToPath(new URL("../..", import.meta.url));
 const LONG_MS = 60_000;
 
 let server, browser, page;
@@ -233,6 +234,33 @@ for (const name of ["mandelbrot", "maze", "plotter", "sprite", "dashboard"]) {
     assert.equal(difference, 0);
   });
 }
+
+test("the text that is asked for is that of the moment", async () => {
+  await start();
+  await heard("ready");
+  const seen = await page.evaluate(async () => {
+    const answer = (type, test = () => true) => new Promise((done) => {
+      const listener = ({ data }) => {
+        if (data.type !== type || !test(data)) return;
+        worker.removeEventListener("message", listener);
+        done(data);
+      };
+      worker.addEventListener("message", listener);
+    });
+    const seen = [];
+    for (let i = 100; i < 120; ++i) {
+      const waits = answer("waiting", ({ waiting }) => waiting);
+      worker.postMessage({ type: "text", text: `PRINT ${i}+1000\n` });
+      await waits;
+      heard.length = 0;
+      worker.postMessage({ type: "text-of-screen" });
+      const { rows } = await answer("rows", ({ rows }) => rows.length > 0);
+      seen.push(rows.includes(` ${i + 1000}`));
+    }
+    return seen;
+  });
+  assert.deepEqual(seen, Array(20).fill(true));
+});
 
 test("nothing is drawn or told while nothing changes", async () => {
   await start();

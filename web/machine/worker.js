@@ -121,11 +121,19 @@ function tellText(now, isAsked = false) {
     tell({type: "rows", ...text});
 }
 
-async function tellPicture() {
+// Shows everything that has changed, whether it is time or not; null before there is a screen.
+function showNow() {
     const picture = machine.updatePicture();
-    if (picture === null) return;
+    if (picture === null) return null;
+    tellSize(picture);
     if (picture.columns !== 0 && context !== null) draw(picture);
     textIsOld ||= picture.columns !== 0;
+    return picture;
+}
+
+async function tellPicture() {
+    const picture = showNow();
+    if (picture === null) return;
     const copy = new OffscreenCanvas(picture.width, picture.height);
     copy.getContext("2d").putImageData(new ImageData(picture.pixels, picture.width, picture.height), 0, 0);
     tell({type: "picture", blob: await copy.convertToBlob({type: "image/png"})});
@@ -232,7 +240,9 @@ const handlers = {
     put,
     remove: ({path}) => machine.remove(path),
     picture: tellPicture,
-    "text-of-screen": () => tellText(performance.now(), true),
+    "text-of-screen"() {
+        if (showNow() !== null) tellText(performance.now(), true);
+    },
     visible(message) {
         visible = message.visible;
         if (visible) update();

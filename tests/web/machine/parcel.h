@@ -78,6 +78,8 @@ enum class Order : std::uint64_t {
     pull_stick,      //
     plug_stick,      // where (a host::Replugged), the folder
     replace_folder,  // the folder
+    double_machine,  // alone: the orders that follow are for a machine that has had the same ones
+    drop_double,     // alone: and now for the machine again
 };
 
 // What the machine answers when it stops: why, then what write_report() writes.

@@ -7,6 +7,8 @@ import {readFileSync, readSync, writeSync} from "node:fs";
 
 const module = new WebAssembly.Module(readFileSync(process.argv[2]));
 const ORDER_START = 1n;
+const ORDER_DOUBLE = 12n;
+const ORDER_DROP = 13n;
 const FAULT = 4n;
 const PAGES = {initial: 29184n, maximum: 49152n};
 const decoder = new TextDecoder();
@@ -50,6 +52,8 @@ class TestMachine {
         this.memory = new WebAssembly.Memory({address: "i64", ...PAGES});
         this.changes = [];
         this.skipped = 0;
+        this.followed = [];     // all orders so far
+        this.replayed = null;   // called instead of an answer while a double is made
         const bytes = (place, size) => Buffer.from(new Uint8Array(this.memory.buffer, Number(place), Number(size)));
         const changed = (kind, path, length, content = Buffer.alloc(0)) =>
             this.changes.push(number(kind), text(bytes(path, length)), text(content));
@@ -84,6 +88,7 @@ class TestMachine {
     }
 
     follow(orders) {
+        this.followed.push(orders);
         const room = Number(this.exports.test_room(BigInt(orders.length)));
         new Uint8Array(this.memory.buffer, room, orders.length).set(orders);
         this.exports.test_follow();
@@ -99,6 +104,11 @@ class TestMachine {
     }
 
     answer(halted) {
+        if (this.replayed !== null) {
+            this.changes = [];
+            this.replayed();
+            return;
+        }
         const place = Number(this.exports.test_answer(halted));
         const size = Number(this.exports.test_answer_size());
         writeFully(new Uint8Array(this.memory.buffer, place, size), ...this.changes);
@@ -107,15 +117,49 @@ class TestMachine {
     }
 
     fail(error) {
+        if (this.replayed !== null) {
+            this.replayed();
+            return;
+        }
         writeFully(number(FAULT), text(Buffer.from(`machine fault: ${error.message}`)));
         setImmediate(serve);
     }
 }
 
-let machine = null;
+// The stack of a machine that waits cannot be copied: its double does everything that it has done.
+async function double(machine) {
+    const twin = new TestMachine();
+    for (const orders of machine.followed) {
+        await new Promise((stopped) => {
+            twin.replayed = stopped;
+            twin.follow(orders);
+            twin.resume();
+        });
+    }
+    twin.replayed = null;
+    // The player has seen what the machine has shown so far.
+    if (machine.followed.length !== 0) twin.exports.test_answer(0);
+    twin.changes = [];
+    return twin;
+}
 
-function serve() {
+let machine = null;
+const doubled = [];
+
+async function serve() {
     const orders = readOrders();
+    const order = orders.readBigUInt64LE();
+    if (order === ORDER_DOUBLE || order === ORDER_DROP) {
+        if (order === ORDER_DOUBLE) {
+            doubled.push(machine);
+            machine = machine === null ? null : await double(machine);
+        } else {
+            machine = doubled.pop() ?? null;
+        }
+        writeFully(number(0));
+        setImmediate(serve);
+        return;
+    }
     if (starts(orders)) machine = new TestMachine();
     try {
         machine.follow(orders.subarray(8));

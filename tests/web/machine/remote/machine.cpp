@@ -33,10 +33,25 @@ std::uint64_t loaded_size(const std::string& image) {
     return (number_at(number_at(pe_offset_place) + size_place) + 4095ULL) / 4096 * 4096;
 }
 
+void order_alone(Order what) {
+    constexpr std::chrono::milliseconds patience{60'000};
+    web::Writer writer;
+    order(writer, what);
+    server->ask(writer.bytes(), patience);
+}
+
 // Marks a folder among the known files, which no content can begin with by chance: it is longer than any.
 const std::string folder_mark = "\x01 folder";
 
 }  // namespace
+
+MachineDouble::MachineDouble() {
+    order_alone(Order::double_machine);
+}
+
+MachineDouble::~MachineDouble() {
+    order_alone(Order::drop_double);
+}
 
 void Machine::use(web::Server& used, std::filesystem::path folder) {
     server = &used;

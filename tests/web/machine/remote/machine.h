@@ -136,6 +136,15 @@ class Firmware {
     std::vector<std::string> complaints_;
 };
 
+// While it exists, orders go to a double of the machine.
+class MachineDouble {
+  public:
+    MachineDouble();
+    ~MachineDouble();
+    MachineDouble(const MachineDouble&) = delete;
+    MachineDouble& operator=(const MachineDouble&) = delete;
+};
+
 class Machine {
   public:
     Machine(const Config& config, const ImageSource& source);

@@ -23,11 +23,6 @@
 
 namespace korvane::transcript {
 
-// A machine in another process cannot be doubled as it stands.
-ForkedResult run_forked(const std::function<ForkedResult()>&) {
-    return {"a running machine cannot be doubled here\n", "", false};
-}
-
 namespace {
 
 struct Options {
