@@ -65,7 +65,9 @@ target_compile_options(
 file(GLOB KORVANE_WASM_BUILTINS /usr/lib/llvm-19/lib/clang/19/lib/wasi/libclang_rt.builtins-wasm64.a)
 target_link_libraries(machine_parts PUBLIC ${KORVANE_WASM_BUILTINS})
 
-# Data and stack lie above 16 MiB: the machines of the tests have memory below.
+# Where data and stack lie. The machines of the tests have memory in many places.
+set(KORVANE_BASE_korvane.wasm 16777216)
+set(KORVANE_BASE_korvane-test.wasm 100663296)
 foreach(module korvane.wasm korvane-test.wasm)
   target_link_libraries(${module} PRIVATE machine_parts)
   target_link_options(
@@ -74,7 +76,7 @@ foreach(module korvane.wasm korvane-test.wasm)
             -Wl,-m,wasm64
             -Wl,--no-entry
             -Wl,-z,stack-size=1048576
-            -Wl,--global-base=16777216
+            -Wl,--global-base=${KORVANE_BASE_${module}}
             -Wl,--import-memory
             -Wl,--max-memory=4294967296
             -Wl,--export=__wasm_call_ctors

@@ -25,7 +25,7 @@ struct Block {
 constexpr std::uint64_t header_size = 16;
 constexpr std::uint64_t least_order = 5;
 constexpr std::uint64_t orders = 40;
-constexpr std::uint64_t machine_memory = 0x02000000;
+constexpr std::uint64_t machine_alignment = 0x01000000;  // where a machine's memory may begin
 constexpr std::uint64_t memory_page = 65536;
 constexpr std::uint64_t least_growth = 1024 * 1024;
 
@@ -37,7 +37,7 @@ std::uint64_t room_end;
 void make_room(std::uint64_t size) {
     if (room_begin == 0) {
         room_begin = (reinterpret_cast<std::uint64_t>(&__heap_base) + 15) / 16 * 16;
-        room_end = machine_memory;
+        room_end = (room_begin + machine_alignment - 1) / machine_alignment * machine_alignment;
     }
     if (room_end - room_begin >= size) return;
     const std::uint64_t growth = size > least_growth ? size : least_growth;
