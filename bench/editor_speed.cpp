@@ -190,10 +190,12 @@ double plain_renumbering(StoredProgram& program) {
 
 // Looks at every byte once.
 double plain_search(const StoredProgram& program) {
-    return seconds_each(1, [&] {
-        if (std::memchr(program.records.data(), '~', program.records.size()) != nullptr)
-            give_up("the yardstick found what is not there");
-    });
+    return seconds_each(
+        1,
+        [&] {
+            if (std::memchr(program.records.data(), '~', program.records.size()) != nullptr)
+                give_up("the yardstick found what is not there");
+        });
 }
 
 class Editor {

@@ -74,10 +74,14 @@ class Growth {
     explicit Growth(const Options& options) : options_(options), session_(options.image, 640, 480) {}
 
     void measure_all() {
-        compare_lengths("X = X + 1", [](int, int) { return "X = X + 1"; });
-        compare_lengths("A(3) = A(2) + X", [](int, int) { return "A(3) = A(2) + X"; });
-        compare_lengths("A$ = B$", [](int, int) { return "A$ = B$"; });
-        compare_lengths("IF X < 0 THEN X = 1", [](int, int) { return "IF X < 0 THEN X = 1"; });
+        compare_lengths(
+            "X = X + 1", [](int, int) { return "X = X + 1"; });
+        compare_lengths(
+            "A(3) = A(2) + X", [](int, int) { return "A(3) = A(2) + X"; });
+        compare_lengths(
+            "A$ = B$", [](int, int) { return "A$ = B$"; });
+        compare_lengths(
+            "IF X < 0 THEN X = 1", [](int, int) { return "IF X < 0 THEN X = 1"; });
         compare_lengths("GOSUB to the program's end", [](int, int) { return "GOSUB 900010"; });
         compare_lengths("GOTO all over the program", jump);
         // Here the lines' tokens would take 31 MB; the program arena has 16 MiB.

@@ -65,22 +65,28 @@ void PlainBuffers::fill(const Area& area) {
 }
 
 void PlainBuffers::copy_in(const Area& area) {
-    for_rows(area, pitch_, [this](std::uint64_t place, std::size_t count) {
-        copy_words(back_ + place, elsewhere_.data() + place, count);
-        copy_words(front_ + place, elsewhere_.data() + place, count);
-    });
+    for_rows(
+        area, pitch_,
+        [this](std::uint64_t place, std::size_t count) {
+            copy_words(back_ + place, elsewhere_.data() + place, count);
+            copy_words(front_ + place, elsewhere_.data() + place, count);
+        });
 }
 
 void PlainBuffers::copy_to_front(const Area& area) {
-    for_rows(area, pitch_, [this](std::uint64_t place, std::size_t count) {
-        copy_words(front_ + place, elsewhere_.data() + place, count);
-    });
+    for_rows(
+        area, pitch_,
+        [this](std::uint64_t place, std::size_t count) {
+            copy_words(front_ + place, elsewhere_.data() + place, count);
+        });
 }
 
 void PlainBuffers::copy_out(const Area& area) {
-    for_rows(area, pitch_, [this](std::uint64_t place, std::size_t count) {
-        copy_words(elsewhere_.data() + place, back_ + place, count);
-    });
+    for_rows(
+        area, pitch_,
+        [this](std::uint64_t place, std::size_t count) {
+            copy_words(elsewhere_.data() + place, back_ + place, count);
+        });
 }
 
 void PlainBuffers::scroll(const Area& area) {

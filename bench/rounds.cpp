@@ -29,13 +29,12 @@ Options parse_options(int count, char** arguments) {
     Options options;
     for (int i = 1; i < count; ++i) {
         const std::string_view argument = arguments[i];
-        if (argument == "--rounds" && i + 1 < count) {
+        if (argument == "--rounds" && i + 1 < count)
             options.rounds = std::atoi(arguments[++i]);
-        } else if (options.image.empty() && !argument.starts_with("-")) {
+        else if (options.image.empty() && !argument.starts_with("-"))
             options.image = argument;
-        } else {
+        else
             explain_usage();
-        }
     }
     if (options.image.empty() || options.rounds < 1) explain_usage();
     return options;

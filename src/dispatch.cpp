@@ -59,20 +59,18 @@ void do_syntax_error(Cursor&) {
 }
 
 void do_identifier(Cursor& cursor) {
-    if (cursor[1].kind == '(' && is_word(cursor, "TIMER")) {
+    if (cursor[1].kind == '(' && is_word(cursor, "TIMER"))
         do_timer(cursor);
-    } else {
+    else
         do_assignment(cursor);
-    }
 }
 
 // LINE INPUT, or LINE with points.
 void do_line_or_line_input(Cursor& cursor) {
-    if (cursor[1].kind == KW_INPUT) {
+    if (cursor[1].kind == KW_INPUT)
         do_line_input(cursor);
-    } else {
+    else
         do_line(cursor);
-    }
 }
 
 // GET and PUT move records of a file, or with a point rectangles of the screen.
@@ -81,19 +79,17 @@ bool is_graphic(const Token* at) {
 }
 
 void do_get(Cursor& cursor) {
-    if (is_graphic(cursor)) {
+    if (is_graphic(cursor))
         do_get_graphics(cursor);
-    } else {
+    else
         do_get_record(cursor);
-    }
 }
 
 void do_put(Cursor& cursor) {
-    if (is_graphic(cursor)) {
+    if (is_graphic(cursor))
         do_put_graphics(cursor);
-    } else {
+    else
         do_put_record(cursor);
-    }
 }
 
 struct Row {

@@ -21,7 +21,7 @@ from pathlib import Path
 
 import listing_changes
 import listing_report
-from listing_reading import names_of, read, solid, with_blanks
+from listing_reading import has_if, names_of, read, solid, with_blanks
 from listing_words import DATA, REMARK, RUN, names_like_remarks, statements
 
 NAME = Path(sys.argv[0]).name  # installed it is called otherwise
@@ -55,13 +55,14 @@ class Listing:
 
     def pieces_of(self, number, text):
         """(kind, text or pieces, separator) of the statements of a line, in this language's spelling."""
-        out, joined_words = [], False
+        out, joined_words, after_if = [], False, False
         for kind, statement, separator in statements(text, self.not_remarks):
             if kind in (REMARK, DATA):
                 out.append((kind, self.with_word_apart(statement, "REM" if kind == REMARK else "DATA"), separator))
                 continue
-            pieces, joined = read(statement, self.kept)
+            pieces, joined = read(statement, self.kept, after_if)
             joined_words |= joined
+            after_if = after_if or has_if(statement)
             pieces, done = listing_changes.mended(pieces)
             for what in done:
                 self.say(number, what)

@@ -46,7 +46,7 @@ def starts(pieces):
     return [0] + [at + 1 for at, piece in enumerate(pieces) if piece.is_word("THEN", "ELSE")]
 
 
-def start_faults(pieces, at):
+def start_faults(pieces, at, after_if=False):
     if at >= len(pieces):
         return 0
     piece = pieces[at]
@@ -55,7 +55,8 @@ def start_faults(pieces, at):
     if piece.kind == NAME:
         return int(not is_assignment(pieces, at) and piece.value not in ("FIND", "GO"))
     if piece.kind == WORD:
-        faults = int(piece.value in INNER and not (at + 1 < len(pieces) and pieces[at + 1].text == "="))
+        in_place = after_if and at == 0 and piece.value == "ELSE"
+        faults = int(piece.value in INNER and not in_place and not (at + 1 < len(pieces) and pieces[at + 1].text == "="))
         follower = pieces[at + 1] if at + 1 < len(pieces) else None
         if piece.value in LONELY and follower and not follower.is_word("ELSE"):
             faults += 1
@@ -67,10 +68,10 @@ def start_faults(pieces, at):
     return int(piece.text not in ("?", "'"))
 
 
-def faults(statement):
-    """How much there is in a statement that no BASIC would have taken."""
+def faults(statement, after_if=False):
+    """How much there is in a statement that no BASIC would have taken. Behind an IF of its line it may begin with ELSE."""
     pieces = solid(statement)
-    count = sum(start_faults(pieces, at) for at in starts(pieces))
+    count = sum(start_faults(pieces, at, after_if) for at in starts(pieces))
     words = {piece.value for piece in pieces if piece.kind == WORD}
     printing = bool(words & PRINTING) or any(piece.text == "?" for piece in pieces)
     for left, right in zip(pieces, pieces[1:]):
@@ -100,13 +101,20 @@ def is_joined(name):
     return len(cut(name, joined=True)) > 1
 
 
+def has_if(statement):
+    return any(piece.is_word("IF") for piece in cut(statement, joined=True))
+
+
 def plain_statements(lines):
-    """The statements of all lines that are neither remarks nor DATA, read whole."""
+    """The statements of all lines that are neither remarks nor DATA: as written, read whole, and whether an IF stands in
+    front of them."""
     names = names_like_remarks(lines)
     for _, text in lines:
+        after_if = False
         for kind, statement, _ in statements(text, names):
             if kind not in (REMARK, DATA):
-                yield statement, solid(cut(statement))
+                yield statement, solid(cut(statement)), after_if
+                after_if = after_if or has_if(statement)
 
 
 def assigned(pieces):
@@ -132,30 +140,30 @@ def names_of(lines):
     """The names with words in them that are meant as names: the listing gives them values as a whole."""
     wholes = list(plain_statements(lines))
     used = {}
-    for _, pieces in wholes:
+    for _, pieces, _ in wholes:
         targets = {at for at in starts(pieces) if at < len(pieces)}
         for at, piece in enumerate(pieces):
             if piece.kind == NAME and at not in targets:
                 used[piece.value] = used.get(piece.value, 0) + 1
     kept = set()
-    for statement, pieces in wholes:
-        if faults(pieces):
+    for statement, pieces, after_if in wholes:
+        if faults(pieces, after_if):
             continue
         for name, by_assignment in assigned(pieces):
             # LETTER=5 may be LET TER=5, if nobody asks for LETTER.
-            doubtful = by_assignment and not faults(cut(statement, joined=True))
+            doubtful = by_assignment and not faults(cut(statement, joined=True), after_if)
             if is_joined(name) and (not doubtful or used.get(name)):
                 kept.add(name)
     return kept
 
 
-def read(statement, kept):
+def read(statement, kept, after_if=False):
     """The pieces of a statement, cut as it was meant, and whether its words were run together."""
     whole, joined = cut(statement), cut(statement, joined=True, kept=kept)
     if same(whole, joined):
         return whole, False
     doubtful = any(piece.kind == NAME and piece.value not in kept and is_joined(piece.text) for piece in whole)
-    whole_faults, joined_faults = faults(whole), faults(joined)
+    whole_faults, joined_faults = faults(whole, after_if), faults(joined, after_if)
     if joined_faults < whole_faults or (doubtful and whole_faults == joined_faults == 0):
         return joined, True
     return whole, False

@@ -35,6 +35,10 @@ def statement_problems(pieces, at):
     if piece.kind != WORD:
         return
     word = piece.value
+    if word == "GET" and len(pieces) == at + 2 and following.kind == NAME:
+        yield f"GET reads a file or the screen; a key is read by {following.text}=INKEY$"
+    if word == "POKE":
+        yield "POKE writes into the real machine's memory, where nothing is what it was in the old one"
     if word in FOREIGN_STATEMENTS:
         yield f"{word} is no word of the language"
     elif word in PROMPT_ONLY:
@@ -107,6 +111,10 @@ def arrays(pieces):
 
 def foreign_functions(pieces):
     for at, piece in enumerate(pieces):
+        # An address of this language is in a variable of 64 bits.
+        own = any(other.text.endswith("&&") for other in pieces[at:closing(pieces, at + 1)])
+        if piece.kind == NAME and piece.value == "PEEK" and not own and pieces[at + 1:] and pieces[at + 1].text == "(":
+            yield "PEEK reads the real machine's memory, where nothing is what it was in the old one"
         if piece.kind == NAME and piece.value in FOREIGN_FUNCTIONS:
             array_like = at + 1 < len(pieces) and pieces[at + 1].text == "("
             if array_like and not is_assignment(pieces, at):

@@ -8,8 +8,9 @@
 namespace korvane::host {
 
 bool same_name(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(),
-                      [](char a, char b) { return fold_to_upper(a) == fold_to_upper(b); });
+    return std::equal(
+        left.begin(), left.end(), right.begin(), right.end(),
+        [](char a, char b) { return fold_to_upper(a) == fold_to_upper(b); });
 }
 
 bool is_legal_name(std::string_view name) {

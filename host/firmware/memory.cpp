@@ -50,10 +50,9 @@ Memory::Memory(const std::vector<MemoryRegion>& regions, bool descending_map)
 
 void Memory::make_present(const MemoryRegion& region) {
     const std::uint64_t start = end_of(region.base, region.pages - region.present_pages);
-    for (Mapping& mapping : mappings_) {
+    for (Mapping& mapping : mappings_)
         if (region.present_pages != 0 && mapping.contains(start))
             mapping.make_present(start - mapping.base(), region.present_pages * page_size);
-    }
 }
 
 void Memory::add(const MemoryRegion& region) {
@@ -160,13 +159,12 @@ uefi::Status Memory::free_pages(uefi::PhysicalAddress address, std::uint64_t pag
 
 std::vector<MemoryRegion> Memory::regions() const {
     std::vector<MemoryRegion> merged;
-    for (const auto& [base, range] : ranges_) {
+    for (const auto& [base, range] : ranges_)
         if (!merged.empty() && merged.back().type == range.type &&
             end_of(merged.back().base, merged.back().pages) == base)
             merged.back().pages += range.pages;
         else
             merged.push_back({base, range.pages, range.type});
-    }
     return merged;
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "code_page.h"
+#include "screen/colour.h"
 #include "screen/font.h"
 
 namespace korvane::host {
@@ -54,8 +55,6 @@ const ShapeOfCode* find_shape(const Shape& shape) {
                          [](const ShapeOfCode& one, const Shape& wanted) { return one.shape < wanted; });
     return found != codes_by_shape.end() && found->shape == shape ? &*found : nullptr;
 }
-
-constexpr std::uint32_t colour_mask = 0xFFFFFF;
 
 std::uint32_t mean_colour(const std::uint32_t* first, std::uint32_t pitch) {
     std::uint32_t red = 0;

@@ -1,5 +1,6 @@
 #include "installation.h"
 
+#include <cerrno>
 #include <cstdlib>
 #include <system_error>
 
@@ -34,6 +35,10 @@ void make_volume(const fs::path& volume) {
 }  // namespace
 
 const std::string_view version = KORVANE_VERSION;
+
+std::string_view program_name() {
+    return program_invocation_short_name;
+}
 
 fs::path installed_image() {
     const fs::path image = shared_folder() / "korvane.efi";

@@ -10,6 +10,9 @@ namespace korvane::host {
 // The version of this program and of the image that is made with it.
 extern const std::string_view version;
 
+// What this program was called as: installed it has another name than in a build tree.
+std::string_view program_name();
+
 // The image in the folder "share/korvane" beside the one that this program lies in; empty when there is
 // none, as in a build tree.
 std::filesystem::path installed_image();

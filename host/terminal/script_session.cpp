@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 
+#include "installation.h"
 #include "machine.h"
 #include "program_state.h"
 #include "script_output.h"
@@ -127,7 +128,7 @@ bool ScriptSession::press_input() {
         machine_.firmware().keyboard().press(*key);
         return true;
     }
-    if (waits) std::cerr << "korvane-terminal: the program waits for more input than there is\n";
+    if (waits) std::cerr << program_name() << ": the program waits for more input than there is\n";
     return !waits;
 }
 

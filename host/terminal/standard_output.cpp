@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "installation.h"
 #include "standard_files.h"
 
 namespace korvane::host {
@@ -18,7 +19,8 @@ constexpr std::chrono::milliseconds longest_wait{20};
 [[noreturn]] void give_up(int error) {
     // Whoever closes a pipe has seen enough.
     if (error != EPIPE)
-        std::fprintf(stderr, "korvane-terminal: cannot write the output: %s\n", std::strerror(error));
+        std::fprintf(stderr, "%s: cannot write the output: %s\n", program_name().data(),
+                     std::strerror(error));
     std::_Exit(output_failed_status);
 }
 

@@ -82,8 +82,6 @@ void show_messages(int messages) {
 [[noreturn]] void be_session(int (*session)(void* argument), void* argument, int messages, pid_t guard) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     if (getppid() != guard) std::_Exit(EXIT_FAILURE);  // it has ended before that was asked for
-    handle_ending_signals(SIG_IGN);                    // they are the guard's business
-    handle_signal(SIGUSR1, note_interrupt);
     dup2(messages, STDERR_FILENO);
     std::exit(session(argument));
 }
@@ -128,12 +126,14 @@ int run_guarded(int (*session)(void* argument), void* argument) {
     sigprocmask(SIG_BLOCK, &ending, &before);
     handle_ending_signals(end_session);
     handle_signal(SIGINT, interrupt_session);
+    handle_signal(SIGUSR1, note_interrupt);  // the session inherits it: it may come as soon as there is one
 
     const TerminalMode mode;
     mode.enter();
     const pid_t guard = getpid();
     const pid_t child = fork();
     if (child == 0) {
+        handle_ending_signals(SIG_IGN);  // they are the guard's business
         sigprocmask(SIG_SETMASK, &before, nullptr);
         be_session(session, argument, messages, guard);
     }

@@ -23,11 +23,12 @@
 namespace korvane::host {
 namespace {
 
+// "@" stands for the program's name.
 constexpr std::string_view usage =
-    "usage: korvane-terminal [--image KORVANE.EFI] [--volume FOLDER] [--size COLUMNSxROWS] [--present MIB]\n"
-    "                        [--no-keys] [--no-rescue] [PROGRAM.BAS]\n"
-    "       korvane-terminal [--image KORVANE.EFI] [--size COLUMNSxROWS] --script PROGRAM.BAS [ARGUMENT...]\n"
-    "       korvane-terminal --version\n"
+    "usage: @ [--image KORVANE.EFI] [--volume FOLDER] [--size COLUMNSxROWS] [--present MIB]\n"
+    "           [--no-keys] [--no-rescue] [PROGRAM.BAS]\n"
+    "       @ [--image KORVANE.EFI] [--size COLUMNSxROWS] --script PROGRAM.BAS [ARGUMENT...]\n"
+    "       @ --version\n"
     "\n"
     "Opens the interpreter in the terminal; Ctrl-C at its prompt leaves. FOLDER is its volume. With a "
     "program, that is\n"
@@ -46,8 +47,18 @@ constexpr std::string_view usage =
     "Installed, the program finds its image itself, and without PROGRAM.BAS its volume is the folder\n"
     "korvane-files at home, which is made with the examples in it.\n";
 
+[[noreturn]] void show_usage() {
+    for (const char character : usage) {
+        if (character == '@')
+            std::cout << program_name();
+        else
+            std::cout << character;
+    }
+    std::exit(EXIT_SUCCESS);
+}
+
 [[noreturn]] void fail(std::string_view message) {
-    std::cerr << "korvane-terminal: " << message << '\n';
+    std::cerr << program_name() << ": " << message << '\n';
     std::exit(EXIT_FAILURE);
 }
 
@@ -59,7 +70,7 @@ std::uint64_t parse_number(std::string_view text) {
 }
 
 [[noreturn]] void fail_usage(std::string_view message) {
-    std::cerr << "korvane-terminal: " << message << "; --help tells what there is\n";
+    std::cerr << program_name() << ": " << message << "; --help tells what there is\n";
     std::exit(2);
 }
 
@@ -80,8 +91,7 @@ TerminalOptions parse_options(int count, char** arguments) {
     for (int i = 1; i < count; ++i) {
         const std::string_view argument = arguments[i];
         if (argument == "--help") {
-            std::cout << usage;
-            std::exit(EXIT_SUCCESS);
+            show_usage();
         }
         if (argument == "--version") {
             std::cout << "Korvane BASIC " << version << '\n';
@@ -133,7 +143,7 @@ void check_program(TerminalOptions& options) {
     const bool is_refused = !program.fault.empty() && (options.script || program.codes.empty());
     if (is_refused) fail(file->string() + ": " + program.fault);
     if (!program.loss.empty())
-        std::cerr << "korvane-terminal: " << file->string() << ": " << program.loss << '\n';
+        std::cerr << program_name() << ": " << file->string() << ": " << program.loss << '\n';
     choose_program(options, *file);
 }
 

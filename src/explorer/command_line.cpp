@@ -44,11 +44,10 @@ CommandLine split_command_line(std::string_view line) {
 }
 
 std::string_view without_prompt(std::string_view line) {
-    if (line.starts_with(explorer_prompt)) {
+    if (line.starts_with(explorer_prompt))
         line.remove_prefix(explorer_prompt.size());
-    } else if (line == explorer_prompt.substr(0, explorer_prompt.size() - 1)) {
+    else if (line == explorer_prompt.substr(0, explorer_prompt.size() - 1))
         return {};
-    }
     return line.substr(0, command_line_length);
 }
 

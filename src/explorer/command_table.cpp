@@ -68,9 +68,8 @@ std::span<const ExplorerCommand> explorer_commands() {
 }
 
 const ExplorerCommand* find_explorer_command(std::string_view word) {
-    for (const ExplorerCommand& command : commands) {
+    for (const ExplorerCommand& command : commands)
         if (command.word == word || (command.alias[0] != 0 && command.alias == word)) return &command;
-    }
     return nullptr;
 }
 

@@ -72,15 +72,14 @@ void do_korvane(Cursor& cursor) {
     }
     const Token* word = cursor++;
     const bool is_alone = at_statement_end(cursor);
-    if (is_alone && is_word(word, "LANDMARKS")) {
+    if (is_alone && is_word(word, "LANDMARKS"))
         print_landmarks();
-    } else if (is_alone && (is_word(word, "MEMMAP") || is_word(word, "MAP"))) {
+    else if (is_alone && (is_word(word, "MEMMAP") || is_word(word, "MAP")))
         print_memory_map();
-    } else if (is_alone && is_word(word, "INFO")) {
+    else if (is_alone && is_word(word, "INFO"))
         print_machine_information();
-    } else {
+    else
         raise(message::syntax_error);
-    }
 }
 
 }  // namespace korvane

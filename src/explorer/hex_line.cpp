@@ -24,13 +24,12 @@ LineText format_hex_line(const HexLine& line) {
     LineText text;
     text.put_hex(line.address, line.address_digits).put("  ");
     for (unsigned column = 0; column < hex_line_bytes; ++column) {
-        if (column >= line.count) {
+        if (column >= line.count)
             text.put(line.absent);
-        } else if (is_unread(line, column)) {
+        else if (is_unread(line, column))
             text.put("??");
-        } else {
+        else
             text.put_hex(line.bytes[column], 2);
-        }
         text.put(column == hex_line_bytes / 2 - 1 ? "  " : " ");
     }
     text.put(' ');

@@ -27,11 +27,10 @@ LineText labelled(const char* label, std::size_t column) {
 
 LineText landmark_line(const Landmark& landmark) {
     LineText line = labelled(landmark.name, landmark_address_column);
-    if (const auto address = landmark.address()) {
+    if (const auto address = landmark.address())
         line.put_address(*address);
-    } else {
+    else
         line.put("not present     ");
-    }
     line.put("  ").put(landmark.description);
     return line;
 }
@@ -77,9 +76,8 @@ void print_memory_map() {
     }
     PagedReport listing;
     listing.line("[UEFI MEMORY MAP]");
-    for (std::size_t i = 0; i < snapshot.view().count(); ++i) {
+    for (std::size_t i = 0; i < snapshot.view().count(); ++i)
         if (!listing.line(region_line(snapshot.view().region(i)))) return;
-    }
 }
 
 void print_machine_information() {

@@ -79,12 +79,12 @@ std::uint64_t swap_places(Current at, std::uint64_t budget) {
     const auto kept = read_unaligned<Datum<size>>(first);
     write_unaligned(first, read_unaligned<Datum<size>>(second));
     write_unaligned(second, kept);
-    return proceed(as<PlaceRecord>(at).after, budget);
+    KORVANE_JUMP return proceed(as<PlaceRecord>(at).after, budget);
 }
 
 Execute choose_swap(Type type) {
-    return choose<2, 4, 8, 16>(storage_size(type),
-                               [](auto size) -> Execute { return guarded<swap_places<size()>>; });
+    return choose<2, 4, 8, 16>(
+        storage_size(type), [](auto size) -> Execute { return guarded<swap_places<size()>>; });
 }
 
 }  // namespace
@@ -105,9 +105,8 @@ bool specialise_swap(Token* at) {
     Place first;
     Place second;
     if (!read_place(at + 1, first) || first.end->kind != ',' || !read_place(first.end + 1, second) ||
-        first.type != second.type) {
+        first.type != second.type)
         return false;
-    }
     hold_place(at, first);
     hold_place(first.end, second);
     as<PlaceRecord>(at).next_place = first.end;

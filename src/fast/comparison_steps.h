@@ -7,9 +7,17 @@
 
 namespace korvane::fast {
 
+// How two numbers are compared.
+enum class Comparison : std::uint8_t {
+    direct,
+    checked,  // as doubles; one comes from an integer that may be too large for that
+    ordered,  // the left one is evaluated first, because both take string space
+};
+
 // The step of a relational operator between numbers: `domain` is that in which its left and right sides are
-// compared. The sides may change places, so they must not both take string space, which is taken in order.
-void set_comparison_step(Token* at, Domain domain);
+// compared. The sides may change places unless the comparison is `ordered`, which is for the real and whole
+// domains only.
+void set_comparison_step(Token* at, Domain domain, Comparison comparison);
 
 // The relation that such a step asks for, whose sides are in order: it is not GREATER, with EQUAL or without.
 int lesser_first(const Token* at);

@@ -26,16 +26,15 @@ std::uint64_t pause_before(Token* at, std::uint64_t budget, std::uint8_t* string
     return pause(at);
 }
 
-// Goes on behind THEN. The first statement there keeps the start of its IF, and of the IF around that.
+// Gives the statement behind THEN, which goes on. It keeps the start of its IF, and of the IF around that.
 // Nothing behind one that is the whole THEN part could ask whether there was one.
-inline std::uint64_t enter_then_part(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+inline Token* enter_then_part(Token* at) {
     const auto& record = as<IfRecord>(at);
-    if (budget < record.most_statements) return pause_before(at, budget, string_top);
     execution.then_part = (record.condition_kind & IfRecord::lone_then_part) == 0;
     if (execution.kept_token != at) execution.kept_start = at;
     Token* first = record.when_true;
     execution.kept_token = first;
-    return first->execute(first, budget - 1);
+    return first;
 }
 
 // A branch to a line that has not been tokenized, for which null stands: the general handler goes there, and
@@ -50,15 +49,20 @@ std::uint64_t if_then(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     const Truth truth = Condition::of(at);
     if (truth == Truth::failed) return fall_back_if(at, budget, string_top);
-    if (!to_line && truth == Truth::is_true) return enter_then_part(at, budget, string_top);
+    if (!to_line && truth == Truth::is_true) {
+        if (budget < as<IfRecord>(at).most_statements) return pause_before(at, budget, string_top);
+        Token* first = enter_then_part(at);
+        KORVANE_JUMP return first->execute(first, budget - 1);
+    }
     Token* target = truth == Truth::is_true ? as<IfRecord>(at).when_true : as<IfRecord>(at).when_false;
-    return target == nullptr ? branch_first(at, budget, string_top) : jump(target, budget);
+    if (target == nullptr) return branch_first(at, budget, string_top);
+    KORVANE_JUMP return jump(target, budget);
 }
 
 template <bool to_line>
 Execute if_handler(Token* at, const Expression& condition) {
-    return hold_condition(at, condition,
-                          [](auto form) -> Execute { return guarded<if_then<decltype(form), to_line>>; });
+    return hold_condition(
+        at, condition, [](auto form) -> Execute { return guarded<if_then<decltype(form), to_line>>; });
 }
 
 // Where a false condition of the IF at `at` leads. "ELSE :" is an empty statement; only a number right behind

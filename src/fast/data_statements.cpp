@@ -17,14 +17,14 @@
 namespace korvane::fast {
 namespace {
 
-// Integers that the type does not hold exactly are rounded or refused by the general handler; so is every
-// INT64, which a double may not hold.
+// Integers that the type does not hold exactly are rounded or refused by the general handler; so are those
+// that a double may not hold.
 bool store_item(std::uint8_t* place, Type type, std::string_view item) {
     double number;
     if (!cannot_overflow(item) || text_to_double(item, number) != NumberReading::number) return false;
     if (!is_integer(type)) return store_number(type, place, number);
     const Whole whole = round_whole(number);
-    return type != Type::INT64 && static_cast<double>(whole.value) == number &&
+    return __builtin_fabs(number) <= exact_integers && static_cast<double>(whole.value) == number &&
            store_number(type, place, whole.value);
 }
 
@@ -33,8 +33,7 @@ bool read_item(const PlaceRecord& host) {
     std::string_view item;
     if (place == nullptr || !next_data_item(item)) return false;
     if (host.type != Type::STRING) return store_item(place, host.type, item);
-    return store_text(place, Value::of_string(reinterpret_cast<const std::uint8_t*>(item.data()),
-                                              static_cast<std::uint32_t>(item.size())));
+    return store_text(place, Value::of_string(item));
 }
 
 bool read_items(const Token* host) {
@@ -50,7 +49,7 @@ bool read_items(const Token* host) {
 std::uint64_t read_places(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     if (!read_items(at)) return fall_back(at, budget, string_top);
-    return proceed(as<PlaceRecord>(at).after, budget);
+    KORVANE_JUMP return proceed(as<PlaceRecord>(at).after, budget);
 }
 
 }  // namespace

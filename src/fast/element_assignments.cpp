@@ -16,7 +16,7 @@ std::uint64_t let_element(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     std::uint8_t* place = find_element<storage_size(type), Subscripts::any>(at + 1);
     if (place == nullptr || !assign<type>(place, equals)) return fall_back(at, budget, string_top);
-    return proceed(after(equals), budget);
+    KORVANE_JUMP return proceed(after(equals), budget);
 }
 
 // The frequent shapes, whose value can be taken before the element is found: a plain side for a DOUBLE
@@ -25,16 +25,18 @@ template <Subscripts subscripts>
 std::uint64_t let_plain_element(Current at, std::uint64_t budget) {
     const auto value = plain_right<double>(equals_of_element(at));
     std::uint8_t* place = find_element<8, subscripts>(at + 1);
-    if (place == nullptr || !store_number<double>(place, value)) return execute_general(at, budget);
-    return proceed(after(equals_of_element(at)), budget);
+    if (place == nullptr || !store_number<double>(place, value))
+        KORVANE_JUMP return execute_general(at, budget);
+    KORVANE_JUMP return proceed(after(equals_of_element(at)), budget);
 }
 
 std::uint64_t let_integer_element(Current at, std::uint64_t budget) {
     const Token* equals = equals_of_element(at);
     const auto literal = read<std::int64_t>(as<AssignmentRecord>(equals).value_leaf);
     std::uint8_t* place = find_element<2, Subscripts::one>(at + 1);
-    if (place == nullptr || !store_number<std::int16_t>(place, literal)) return execute_general(at, budget);
-    return proceed(after(equals), budget);
+    if (place == nullptr || !store_number<std::int16_t>(place, literal))
+        KORVANE_JUMP return execute_general(at, budget);
+    KORVANE_JUMP return proceed(after(equals), budget);
 }
 
 // The handler for a frequent shape, or null.

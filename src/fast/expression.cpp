@@ -38,11 +38,10 @@ Side chain_of(const Node& node) {
 // Appends the operator, whose right side is set, to the left operand's chain.
 Side append(Side left, const Node& node) {
     as<StepRecord>(node.token).next = nullptr;
-    if (left.last != nullptr) {
+    if (left.last != nullptr)
         as<StepRecord>(left.last).next = node.token;
-    } else {
+    else
         left.chain = node.token;
-    }
     left.last = node.token;
     left.kind = node.kind;
     return left;
@@ -63,22 +62,20 @@ Side emit_binary(const Node& node) {
         return append(left, node);
     }
     hold_left(node.token, left);
-    if (node.domain == Domain::text) {
+    if (node.domain == Domain::text)
         set_concatenation_step(node.token);
-    } else {
+    else
         set_computed_step(node.token, node.domain);
-    }
     return chain_of(node);
 }
 
 void emit_relation(const Node& node) {
     hold_left(node.token, emit(node.left));
     hold(node.token, emit(node.right));
-    if (node.domain == Domain::text) {
+    if (node.domain == Domain::text)
         set_text_comparison_step(node.token);
-    } else {
-        set_comparison_step(node.token, node.domain);
-    }
+    else
+        set_comparison_step(node.token, node.domain, node.comparison);
 }
 
 const char* name_of_call(const Node& node) {

@@ -83,7 +83,7 @@ Whole position_in_text(std::int64_t, Token* at) {
 double number_in_text(double, Token* at) {
     const Value text = right_text(at);
     if (failed(text)) return no_number();
-    const std::string_view characters(reinterpret_cast<const char*>(text.bytes), text.length);
+    const std::string_view characters = text.text();
     return cannot_overflow(characters) ? go_on(longest_number(characters).real, at) : no_number();
 }
 
@@ -118,9 +118,8 @@ constexpr FunctionRow rows[] = {
 };
 
 const FunctionRow* find_row(std::string_view name) {
-    for (const FunctionRow& row : rows) {
+    for (const FunctionRow& row : rows)
         if (row.name == name) return &row;
-    }
     return nullptr;
 }
 
@@ -145,9 +144,8 @@ bool call(const Token* bracket, Body body) {
     if (stack_exhausted()) return false;
     std::uint8_t arguments[max_parameters][8];
     std::int32_t count = 0;
-    for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++count) {
+    for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++count)
         if (!bind(*function->entries[count], arguments[count], mark)) return false;
-    }
     Saved saved[max_parameters];
     for (std::int32_t i = 0; i < count; ++i) {
         VariableEntry* entry = function->entries[i];

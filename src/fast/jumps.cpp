@@ -13,11 +13,11 @@ namespace korvane::fast {
 namespace {
 
 std::uint64_t goto_line(Token* at, std::uint64_t budget) {
-    return jump(at[1].number.target, budget);
+    KORVANE_JUMP return jump(at[1].number.target, budget);
 }
 
 std::uint64_t gosub_line(Token* at, std::uint64_t budget) {
-    if (control_stacks.gosub_count == max_gosub_depth) return execute_general(at, budget);
+    if (control_stacks.gosub_count == max_gosub_depth) KORVANE_JUMP return execute_general(at, budget);
     const auto& gosub = as<GosubRecord>(at);
     control_stacks.gosubs[control_stacks.gosub_count++] = {.line = gosub.own.line,
                                                            .record = gosub.own.record,
@@ -25,16 +25,16 @@ std::uint64_t gosub_line(Token* at, std::uint64_t budget) {
                                                            .timer = 0,
                                                            .epoch = program.cache_epoch,
                                                            .token = gosub.after};
-    return jump(at[1].number.target, budget);
+    KORVANE_JUMP return jump(at[1].number.target, budget);
 }
 
 std::uint64_t return_to_line(Token* at, std::uint64_t budget) {
-    if (control_stacks.gosub_count == 0) return execute_general(at, budget);
+    if (control_stacks.gosub_count == 0) KORVANE_JUMP return execute_general(at, budget);
     const GosubEntry& entry = control_stacks.gosubs[control_stacks.gosub_count - 1];
     if (entry.kind != GosubKind::GOSUB || entry.epoch != program.cache_epoch)
-        return execute_general(at, budget);
+        KORVANE_JUMP return execute_general(at, budget);
     --control_stacks.gosub_count;
-    return jump(entry.token, budget);
+    KORVANE_JUMP return jump(entry.token, budget);
 }
 
 }  // namespace

@@ -72,17 +72,15 @@ bool nothing_to_do(const ForEntry& entry) {
     Value limit;
     Value step = Value::of_integer(1);
     if (control_stacks.for_count == max_for_depth || !held_value(at + 2, start) ||
-        !held_value(loop.to, limit) || (step_word != nullptr && !held_value(step_word, step))) {
+        !held_value(loop.to, limit) || (step_word != nullptr && !held_value(step_word, step)))
         return false;
-    }
     const auto before = read<std::uint64_t>(variable->storage);
     if (!store_start(variable->type, variable->storage, start)) return false;
     ForEntry& entry = control_stacks.fors[control_stacks.for_count];
-    if (describes(entry, loop)) {
+    if (describes(entry, loop))
         set_loop_bounds(entry, limit, step);
-    } else {
+    else
         fill_for_entry(entry, at[1].name, *variable, limit, step, loop.own);
-    }
     // A loop that has nothing to do is skipped by the general handler, which remembers where it ends. It
     // evaluates the start again, which may depend on the variable.
     if (nothing_to_do(entry)) {
@@ -94,7 +92,8 @@ bool nothing_to_do(const ForEntry& entry) {
 }
 
 std::uint64_t for_loop(Current at, std::uint64_t budget) {
-    return open_loop(at) ? proceed(as<ForRecord>(at).after, budget) : execute_general(at, budget);
+    if (!open_loop(at)) KORVANE_JUMP return execute_general(at, budget);
+    KORVANE_JUMP return proceed(as<ForRecord>(at).after, budget);
 }
 
 // Reads the number behind a word, in its own domain so that the general NEXT sees the type it would
@@ -124,49 +123,51 @@ inline bool fits(const NextRecord& next) {
 std::uint64_t next_elsewhere(Current at, std::uint64_t budget) {
     auto& next = as<NextRecord>(at);
     const std::uint32_t depth = control_stacks.for_count;
-    if (depth == 0 || depth == next.depth) return execute_general(at, budget);
+    if (depth == 0 || depth == next.depth) KORVANE_JUMP return execute_general(at, budget);
     ForEntry& entry = control_stacks.fors[depth - 1];
     if (entry.quick_variable != next.variable || entry.generation != arenas.generation)
-        return execute_general(at, budget);
+        KORVANE_JUMP return execute_general(at, budget);
     next.depth = static_cast<std::uint8_t>(depth);
     next.entry = &entry;
-    return at->execute(at, budget);
-}
-
-inline std::uint64_t turn(const ForEntry& entry, bool done, Token* at, std::uint64_t budget) {
-    if (!done) return jump(entry.loop_token, budget);
-    --control_stacks.for_count;
-    return proceed(as<NextRecord>(at).after, budget);
+    KORVANE_JUMP return at->execute(at, budget);
 }
 
 template <typename Number>
 std::uint64_t next_real(Current at, std::uint64_t budget) {
-    if (!fits(as<NextRecord>(at))) return next_elsewhere(at, budget);
+    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_elsewhere(at, budget);
     const ForEntry& entry = *as<NextRecord>(at).entry;
     std::uint8_t* storage = entry.variable->storage;
     const auto sum = static_cast<Number>(read<Number>(storage) + entry.step_as_double);
-    if (!store_number<Number>(storage, sum)) return execute_general(at, budget);
-    return turn(entry, past_limit<double>(entry.step_sign, sum, entry.limit_as_double), at, budget);
+    if (!store_number<Number>(storage, sum)) KORVANE_JUMP return execute_general(at, budget);
+    if (!past_limit<double>(entry.step_sign, sum, entry.limit_as_double))
+        KORVANE_JUMP return jump(entry.loop_token, budget);
+    --control_stacks.for_count;
+    KORVANE_JUMP return proceed(as<NextRecord>(at).after, budget);
 }
 
 template <typename Narrow>
 std::uint64_t next_whole(Current at, std::uint64_t budget) {
-    if (!fits(as<NextRecord>(at))) return next_elsewhere(at, budget);
+    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_elsewhere(at, budget);
     const ForEntry& entry = *as<NextRecord>(at).entry;
     std::uint8_t* storage = entry.variable->storage;
     std::int64_t sum;
     if (__builtin_add_overflow(std::int64_t{read<Narrow>(storage)}, entry.step.integer, &sum))
-        return execute_general(at, budget);
-    if (!store_number<Narrow>(storage, sum)) return execute_general(at, budget);
-    return turn(entry, past_limit(entry.step_sign, sum, entry.limit.integer), at, budget);
+        KORVANE_JUMP return execute_general(at, budget);
+    if (!store_number<Narrow>(storage, sum)) KORVANE_JUMP return execute_general(at, budget);
+    if (!past_limit(entry.step_sign, sum, entry.limit.integer))
+        KORVANE_JUMP return jump(entry.loop_token, budget);
+    --control_stacks.for_count;
+    KORVANE_JUMP return proceed(as<NextRecord>(at).after, budget);
 }
 
 // Whole numbers are added to a floating variable as doubles, so its loops need not be whole.
 Execute choose_next(Type type) {
-    return choose_by_type(type, [](auto listed) -> Execute {
-        if constexpr (is_integer(listed())) return guarded<next_whole<NumberOf<listed()>>>;
-        if constexpr (is_floating(listed())) return guarded<next_real<NumberOf<listed()>>>;
-    });
+    return choose_by_type(
+        type,
+        [](auto listed) -> Execute {
+            if constexpr (is_integer(listed())) return guarded<next_whole<NumberOf<listed()>>>;
+            if constexpr (is_floating(listed())) return guarded<next_real<NumberOf<listed()>>>;
+        });
 }
 
 // ---- WHILE --------------------------------------------------------------------------------------
@@ -177,22 +178,22 @@ std::uint64_t while_true(Current at, std::uint64_t budget) {
     if (truth == Truth::is_false && at->jump_known) {
         const Position wend = as<WhileRecord>(at).wend;
         Token* behind = cached_statement({wend.line, wend.record + 1});
-        if (behind != nullptr) return jump(behind, budget);
+        if (behind != nullptr) KORVANE_JUMP return jump(behind, budget);
     }
     if (truth != Truth::is_true || control_stacks.while_count == max_while_depth)
-        return execute_general(at, budget);
+        KORVANE_JUMP return execute_general(at, budget);
     control_stacks.whiles[control_stacks.while_count++] = {
         .start = as<WhileRecord>(at).own, .token = at, .epoch = program.cache_epoch};
-    return proceed(as<WhileRecord>(at).after, budget);
+    KORVANE_JUMP return proceed(as<WhileRecord>(at).after, budget);
 }
 
 std::uint64_t wend(Token* at, std::uint64_t budget) {
-    if (control_stacks.while_count == 0) return execute_general(at, budget);
+    if (control_stacks.while_count == 0) KORVANE_JUMP return execute_general(at, budget);
     const WhileEntry& entry = control_stacks.whiles[control_stacks.while_count - 1];
-    if (entry.epoch != program.cache_epoch) return execute_general(at, budget);
+    if (entry.epoch != program.cache_epoch) KORVANE_JUMP return execute_general(at, budget);
     --control_stacks.while_count;
     execution.kept_token = nullptr;
-    return jump(entry.token, budget);
+    KORVANE_JUMP return jump(entry.token, budget);
 }
 
 }  // namespace

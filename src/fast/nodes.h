@@ -7,6 +7,7 @@
 #include <array>
 #include <cstdint>
 
+#include "fast/comparison_steps.h"
 #include "fast/step.h"
 #include "platform/stack.h"
 #include "program/token.h"
@@ -35,8 +36,6 @@ enum class Form : std::uint8_t {
 
 constexpr std::int16_t none = -1;
 constexpr double unbounded = 1e300;
-// Doubles hold every integer up to 2^53; but a bound of 2^53 may be one of 2^53 + 1 that was rounded itself.
-constexpr double exact_integers = 9007199254740991.0;
 
 struct Node {
     Form form;
@@ -61,8 +60,9 @@ struct Node {
     bool allocates;  // evaluating it takes string space
     double bound;    // of an integer: its magnitude is at most this
     // What has been planned.
-    Domain domain;      // in which it is computed
-    std::uint8_t kind;  // of the Side that it becomes
+    Domain domain;          // in which it is computed
+    std::uint8_t kind;      // of the Side that it becomes
+    Comparison comparison;  // of a relation of numbers
 };
 
 // The nodes of the statement being looked at, and how many. Definitions of user functions are finished before

@@ -70,8 +70,10 @@ inline Whole apply_whole(std::int64_t left, std::int64_t right) {
     if constexpr (operation == '-') failed = __builtin_sub_overflow(left, right, &result);
     if constexpr (operation == '*') failed = __builtin_mul_overflow(left, right, &result);
     if constexpr (operation == '\\' || operation == KW_MOD) {
-        // Divisors 0 and -1 are left to the general evaluator: the one is an error, the other may be.
-        if (right == 0 || right == -1) return no_whole;
+        if (right == 0 || right == -1) {
+            if (right == 0 || left == INT64_MIN) return no_whole;
+            return {operation == '\\' ? -left : 0, 0};
+        }
         // Most numbers fit in 32 bits, and processors divide those much faster.
         if (((static_cast<std::uint64_t>(left) | static_cast<std::uint64_t>(right)) >> 32) == 0) {
             const auto dividend = static_cast<std::uint32_t>(left);

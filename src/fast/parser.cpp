@@ -161,10 +161,8 @@ std::int16_t parse_user_call(Token*& at) {
     if (function == nullptr || function->parameter_count == 0) return none;
     Arguments arguments;
     if (!specialise_body(*function) || !note_levels(levels_of_call + function->depth) ||
-        !parse_arguments(bracket, at, arguments, is_numeric) ||
-        arguments.count != function->parameter_count) {
+        !parse_arguments(bracket, at, arguments, is_numeric) || arguments.count != function->parameter_count)
         return none;
-    }
     const std::int16_t call =
         add_call(Form::user_call, function->head.value_type, bracket, arguments, unbounded);
     if (call == none) return none;
@@ -181,9 +179,8 @@ std::int16_t parse_built_in_call(const BuiltInFunction& function, Token*& at) {
     FunctionArguments taken{function.arguments.text()};
     Arguments arguments;
     if (!parse_arguments(bracket, at, arguments, [&](Type type) { return taken.take(type); }) ||
-        !taken.are_complete()) {
+        !taken.are_complete())
         return none;
-    }
     if (is_text) return add_call(Form::text_call, Type::STRING, bracket, arguments, unbounded);
     const Type type = function_result(name->name, arguments.last_type);
     return add_call(Form::call, type, bracket, arguments, unbounded);
@@ -303,9 +300,8 @@ std::int16_t parse_element(Token*& at) {
     Token* bracket = at + 1;
     Arguments subscripts;
     if (!parse_arguments(bracket, at, subscripts, is_numeric) ||
-        static_cast<std::uint64_t>(subscripts.count) != array->array->dimensions) {
+        static_cast<std::uint64_t>(subscripts.count) != array->array->dimensions)
         return none;
-    }
     const std::int16_t element =
         add_call(Form::element, array->type, bracket, subscripts, bound_of(array->type));
     if (element != none) node_at(element).array = array->array;

@@ -50,8 +50,8 @@ bool plan_binary(Node& node, Domain wanted) {
     return true;
 }
 
-// Integers and floats are compared as doubles, which is exact while the integer is.
-bool comparable_as_reals(const Node& node) {
+// Whether a double certainly is what the node's value is.
+bool is_exact_as_real(const Node& node) {
     return !is_integer(node.type) || node.bound <= exact_integers;
 }
 
@@ -70,24 +70,30 @@ bool is_plain_single(const Node& operand) {
                                          : operand.type == Type::SINGLE;
 }
 
-// The domain in which two numbers are compared; false when there is none.
-bool comparison_domain(const Node& a, const Node& b, Domain& domain) {
+// The domain in which two numbers are compared: integers and floats as doubles.
+Domain comparison_domain(const Node& a, const Node& b) {
     const Type wider = std::max(a.type, b.type);
-    domain = is_integer(wider) ? Domain::whole : domain_of(wider);
-    if (domain == Domain::single && !(is_plain_single(a) && is_plain_single(b))) domain = Domain::real;
-    return domain == Domain::whole || (comparable_as_reals(a) && comparable_as_reals(b));
+    if (is_integer(wider)) return Domain::whole;
+    return wider == Type::SINGLE && is_plain_single(a) && is_plain_single(b) ? Domain::single : Domain::real;
+}
+
+void plan_comparison(Node& node, const Node& left, const Node& right) {
+    node.domain = comparison_domain(left, right);
+    if (left.allocates && right.allocates) {
+        node.comparison = Comparison::ordered;
+        if (node.domain == Domain::single) node.domain = Domain::real;
+    } else if (node.domain == Domain::real && !(is_exact_as_real(left) && is_exact_as_real(right))) {
+        node.comparison = Comparison::checked;
+    }
 }
 
 // The domain of a relation's node is the one in which its operands are compared; its value is an integer.
 bool plan_relation(Node& node) {
     const Node& left = node_at(node.left);
-    const Node& right = node_at(node.right);
-    if (left.type == Type::STRING) {
+    if (left.type == Type::STRING)
         node.domain = Domain::text;
-    } else if (!comparison_domain(left, right, node.domain) || (left.allocates && right.allocates)) {
-        // Numbers may be compared the other way round; but string space is taken in order.
-        return false;
-    }
+    else
+        plan_comparison(node, left, node_at(node.right));
     node.kind = computed_kind(Domain::whole);
     return plan(node.left, node.domain) && plan(node.right, node.domain);
 }
@@ -102,9 +108,8 @@ bool plan_call(Node& node, Domain wanted) {
     node.domain = domain_of(node.type);
     // A numeric element can be taken as a double at once.
     if (node.form == Form::element && wanted == Domain::real && is_numeric(node.type) &&
-        comparable_as_reals(node)) {
+        is_exact_as_real(node))
         node.domain = wanted;
-    }
     node.kind = computed_kind(node.domain);
     return plan_arguments(node);
 }

@@ -27,11 +27,11 @@ std::uint64_t leave(Token* at, std::uint64_t budget) {
 // ---- Statements that need no handler of their own -----------------------------------------------
 
 std::uint64_t pass_colons(Token* at, std::uint64_t budget) {
-    return proceed(following(at), budget);
+    KORVANE_JUMP return proceed(following(at), budget);
 }
 
 std::uint64_t go_to_next_line(Token* at, std::uint64_t budget) {
-    return jump(as<EndRecord>(at).next_line, budget);
+    KORVANE_JUMP return jump(as<EndRecord>(at).next_line, budget);
 }
 
 std::uint64_t end_line_first(Token* at, std::uint64_t budget) {
@@ -42,22 +42,23 @@ std::uint64_t end_line_first(Token* at, std::uint64_t budget) {
     as<EndRecord>(at).next_line = tokens;
     at->execute = go_to_next_line;
     link_line(at);
-    return go_to_next_line(at, budget);
+    KORVANE_JUMP return go_to_next_line(at, budget);
 }
 
 std::uint64_t skip_to_end(Token* at, std::uint64_t budget) {
-    return proceed(end_of_line(at), budget);
+    KORVANE_JUMP return proceed(end_of_line(at), budget);
 }
 
 std::uint64_t pass_data(Token* at, std::uint64_t budget) {
     while (at->kind != END_OF_LINE && at->kind != ':')
         ++at;
-    return proceed(following(at), budget);
+    KORVANE_JUMP return proceed(following(at), budget);
 }
 
 // An ELSE ends the THEN part in front of it; anywhere else it is an error.
 std::uint64_t meet_else(Token* at, std::uint64_t budget) {
-    return execution.then_part ? skip_to_end(at, budget) : execute_general(at, budget);
+    if (execution.then_part) KORVANE_JUMP return skip_to_end(at, budget);
+    KORVANE_JUMP return execute_general(at, budget);
 }
 
 // ---- Meeting a statement for the first time -----------------------------------------------------
@@ -125,7 +126,8 @@ Execute plain_form(std::uint8_t kind) {
 
 // By its general handler, but for the forms that never change.
 inline std::uint64_t execute_unspecialised(Token* at, std::uint64_t budget) {
-    return at->kind == KW_IF ? execute_general_if(at, budget) : execute_general(at, budget);
+    if (at->kind == KW_IF) KORVANE_JUMP return execute_general_if(at, budget);
+    KORVANE_JUMP return execute_general(at, budget);
 }
 
 // A statement that could not be specialised is worth another look when variables have been created since, for
@@ -133,9 +135,9 @@ inline std::uint64_t execute_unspecialised(Token* at, std::uint64_t budget) {
 std::uint64_t execute_until_variables_change(Token* at, std::uint64_t budget) {
     const auto seen = static_cast<std::uint8_t>(variables.count);
     if (is_current(at) && as<GeneralRecord>(at).variables_seen == seen)
-        return execute_unspecialised(at, budget);
+        KORVANE_JUMP return execute_unspecialised(at, budget);
     at->execute = execute_first;
-    return execute_first(at, budget);
+    KORVANE_JUMP return execute_first(at, budget);
 }
 
 // Executes the statement at `at`, whose line is the current one, by its general handler; gives the next one,
@@ -162,7 +164,8 @@ std::uint64_t execute_until_variables_change(Token* at, std::uint64_t budget) {
 std::uint64_t execute_general(Token* at, std::uint64_t budget) {
     enter_line_of(at);
     Token* next = handle(at);
-    return next == nullptr ? budget - 1 : proceed(next, budget);
+    if (next != nullptr) KORVANE_JUMP return proceed(next, budget);
+    return budget - 1;
 }
 
 std::uint64_t execute_general_if(Token* at, std::uint64_t budget) {
@@ -175,7 +178,8 @@ std::uint64_t execute_general_if(Token* at, std::uint64_t budget) {
     const std::uint64_t nested = execution.statement_count - before;
     execution.statement_count = before;
     budget -= nested < budget ? nested : budget - 1;
-    return next == nullptr ? budget - 1 : proceed(next, budget);
+    if (next != nullptr) KORVANE_JUMP return proceed(next, budget);
+    return budget - 1;
 }
 
 std::uint64_t pause(Token* at) {
@@ -212,24 +216,24 @@ std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     using namespace fast;
     if (const Execute plain = plain_form(at->kind)) {
         at->execute = plain;
-        return plain(at, budget);
+        KORVANE_JUMP return plain(at, budget);
     }
     // A statement is worth specialising when it is met a second time: in a loop that ends its generation at
     // each turn (ERASE, DEF FN) none is.
     if (!is_current(at)) {
         enter_generation(at);
         at->execute = execute_first;
-        return execute_unspecialised(at, budget);
+        KORVANE_JUMP return execute_unspecialised(at, budget);
     }
     enter_line_of(at);
     state.target_not_ready = false;
     begin_statement();
     const bool specialised = specialise_statement(at);
     enter_generation(at);
-    if (specialised) return at->execute(at, budget);
+    if (specialised) KORVANE_JUMP return at->execute(at, budget);
     at->execute = state.target_not_ready ? execute_first : execute_until_variables_change;
     as<GeneralRecord>(at).variables_seen = static_cast<std::uint8_t>(variables.count);
-    return execute_unspecialised(at, budget);
+    KORVANE_JUMP return execute_unspecialised(at, budget);
 }
 
 }  // namespace korvane

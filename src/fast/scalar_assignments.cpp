@@ -15,7 +15,7 @@ std::uint64_t let_scalar(Current at, std::uint64_t budget) {
     Token* equals = at + 1;
     std::uint8_t* string_top = arenas.FREETOP;
     if (!assign<type>(place_of(equals), equals)) return fall_back(at, budget, string_top);
-    return proceed(after(equals), budget);
+    KORVANE_JUMP return proceed(after(equals), budget);
 }
 
 // The frequent shapes of a floating target whose right side is plain: a variable or literal of its type, one
@@ -24,20 +24,15 @@ template <typename Number>
 std::uint64_t let_copy(Current at, std::uint64_t budget) {
     Token* equals = at + 1;
     write_unaligned(place_of(equals), read<Number>(as<AssignmentRecord>(equals).value_leaf));
-    return proceed(after(equals), budget);
-}
-
-template <typename Number>
-inline std::uint64_t let_value(Token* at, Number value, std::uint64_t budget) {
-    Token* equals = at + 1;
-    if (!store_number<Number>(place_of(equals), value)) return execute_general(at, budget);
-    return proceed(after(equals), budget);
+    KORVANE_JUMP return proceed(after(equals), budget);
 }
 
 template <typename Number>
 std::uint64_t let_chain(Current at, std::uint64_t budget) {
     const auto& assignment = as<AssignmentRecord>(at + 1);
-    return let_value(at, call_chain(read<Number>(assignment.value_leaf), assignment.value_chain), budget);
+    const Number value = call_chain(read<Number>(assignment.value_leaf), assignment.value_chain);
+    if (!store_number<Number>(place_of(at + 1), value)) KORVANE_JUMP return execute_general(at, budget);
+    KORVANE_JUMP return proceed(after(at + 1), budget);
 }
 
 template <typename Number, char operation>
@@ -48,14 +43,18 @@ inline Number first_result(const AssignmentRecord& assignment) {
 
 template <typename Number, char operation>
 std::uint64_t let_operation(Current at, std::uint64_t budget) {
-    return let_value(at, first_result<Number, operation>(as<AssignmentRecord>(at + 1)), budget);
+    const Number value = first_result<Number, operation>(as<AssignmentRecord>(at + 1));
+    if (!store_number<Number>(place_of(at + 1), value)) KORVANE_JUMP return execute_general(at, budget);
+    KORVANE_JUMP return proceed(after(at + 1), budget);
 }
 
 template <typename Number, char operation>
 std::uint64_t let_operations(Current at, std::uint64_t budget) {
     const auto& assignment = as<AssignmentRecord>(at + 1);
     Token* second = as<OperatorRecord>(assignment.value_chain).next;
-    return let_value(at, call_chain(first_result<Number, operation>(assignment), second), budget);
+    const Number value = call_chain(first_result<Number, operation>(assignment), second);
+    if (!store_number<Number>(place_of(at + 1), value)) KORVANE_JUMP return execute_general(at, budget);
+    KORVANE_JUMP return proceed(after(at + 1), budget);
 }
 
 // The operator that a chain behind a leaf begins with.
@@ -92,8 +91,8 @@ std::uint64_t let_whole_chain(Current at, std::uint64_t budget) {
     const auto& assignment = as<AssignmentRecord>(at + 1);
     const Whole whole = call_chain(whole_leaf<leaf>(assignment.value_leaf), assignment.value_chain);
     if (whole.failed != 0 || !store_number<Integer>(assignment.place, whole.value))
-        return execute_general(at, budget);
-    return proceed(assignment.after, budget);
+        KORVANE_JUMP return execute_general(at, budget);
+    KORVANE_JUMP return proceed(assignment.after, budget);
 }
 
 template <typename Integer>
@@ -107,12 +106,14 @@ Execute choose_whole_chain(std::uint8_t kind) {
 
 // The handler for a frequent shape, or null.
 Execute choose_shape(Type type, const Node& value) {
-    return choose_by_type(type, [&value](auto listed) -> Execute {
-        using Number = NumberOf<listed()>;
-        if constexpr (is_integer(listed())) return choose_whole_chain<Number>(value.kind);
-        if constexpr (is_floating(listed()))
-            return is_plain<Number>(value.kind) ? choose_plain<Number>(value) : nullptr;
-    });
+    return choose_by_type(
+        type,
+        [&value](auto listed) -> Execute {
+            using Number = NumberOf<listed()>;
+            if constexpr (is_integer(listed())) return choose_whole_chain<Number>(value.kind);
+            if constexpr (is_floating(listed()))
+                return is_plain<Number>(value.kind) ? choose_plain<Number>(value) : nullptr;
+        });
 }
 
 }  // namespace

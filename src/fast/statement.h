@@ -9,6 +9,7 @@
 
 #include <cstdint>
 
+#include "platform/processor.h"
 #include "program/arenas.h"
 #include "program/execution.h"
 #include "program/program_store.h"
@@ -43,13 +44,13 @@ std::uint64_t pause(Token* at);
 // Goes on with the statement at `at`.
 inline std::uint64_t proceed(Token* at, std::uint64_t budget) {
     if (__builtin_expect(--budget == 0, false)) return pause(at);
-    return at->execute(at, budget);
+    KORVANE_JUMP return at->execute(at, budget);
 }
 
 // The same for a jump, which leaves a THEN part.
 inline std::uint64_t jump(Token* at, std::uint64_t budget) {
     execution.then_part = false;
-    return proceed(at, budget);
+    KORVANE_JUMP return proceed(at, budget);
 }
 
 // Makes the line of a token the current one.
@@ -85,6 +86,10 @@ inline bool is_current(const Token* at) {
 // make a Current.
 
 // The first token of a statement that is known to have been specialised in the current generation.
+#ifdef __wasm__
+// A jump leads only to a function of the very same signature there; the image's compiler sees to the guards.
+using Current = Token*;
+#else
 class Current {
   public:
     operator Token*() const { return token; }
@@ -98,11 +103,12 @@ class Current {
 
     Token* token;
 };
+#endif
 
 template <std::uint64_t (*body)(Current at, std::uint64_t budget)>
 std::uint64_t guarded(Token* at, std::uint64_t budget) {
-    if (__builtin_expect(!is_current(at), false)) return execute_first(at, budget);
-    return body(Current(at), budget);
+    if (__builtin_expect(!is_current(at), false)) KORVANE_JUMP return execute_first(at, budget);
+    KORVANE_JUMP return body(Current(at), budget);
 }
 
 // The statement behind the token at which one ended: colons are passed over.

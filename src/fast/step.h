@@ -92,6 +92,9 @@ inline bool is_finite(double x) {
     return (__builtin_bit_cast(std::uint64_t, x) & exponent_mask) != exponent_mask;
 }
 
+// Doubles hold every integer up to 2^53; but one of 2^53 may be 2^53 + 1 that was rounded.
+inline constexpr double exact_integers = 9007199254740991.0;
+
 // Where the sides without a leaf have it: a zero in every numeric type, so that they can be read like a leaf
 // in front of a chain.
 inline constexpr std::int64_t no_leaf = 0;

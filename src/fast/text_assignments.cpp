@@ -23,7 +23,7 @@ std::uint64_t let_text(Current at, std::uint64_t budget) {
     if (place == nullptr) return fall_back(at, budget, string_top);
     const Value text = right_text(equals);
     if (failed(text) || !store_text(place, text)) return fall_back(at, budget, string_top);
-    return proceed(after(equals), budget);
+    KORVANE_JUMP return proceed(after(equals), budget);
 }
 
 // A text joined from two. Like the general evaluator, this leaves it in string space twice.
@@ -36,7 +36,7 @@ std::uint64_t let_joined(Current at, std::uint64_t budget) {
     const Value text = joined(as<AssignmentRecord>(equals).value_chain, 2);
     if (failed(text)) return fall_back(at, budget, string_top);
     write_text(place, text);
-    return proceed(after(equals), budget);
+    KORVANE_JUMP return proceed(after(equals), budget);
 }
 
 // "+" is the only operator between texts that gives a text.

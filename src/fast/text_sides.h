@@ -44,11 +44,10 @@ inline std::uint8_t* take_string_space(std::uint64_t length) {
 
 // Copies a text; a single character, the most frequent one, without a call.
 inline void copy_text(std::uint8_t* to, const std::uint8_t* bytes, std::uint64_t length) {
-    if (length == 1) {
+    if (length == 1)
         *to = *bytes;
-    } else {
+    else
         copy_bytes(to, bytes, length);
-    }
 }
 
 // Writes the descriptor of a text that has string space of its own.

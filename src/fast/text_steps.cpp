@@ -138,9 +138,8 @@ constexpr TextFunction rows[] = {
 };
 
 const TextFunction* find_row(std::string_view name) {
-    for (const TextFunction& row : rows) {
+    for (const TextFunction& row : rows)
         if (row.name == name) return &row;
-    }
     return nullptr;
 }
 

@@ -10,18 +10,17 @@ namespace {
 const void* keep_leaf(ConditionRecord& condition, const Node& leaf) {
     if (leaf.form == Form::variable) return leaf.storage;
     const double number = leaf.token->number.as_double;
-    if (leaf.kind == F32) {
+    if (leaf.kind == F32)
         write_unaligned(condition.literal, static_cast<float>(number));
-    } else {
+    else
         write_unaligned(condition.literal, number);
-    }
     return condition.literal;
 }
 
 }  // namespace
 
 bool compares_leaves(const Node& condition) {
-    if (condition.form != Form::relation) return false;
+    if (condition.form != Form::relation || condition.comparison != Comparison::direct) return false;
     const Node& left = node_at(condition.left);
     const Node& right = node_at(condition.right);
     const bool two_literals = left.form == Form::literal && right.form == Form::literal;

@@ -16,17 +16,15 @@ constexpr std::uint32_t file_width = 255;
 }  // namespace
 
 void out_put_char(std::uint8_t code) {
-    if (output.file != nullptr) {
-        if (code == carriage_return) {
+    if (output.file != nullptr)
+        if (code == carriage_return)
             file_end_line(*output.file);
-        } else {
+        else
             file_put_byte(*output.file, code);
-        }
-    } else if (output.window != nullptr) {
+    else if (output.window != nullptr)
         win_put_char(*output.window, code);
-    } else {
+    else
         con_put_char(code);
-    }
 }
 
 void out_put_text(std::string_view text) {
@@ -42,11 +40,10 @@ void out_put_blanks(std::int64_t count) {
 }
 
 void print_value(const Value& value) {
-    if (value.type == Type::STRING) {
-        out_put_text({reinterpret_cast<const char*>(value.bytes), value.length});
-    } else {
+    if (value.type == Type::STRING)
+        out_put_text(value.text());
+    else
         out_put_text(format_number(value).view());
-    }
 }
 
 std::uint32_t out_column() {

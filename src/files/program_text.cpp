@@ -95,9 +95,8 @@ void read_program_text(FileHandle file) {
             return;
         }
         if (size == 0) break;
-        for (std::uint64_t i = 0; i < size; ++i) {
+        for (std::uint64_t i = 0; i < size; ++i)
             if (assembler.add(block[i]) && !enter_line(assembler.line(), file, lines)) return;
-        }
     }
     if (assembler.finish()) enter_line(assembler.line(), file, lines);
 }

@@ -112,11 +112,10 @@ void set_current_directory(FileHandle directory, const FirmwareName& name) {
     volume.current_directory = directory.release();
     const bool is_rooted = name.text[0] == u'\\' || volume.current_path[0] == 0 || knows_current_path();
     const RootedName path(volume.current_path, name.text);
-    if (is_rooted && path.length() <= Volume::max_path) {
+    if (is_rooted && path.length() <= Volume::max_path)
         copy_bytes(volume.current_path, path.text(), (path.length() + 1) * sizeof(char16_t));
-    } else {
+    else
         volume.current_path[0] = u'?';
-    }
 }
 
 FileHandle open_from_root(const char16_t* name, std::uint64_t firmware_mode, std::uint64_t attributes) {

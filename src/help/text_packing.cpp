@@ -24,9 +24,8 @@ constexpr auto all_fragments = [] {
 
 const char* find_fragment(unsigned number) {
     const char* at = all_fragments.data();
-    for (; number != 0; ++at) {
+    for (; number != 0; ++at)
         if (*at == 0) --number;
-    }
     return at;
 }
 

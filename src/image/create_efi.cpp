@@ -59,9 +59,8 @@ const char* create_image(const FileName& name) {
     FileHandle image = open_own_image();
     if (!image) return message::file_not_found;
     std::uint64_t size = 0;
-    if (!image.find_size(size) || static_cast<std::int64_t>(size) <= 0 || !image.set_position(0)) {
+    if (!image.find_size(size) || static_cast<std::int64_t>(size) <= 0 || !image.set_position(0))
         return message::disk_i_o_error;
-    }
     // Nothing is given up for the output before everything that goes into it is there.
     const PoolBuffer copy(size);
     if (!copy) return message::out_of_memory;

@@ -48,9 +48,8 @@ bool find_packed_program(PackedProgram& found) {
 
     const std::uint64_t end = find_certificate_table(image, size);
     if (end == size) return false;
-    for (std::uint64_t padding = 0; padding < certificate_alignment; ++padding) {
+    for (std::uint64_t padding = 0; padding < certificate_alignment; ++padding)
         if (end > padding && read_trailer(image, end - padding, found)) return true;
-    }
     return false;
 }
 
@@ -91,9 +90,8 @@ bool load_packed_program() {
 
     clear_program();
     std::uint64_t remaining = packed_program.length - packed_header_size;
-    for (std::uint32_t i = 0; i < line_count; ++i) {
+    for (std::uint32_t i = 0; i < line_count; ++i)
         if (!load_line(reader, remaining)) return false;
-    }
     return remaining == 0;
 }
 

@@ -61,9 +61,8 @@ void BigNatural::subtract(const BigNatural& other) {
 
 bool BigNatural::is_less_than(const BigNatural& other) const {
     if (size != other.size) return size < other.size;
-    for (std::uint32_t i = size; i-- > 0;) {
+    for (std::uint32_t i = size; i-- > 0;)
         if (limbs[i] != other.limbs[i]) return limbs[i] < other.limbs[i];
-    }
     return false;
 }
 

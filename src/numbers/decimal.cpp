@@ -47,9 +47,8 @@ std::int64_t read_exponent(std::string_view text) {
     const bool negative = text[0] == '-';
     if (negative || text[0] == '+') text.remove_prefix(1);
     std::int64_t exponent = 0;
-    for (const char digit : text) {
+    for (const char digit : text)
         if (exponent < 1'000'000'000'000'000) exponent = 10 * exponent + (digit - '0');
-    }
     return negative ? -exponent : exponent;
 }
 
@@ -143,20 +142,18 @@ Scaled scale(const Decimal& decimal) {
     BigNatural numerator = read_digits(decimal, exponent);
     BigNatural denominator(1);
     // 10^exponent is 5^exponent here and 2^exponent in the binary exponent.
-    if (exponent >= 0) {
+    if (exponent >= 0)
         numerator.multiply_power(5, static_cast<std::uint32_t>(exponent));
-    } else {
+    else
         denominator.multiply_power(5, static_cast<std::uint32_t>(-exponent));
-    }
     auto binary_exponent = static_cast<std::int32_t>(exponent);
 
     const std::uint32_t numerator_bits = numerator.bit_length();
     const std::uint32_t denominator_bits = denominator.bit_length();
-    if (numerator_bits < denominator_bits) {
+    if (numerator_bits < denominator_bits)
         numerator.shift_left(denominator_bits - numerator_bits);
-    } else {
+    else
         denominator.shift_left(numerator_bits - denominator_bits);
-    }
     binary_exponent +=
         static_cast<std::int32_t>(numerator_bits) - static_cast<std::int32_t>(denominator_bits);
     if (numerator.is_less_than(denominator)) {
@@ -229,12 +226,10 @@ double decimal_to_double(std::string_view number) {
     constexpr std::int64_t exact = static_cast<std::int64_t>(powers_of_ten.size()) - 1;
     if (decimal.digits <= head_digits && decimal.head <= std::uint64_t{1} << 53) {
         const auto head = static_cast<double>(decimal.head);
-        if (decimal.exponent >= 0 && decimal.exponent <= exact) {
+        if (decimal.exponent >= 0 && decimal.exponent <= exact)
             return head * powers_of_ten[static_cast<std::size_t>(decimal.exponent)];
-        }
-        if (decimal.exponent < 0 && decimal.exponent >= -exact) {
+        if (decimal.exponent < 0 && decimal.exponent >= -exact)
             return head / powers_of_ten[static_cast<std::size_t>(-decimal.exponent)];
-        }
     }
     return std::bit_cast<double>(convert(decimal, binary64));
 }
@@ -244,12 +239,10 @@ double decimal_to_single(std::string_view number) {
     constexpr std::int64_t exact = 10;  // 5^10 is the highest power of 5 within 24 bits
     if (decimal.digits <= head_digits && decimal.head <= std::uint64_t{1} << 24) {
         const auto head = static_cast<float>(decimal.head);
-        if (decimal.exponent >= 0 && decimal.exponent <= exact) {
+        if (decimal.exponent >= 0 && decimal.exponent <= exact)
             return head * static_cast<float>(powers_of_ten[static_cast<std::size_t>(decimal.exponent)]);
-        }
-        if (decimal.exponent < 0 && decimal.exponent >= -exact) {
+        if (decimal.exponent < 0 && decimal.exponent >= -exact)
             return head / static_cast<float>(powers_of_ten[static_cast<std::size_t>(-decimal.exponent)]);
-        }
     }
     return std::bit_cast<float>(static_cast<std::uint32_t>(convert(decimal, binary32)));
 }

@@ -77,7 +77,7 @@ bool scale_quickly(std::uint64_t head, std::int32_t power, Scaled& number) {
         upper != 0 ? std::countl_zero(upper) : 64 + std::countl_zero(static_cast<std::uint64_t>(integer));
     integer <<= zeros;
 
-    Wide lower;
+    Wide lower = 0;
     Wide product = multiply(integer, powers[static_cast<std::size_t>(index)], lower);
     number.exponent = binary_exponent(block * block_size) - 127 + 128 + rest_of_power - zeros + 64;
     if (product >> 127 == 0) {

@@ -13,6 +13,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 namespace korvane {
 
@@ -63,9 +64,17 @@ struct Value {
     static constexpr Value of_string(const std::uint8_t* bytes, std::uint32_t length) {
         return Value{.bytes = bytes, .length = length, .type = Type::STRING};
     }
+    // The characters stay where they are.
+    static Value of_string(std::string_view text) {
+        return of_string(reinterpret_cast<const std::uint8_t*>(text.data()),
+                         static_cast<std::uint32_t>(text.size()));
+    }
     static constexpr Value of_truth(bool truth) { return of_integer(truth ? -1 : 0); }
     // What a failed evaluation yields; nobody looks at it because an error is pending.
     static constexpr Value nothing() { return of_integer(0); }
+
+    // The bytes of a STRING as characters.
+    std::string_view text() const { return {reinterpret_cast<const char*>(bytes), length}; }
 };
 static_assert(sizeof(Value) == 16);
 

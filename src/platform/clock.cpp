@@ -23,9 +23,8 @@ uefi::Time read_calendar() {
 }
 
 double clock_seconds() {
-    if (tsc_clock.ticks_per_second != 0) {
+    if (tsc_clock.ticks_per_second != 0)
         return static_cast<double>(read_time_stamp()) / static_cast<double>(tsc_clock.ticks_per_second);
-    }
     const uefi::Time time = read_calendar();
     return time.Hour * 3600.0 + time.Minute * 60.0 + time.Second + time.Nanosecond / 1e9;
 }

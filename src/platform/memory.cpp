@@ -122,9 +122,8 @@ NO_LOOP_IDIOMS int memcmp(const void* left, const void* right, std::size_t count
         // The first difference in memory is the most significant one with the bytes in reverse.
         if (x != y) return __builtin_bswap64(x) < __builtin_bswap64(y) ? -1 : 1;
     }
-    for (; count != 0; --count, ++a, ++b) {
+    for (; count != 0; --count, ++a, ++b)
         if (*a != *b) return *a < *b ? -1 : 1;
-    }
     return 0;
 }
 
@@ -136,9 +135,8 @@ NO_LOOP_IDIOMS void* memchr(const void* bytes, int value, std::size_t count) {
         const int found = __builtin_ia32_pmovmskb128(unit_at<Bytes>(at) == pattern);
         if (found != 0) return const_cast<std::uint8_t*>(at) + __builtin_ctz(static_cast<unsigned>(found));
     }
-    for (; count != 0; --count, ++at) {
+    for (; count != 0; --count, ++at)
         if (*at == wanted) return const_cast<std::uint8_t*>(at);
-    }
     return nullptr;
 }
 

@@ -37,9 +37,8 @@ bool allocate_program_arena() {
     uefi::PhysicalAddress address = 0;
     if (uefi::is_error(firmware.boot->AllocatePages(uefi::AllocateType::AllocateAnyPages,
                                                     uefi::MemoryType::EfiLoaderData, program_arena_pages,
-                                                    &address))) {
+                                                    &address)))
         return false;
-    }
     arenas.CODEBASE = reinterpret_cast<std::uint8_t*>(address);
     arenas.CODEEND = arenas.CODEBASE + program_arena_size;
     return true;

@@ -46,13 +46,11 @@ std::u16string_view load_options() {
 void read_command_line() {
     fill_bytes(&command_arguments, 0, sizeof command_arguments);
     const std::u16string_view options = load_options();
-    for (std::size_t position = 0; position < options.size();) {
-        if (is_blank(options[position])) {
+    for (std::size_t position = 0; position < options.size();)
+        if (is_blank(options[position]))
             ++position;
-        } else {
+        else
             take_argument(options, position);
-        }
-    }
 }
 
 }  // namespace korvane

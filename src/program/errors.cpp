@@ -68,9 +68,8 @@ void request_break() {
 std::int64_t error_code() {
     if (errors.code >= 0) return errors.code;
     if (errors.message == nullptr) return 0;
-    for (const ErrorNumber& number : error_numbers) {
+    for (const ErrorNumber& number : error_numbers)
         if (std::string_view(number.message) == errors.message) return number.code;
-    }
     return unlisted_error_code;
 }
 

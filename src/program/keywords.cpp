@@ -158,9 +158,8 @@ std::uint8_t find_keyword(std::string_view word) {
 }
 
 std::string_view keyword_name(std::uint8_t code) {
-    for (const KeywordEntry& entry : keyword_table) {
+    for (const KeywordEntry& entry : keyword_table)
         if (entry.code == code) return entry.name;
-    }
     return {};
 }
 

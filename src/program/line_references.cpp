@@ -28,16 +28,14 @@ constexpr ReferenceWord reference_words[] = {
 
 bool same_word(std::string_view word, std::string_view upper) {
     if (word.size() != upper.size()) return false;
-    for (std::size_t i = 0; i < word.size(); ++i) {
+    for (std::size_t i = 0; i < word.size(); ++i)
         if (fold_to_upper(word[i]) != upper[i]) return false;
-    }
     return true;
 }
 
 Follow what_follows(std::string_view word) {
-    for (const ReferenceWord& entry : reference_words) {
+    for (const ReferenceWord& entry : reference_words)
         if (same_word(word, entry.word)) return entry.follow;
-    }
     return Follow::nothing;
 }
 
@@ -70,13 +68,12 @@ class Rewriter {
   private:
     void put(char character) {
         if (outcome_ != Rewriting::done) return;
-        if (length_ == max_line_text) {
+        if (length_ == max_line_text)
             outcome_ = Rewriting::text_too_long;
-        } else if (length_ == buffer_.size()) {
+        else if (length_ == buffer_.size())
             outcome_ = Rewriting::out_of_space;
-        } else {
+        else
             buffer_[length_++] = static_cast<std::uint8_t>(character);
-        }
     }
 
     void put(std::string_view text) {

@@ -40,12 +40,10 @@ bool fail(const char* error_message) {
 // Decimal digits only, as a number below 2^63; false when there are too many.
 bool read_whole(std::string_view digits, std::int64_t& whole) {
     std::int64_t number = 0;
-    for (const char digit : digits) {
+    for (const char digit : digits)
         if (__builtin_mul_overflow(number, 10, &number) ||
-            __builtin_add_overflow(number, digit - '0', &number)) {
+            __builtin_add_overflow(number, digit - '0', &number))
             return false;
-        }
-    }
     whole = number;
     return true;
 }
@@ -74,13 +72,11 @@ bool read_without_suffix(std::string_view number, const DecimalShape& shape, Val
         return true;
     }
     constexpr std::size_t double_digits = 8;
-    if (shape.exponent_letter == 'D' || shape.digits >= double_digits) {
+    if (shape.exponent_letter == 'D' || shape.digits >= double_digits)
         return read_floating(number, Type::DOUBLE, value);
-    }
     const double single = decimal_to_single(number);
-    if (__builtin_isinf(single) || (single == 0 && decimal_to_double(number) != 0)) {
+    if (__builtin_isinf(single) || (single == 0 && decimal_to_double(number) != 0))
         return read_floating(number, Type::DOUBLE, value);
-    }
     value = Value::of_real(single, Type::SINGLE);
     return true;
 }

@@ -80,9 +80,8 @@ Token* cache_tokens(std::uint32_t count) {
     const auto used = static_cast<std::uint64_t>(program.cache_end - program.cache_start);
     if (program.cache_end > arenas.CODEEND ||
         size > static_cast<std::uint64_t>(arenas.CODEEND - program.cache_end) ||
-        used + size > token_cache_limit) {
+        used + size > token_cache_limit)
         return nullptr;
-    }
     auto* tokens = reinterpret_cast<Token*>(program.cache_end);
     program.cache_end += size;
     copy_bytes(tokens, tokenizer.scratch, size);
@@ -125,11 +124,10 @@ std::uint32_t first_line_from(std::uint64_t number) {
     if (high > 0 && program.lines[high - 1].number < number) return high;
     while (low < high) {
         const std::uint32_t middle = (low + high) / 2;
-        if (program.lines[middle].number < number) {
+        if (program.lines[middle].number < number)
             low = middle + 1;
-        } else {
+        else
             high = middle;
-        }
     }
     return low;
 }
@@ -263,11 +261,10 @@ void jump_to_position(Position position, std::uint32_t epoch) {
     execution.record = position.record;
     execution.jumped = true;
     std::uint32_t count = execution_buffer.direct_count;
-    if (direct) {
+    if (direct)
         execution.tokens = execution_buffer.direct;
-    } else {
+    else
         count = prepare_line(position.line);
-    }
     if (!error_pending() && position.record >= count) raise(message::undefined_line_number);
     const bool known = direct || epoch == program.cache_epoch;
     if (!known && !error_pending() && !begins_statement(execution.tokens, position.record))

@@ -18,9 +18,8 @@ constexpr char fold(std::uint8_t c) {
 }
 
 constexpr bool is_punctuation(std::uint8_t c) {
-    for (const char mark : std::string_view("#()*+,-./:;<=>@\\^")) {
+    for (const char mark : std::string_view("#()*+,-./:;<=>@\\^"))
         if (c == static_cast<std::uint8_t>(mark)) return true;
-    }
     return false;
 }
 
@@ -47,11 +46,10 @@ void read_string(const std::uint8_t*& text, Token& token, bool quote_may_be_miss
     token.string.bytes = text;
     text = end_of_string(text);
     token.string.length = static_cast<std::uint32_t>(text - token.string.bytes);
-    if (*text == '"') {
+    if (*text == '"')
         ++text;
-    } else if (!quote_may_be_missing) {
+    else if (!quote_may_be_missing)
         raise(message::unterminated_string);
-    }
 }
 
 void read_number(const std::uint8_t*& text, Token& token) {
@@ -86,9 +84,8 @@ struct Word {
     std::uint8_t keyword;                        // 0: a name
 
     explicit Word(const std::uint8_t* text) : length(0), end(text) {
-        for (; is_letter(*end) || is_digit(*end); ++end) {
+        for (; is_letter(*end) || is_digit(*end); ++end)
             if (length < max_identifier_characters) characters[length++] = fold(*end);
-        }
         keyword = end == text + length ? find_keyword({characters, length}) : 0;
         // INPUT is the only keyword that takes a suffix: with "$" it is the name of a function.
         if (keyword == KW_INPUT && *end == '$') keyword = 0;
@@ -109,28 +106,26 @@ void read_word(const std::uint8_t*& text, Token& token) {
 
 void read_punctuation(const std::uint8_t*& text, Token& token) {
     const std::uint8_t c = *text++;
-    if (c == '?') {
+    if (c == '?')
         token.kind = KW_PRINT;
-    } else if (c == '\'') {
+    else if (c == '\'')
         token.kind = KW_REM;
-    } else if (is_punctuation(c)) {
+    else if (is_punctuation(c))
         token.kind = c;
-    } else {
+    else
         raise(message::syntax_error);
-    }
 }
 
 // Reads one token; false ends the line (after a remark or an error).
 bool read_token(const std::uint8_t*& text, Token& token, bool after_load) {
-    if (*text == '"') {
+    if (*text == '"')
         read_string(++text, token, after_load);
-    } else if (begins_literal(text)) {
+    else if (begins_literal(text))
         read_number(text, token);
-    } else if (is_letter(*text)) {
+    else if (is_letter(*text))
         read_word(text, token);
-    } else {
+    else
         read_punctuation(text, token);
-    }
     return !error_pending();
 }
 

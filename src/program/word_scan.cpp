@@ -38,9 +38,8 @@ void WordScan::pass_token() {
 
 bool WordScan::word_is(std::string_view word) const {
     if (position_ - word_start_ != word.size()) return false;
-    for (std::size_t i = 0; i < word.size(); ++i) {
+    for (std::size_t i = 0; i < word.size(); ++i)
         if (fold_to_upper(text_[word_start_ + i]) != word[i]) return false;
-    }
     return true;
 }
 

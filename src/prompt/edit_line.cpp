@@ -71,22 +71,20 @@ void do_edit(Cursor& cursor) {
         return;
     }
     std::optional<std::uint32_t> number = errors.line;
-    if (!last_error) {
+    if (!last_error)
         number = read_line_number(cursor, message::syntax_error_lower, message::line_number_too_large);
-    }
     if (!number) return;
     if (!at_statement_end(cursor)) {
         raise(message::syntax_error_lower);
         return;
     }
     const std::uint32_t index = find_line(*number);
-    if (index != direct_line) {
+    if (index != direct_line)
         present_line(*number, line_text(index), true);
-    } else if (last_error) {
+    else if (last_error)
         raise(message::undefined_line_number);
-    } else {
+    else
         present_line(*number, {}, false);
-    }
 }
 
 }  // namespace korvane

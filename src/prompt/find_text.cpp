@@ -18,16 +18,14 @@ constexpr LineRangeMessages find_range_messages{message::line_number_too_large, 
                                                 message::expected_line_range};
 
 bool begins_with(std::string_view text, std::string_view pattern) {
-    for (std::size_t i = 0; i < pattern.size(); ++i) {
+    for (std::size_t i = 0; i < pattern.size(); ++i)
         if (fold_to_upper(text[i]) != fold_to_upper(pattern[i])) return false;
-    }
     return true;
 }
 
 bool contains(std::string_view text, std::string_view pattern) {
-    for (std::size_t start = 0; start + pattern.size() <= text.size(); ++start) {
+    for (std::size_t start = 0; start + pattern.size() <= text.size(); ++start)
         if (begins_with(text.substr(start), pattern)) return true;
-    }
     return false;
 }
 
@@ -45,7 +43,7 @@ void do_find(Cursor& cursor) {
     }
     if (!check_line_range(range)) return;
 
-    const std::string_view pattern(reinterpret_cast<const char*>(value.bytes), value.length);
+    const std::string_view pattern = value.text();
     const std::uint32_t end = first_line_from(std::uint64_t{range.last} + 1);
     bool found = false;
     for (std::uint32_t index = first_line_from(range.first); index < end; ++index) {

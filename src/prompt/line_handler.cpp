@@ -94,9 +94,8 @@ bool is_find_command(const Token* at) {
 
 StatementHandler find_command(const Token* first) {
     if (is_find_command(first)) return do_find;
-    for (const Command& command : commands) {
+    for (const Command& command : commands)
         if (command.kind == first->kind) return command.handler;
-    }
     return nullptr;
 }
 
@@ -122,9 +121,8 @@ void execute_command(StatementHandler command) {
     make_direct_line_current(0);
     Cursor cursor = execution_buffer.direct;
     command(cursor);
-    if (!error_pending() && cursor->kind == ':') {
+    if (!error_pending() && cursor->kind == ':')
         execute_direct(static_cast<std::uint32_t>(cursor - execution_buffer.direct));
-    }
 }
 
 }  // namespace
@@ -140,11 +138,10 @@ void handle_line(const std::uint8_t* line) {
     if (error_pending()) return;
     copy_bytes(execution_buffer.direct, tokenizer.scratch, execution_buffer.direct_count * sizeof(Token));
     const StatementHandler command = find_command(execution_buffer.direct);
-    if (command != nullptr) {
+    if (command != nullptr)
         execute_command(command);
-    } else {
+    else
         execute_direct(0);
-    }
 }
 
 void handle_text(const char* line) {

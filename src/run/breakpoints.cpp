@@ -98,15 +98,14 @@ bool breakpoint_hit(std::uint32_t line_index) {
 
 void do_break(Cursor& cursor) {
     ++cursor;
-    if (at_statement_end(cursor) || accept(cursor, KW_LIST)) {
+    if (at_statement_end(cursor) || accept(cursor, KW_LIST))
         list_breakpoints();
-    } else if (accept(cursor, KW_CLEAR)) {
+    else if (accept(cursor, KW_CLEAR))
         clear_breakpoints();
-    } else if (accept(cursor, KW_DELETE)) {
+    else if (accept(cursor, KW_DELETE))
         for_each_line_number(cursor, delete_breakpoint);
-    } else {
+    else
         for_each_line_number(cursor, set_breakpoint);
-    }
 }
 
 }  // namespace korvane

@@ -49,21 +49,19 @@ void do_if(Cursor& cursor) {
     const bool truth = evaluate_truth(cursor);
     if (error_pending()) return;
     if (cursor->kind == KW_THEN || cursor->kind == KW_GOTO) ++cursor;
-    if (!truth) {
+    if (!truth)
         take_else_part(opener, cursor);
-    } else if (cursor->kind == NUMBER) {
+    else if (cursor->kind == NUMBER)
         jump_to_literal(*cursor);
-    } else {
+    else
         take_then_part(cursor);
-    }
 }
 
 void do_else(Cursor& cursor) {
-    if (execution.then_part) {
+    if (execution.then_part)
         skip_to_line_end(cursor);
-    } else {
+    else
         raise(message::syntax_error);
-    }
 }
 
 }  // namespace korvane

@@ -49,9 +49,8 @@ bool fire(int number, std::uint32_t record) {
                      .kind = GosubKind::TIMER,
                      .timer = static_cast<std::uint8_t>(number),
                      .epoch = epoch_here(),
-                     .token = nullptr})) {
+                     .token = nullptr}))
         return false;
-    }
     timer.busy = true;
     timer.pending = false;
     jump_to_line(timer.handler);

@@ -75,11 +75,10 @@ void do_on_list(Cursor& cursor) {
     }
     Token* target = pass_line_list(++cursor, wanted);
     if (error_pending() || target == nullptr) return;
-    if (kind == KW_GOTO) {
+    if (kind == KW_GOTO)
         jump_to_literal(*target);
-    } else if (push_return(cursor)) {
+    else if (push_return(cursor))
         jump_from_gosub(literal_value(*target));
-    }
 }
 
 }  // namespace
@@ -142,15 +141,14 @@ void do_return(Cursor& cursor) {
 
 void do_on(Cursor& cursor) {
     ++cursor;
-    if (cursor->kind == KW_ERROR) {
+    if (cursor->kind == KW_ERROR)
         set_trap_target(cursor, traps.error_target);
-    } else if (cursor->kind == KW_BREAK) {
+    else if (cursor->kind == KW_BREAK)
         set_trap_target(cursor, traps.break_target);
-    } else if (is_word(cursor, "TIMER") && cursor[1].kind == '(') {
+    else if (is_word(cursor, "TIMER") && cursor[1].kind == '(')
         do_on_timer(cursor);
-    } else {
+    else
         do_on_list(cursor);
-    }
 }
 
 }  // namespace korvane

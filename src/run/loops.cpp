@@ -135,11 +135,10 @@ double step_floating(const ForEntry& entry) {
         raise(message::overflow);
         return sum;
     }
-    if (single) {
+    if (single)
         write_unaligned(storage, static_cast<float>(sum));
-    } else {
+    else
         write_unaligned(storage, sum);
-    }
     return sum;
 }
 
@@ -222,11 +221,10 @@ void do_for(Cursor& cursor) {
     fill_for_entry(entry, name->name, *variable, limit, step, {execution.line, record_of(cursor)});
     const int order = compare(load(place), limit);
     if (error_pending()) return;
-    if (past_limit(entry.step_sign, order, 0)) {
+    if (past_limit(entry.step_sign, order, 0))
         skip_loop(opener, cursor);
-    } else {
+    else
         ++control_stacks.for_count;
-    }
 }
 
 void do_next(Cursor& cursor) {
@@ -238,11 +236,10 @@ void do_next(Cursor& cursor) {
     }
     const int order = advance(*entry);
     if (error_pending()) return;
-    if (past_limit(entry->step_sign, order, 0)) {
+    if (past_limit(entry->step_sign, order, 0))
         --control_stacks.for_count;
-    } else {
+    else
         jump_to_position(entry->loop, entry->epoch);
-    }
 }
 
 void do_while(Cursor& cursor) {

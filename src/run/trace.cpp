@@ -24,11 +24,10 @@ void print_watch(const char* name) {
     con_put_string(name);
     con_put_char('=');
     VariableEntry* entry = find_variable(name, false);
-    if (entry == nullptr) {
+    if (entry == nullptr)
         con_put_string("<undefined>");
-    } else {
+    else
         print_value(load({entry->storage, entry->type}));
-    }
 }
 
 void list_watches() {

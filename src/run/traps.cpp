@@ -23,11 +23,10 @@ void resume_next(Position at) {
             return;
         }
     }
-    if (at.line + 1 < program.count) {
+    if (at.line + 1 < program.count)
         jump_to_position({at.line + 1, 0});
-    } else {
+    else
         execution.stop = true;
-    }
 }
 
 }  // namespace
@@ -37,9 +36,8 @@ void clear_traps() {
 }
 
 bool handler_active(TrapKind kind) {
-    for (std::uint32_t i = 0; i < traps.count; ++i) {
+    for (std::uint32_t i = 0; i < traps.count; ++i)
         if (traps.frames[i].kind == kind) return true;
-    }
     return false;
 }
 
@@ -79,11 +77,10 @@ void do_resume(Cursor& cursor) {
     // The RESUME that is executed again after a break leaves the same handler.
     if (break_requested()) ++traps.count;
     if (error_pending()) return;
-    if (line == 0) {
+    if (line == 0)
         jump_to_position(at);
-    } else {
+    else
         jump_to_line(line);
-    }
 }
 
 }  // namespace korvane

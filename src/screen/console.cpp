@@ -84,9 +84,8 @@ CellRectangle con_text_area() {
 }
 
 void con_clamp_cursor(const CellRectangle& area) {
-    if (console.cursor_column < area.left || console.cursor_column > area.right) {
+    if (console.cursor_column < area.left || console.cursor_column > area.right)
         console.cursor_column = area.left;
-    }
     // Raised first, then lowered: should the area be empty, its bottom wins.
     console.cursor_row = std::min(std::max(console.cursor_row, area.top), area.bottom);
 }

@@ -20,10 +20,9 @@ constexpr std::uint64_t pixels_per_page = uefi::page_size / pixel_size;
 // For each half of a glyph row, which of its four pixels are set.
 constexpr std::array<std::array<std::uint32_t, 4>, 16> make_glyph_masks() {
     std::array<std::array<std::uint32_t, 4>, 16> masks{};
-    for (std::uint32_t pattern = 0; pattern < 16; ++pattern) {
+    for (std::uint32_t pattern = 0; pattern < 16; ++pattern)
         for (std::uint32_t pixel = 0; pixel < 4; ++pixel)
             masks[pattern][pixel] = (pattern & (8u >> pixel)) != 0 ? 0xFFFFFFFF : 0;
-    }
     return masks;
 }
 alignas(16) constexpr std::array<std::array<std::uint32_t, 4>, 16> glyph_masks = make_glyph_masks();
@@ -63,9 +62,8 @@ void move_words(std::uint64_t to, std::uint64_t from, std::uint64_t count) {
     count = count_in_memory(to, count);
     const std::uint64_t readable = count_in_memory(from, count);
     move_bytes(screen.back_buffer + to, screen.back_buffer + from, readable * pixel_size);
-    if (has_back_buffer()) {
+    if (has_back_buffer())
         copy_bytes(screen.framebuffer + to, screen.back_buffer + to, readable * pixel_size);
-    }
     fill_both(to + readable, count - readable, 0);
 }
 

@@ -50,11 +50,10 @@ struct Slope {
         std::uint64_t low = 0;
         for (std::uint64_t high = minor; low < high;) {
             const std::uint64_t middle = high - (high - low) / 2;  // rounded up; cannot wrap
-            if (reaches(k, middle)) {
+            if (reaches(k, middle))
                 low = middle;
-            } else {
+            else
                 high = middle - 1;
-            }
         }
         return low;
     }
@@ -64,11 +63,10 @@ struct Slope {
         std::uint64_t low = 0;
         for (std::uint64_t high = major; low < high;) {
             const std::uint64_t middle = low + (high - low) / 2;
-            if (reaches(middle, m)) {
+            if (reaches(middle, m))
                 high = middle;
-            } else {
+            else
                 low = middle + 1;
-            }
         }
         return low;
     }

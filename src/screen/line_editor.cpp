@@ -70,10 +70,9 @@ LogicalLine read_logical_line(const EditArea& area) {
     const std::uint32_t first = first_row_of_line(area);
     const std::uint32_t rows = last_row_of_line(area) - first + 1;
     std::uint8_t* write = line_editor.work;
-    for (std::uint32_t row = first; row < first + rows; ++row) {
+    for (std::uint32_t row = first; row < first + rows; ++row)
         for (std::uint32_t i = 0; i < area.width; ++i)
             *write++ = cell_at(row, area.cells.left + i);
-    }
     const std::uint32_t size = rows * area.width;
     std::uint32_t content = size;
     while (content > 0 && line_editor.work[content - 1] == ' ')
@@ -131,21 +130,19 @@ void backspace(const EditArea& area) {
 // Goes on in the row below, which becomes part of the logical line.
 void wrap_to_next_row(const EditArea& area) {
     console.cursor_column = area.cells.left;
-    if (console.cursor_row < area.cells.bottom) {
+    if (console.cursor_row < area.cells.bottom)
         ++console.cursor_row;
-    } else {
+    else
         con_scroll();
-    }
     console.continuation[console.cursor_row] = 1;
 }
 
 void type_over(const EditArea& area, std::uint8_t character, bool wraps) {
     con_draw_cell(console.cursor_row, console.cursor_column, character);
-    if (console.cursor_column < area.cells.right) {
+    if (console.cursor_column < area.cells.right)
         ++console.cursor_column;
-    } else if (wraps) {
+    else if (wraps)
         wrap_to_next_row(area);
-    }
 }
 
 void type_inserting(const EditArea& area, const LogicalLine& line, std::uint8_t character) {
@@ -166,11 +163,10 @@ void type_character(const EditArea& area, std::uint8_t character, std::size_t ca
     const LogicalLine line = read_logical_line(area);
     const std::uint32_t reached = line_editor.insert_mode ? std::max(line.offset, line.content) : line.offset;
     if (reached + 1 >= capacity) return;
-    if (line_editor.insert_mode) {
+    if (line_editor.insert_mode)
         type_inserting(area, line, character);
-    } else {
+    else
         type_over(area, character, true);
-    }
 }
 
 void move_right(const CellRectangle& area) {

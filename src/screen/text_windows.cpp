@@ -33,9 +33,8 @@ void win_put_char(TextWindow& window, std::uint8_t code) {
         window.cursor_column = window.left;
     } else {
         draw_cell(window.cursor_row, window.cursor_column, code, window.foreground, window.background);
-        if (window.cursor_row < max_text_rows && window.cursor_column < max_text_columns) {
+        if (window.cursor_row < max_text_rows && window.cursor_column < max_text_columns)
             console.grid[window.cursor_row][window.cursor_column] = code;
-        }
         ++window.cursor_column;
     }
     if (window.cursor_column > window.right) {

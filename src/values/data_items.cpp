@@ -90,9 +90,8 @@ bool at_data_end(std::string_view text) {
 // The end of the DATA text, looked for from a quotation mark on: at the first ":" between no two marks.
 std::uint32_t end_behind_quote(std::string_view text, std::uint32_t quote) {
     bool quoted = false;
-    for (; quote < text.size() && (quoted || text[quote] != ':'); ++quote) {
+    for (; quote < text.size() && (quoted || text[quote] != ':'); ++quote)
         if (text[quote] == '"') quoted = !quoted;
-    }
     return quote;
 }
 
@@ -127,9 +126,8 @@ std::string_view take_unquoted(std::string_view text) {
     std::uint32_t end = start;
     while (end < text.size() && !may_end_item(text[end]))
         ++end;
-    if (end < text.size() && text[end] != ',' && (text[end] == '"' || data_position.end != 0)) {
+    if (end < text.size() && text[end] != ',' && (text[end] == '"' || data_position.end != 0))
         end = end_of_quoting_item(text, end);
-    }
     data_position.offset = end;
     while (end != start && is_blank(text[end - 1]))
         --end;
@@ -145,9 +143,8 @@ bool next_data_item(std::string_view& item) {
             skip_blanks(text);
             if (!at_data_end(text)) {
                 item = text[data_position.offset] == '"' ? take_quoted(text) : take_unquoted(text);
-                if (data_position.offset < text.size() && text[data_position.offset] == ',') {
+                if (data_position.offset < text.size() && text[data_position.offset] == ',')
                     ++data_position.offset;
-                }
                 return true;
             }
             data_position.in_statement = false;

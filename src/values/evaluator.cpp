@@ -37,9 +37,8 @@ Value load_scalar(const VariableEntry& entry) {
 
 Value evaluate_bare_name(Cursor& cursor) {
     Token& name = *cursor++;
-    if (name.resolution == RESOLVED_SCALAR && name.generation == arenas.generation) {
+    if (name.resolution == RESOLVED_SCALAR && name.generation == arenas.generation)
         return load_scalar(*static_cast<VariableEntry*>(name.cached));
-    }
     if (name.resolution == RESOLVED_FUNCTION) return static_cast<const BuiltInFunction*>(name.cached)->bare();
     if (const BuiltInFunction* function = find_bare_function(name.name)) {
         name.resolution = RESOLVED_FUNCTION;
@@ -47,9 +46,8 @@ Value evaluate_bare_name(Cursor& cursor) {
         return function->bare();
     }
     if (UserFunction* function = find_user_function(name.name);
-        function != nullptr && function->parameter_count == 0) {
+        function != nullptr && function->parameter_count == 0)
         return call_user_function(*function, nullptr, 0);
-    }
     VariableEntry* entry = find_variable(name.name, false);
     if (entry == nullptr) return unset_variable(name.name);
     remember_variable(name, entry);
@@ -86,9 +84,8 @@ Value evaluate_element(Token& name, Cursor& cursor) {
 // A name in front of "(".
 Value evaluate_call(Cursor& cursor) {
     Token& name = *cursor++;
-    if (name.resolution == RESOLVED_FUNCTION) {
+    if (name.resolution == RESOLVED_FUNCTION)
         return call_function(*static_cast<const BuiltInFunction*>(name.cached), cursor);
-    }
     if (is_user_function_name(name.name)) return evaluate_user_function(name, cursor);
     if (const BuiltInFunction* function = find_called_function(name.name)) {
         name.resolution = RESOLVED_FUNCTION;
@@ -179,13 +176,12 @@ Value evaluate_from(Cursor& cursor, int minimum) {
         if (!relational) ++cursor;
         const Value right = evaluate_from(cursor, strength + 1);
         if (error_pending()) return right;
-        if (relational) {
+        if (relational)
             left = apply_relation(relation, left, right);
-        } else if (strength > relational_strength) {
+        else if (strength > relational_strength)
             left = arithmetic(operation, left, right);
-        } else {
+        else
             left = logical(operation, left, right);
-        }
     }
 }
 

@@ -19,8 +19,7 @@ NumberReading read_for_type(std::string_view item, Type type, Value& number) {
 
 bool store_item(const Reference& target, std::string_view item) {
     if (target.type == Type::STRING) {
-        store_string(target.storage, Value::of_string(reinterpret_cast<const std::uint8_t*>(item.data()),
-                                                      static_cast<std::uint32_t>(item.size())));
+        store_string(target.storage, Value::of_string(item));
         return true;
     }
     Value number;

@@ -122,9 +122,7 @@ bool is_nan(const Value& value) {
 }
 
 int compare_numbers(const Value& left, const Value& right) {
-    if (is_integer(left.type) && is_integer(right.type)) {
-        return order_of(left.integer, right.integer);
-    }
+    if (is_integer(left.type) && is_integer(right.type)) return order_of(left.integer, right.integer);
     if (is_nan(left) || is_nan(right)) {
         raise(message::illegal_function_call);
         return 0;

@@ -39,13 +39,12 @@ double power_or_nan(double base, double exponent) {
 double power(double base, double exponent) {
     const double result = power_or_nan(base, exponent);
     if (__builtin_isfinite(result)) return result;
-    if (base == 0 && exponent < 0) {
+    if (base == 0 && exponent < 0)
         raise(message::division_by_zero);
-    } else if (base < 0 && !is_squaring_exponent(exponent)) {
+    else if (base < 0 && !is_squaring_exponent(exponent))
         raise(message::illegal_function_call);
-    } else {
+    else
         raise(message::overflow);
-    }
     return 0;
 }
 

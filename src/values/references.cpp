@@ -36,9 +36,8 @@ Reference resolve_place(Cursor& cursor) {
 
 VariableEntry* find_or_create_scalar(Cursor& cursor) {
     Token& name = *cursor++;
-    if (name.resolution == RESOLVED_SCALAR && name.generation == arenas.generation) {
+    if (name.resolution == RESOLVED_SCALAR && name.generation == arenas.generation)
         return static_cast<VariableEntry*>(name.cached);
-    }
     if (is_system_variable(name.name)) {
         raise(message::illegal_function_call);
         return nullptr;

@@ -20,9 +20,8 @@ Value screen_function(Cursor& cursor) {
     const std::int64_t column = to_integer(arguments[1]);
     const std::int64_t mode = count == 3 ? to_integer(arguments[2]) : 0;
     if (error_pending()) return Value::nothing();
-    if (row < 1 || row > text_rows() || column < 1 || column > text_columns()) {
+    if (row < 1 || row > text_rows() || column < 1 || column > text_columns())
         return fail(message::illegal_function_call);
-    }
     if (mode != 0) return Value::of_integer(constant_attribute, Type::INTEGER);
     return Value::of_integer(
         con_read_cell(static_cast<std::uint32_t>(row - 1), static_cast<std::uint32_t>(column - 1)),

@@ -57,13 +57,12 @@ void store_string(std::uint8_t* storage, const Value& value) {
 
 void store(const Reference& reference, const Value& value) {
     const bool is_string = value.type == Type::STRING;
-    if (is_string != (reference.type == Type::STRING)) {
+    if (is_string != (reference.type == Type::STRING))
         raise(message::type_mismatch);
-    } else if (is_string) {
+    else if (is_string)
         store_string(reference.storage, value);
-    } else {
+    else
         store_number(reference, value);
-    }
 }
 
 }  // namespace korvane

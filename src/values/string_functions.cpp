@@ -17,10 +17,6 @@
 namespace korvane {
 namespace {
 
-std::string_view view_of(const Value& text) {
-    return {reinterpret_cast<const char*>(text.bytes), text.length};
-}
-
 bool require_string(const Value& value) {
     if (value.type == Type::STRING) return true;
     raise(message::type_mismatch);
@@ -101,7 +97,7 @@ void copy_shifted(std::uint8_t* to, const Value& text, std::uint8_t first, std::
 std::int64_t find_text(const Value& text, const Value& wanted, std::int64_t start) {
     if (start > text.length) return 0;
     if (wanted.length == 0) return start;
-    const std::size_t found = view_of(text).find(view_of(wanted), static_cast<std::size_t>(start - 1));
+    const std::size_t found = text.text().find(wanted.text(), static_cast<std::size_t>(start - 1));
     return found == std::string_view::npos ? 0 : static_cast<std::int64_t>(found) + 1;
 }
 
@@ -139,7 +135,7 @@ Value function_str(const Value& number) {
 }
 
 Value function_val(const Value& text) {
-    return require_string(text) ? longest_number(view_of(text)) : Value::nothing();
+    return require_string(text) ? longest_number(text.text()) : Value::nothing();
 }
 
 Value function_hex(const Value& number) {
@@ -200,9 +196,8 @@ Value function_mid(const Value* arguments, int count) {
     std::int64_t start;
     std::int64_t length = INT64_MAX;
     if (!require_string(arguments[0]) || !read_in_range(arguments[1], 1, INT64_MAX, start) ||
-        (count == 3 && !read_count(arguments[2], length))) {
+        (count == 3 && !read_count(arguments[2], length)))
         return Value::nothing();
-    }
     const Value& text = arguments[0];
     if (start > text.length) return new_string_of(nullptr, 0);
     const std::int64_t available = text.length - (start - 1);

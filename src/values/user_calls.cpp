@@ -37,9 +37,8 @@ bool bind_parameter(const char* name, const Value& argument, SavedParameter& sav
 void restore_parameters(const SavedParameter* saved, std::int32_t count) {
     while (count-- > 0) {
         const SavedParameter& parameter = saved[count];
-        if (parameter.existed) {
+        if (parameter.existed)
             copy_bytes(parameter.entry->storage, parameter.storage, sizeof parameter.storage);
-        }
     }
 }
 

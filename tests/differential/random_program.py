@@ -10,7 +10,8 @@ STRINGS = ["S$", "T$", "U$"]
 ARRAYS = [("P", 1), ("Q%", 1), ("R&", 2), ("V!", 1), ("W", 2), ("Z&&", 1)]  # name, dimensions
 LITERALS = (
     "0 1 2 3 5 7 9 10 .1 .5 1.5 .25 2.5 3.7 100 32767 40000 123456789 0.0001 1E3 1E20 1E38! -1 1# 2! 5% "
-    "70000& 2147483647& 5000000000&& 9223372036854775807&& &H10 &HFF"
+    "70000& 2147483647& 5000000000&& 9223372036854775807&& &H10 &HFF "
+    "9007199254740991 9007199254740992# 9007199254740993&&"
 ).split()
 TEXT_LITERALS = ['"abc"', '"X"', '""', '"hello world"']
 NUMBER_TEXTS = ['"12"', '" -3.5x"', '"1E3"', '"&H1F"', '"1E400"', '"12D1"', '".5"', '""']
@@ -90,8 +91,15 @@ class ProgramMaker:
         ])
 
     def relation(self, depth):
-        side = self.text if self.random.random() < 0.2 else self.number
-        return side(depth - 1) + self.random.choice(RELATIONS) + side(depth - 1)
+        sides = self.pick([(70, lambda: self.number), (20, lambda: self.text), (10, lambda: self.number_of_text)])
+        return sides(depth - 1) + self.random.choice(RELATIONS) + sides(depth - 1)
+
+    def number_of_text(self, depth):
+        """A number that takes string space; some are too large for a double."""
+        return self.random.choice([
+            f"LEN({self.text(depth)}+T$)", f"ASC(MID$({self.text(0)},{self.random.choice(COUNTS)}))",
+            f"VAL({self.random.choice(NUMBER_TEXTS)}+S$)", f"(LEN(STR$({self.number(0)}))*9007199254740993&&)",
+        ])
 
     # ---- Statements
 
@@ -202,7 +210,7 @@ ENDING = [
     "9000 A=A+1: RETURN",
     "9100 FOR II=1 TO 3: B=B+II: NEXT: RETURN",
     '9200 DATA 1,2.5,"x",4E3,70000,-5,abc,9: DATA "two words",, 3 ,-0',
-    '9210 DATA 12,1E39,&HFF,7!',
+    '9210 DATA 12,1E39,&HFF,7!,9007199254740991,-9007199254740993,9007199254740992',
     "9500 ECNT=ECNT+1: IF ECNT=31 THEN RESUME 8000",
     '9510 PRINT "E";ERR;ERL: RESUME NEXT',
 ]

@@ -25,6 +25,7 @@ CAMPAIGN = ROOT / "build/fuzz/campaign"
 COMPANION = ROOT / "build/host/tests/fuzz/korvane-companion"
 KEPT = ROOT / "tests/fuzz/corpus"
 MINUTES_EACH = 3  # of a target's turn
+MOST_BREAKS = 10  # in one turn: the same again and again is nothing new
 LONGEST = {"session": 3000, "explorer": 1000, "program": 6000, "packed-image": 4000, "disk": 4096}
 LONGEST_KEPT = 4000  # bytes of an input in the repository
 KEPT_BYTES = {"session": 150_000}  # of a target in the repository
@@ -66,40 +67,44 @@ def prepare():
     subprocess.run([sys.executable, ROOT / "tests/fuzz/make_seeds.py", CAMPAIGN / "seeds"], check=True, stdout=subprocess.DEVNULL)
 
 
-def found_files(target):
-    folder = CAMPAIGN / "found" / target
-    return {file for file in folder.iterdir() if not file.name.startswith("small-")}
-
-
 def run(target, seconds, plain):
-    """One turn. What breaks the interpreter does not end it."""
+    """One turn. What breaks the interpreter does not end it; gives how many inputs did."""
     corpus, found = CAMPAIGN / "corpus" / target, CAMPAIGN / "found" / target
     corpus.mkdir(exist_ok=True)
     found.mkdir(exist_ok=True)
-    before = found_files(target)
-    command = [
-        fuzzer(plain), f"--target={target}", f"-dict={CAMPAIGN / 'words.dict'}", f"-max_total_time={int(seconds)}",
-        f"-max_len={LONGEST.get(target, 2048)}", "-timeout=60", "-rss_limit_mb=3000", "-fork=1",
-        "-ignore_crashes=1", "-ignore_timeouts=1", "-ignore_ooms=1", f"-artifact_prefix={found}/", corpus,
-    ]  # fmt: skip
-    command += [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target) if folder.exists()]
-    environment = dict(os.environ, KORVANE_FUZZ_COUNTS=str(CAMPAIGN / "counts"), KORVANE_FUZZ_COMPANION=str(COMPANION))
-    with open(CAMPAIGN / f"{target}.log", "w") as log:
-        subprocess.run(command, stdout=log, stderr=log, env=environment)
-    fresh = found_files(target) - before
-    for file in sorted(fresh)[:3]:
-        make_smaller(target, file, plain)
-    return len(fresh)
+    end = time.monotonic() + seconds
+    breaks = 0
+    while (rest := end - time.monotonic()) > 3 and breaks < MOST_BREAKS:
+        before = set(found.iterdir())
+        command = [
+            fuzzer(plain), f"--target={target}", f"-dict={CAMPAIGN / 'words.dict'}", f"-max_total_time={int(rest)}",
+            f"-max_len={LONGEST.get(target, 2048)}", "-timeout=60", "-rss_limit_mb=3000", "-print_final_stats=1",
+            f"-artifact_prefix={found}/", corpus,
+        ]  # fmt: skip
+        command += [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target) if folder.exists()]
+        log = CAMPAIGN / f"{target}.log"
+        with open(log, "w") as output:
+            ended = subprocess.run(command, stdout=output, stderr=output, env=environment())
+        if ended.returncode == 0:
+            break
+        breaks += 1
+        for file in sorted(set(found.iterdir()) - before):
+            file.with_name("why-" + file.name).write_bytes(log.read_bytes()[-8000:])
+            make_smaller(target, file, plain)
+    return breaks
+
+
+def environment():
+    return dict(os.environ, KORVANE_FUZZ_COUNTS=str(CAMPAIGN / "counts"), KORVANE_FUZZ_COMPANION=str(COMPANION))
 
 
 def make_smaller(target, file, plain):
     small = file.with_name("small-" + file.name)
     command = [
-        fuzzer(plain), f"--target={target}", "-minimize_crash=1", "-max_total_time=60",
+        fuzzer(plain), f"--target={target}", "-minimize_crash=1", "-max_total_time=30",
         f"-exact_artifact_path={small}", file,
     ]  # fmt: skip
-    environment = dict(os.environ, KORVANE_FUZZ_COMPANION=str(COMPANION))
-    subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment)
+    subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment())
 
 
 def campaign(names, minutes, plain):

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,6 +25,7 @@ bool write_all(int descriptor, const void* bytes, std::size_t count) {
     const auto* at = static_cast<const char*>(bytes);
     while (count != 0) {
         const ssize_t done = write(descriptor, at, count);
+        if (done < 0 && errno == EINTR) continue;
         if (done <= 0) return false;
         at += done;
         count -= static_cast<std::size_t>(done);
@@ -35,6 +37,7 @@ bool read_all(int descriptor, void* bytes, std::size_t count) {
     auto* at = static_cast<char*>(bytes);
     while (count != 0) {
         const ssize_t done = read(descriptor, at, count);
+        if (done < 0 && errno == EINTR) continue;
         if (done <= 0) return false;
         at += done;
         count -= static_cast<std::size_t>(done);
@@ -96,6 +99,7 @@ int serve_companion() {
 }
 
 bool is_comparable(std::string_view input) {
+    if (!current_target().comparable) return false;
     if (machine->firmware().depends_on_looks() ||
         input.find_first_of("\x1c\x1d\x1f") != std::string_view::npos)
         return false;
@@ -103,8 +107,9 @@ bool is_comparable(std::string_view input) {
     constexpr std::array<std::string_view, 6> words = {"TIME",   "KORVANE",   "PEEK",
                                                        "RANDOM", "CREATEEFI", "VARINFO"};
     std::string upper(input);
-    std::transform(upper.begin(), upper.end(), upper.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
+    std::transform(
+        upper.begin(), upper.end(), upper.begin(),
+        [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
     return std::none_of(words.begin(), words.end(),
                         [&](std::string_view word) { return upper.find(word) != std::string::npos; });
 }

@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <tuple>
+#include <vector>
 
 #include "files/file_table.h"
 #include "linked_session.h"
@@ -65,7 +67,7 @@ std::vector<Damage> damages() {
         {[] { program.lines[0].tokens = reinterpret_cast<Token*>(arenas.CODEBASE); },
          "a line's tokens stand in the cache"},
         {[] { program.lines[0].token_count -= 1; }, "a line's tokens have an end"},
-        {[] { program.lines[0].tokens[3].string.bytes = arenas.LOMEM; },
+        {[] { program.lines[0].tokens[4].string.bytes = arenas.LOMEM; },
          "a string literal stands in its line's text"},
         {[] { variables.table += 1; }, "the variable table has its place"},
         {[] { variables.array_base = 2; }, "OPTION BASE is 0 or 1"},

@@ -147,6 +147,15 @@ bool type_session(std::string_view text) {
     return lines >= most_lines || finish_line();
 }
 
+bool is_on_screen(std::string_view text) {
+    for (std::uint32_t row = 0; row < text_rows(); ++row) {
+        std::string_view shown(reinterpret_cast<const char*>(console.grid[row]), text_columns());
+        const std::size_t end = shown.find_last_not_of(' ');
+        if (shown.substr(0, end == std::string_view::npos ? 0 : end + 1) == text) return true;
+    }
+    return false;
+}
+
 std::string describe_state() {
     std::ostringstream out;
     for (std::uint32_t row = 0; row < text_rows(); ++row)
@@ -175,25 +184,25 @@ std::string describe_state() {
     return out.str();
 }
 
-// What is open and allocated while a line is typed: a list that waits for a key in its midst holds more.
-void check_resources() {
+std::string resources_left(bool stick_pulled, bool pool_kept) {
     Firmware& firmware = machine->firmware();
-    if (!firmware.editor_waits()) return;
-    // What a failing service has not taken back, nobody can.
-    if (!any_service_failed && firmware.pool_blocks() != kept_blocks() - kept_at_moment)
-        complain("pool blocks are left");
+    // A list that waits for a key in its midst holds more.
+    if (!firmware.editor_waits()) return "";
+    if (!pool_kept && firmware.pool_blocks() != kept_blocks() - kept_at_moment) return "pool blocks are left";
     // One handle for each open file, the root and the current directory.
     std::size_t expected =
         (volume.root != nullptr ? 1U : 0U) + (volume.current_directory != nullptr ? 1U : 0U);
     for (const OpenFile& file : file_table.entries)
         if (file.handle != nullptr) ++expected;
-    if (!pulled && firmware.volume().open_handles() != expected) complain("files are left open");
+    if (!stick_pulled && firmware.volume().open_handles() != expected) return "files are left open";
+    return "";
 }
 
 void check() {
     for (const std::string& rule : broken_invariants())
         complain("this does not hold: " + rule);
-    check_resources();
+    const std::string left = resources_left(pulled, any_service_failed);
+    if (!left.empty()) complain(left);
 }
 
 }  // namespace korvane::fuzz

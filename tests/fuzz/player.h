@@ -45,6 +45,13 @@ void note_moment();
 // Before an input: takes the machine back to the moment.
 void begin_input();
 
+// What stands on the screen in a row that holds nothing else.
+bool is_on_screen(std::string_view text);
+
+// At a prompt: which handles and pool blocks are held that nobody is to hold; empty when there are none. What
+// a failing service has not taken back, nobody can.
+std::string resources_left(bool stick_pulled, bool pool_kept);
+
 // After an input: complains when something does not hold.
 void check();
 

@@ -14,7 +14,7 @@ from players import Player
 from relations import RELATIONS
 from themes import THEMES, make_session
 
-BATCH = 40
+BATCH = 10
 
 
 class Machines:

@@ -50,7 +50,7 @@ struct Options {
 Options parse_options(int count, char** words) {
     Options options;
     test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);) {
+    for (std::string_view word; program.take(word);)
         if (word == "--target")
             options.target = program.value();
         else if (word == "--all")
@@ -63,7 +63,6 @@ Options parse_options(int count, char** words) {
             usage();
         else
             options.files.emplace_back(word);
-    }
     if (options.target.empty() == options.all.empty()) usage();
     return options;
 }

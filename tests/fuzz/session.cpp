@@ -390,9 +390,8 @@ class Author {
 
 // Words that by their nature may do anything to the machine, or that leave the language.
 bool is_harmful(const string& line) {
-    for (const string_view word : {"POKE", "PEEK", "BLOAD", "BSAVE", "KORVANE", "LOADBMP"}) {
+    for (const string_view word : {"POKE", "PEEK", "BLOAD", "BSAVE", "KORVANE", "LOADBMP"})
         if (line.find(word) != string::npos) return true;
-    }
     return false;
 }
 

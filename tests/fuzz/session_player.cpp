@@ -76,7 +76,7 @@ struct Options {
 Options parse_options(int count, char** words) {
     Options options;
     test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);) {
+    for (std::string_view word; program.take(word);)
         if (word == "--image")
             options.image = program.value();
         else if (word == "--volume")
@@ -89,7 +89,6 @@ Options parse_options(int count, char** words) {
             options.patience = std::chrono::milliseconds(std::atoi(program.value().c_str()));
         else
             usage();
-    }
     if (options.volume.empty()) usage();
     return options;
 }
@@ -152,9 +151,8 @@ class Typist {
 
   private:
     void empty_volume() const {
-        for (const auto& entry : std::filesystem::directory_iterator(options_.volume)) {
+        for (const auto& entry : std::filesystem::directory_iterator(options_.volume))
             if (!entry.path().filename().string().starts_with("KEEP")) std::filesystem::remove_all(entry);
-        }
     }
 
     void press(std::string_view text) {
@@ -253,10 +251,9 @@ class Typist {
         const bool in_place =
             first != 0 && screen_.rows[above] == row_above && screen_.used_rows() + 3 < screen_.rows.size();
         std::size_t begin = in_place ? first : 0;
-        if (in_place) {
+        if (in_place)
             for (const std::string& line : typed_)
                 begin += rows_of(line, begin);
-        }
         typed_.clear();
         std::vector<std::string> rows;
         for (std::size_t row = begin; row < screen_.used_rows(); ++row)

@@ -99,7 +99,8 @@ void prepare_program(std::initializer_list<string_view> lines) {
 }
 
 bool type_all(std::initializer_list<string_view> lines) {
-    return std::all_of(lines.begin(), lines.end(), [](string_view line) { return type(line); });
+    return std::all_of(
+        lines.begin(), lines.end(), [](string_view line) { return type(line); });
 }
 
 // ---- Sessions
@@ -293,12 +294,12 @@ bool play_modes(string_view input) {
 }
 
 constexpr std::array<Target, 16> all_targets = {{
-    {"session", "typed lines, keys, edits, Escape at any look, failing services", prepare_usual,
-     type_session},
+    {"session", "typed lines, keys, edits, Escape at any look, failing services", prepare_usual, type_session,
+     true},
     {"explorer", "the machine explorer's commands", prepare_explorer, type_session},
-    {"program", "program files", prepare_usual, play_program},
-    {"data", "data files, sequential and of records", prepare_data, play_data},
-    {"bitmap", "BMP files", prepare_usual, play_bitmap},
+    {"program", "program files", prepare_usual, play_program, true},
+    {"data", "data files, sequential and of records", prepare_data, play_data, true},
+    {"bitmap", "BMP files", prepare_usual, play_bitmap, true},
     {"memory-file", "files of BLOAD", prepare_memory_file, play_memory_file},
     {"packed-image", "packed images and certificate tables", nullptr, play_packed_image},
     {"directory", "records of directories", prepare_usual, play_directory},
@@ -336,6 +337,10 @@ void prepare(const Target& target) {
         put_usual_files();
     machine->save();
     note_moment();
+}
+
+const Target& current_target() {
+    return *prepared;
 }
 
 bool play_only(string_view input) {

@@ -15,6 +15,8 @@ struct Target {
     // Gives the machine the input and types what makes the interpreter look at it. False when the interpreter
     // has come to an end, and its state is not to be looked at.
     bool (*play)(std::string_view input);
+    // Shows nothing but what programs do: other interpreters must come to the same state.
+    bool comparable = false;
 };
 
 std::span<const Target> targets();
@@ -27,5 +29,8 @@ void prepare(const Target& target);
 // interpreter has come to an end.
 bool play(std::string_view input);
 bool play_only(std::string_view input);
+
+// The target that is prepared.
+const Target& current_target();
 
 }  // namespace korvane::fuzz

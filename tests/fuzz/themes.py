@@ -95,7 +95,7 @@ def watched(maker):
     lines += [line(20, f"{count()}:{body()}"), line(30, choose("FOR I=1 TO 3", "FOR I=3 TO 1 STEP -1", "I=1")),
               line(40, f"{body()}"), line(50, choose("NEXT", "NEXT:A=A+1", "IF I<3 THEN I=I+1:GOTO 40")),
               line(60, choose("WHILE W<3", f"WHILE W<2 AND ({maker.comparison()}) OR W<1", "W=0")),
-              line(70, f"{count()}:W=W+1:{body()}"), line(80, choose("WEND", "WEND:PRINT 8;", f"IF W<3 THEN {maker.target()}")),
+              line(70, f"{count()}:W=W+1:{body()}"), line(80, choose("WEND", "WEND:PRINT 8;", f"W=W+1:IF W<3 THEN {maker.target()}")),
               line(90, f"ON {choose(1, 2, 'A', 'V')} GOSUB 200,210:{body()}"), "100 PRINT A;B;X:END",
               line(200, body().replace("GOSUB 200", "N%=N%+1")), line(210, "RETURN"),
               "300 V=V+1:IF V>20 THEN 900 ELSE RESUME" + " NEXT" * chance(70), "900 PRINT V:END", "950 DATA 1,2,3,4,5,6,7"]

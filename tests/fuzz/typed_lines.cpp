@@ -57,7 +57,7 @@ struct Options {
 Options parse_options(int count, char** words) {
     Options options;
     test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);) {
+    for (std::string_view word; program.take(word);)
         if (word == "--image")
             options.image = program.value();
         else if (word == "--linked")
@@ -74,7 +74,6 @@ Options parse_options(int count, char** words) {
             usage();
         else
             options.replayed.emplace_back(word);
-    }
     return options;
 }
 
@@ -85,12 +84,11 @@ std::vector<Session> read_sessions(const std::filesystem::path& file) {
         std::fprintf(stderr, "cannot read %s\n", file.c_str());
         std::exit(2);
     }
-    for (std::string line; std::getline(stream, line);) {
+    for (std::string line; std::getline(stream, line);)
         if (line.empty())
             sessions.emplace_back();
         else
             sessions.back().push_back(line);
-    }
     std::erase_if(sessions, [](const Session& session) { return session.empty(); });
     return sessions;
 }

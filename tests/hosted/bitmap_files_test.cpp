@@ -57,10 +57,9 @@ std::vector<std::int64_t> load_all(LinkedSession& session, const std::vector<std
 void expect_picture(const BitmapSlot& slot) {
     ASSERT_EQ(slot.width, width);
     ASSERT_EQ(slot.height, height);
-    for (std::uint32_t y = 0; y < height; ++y) {
+    for (std::uint32_t y = 0; y < height; ++y)
         for (std::uint32_t x = 0; x < width; ++x)
             ASSERT_EQ(slot.pixels[y * width + x], picture_pixel(x, y)) << x << "," << y;
-    }
 }
 
 class BitmapFiles : public testing::Test {

@@ -84,9 +84,8 @@ std::string row_text(std::uint32_t row) {
 }
 
 bool on_screen(std::string_view text) {
-    for (std::uint32_t row = 0; row < text_rows(); ++row) {
+    for (std::uint32_t row = 0; row < text_rows(); ++row)
         if (row_text(row) == text) return true;
-    }
     return false;
 }
 
@@ -96,22 +95,24 @@ class BreakInExpression : public testing::Test {
     // process of its own.
     std::string after_run(const InterruptedStatement& statement, std::string_view text,
                           const Course& course) {
-        return run_apart(statement, text, [&] {
-            session_.queue_keys("RUN\r" + std::string(course.handlers_so_far) + std::string(course.on_break) +
-                                std::string(course.at_statement));
-            if (!course.goes_on) {
-                // The last Enter only ends a reply, or the line that the editor is left with.
-                session_.queue_keys(course.keys);
+        return run_apart(
+            statement, text,
+            [&] {
+                session_.queue_keys("RUN\r" + std::string(course.handlers_so_far) +
+                                    std::string(course.on_break) + std::string(course.at_statement));
+                if (!course.goes_on) {
+                    // The last Enter only ends a reply, or the line that the editor is left with.
+                    session_.queue_keys(course.keys);
+                    if (!session_.run()) return session_.problem();
+                    return describe_state(session_) + describe_screen();
+                }
+                session_.queue_keys({&escape_key, 1});
                 if (!session_.run()) return session_.problem();
-                return describe_state(session_) + describe_screen();
-            }
-            session_.queue_keys({&escape_key, 1});
-            if (!session_.run()) return session_.problem();
-            if (!on_screen("Break in 20")) return std::string("no message");
-            session_.queue_keys("CONT\r" + course.keys);
-            if (!session_.run()) return session_.problem();
-            return describe_state(session_);
-        });
+                if (!on_screen("Break in 20")) return std::string("no message");
+                session_.queue_keys("CONT\r" + course.keys);
+                if (!session_.run()) return session_.problem();
+                return describe_state(session_);
+            });
     }
 
     // Calls `work` in a process of its own, where the program has been loaded.

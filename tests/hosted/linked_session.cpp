@@ -24,13 +24,11 @@ LinkedSession::LinkedSession(std::uint32_t width, std::uint32_t height)
 void LinkedSession::queue_keys(std::string_view keys) {
     constexpr std::uint16_t escape_scan_code = 23;
     host::Keyboard& keyboard = machine_.firmware().keyboard();
-    for (const char key : keys) {
-        if (key == escape_key) {
+    for (const char key : keys)
+        if (key == escape_key)
             keyboard.press({.ScanCode = escape_scan_code, .UnicodeChar = 0});
-        } else {
+        else
             keyboard.press({.ScanCode = 0, .UnicodeChar = static_cast<unsigned char>(key)});
-        }
-    }
 }
 
 bool LinkedSession::run() {

@@ -31,13 +31,12 @@ namespace {
 
 void describe_value(std::ostream& out, std::uint8_t* storage, Type type) {
     const Value value = load({storage, type});
-    if (type == Type::STRING) {
+    if (type == Type::STRING)
         out << '"' << std::string_view(reinterpret_cast<const char*>(value.bytes), value.length) << '"';
-    } else if (is_integer(type)) {
+    else if (is_integer(type))
         out << value.integer;
-    } else {
+    else
         out << value.real;
-    }
 }
 
 void describe_variables(std::ostream& out) {
@@ -153,10 +152,9 @@ std::string describe_state(const LinkedSession& session) {
 
 std::string describe_screen() {
     std::uint64_t sum = 14695981039346656037U;
-    for (std::uint32_t y = 0; y < screen.height; ++y) {
+    for (std::uint32_t y = 0; y < screen.height; ++y)
         for (const std::uint32_t pixel : pixel_row(0, y, screen.width))
             sum = (sum ^ pixel) * 1099511628211U;
-    }
     std::ostringstream out;
     out << "cursor " << console.cursor_row << ' ' << console.cursor_column << " pixels " << sum << '\n';
     return out.str();

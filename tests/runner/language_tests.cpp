@@ -52,7 +52,7 @@ struct Options {
 Options parse_options(int count, char** words) {
     Options options;
     test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);) {
+    for (std::string_view word; program.take(word);)
         if (word == "--image")
             options.image = program.value();
         else if (word == "--linked")
@@ -69,7 +69,6 @@ Options parse_options(int count, char** words) {
             usage();
         else
             options.inputs.emplace_back(word);
-    }
     if (options.inputs.empty()) usage();
     return options;
 }
@@ -95,12 +94,11 @@ using Group = std::vector<const Case*>;
 std::vector<Group> make_groups(const std::vector<Case>& cases, unsigned jobs) {
     std::map<std::string, Group> by_machine;
     std::vector<Group> groups;
-    for (const Case& test : cases) {
+    for (const Case& test : cases)
         if (test.own_start)
             groups.push_back({&test});
         else
             by_machine[test.machine_key].push_back(&test);
-    }
     for (const auto& [key, group] : by_machine) {
         const std::size_t parts = std::min<std::size_t>(jobs, (group.size() + 7) / 8);
         const std::size_t size = (group.size() + parts - 1) / parts;

@@ -155,8 +155,9 @@ void Player::resume(milliseconds patience) {
 
 // True when a step of the case says that the machine halts.
 bool Player::waits_for_halt() const {
-    return tolerant_start_ || std::any_of(test_.steps.begin(), test_.steps.end(),
-                                          [](const Step& step) { return step.action == Action::halts; });
+    return tolerant_start_ || std::any_of(
+                                  test_.steps.begin(), test_.steps.end(),
+                                  [](const Step& step) { return step.action == Action::halts; });
 }
 
 // The screen as it is while the machine stands still; read once for each of its stops.

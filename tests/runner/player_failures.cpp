@@ -121,8 +121,9 @@ ForkedResult Player::play_with_failure(std::size_t index, host::Service service,
 // The same for the start of the machine, which must then either reach its prompt, where the steps come out as
 // written, or halt with a message on the firmware's console.
 void Player::fail_each_start() {
-    fail_uses_of(test_.start_fail_each,
-                 [&](host::Service service, std::uint64_t use) { return start_with_failure(service, use); });
+    fail_uses_of(
+        test_.start_fail_each,
+        [&](host::Service service, std::uint64_t use) { return start_with_failure(service, use); });
 }
 
 ForkedResult Player::start_with_failure(host::Service service, std::uint64_t use) {

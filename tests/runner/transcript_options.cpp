@@ -128,7 +128,7 @@ bool Parser::stick(const Words& words, std::string_view) {
 
 bool Parser::without(const Words& words, std::string_view) {
     host::Config& config = cases_.back().config;
-    for (std::size_t i = 1; i < words.size(); ++i) {
+    for (std::size_t i = 1; i < words.size(); ++i)
         if (words[i] == "graphics")
             config.graphics_output = false;
         else if (words[i] == "cpu")
@@ -139,7 +139,6 @@ bool Parser::without(const Words& words, std::string_view) {
             config.smbios_table = false;
         else
             return false;
-    }
     return words.size() > 1;
 }
 

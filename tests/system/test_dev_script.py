@@ -117,6 +117,7 @@ def test_picture_options_stand_in_any_order(tmp_path):
     (["build", "--frobnicate"], "--frobnicate"),
     (["test", "slowly"], "slowly"),
     (["release", "--frobnicate"], "--frobnicate"),
+    (["frobnicate"], "frobnicate"),
 ])  # fmt: skip
 def test_bad_argument_is_named(arguments, named):
     status, line = refusal(*arguments)

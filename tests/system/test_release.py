@@ -160,6 +160,13 @@ def test_without_a_home_there_is_a_line_about_it(installed):
     assert b"--volume" in result.stderr
 
 
+def test_installed_program_says_its_own_name(installed, tmp_path):
+    told = korvane(installed, "--help", home=tmp_path).stdout.decode()
+    assert told.startswith("usage: korvane [") and "korvane-terminal" not in told and "@" not in told
+    for arguments in (["--nonsense"], ["none.bas"], ["--script"], ["--size", "1x1"]):
+        assert korvane(installed, *arguments, home=tmp_path).stderr.startswith(b"korvane: ")
+
+
 def test_banner_agrees_with_the_version(installed, tmp_path):
     shown = korvane(installed, home=tmp_path).stdout.decode().splitlines()
     assert f"Korvane BASIC v{'.'.join(VERSION.split('.')[:2])}" in shown

@@ -64,28 +64,25 @@ TEST(GfxCircle, RadiusFourHasTheseTwentyFourPixels) {
         "...###...";
     DrawingScreen memory(9, 9, 9);
     gfx_circle({4, 4}, 4, ink);
-    for (std::uint32_t y = 0; y < 9; ++y) {
+    for (std::uint32_t y = 0; y < 9; ++y)
         for (std::uint32_t x = 0; x < 9; ++x)
             ASSERT_EQ(get_pixel(x, y), picture[y * 9 + x] == '#' ? ink : 0) << x << "," << y;
-    }
 }
 
 TEST(GfxCircle, RadiusZeroIsTheCentre) {
     DrawingScreen memory(5, 5, 5);
     gfx_circle({2, 3}, 0, ink);
-    for (std::uint32_t y = 0; y < 5; ++y) {
+    for (std::uint32_t y = 0; y < 5; ++y)
         for (std::uint32_t x = 0; x < 5; ++x)
             ASSERT_EQ(get_pixel(x, y), x == 2 && y == 3 ? ink : 0);
-    }
 }
 
 TEST(GfxCircle, EveryRadiusAndPlaceFollowsTheMidpointAlgorithm) {
     DrawingScreen memory(31, 23, 40);
     for (std::int64_t radius = 0; radius < 20; ++radius) {
-        for (std::int64_t y = -8; y < 31; ++y) {
+        for (std::int64_t y = -8; y < 31; ++y)
             for (std::int64_t x = -8; x < 39; x += 3)
                 expect_reference_circle(memory, {x, y}, radius);
-        }
     }
     EXPECT_TRUE(memory.unseen_words_are_untouched());
 }
@@ -116,10 +113,9 @@ TEST(GfxCircle, TheLargestRadiusTakesNoTime) {
     DrawingScreen memory(31, 23, 40);
     // Touches the screen's left edge from the left: a vertical line as far as the screen can tell.
     gfx_circle({-highest, 11}, highest, ink);
-    for (std::uint32_t y = 0; y < 23; ++y) {
+    for (std::uint32_t y = 0; y < 23; ++y)
         for (std::uint32_t x = 0; x < 31; ++x)
             ASSERT_EQ(get_pixel(x, y), x == 0 ? ink : 0);
-    }
     gfx_circle({0, 0}, highest, ink);
     gfx_circle({highest, highest}, highest, ink);
     gfx_circle({std::numeric_limits<std::int64_t>::min(), 0}, highest, ink);

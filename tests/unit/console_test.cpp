@@ -138,18 +138,16 @@ TEST(Console, EveryOtherControlCodeIsDrawn) {
     EXPECT_EQ(console.cursor_column, 8u);
     EXPECT_EQ(console.grid[0][0], 10);
     EXPECT_EQ(console.grid[0][3], 7);
-    for (std::uint32_t y = 0; y < 16; ++y) {
+    for (std::uint32_t y = 0; y < 16; ++y)
         for (std::uint32_t x = 0; x < 8; ++x)
             ASSERT_EQ(memory.front(x, y), (font_glyphs[10][y] >> (7 - x) & 1) != 0 ? white : black);
-    }
 }
 
 TEST(Console, ScrollMovesOnlyTheTextArea) {
     MemoryScreen memory(80, 80);
-    for (std::uint32_t y = 0; y < 80; ++y) {
+    for (std::uint32_t y = 0; y < 80; ++y)
         for (std::uint32_t x = 0; x < 80; ++x)
             set_pixel(x, y, y * 256 + x);
-    }
     set_text_window(2, 1, 5, 3);
     console.background = 0xABCDEF;
     con_scroll();
@@ -286,10 +284,9 @@ class Model {
             for (std::uint32_t c = left; c <= right; ++c)
                 grid[r][c] = grid[r + 1][c];
             flags[r] = flags[r + 1];
-            for (std::uint32_t y = 0; y < 16; ++y) {
+            for (std::uint32_t y = 0; y < 16; ++y)
                 for (std::uint32_t x = left * 8; x < right * 8 + 8; ++x)
                     pixels[(std::size_t{r} * 16 + y) * columns_ * 8 + x] = pixel(x, (r + 1) * 16 + y);
-            }
         }
         for (std::uint32_t c = left; c <= right; ++c)
             draw(bottom, c, ' ');
@@ -340,10 +337,9 @@ TEST(Console, RandomTextMatchesAPlainModelPixelByPixel) {
             ASSERT_EQ(grid_row(r, columns), model.grid[r]) << sequence;
             ASSERT_EQ(console.continuation[r], model.flags[r]) << sequence;
         }
-        for (std::uint32_t y = 0; y < rows * 16; ++y) {
+        for (std::uint32_t y = 0; y < rows * 16; ++y)
             for (std::uint32_t x = 0; x < columns * 8; ++x)
                 ASSERT_EQ(memory.front(x, y), model.pixel(x, y));
-        }
         ASSERT_TRUE(memory.buffers_agree());
         ASSERT_TRUE(memory.guard_is_intact());
     }

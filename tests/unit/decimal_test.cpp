@@ -168,9 +168,8 @@ TEST(DecimalTest, LimitsOfTheRanges) {
                              "16777217",
                              "1E22",
                              "1E23",
-                             "123456789012345678901234567890"}) {
+                             "123456789012345678901234567890"})
         expect_right(text);
-    }
 }
 
 TEST(DecimalTest, LengthIsNoLimit) {

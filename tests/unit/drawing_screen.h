@@ -34,10 +34,9 @@ class DrawingScreen {
     DrawingScreen& operator=(const DrawingScreen&) = delete;
 
     void clear(std::uint32_t colour = 0) {
-        for (std::uint32_t y = 0; y < screen.height; ++y) {
+        for (std::uint32_t y = 0; y < screen.height; ++y)
             for (std::uint32_t x = 0; x < screen.width; ++x)
                 set_pixel(x, y, colour);
-        }
     }
 
     // The visible pixels of the back buffer, row by row.

@@ -76,9 +76,8 @@ TEST(LineText, Utf16IsShownByItsLowByteWithoutLineEnds) {
 std::string decode(std::vector<std::uint8_t> bytes) {
     TextDecoder decoder;
     std::string text;
-    for (std::size_t i = decoder.begin(bytes); i < bytes.size(); ++i) {
+    for (std::size_t i = decoder.begin(bytes); i < bytes.size(); ++i)
         if (const auto character = decoder.take(bytes[i])) text += static_cast<char>(*character);
-    }
     return text;
 }
 

@@ -176,9 +176,8 @@ TEST(ExplorerFill, BadArgumentsPrintTheUsage) {
     ExplorerSession session;
     const Lines usage{"Usage: F start end byte"};
     for (const char* line : {"F", "F 10100000", "F 10100000 10100010", "F 10100000 10100010 100",
-                             "F 10100000 10100010 ZZ", "F 10100000 10100010 D:256"}) {
+                             "F 10100000 10100010 ZZ", "F 10100000 10100010 D:256"})
         EXPECT_EQ(session.run(line), usage) << line;
-    }
     EXPECT_EQ(session.run("F ZZ 10100010 0"), Lines{"Bad address or landmark."});
     EXPECT_EQ(session.run("F 10100000 ZZ 0"), Lines{"Bad address or landmark."});
 }

@@ -22,9 +22,8 @@ std::vector<std::uint32_t> reference_line(Point from, Point to, const PixelRecta
     const int sy = to.y > from.y ? 1 : -1;
     __int128 err = dx - dy;
     while (true) {
-        if (clip.contains(from.x, from.y)) {
+        if (clip.contains(from.x, from.y))
             pixels[static_cast<std::size_t>(from.y) * screen.width + static_cast<std::size_t>(from.x)] = ink;
-        }
         if (from.x == to.x && from.y == to.y) return pixels;
         const __int128 e = 2 * err;
         if (e >= -dy) {
@@ -99,24 +98,21 @@ TEST(GfxLine, TheLargestCoordinatesAreDrawnExactly) {
     constexpr std::int64_t highest = std::numeric_limits<std::int64_t>::max();
     DrawingScreen memory(16, 16, 16);
     gfx_line({lowest, lowest}, {highest, highest}, ink);
-    for (std::uint32_t y = 0; y < 16; ++y) {
+    for (std::uint32_t y = 0; y < 16; ++y)
         for (std::uint32_t x = 0; x < 16; ++x)
             ASSERT_EQ(get_pixel(x, y), x == y ? ink : 0);
-    }
     memory.clear();
     gfx_line({lowest, 3}, {highest, 3}, ink);
     gfx_line({5, highest}, {5, lowest}, ink);
-    for (std::uint32_t y = 0; y < 16; ++y) {
+    for (std::uint32_t y = 0; y < 16; ++y)
         for (std::uint32_t x = 0; x < 16; ++x)
             ASSERT_EQ(get_pixel(x, y), x == 5 || y == 3 ? ink : 0);
-    }
     // y moves one row in 2^63 - 2 columns: the first half of the line lies on row 0, the second on row 1.
     memory.clear();
     gfx_line({lowest + 2, 0}, {0, 1}, ink);
-    for (std::uint32_t y = 0; y < 16; ++y) {
+    for (std::uint32_t y = 0; y < 16; ++y)
         for (std::uint32_t x = 0; x < 16; ++x)
             ASSERT_EQ(get_pixel(x, y), x == 0 && y == 1 ? ink : 0);
-    }
     memory.clear();
     gfx_line({0, highest}, {lowest, lowest}, ink);  // leaves the screen above and to the left
     gfx_line({lowest, 0}, {lowest, 5}, ink);
@@ -130,10 +126,9 @@ TEST(GfxLine, RowsOutsideTheBuffersMemoryAreDropped) {
     gfx_line({0, 0}, {9, 9}, ink);
     gfx_line({0, 9}, {9, 9}, ink);
     screen.addressable = 12 * 10;
-    for (std::uint32_t y = 0; y < 10; ++y) {
+    for (std::uint32_t y = 0; y < 10; ++y)
         for (std::uint32_t x = 0; x < 10; ++x)
             ASSERT_EQ(get_pixel(x, y), x == y && y < 7 ? ink : 0);
-    }
 }
 
 }  // namespace

@@ -162,9 +162,8 @@ std::vector<Token> with_references_rewritten(std::vector<Token> tokens) {
     const auto rewrite = [&](std::size_t at) {
         Token& token = tokens[at];
         if (token.kind != NUMBER) return false;
-        if (token.value_type <= Type::INT64 && token.number.integer >= 0 && token.number.integer < 10) {
+        if (token.value_type <= Type::INT64 && token.number.integer >= 0 && token.number.integer < 10)
             token.number.integer = hundredfold(static_cast<std::uint32_t>(token.number.integer), nullptr);
-        }
         return true;
     };
     for (std::size_t at = 0; at + 1 < tokens.size(); ++at) {

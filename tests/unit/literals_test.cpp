@@ -67,10 +67,9 @@ TEST(LiteralsTest, IntegerSuffixesGiveTheirTypesUpToTheirLimits) {
 }
 
 TEST(LiteralsTest, PointsAndExponentsDoNotGoWithIntegerSuffixes) {
-    for (const char* suffix : {"%", "&", "&&"}) {
+    for (const char* suffix : {"%", "&", "&&"})
         for (const char* number : {"1.5", "1.", ".5", "1E2", "1D2", "1.5E2", "99999.5"})
             EXPECT_EQ(read(std::string(number) + suffix).error, "Syntax Error") << number << suffix;
-    }
 }
 
 TEST(LiteralsTest, FloatingSuffixes) {

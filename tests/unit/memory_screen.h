@@ -54,17 +54,15 @@ class MemoryScreen {
 
     // True when the two buffers agree in every word of the framebuffer's memory that the back buffer has too.
     bool buffers_agree() const {
-        for (std::uint64_t i = 0; i < screen.addressable; ++i) {
+        for (std::uint64_t i = 0; i < screen.addressable; ++i)
             if (framebuffer_[i] != screen.back_buffer[i]) return false;
-        }
         return true;
     }
 
     // True when nothing was stored behind the framebuffer's memory.
     bool guard_is_intact() const {
-        for (std::uint64_t i = screen.framebuffer_size / 4; i < framebuffer_.size(); ++i) {
+        for (std::uint64_t i = screen.framebuffer_size / 4; i < framebuffer_.size(); ++i)
             if (framebuffer_[i] != guard) return false;
-        }
         return true;
     }
 

@@ -80,10 +80,9 @@ TEST(GfxPaint, WorksWithTheFramebufferAloneWhenThereIsNoBackBuffer) {
     for (std::uint32_t y = 0; y < 12; ++y)
         set_pixel(6, y, border);
     gfx_paint({2, 2}, paint, border);
-    for (std::uint32_t y = 0; y < 12; ++y) {
+    for (std::uint32_t y = 0; y < 12; ++y)
         for (std::uint32_t x = 0; x < 12; ++x)
             ASSERT_EQ(screen.framebuffer[pixel_index(x, y)], x < 6 ? paint : x == 6 ? border : 0U);
-    }
 }
 
 TEST(GfxPaint, RowsOutsideTheBuffersMemoryAreDropped) {

@@ -257,10 +257,9 @@ std::string expected_field(double v, const NumericField& field) {
     std::array<char, 400> buffer;
     std::snprintf(buffer.data(), buffer.size(), "%.0f", std::floor(r));
     std::string body = buffer.data();
-    if (field.comma) {
+    if (field.comma)
         for (int at = static_cast<int>(body.size()) - 3; at > 0; at -= 3)
             body.insert(static_cast<std::size_t>(at), ",");
-    }
     if (field.point) body += ".";
     double fraction = r - std::floor(r);
     for (int i = 0; i < field.digits_after; i++) {

@@ -13,9 +13,8 @@ namespace {
 std::vector<std::string> lines_of(std::string_view text) {
     std::vector<std::string> lines;
     LineAssembler assembler;
-    for (const char byte : text) {
+    for (const char byte : text)
         if (assembler.add(byte)) lines.emplace_back(assembler.line());
-    }
     if (assembler.finish()) lines.emplace_back(assembler.line());
     return lines;
 }

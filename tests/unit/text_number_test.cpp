@@ -79,9 +79,8 @@ TEST(TextToIntegerTest, TheInt64Range) {
 
 TEST(TextToIntegerTest, WhatIsNoInteger) {
     for (const char* text : {"1.5", "1.", "1E5", "1d5", "1e", ".5", "-", "+", "--1", "+-1", "- 1", "1 2",
-                             "1X", "X", "12%", "1,2", "\r1", "99999999999999999999.5"}) {
+                             "1X", "X", "12%", "1,2", "\r1", "99999999999999999999.5"})
         expect_no_integer(text);
-    }
 }
 
 TEST(TextToDoubleTest, DecimalForms) {

@@ -85,10 +85,9 @@ TEST(TextWindows, OneRowWindowIsBlankedByScrolling) {
     EXPECT_EQ(cells(2, 0, 6), "ABCD  ");
     put(window, "E");
     EXPECT_EQ(cells(2, 0, 6), "      ");
-    for (std::uint32_t y = 32; y < 48; ++y) {
+    for (std::uint32_t y = 32; y < 48; ++y)
         for (std::uint32_t x = 0; x < 40; ++x)
             ASSERT_EQ(memory.front(x, y), 0x000080u);
-    }
     EXPECT_EQ(memory.front(40, 32), 0u);
     EXPECT_EQ(memory.front(0, 48), 0u);
 }

@@ -89,9 +89,8 @@ bool matches_slowly(std::string_view pattern, std::string_view name) {
             pattern.remove_prefix(1);
         if (pattern.starts_with("*.*") && pattern.find_first_not_of('*', 2) == std::string_view::npos)
             return true;
-        for (std::size_t i = 0; i <= name.size(); ++i) {
+        for (std::size_t i = 0; i <= name.size(); ++i)
             if (matches_slowly(pattern.substr(1), name.substr(i))) return true;
-        }
         return false;
     }
     if (name.empty()) return false;

@@ -112,13 +112,15 @@ export async function expectScreen(page, pattern) {
   }
 }
 
-// Waits until the page's sentences fit.
+// Waits until the page's sentences fit, and can be seen.
 export async function expectSentence(page, pattern) {
   try {
-    await page.waitForFunction((source) => new RegExp(source).test(document.querySelector("#notices p").textContent),
-      { polling: 50 }, pattern.source);
+    await page.waitForFunction((source) => {
+      const place = document.querySelector("#notices p");
+      return place.checkVisibility() && new RegExp(source).test(place.textContent);
+    }, { polling: 50 }, pattern.source);
   } catch {
-    assert.match(await page.$eval("#notices p", (place) => place.textContent), pattern);
+    assert.match(await page.$eval("#notices p", (place) => (place.checkVisibility() ? place.textContent : "")), pattern);
   }
 }
 

@@ -14,8 +14,8 @@ namespace {
 
 // ---- Memory ----------------------------------------------------------------------------------------
 
-// Blocks come in sizes that are powers of two, each with its size in front. A block that is given back waits in
-// the list of its size. New ones are cut from the memory between the module's data and where the machine's
+// Blocks come in sizes that are powers of two, each with its size in front. A block that is given back waits
+// in the list of its size. New ones are cut from the memory between the module's data and where the machine's
 // begins, and when that is used up, from new memory at the end.
 struct Block {
     std::uint64_t order;  // its size is two to the power of this
@@ -194,8 +194,8 @@ void __throw_out_of_range_fmt(const char*, ...) {
 
 const nothrow_t nothrow{};
 
-// The nodes of std::map. Its maps are small here (regions of memory, buffers of the pool): the tree is kept in
-// order, but not in balance.
+// The nodes of std::map. Its maps are small here (regions of memory, buffers of the pool): the tree is kept
+// in order, but not in balance.
 
 static _Rb_tree_node_base* next_node(_Rb_tree_node_base* node) {
     if (node->_M_right != nullptr) return _Rb_tree_node_base::_S_minimum(node->_M_right);
@@ -236,8 +236,8 @@ const _Rb_tree_node_base* _Rb_tree_decrement(const _Rb_tree_node_base* node) noe
 }
 
 // Only the header is red, by which it is known.
-void _Rb_tree_insert_and_rebalance(const bool to_the_left, _Rb_tree_node_base* node, _Rb_tree_node_base* parent,
-                                   _Rb_tree_node_base& header) noexcept {
+void _Rb_tree_insert_and_rebalance(const bool to_the_left, _Rb_tree_node_base* node,
+                                   _Rb_tree_node_base* parent, _Rb_tree_node_base& header) noexcept {
     node->_M_parent = parent;
     node->_M_left = nullptr;
     node->_M_right = nullptr;

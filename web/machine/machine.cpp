@@ -1,7 +1,7 @@
 // The module: the interpreter on the hosted firmware, with a browser around it.
 //
-// The interpreter is entered by run(), which comes back when it ends; on the way it waits, in imports that let
-// the event loop go on (machine.js). Whatever else is exported here may be called meanwhile.
+// The interpreter is entered by run(), which comes back when it ends; on the way it waits, in imports that
+// let the event loop go on (machine.js). Whatever else is exported here may be called meanwhile.
 #include <algorithm>
 #include <cstring>
 #include <memory>

@@ -151,12 +151,14 @@ export class Machine {
         this.#started = true;
         this.told.turn?.();
         if (this.#keyCount === 0) {
-            const pressed = new Promise((done) => {
-                this.#pressed = done;
-            });
-            this.told.waits?.(true);  // who hears it may press keys at once
-            await pressed;
-            this.#pressed = null;
+            this.told.waits?.(true);
+            // Whoever has been told may have pressed one.
+            if (this.#keyCount === 0) {
+                await new Promise((done) => {
+                    this.#pressed = done;
+                });
+                this.#pressed = null;
+            }
             this.told.waits?.(false);
         }
         this.#keyCount = 0;

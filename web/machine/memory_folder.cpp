@@ -107,8 +107,7 @@ void close_node(int number) {
     Node* node = node_of(number);
     if (node == nullptr) return;
     open_nodes[static_cast<std::size_t>(number)] = nullptr;
-    if (--node->users == 0)
-        std::erase_if(orphans, [=](const auto& one) { return one.get() == node; });
+    if (--node->users == 0) std::erase_if(orphans, [=](const auto& one) { return one.get() == node; });
 }
 
 host::FileStatus status_of(const Node& node) {
@@ -213,7 +212,8 @@ bool Descriptor::resize(std::uint64_t size) const {
     Node* node = node_of(number_);
     if (node == nullptr || size > largest_file) return false;
     // Files that grow bit by bit are not copied each time.
-    if (size > node->bytes.capacity()) node->bytes.reserve(std::max(size, 2 * std::uint64_t{node->bytes.size()}));
+    if (size > node->bytes.capacity())
+        node->bytes.reserve(std::max(size, 2 * std::uint64_t{node->bytes.size()}));
     node->bytes.resize(size);
     node->is_changed = true;
     node->modified = host_time_now();

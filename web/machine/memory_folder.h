@@ -33,8 +33,8 @@ Node* entry_of(const Node& folder, std::string_view name);
 // What a path with slashes leads to from `all_files()`, or null.
 Node* find_node(std::string_view path);
 
-// The same, whatever case its letters have, made where it is not there, with the folders that lead there. Null
-// when something of the other kind is in the way.
+// The same, whatever case its letters have, made where it is not there, with the folders that lead there.
+// Null when something of the other kind is in the way.
 Node* make_node(std::string_view path, bool is_folder);
 
 // Whether FAT could hold all the names of a path.

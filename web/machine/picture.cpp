@@ -47,7 +47,8 @@ const PictureChange& Picture::update(const host::Display& display) {
         top = std::min(top, y);
         bottom = y + 1;
         std::copy(now + first, now + end, seen + first);
-        std::transform(now + first, now + end, canvas_.data() + std::size_t{y} * width + first, canvas_colour);
+        std::transform(now + first, now + end, canvas_.data() + std::size_t{y} * width + first,
+                       canvas_colour);
         if (y / cell_height < stale_.size()) stale_[y / cell_height] = true;
     }
     change_ = {width, height, left, top, 0, 0, reinterpret_cast<std::uint64_t>(canvas_.data())};
@@ -58,8 +59,8 @@ const PictureChange& Picture::update(const host::Display& display) {
     return change_;
 }
 
-// Reads a row's text; true when it has changed. The cursor is a block of the ink's colour: where one stands alone
-// between cells of another paper, that is where it is.
+// Reads a row's text; true when it has changed. The cursor is a block of the ink's colour: where one stands
+// alone between cells of another paper, that is where it is.
 bool Picture::read_row(const host::Display&, std::uint32_t row) {
     const host::Pixels pixels{seen_.data(), change_.width, change_.height, change_.width};
     const std::uint32_t columns = host::cell_columns(pixels);
@@ -98,7 +99,8 @@ const PictureText& Picture::update_text(const host::Display& display) {
     text_.text = reinterpret_cast<std::uint64_t>(all_rows_.data());
     text_.length = all_rows_.size();
     text_.columns = change_.width / 8;
-    text_.has_changed = has_changed || text_.cursor_row != old_cursor_row || text_.cursor_column != old_cursor_column;
+    text_.has_changed =
+        has_changed || text_.cursor_row != old_cursor_row || text_.cursor_column != old_cursor_column;
     return text_;
 }
 

@@ -38,7 +38,8 @@ class Picture {
   private:
     bool read_row(const host::Display& display, std::uint32_t row);
 
-    std::vector<std::uint32_t> seen_;    // the framebuffer at the last update, without what lies beside the screen
+    std::vector<std::uint32_t>
+        seen_;  // the framebuffer at the last update, without what lies beside the screen
     std::vector<std::uint32_t> canvas_;  // the same in the canvas's order
     std::vector<bool> stale_;            // of each row of text: it was drawn on since its text was read
     std::vector<std::string> rows_;

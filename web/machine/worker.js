@@ -44,7 +44,7 @@
 //   {type: "rejected", path}                 a file of "start" or "put" that a FAT volume cannot hold under this name
 //   {type: "refused", reason}                the machine cannot start; `reason` is "memory64" or "jspi" where the browser
 //                                            lacks what it needs (64-bit memory, or waiting in WebAssembly)
-//   {type: "ended", status}                  the interpreter has returned to its firmware (SYSTEM); status 0 is success
+//   {type: "ended", status}                  the interpreter has returned to its firmware; status 0 is success
 //   {type: "failed", message}                something broke; what is on the screen stays. The worker is of no more use
 //
 // While a program runs without asking for keys, messages are looked at every 8 ms or so; nothing in a program can keep

@@ -57,6 +57,8 @@ export class Console {
 
   // Starts the machine with these files on its volume, on a screen of this size, or of one that fits.
   start(files, size) {
+    this.screen.frame.hidden = false;
+    this.place.querySelector(".refused")?.remove();
     const [width, height] = size ?? fittingSize({ width: this.place.clientWidth, height: this.place.clientHeight });
     return this.machine.start({ canvas: this.screen.newCanvas(width, height), width, height, files });
   }

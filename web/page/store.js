@@ -4,6 +4,9 @@
 const FILES = "files";
 const SETTINGS = "settings";
 
+// A database that does not answer for so long never will, as some browsers' do in private windows.
+const PATIENCE_MS = 5000;
+
 function result(request) {
   return new Promise((resolve, reject) => {
     request.onsuccess = () => resolve(request.result);
@@ -16,6 +19,12 @@ function finished(transaction) {
     transaction.oncomplete = () => resolve();
     transaction.onabort = () => reject(transaction.error ?? new DOMException("", "AbortError"));
   });
+}
+
+function inTime(promise) {
+  return Promise.race([promise, new Promise((_, reject) => {
+    setTimeout(() => reject(new DOMException("", "TimeoutError")), PATIENCE_MS);
+  })]);
 }
 
 // The lock that only one page at a time has, for as long as it is open: true when it is ours now. Browsers without locks give
@@ -58,11 +67,17 @@ export class Store {
   async write(entries, gone, everything = false) {
     const transaction = this.database.transaction([FILES, SETTINGS], "readwrite");
     const done = finished(transaction);
-    const files = transaction.objectStore(FILES);
-    if (everything) files.clear();
-    for (const key of gone) files.delete(key);
-    for (const entry of entries) files.put(entry);
-    transaction.objectStore(SETTINGS).put(true, "used");
+    try {
+      const files = transaction.objectStore(FILES);
+      if (everything) files.clear();
+      for (const key of gone) files.delete(key);
+      for (const entry of entries) files.put(entry);
+      transaction.objectStore(SETTINGS).put(true, "used");
+    } catch (error) {
+      done.catch(() => {});
+      transaction.abort();
+      throw error;
+    }
     await done;
   }
 }
@@ -71,7 +86,7 @@ export class Store {
 // written, too.
 export async function openStore(name) {
   try {
-    const database = await open(name);
+    const database = await inTime(open(name));
     const ours = await takeLock(name);
     // Another page, of a later version, may want to change the database: it goes first.
     database.onversionchange = () => database.close();

@@ -1,8 +1,8 @@
 // The keys that the keyboards of touch screens lack.
 
 const KEYS = [
-  ["Escape", "Esc", "Escape: stop the program"], ["ArrowLeft", "←", "Left"], ["ArrowUp", "↑", "Up"], ["ArrowDown", "↓", "Down"],
-  ["ArrowRight", "→", "Right"], ["Insert", "Ins", "Insert"], ["Delete", "Del", "Delete"], ["Home", "Home", "Home"],
+  ["Escape", "Esc", "Esc: stop the program"], ["ArrowLeft", "←", "Left"], ["ArrowUp", "↑", "Up"], ["ArrowDown", "↓", "Down"],
+  ["ArrowRight", "→", "Right"], ["Insert", "Ins", "Ins: insert"], ["Delete", "Del", "Del: delete"], ["Home", "Home", "Home"],
   ["End", "End", "End"],
 ];
 

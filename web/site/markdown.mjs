@@ -41,12 +41,17 @@ export function renderPage(page, source) {
   const open = []; // links that are left out, or not
   let options = [];
   let count = 0;
+  const anchors = new Map(); // how often each was wanted
   const rules = markdown.renderer.rules;
 
   rules.heading_open = (tokens, index, settings, environment, renderer) => {
     const title = textOf(tokens[index + 1]);
-    tokens[index].attrSet("id", anchorOf(title));
-    sections.push({ heading: title, anchor: anchorOf(title), text: "" });
+    const wanted = anchorOf(title);
+    const times = anchors.get(wanted) ?? 0;
+    anchors.set(wanted, times + 1);
+    const anchor = times === 0 ? wanted : `${wanted}-${times}`;
+    tokens[index].attrSet("id", anchor);
+    sections.push({ heading: title, anchor, text: "" });
     return renderer.renderToken(tokens, index, settings);
   };
   rules.html_block = (tokens, index) => {
@@ -90,7 +95,7 @@ export function renderPage(page, source) {
     if (style) tokens[index].attrs = [["class", style.replace("text-align:", "")]];
     return renderer.renderToken(tokens, index, settings);
   };
-  rules.table_open = () => '<div class="table" tabindex="0" role="region" aria-label="Table"><table>\n';
+  rules.table_open = () => '<div class="table" tabindex="0"><table>\n';
   rules.table_close = () => "</table></div>\n";
 
   const tokens = markdown.parse(source, {});
@@ -107,7 +112,7 @@ export function renderPage(page, source) {
   return { html: withoutEmptyHeads(html), title, sections: sections.filter(({ heading, text }) => heading || text.trim()) };
 }
 
-// Tables of the manual have no head where there is nothing to say in it; an empty row would be read aloud.
+// Tables of the manual have no head where there is nothing to say in it; an empty one would be read aloud.
 function withoutEmptyHeads(html) {
-  return html.replace(/<thead>\s*<tr>(\s*<th[^>]*><\/th>)+\s*<\/tr>\s*<\/thead>\n?/g, "");
+  return html.replace(/<thead>\s*<tr>(\s*<th[^>]*><\/th>)+\s*<\/tr>\s*<\/thead>\n?/g, "").replaceAll("<th></th>", "<td></td>");
 }

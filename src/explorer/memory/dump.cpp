@@ -18,13 +18,11 @@ constexpr std::uint64_t longest_dump = 65536;
 // The line at `address`; without `forced` only bytes in readable memory are read.
 HexLine read_line(std::uint64_t address, unsigned count, bool forced) {
     HexLine line{.address = address, .count = count, .absent = "??"};
-    for (unsigned i = 0; i < count; ++i) {
-        if (forced || accessible_run_up(Access::read, address + i, 1) == 1) {
+    for (unsigned i = 0; i < count; ++i)
+        if (forced || accessible_run_up(Access::read, address + i, 1) == 1)
             line.bytes[i] = static_cast<std::uint8_t>(peek_memory(address + i, 1));
-        } else {
+        else
             line.unread |= 1u << i;
-        }
-    }
     return line;
 }
 
@@ -57,11 +55,10 @@ void dump(std::uint64_t address, std::uint64_t length, bool forced) {
 CommandEnd dump_command(WordReader& arguments, bool forced) {
     const Word address_word = arguments.next();
     if (address_word.empty()) {
-        if (dump_continuation.made) {
+        if (dump_continuation.made)
             dump(dump_continuation.address, dump_continuation.length, forced);
-        } else {
+        else
             print_line("No previous dump address.");
-        }
         return CommandEnd::done;
     }
     const auto address = parse_address(address_word.view());
@@ -71,11 +68,10 @@ CommandEnd dump_command(WordReader& arguments, bool forced) {
     }
     const Word length_word = arguments.next();
     const auto length = length_word.empty() ? default_length : parse_number(length_word.view());
-    if (length) {
+    if (length)
         dump(*address, *length, forced);
-    } else {
+    else
         print_line(bad_length);
-    }
     return CommandEnd::done;
 }
 

@@ -36,11 +36,10 @@ void hunt(const MemoryRange& range, std::span<const std::uint8_t> pattern) {
         print_line(LineText().put_address(range.start + offset));
         pager.after_line();
     }
-    if (result == HuntResult::unavailable) {
+    if (result == HuntResult::unavailable)
         print_line("Read refused/unavailable.");
-    } else {
+    else
         print_line(LineText().put("Found ").put_decimal(matches).put(" match(es)."));
-    }
 }
 
 }  // namespace

@@ -68,11 +68,10 @@ CommandEnd do_fill(WordReader& arguments) {
     if (!check_range(range)) return CommandEnd::done;
     const std::uint64_t writable = accessible_run_up(Access::write, range.start, range.count());
     fill_bytes(pointer_to(range.start), *byte, writable);
-    if (writable != range.count()) {
+    if (writable != range.count())
         print_write_refused(range.start + writable);
-    } else {
+    else
         print_line(LineText().put("Filled ").put_address(range.start).put('-').put_address(range.end));
-    }
     return CommandEnd::done;
 }
 
@@ -87,11 +86,10 @@ CommandEnd do_enter_bytes(WordReader& arguments) {
         ++written;
     }
     if (bad) return CommandEnd::done;
-    if (written == 0) {
+    if (written == 0)
         print_line("No bytes supplied.");
-    } else {
+    else
         print_line(LineText().put("Wrote ").put_decimal(written).put(" bytes."));
-    }
     return CommandEnd::done;
 }
 
@@ -114,16 +112,14 @@ CommandEnd do_enter_text(WordReader& arguments) {
 CommandEnd do_transfer(WordReader& arguments) {
     MemoryRange source{};
     std::uint64_t destination = 0;
-    if (const auto ended = read_addresses(arguments, {&source.start, &source.end, &destination})) {
+    if (const auto ended = read_addresses(arguments, {&source.start, &source.end, &destination}))
         return *ended;
-    }
     if (!check_range(source) || !check_wrap(destination, source.count())) return CommandEnd::done;
     std::uint64_t stopped_at = 0;
-    if (transfer(source, destination, stopped_at)) {
+    if (transfer(source, destination, stopped_at))
         print_line(LineText().put("Transferred ").put_decimal(source.count()).put(" bytes."));
-    } else {
+    else
         print_line(LineText().put("Transfer stopped at offset ").put_decimal(stopped_at));
-    }
     return CommandEnd::done;
 }
 

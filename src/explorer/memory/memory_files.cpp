@@ -42,13 +42,12 @@ void save(std::string_view name, const MemoryRange& range) {
         return;
     }
     const std::uint64_t readable = accessible_run_up(Access::read, range.start, range.count());
-    if (!write_memory(file, range.start, readable)) {
+    if (!write_memory(file, range.start, readable))
         print_line("File write error.");
-    } else if (readable != range.count()) {
+    else if (readable != range.count())
         print_line(LineText().put("Read refused/unavailable at ").put_address(range.start + readable));
-    } else {
+    else
         print_line(LineText().put("Saved ").put_decimal(readable).put(" bytes to ").put(name));
-    }
 }
 
 void load(std::string_view name, std::uint64_t address) {
@@ -64,13 +63,12 @@ void load(std::string_view name, std::uint64_t address) {
     }
     if (!check_wrap(address, size)) return;
     const std::uint64_t writable = accessible_run_up(Access::write, address, size);
-    if (!read_memory(file, address, writable)) {
+    if (!read_memory(file, address, writable))
         print_line("File read error.");
-    } else if (writable != size) {
+    else if (writable != size)
         print_line(LineText().put("Write refused/unavailable at ").put_address(address + writable));
-    } else {
+    else
         print_line(LineText().put("Loaded ").put_decimal(size).put(" bytes at ").put_address(address));
-    }
 }
 
 }  // namespace

@@ -48,9 +48,8 @@ std::uint16_t BootOrder::number(std::size_t index) const {
 }
 
 bool BootOrder::contains(std::uint16_t number) const {
-    for (std::size_t i = 0; i < count(); ++i) {
+    for (std::size_t i = 0; i < count(); ++i)
         if (this->number(i) == number) return true;
-    }
     return false;
 }
 

@@ -82,11 +82,10 @@ void put_memory_mapped(LineText& line, const Element& node) {
 // A compressed EISA identifier: three letters of five bits and a product number.
 void put_eisa_id(LineText& line, std::uint32_t id) {
     constexpr std::uint32_t pnp = 0x41D0;
-    if ((id & 0xFFFF) == pnp) {
+    if ((id & 0xFFFF) == pnp)
         line.put("PNP").put_hex(id >> 16, 4);
-    } else {
+    else
         put_0x(line, id);
-    }
 }
 
 void put_acpi(LineText& line, const Element& node) {
@@ -222,11 +221,10 @@ void put_bbs(LineText& line, const Element& node) {
     constexpr std::array<const char*, 7> types = {"", "Floppy", "HD", "CDROM", "PCMCIA", "USB", "Network"};
     const auto type = node.field<std::uint16_t>(0);
     line.put("BBS(");
-    if (type != 0 && type < types.size()) {
+    if (type != 0 && type < types.size())
         line.put(types[type]);
-    } else {
+    else
         put_0x(line, type);
-    }
     line.put(',');
     put_text(line, node.body.subspan(4));
     line.put(')');
@@ -334,11 +332,10 @@ LineText device_path_node_text(const DevicePathElement& node) {
     for (const NodeKind& kind : node_kinds) {
         if (kind.type != node.type || kind.sub_type != node.sub_type) continue;
         if (node.body.size() < kind.smallest_body) break;
-        if (kind.put != nullptr) {
+        if (kind.put != nullptr)
             kind.put(line, node);
-        } else {
+        else
             put_fields(line, kind, node);
-        }
         return line;
     }
     put_unknown(line, node);

@@ -17,11 +17,10 @@ constexpr std::uint64_t most_sector_bytes = 1048576;
 constexpr std::size_t label_column = 2;
 
 void put_size(LineText& line, const uefi::BlockIoMedia& media, unsigned width) {
-    if (const auto bytes = media_bytes(media)) {
+    if (const auto bytes = media_bytes(media))
         line.put_decimal(*bytes >> 20, width).put(" MiB");
-    } else {
+    else
         line.put("size unknown");
-    }
 }
 
 // "Disk 0     61440 MiB  block=512   last LBA=125829119  fixed  read/write"
@@ -47,11 +46,10 @@ void print_disk(std::uint64_t number, const Disk& disk) {
     geometry.put("  block=").put_decimal(media.BlockSize);
     geometry.put("  last LBA=").put_decimal(media.LastBlock);
     geometry.put("  bytes=");
-    if (const auto bytes = media_bytes(media)) {
+    if (const auto bytes = media_bytes(media))
         geometry.put_decimal(*bytes);
-    } else {
+    else
         geometry.put("unknown");
-    }
     listing.line(geometry);
     LineText medium;
     medium.put(media.RemovableMedia != 0 ? "  removable" : "  fixed");
@@ -89,13 +87,12 @@ void read_and_dump(const Disk& disk, uefi::Lba lba, std::uint64_t count) {
         return;
     }
     const BlockBuffer buffer(bytes, media.IoAlign);
-    if (!buffer) {
+    if (!buffer)
         print_line("Out of memory.");
-    } else if (!read_blocks(disk, lba, count, buffer.data())) {
+    else if (!read_blocks(disk, lba, count, buffer.data()))
         print_line("Block read failed.");
-    } else {
+    else
         dump_blocks({buffer.data(), bytes}, disk_offset);
-    }
 }
 
 }  // namespace
@@ -115,11 +112,10 @@ CommandEnd do_disks(WordReader&) {
 CommandEnd do_disk(WordReader& arguments) {
     std::uint64_t number = 0;
     if (!read_numbers(arguments, {&number})) return CommandEnd::bad_arguments;
-    if (const auto disk = find_disk(number)) {
+    if (const auto disk = find_disk(number))
         print_disk(number, *disk);
-    } else {
+    else
         print_line(disk_not_found);
-    }
     return CommandEnd::done;
 }
 
@@ -141,11 +137,10 @@ CommandEnd do_sector(WordReader& arguments) {
         print_line("Sector read limited to 64 blocks.");
         count = most_sectors;
     }
-    if (const auto disk = find_disk(number)) {
+    if (const auto disk = find_disk(number))
         read_and_dump(*disk, lba, count);
-    } else {
+    else
         print_line(disk_not_found);
-    }
     return CommandEnd::done;
 }
 

@@ -131,9 +131,8 @@ bool show_hex(std::span<const std::uint8_t> bytes, std::uint64_t offset, PagedRe
 void report_hex(const FileHandle& file) {
     PagedReport listing;
     FileChunks chunks(file);
-    while (chunks.next()) {
+    while (chunks.next())
         if (!show_hex(chunks.bytes(), chunks.offset(), listing)) return;
-    }
     if (!chunks.failure().empty()) listing.line(chunks.failure());
 }
 

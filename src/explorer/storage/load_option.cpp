@@ -32,9 +32,8 @@ std::optional<LoadOption> decode_load_option(std::span<const std::uint8_t> bytes
 
 void put_description(LineText& line, const LoadOption& option) {
     for (std::size_t i = 0; i < option.description.size() && i / unit_bytes < longest_description;
-         i += unit_bytes) {
+         i += unit_bytes)
         line.put_utf16(unit_at(option.description, i));
-    }
 }
 
 }  // namespace korvane

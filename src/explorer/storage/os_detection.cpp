@@ -44,9 +44,8 @@ CommandEnd do_os(WordReader&) {
     listing.line("Best-effort operating-system detection:");
     const std::uint64_t findings = probe_volumes(listing);
     const std::uint64_t entries = list_boot_descriptions(listing);
-    if (findings == 0 && entries == 0) {
+    if (findings == 0 && entries == 0)
         listing.line("  No recognizable OS was exposed by EFI filesystems/boot entries.");
-    }
     listing.line("Detection is heuristic; filesystems without a UEFI driver remain invisible here.");
     return CommandEnd::done;
 }

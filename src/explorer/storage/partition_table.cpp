@@ -53,9 +53,8 @@ std::optional<GptEntry> decode_gpt_entry(std::span<const std::uint8_t> bytes) {
 }
 
 const char* partition_type_name(const uefi::Guid& type) {
-    for (const PartitionType& known : partition_types) {
+    for (const PartitionType& known : partition_types)
         if (known.identifier == type) return known.name;
-    }
     return "GPT";
 }
 
@@ -67,9 +66,8 @@ LineText format_gpt_entry(std::uint64_t number, const GptEntry& entry, std::uint
         line.put_utf16(unit);
     }
     line.put("\"  LBA ").put_decimal(entry.first).put('-').put_decimal(entry.last);
-    if (const auto bytes = partition_bytes(entry.first, entry.last, block_size)) {
+    if (const auto bytes = partition_bytes(entry.first, entry.last, block_size))
         line.put("  ").put_decimal(*bytes >> 20).put(" MiB");
-    }
     return line;
 }
 

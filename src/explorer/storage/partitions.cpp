@@ -104,11 +104,10 @@ void print_partitions(std::uint64_t number, Selection selection) {
 
     PartitionList list(selection);
     list.note(LineText().put("Disk ").put_decimal(number).put(header ? "  GPT" : "  MBR").view());
-    if (header) {
+    if (header)
         print_gpt(reader, *header, block_size, list);
-    } else {
+    else
         print_mbr(sector, block_size, list);
-    }
 }
 
 }  // namespace

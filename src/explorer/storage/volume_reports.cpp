@@ -21,7 +21,8 @@ constexpr std::uint64_t largest_info = 4096;       // bytes of a volume's inform
 constexpr std::uint64_t entry_buffer_size = 1024;  // holds any name of up to 471 characters
 
 void put_record_text(LineText& line, std::span<const std::uint8_t> text, std::size_t limit) {
-    for_each_unit(text, limit, [&line](char16_t unit) { line.put_utf16(unit); });
+    for_each_unit(
+        text, limit, [&line](char16_t unit) { line.put_utf16(unit); });
 }
 
 // ---- VOLUMES ------------------------------------------------------------------------------------
@@ -48,9 +49,8 @@ void list_volume_info(PagedReport& listing, std::uint64_t number, std::span<cons
 // The volume's information record, or an empty span when the firmware does not tell.
 std::span<const std::uint8_t> read_volume_info(uefi::FileProtocol* root, const PoolBuffer& buffer) {
     std::uint64_t size = buffer.size();
-    if (!buffer || uefi::is_error(root->GetInfo(root, &uefi::file_system_info_guid, &size, buffer.data()))) {
+    if (!buffer || uefi::is_error(root->GetInfo(root, &uefi::file_system_info_guid, &size, buffer.data())))
         return {};
-    }
     if (size < uefi::file_system_info_label_offset || size > buffer.size()) return {};
     return {buffer.data(), size};
 }
@@ -58,11 +58,10 @@ std::span<const std::uint8_t> read_volume_info(uefi::FileProtocol* root, const P
 void list_volume(PagedReport& listing, const VolumeWalk& volume) {
     const PoolBuffer buffer(largest_info);
     const auto record = read_volume_info(volume.root(), buffer);
-    if (record.empty()) {
+    if (record.empty())
         listing.line(LineText().put("Volume ").put_decimal(volume.number()).tab_to(10).put("size unknown"));
-    } else {
+    else
         list_volume_info(listing, volume.number(), record);
-    }
     list_device_path(listing, volume.handle(), detail_column);
 }
 

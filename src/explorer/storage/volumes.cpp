@@ -32,9 +32,8 @@ bool VolumeWalk::next() {
 
 FileHandle open_volume(std::uint64_t number) {
     VolumeWalk walk;
-    while (walk.next()) {
+    while (walk.next())
         if (walk.number() == number) return walk.take_root();
-    }
     return {};
 }
 

@@ -52,9 +52,8 @@ ArrayBlock* allocate_block(const Bounds& bounds, Type type) {
         if (along == 0 || __builtin_mul_overflow(elements, along, &elements)) return nullptr;
     }
     if (__builtin_mul_overflow(elements, storage_size(type), &data) ||
-        __builtin_add_overflow(data, block_head_size(bounds.count), &size)) {
+        __builtin_add_overflow(data, block_head_size(bounds.count), &size))
         return nullptr;
-    }
     std::uint8_t* memory = allocate_low(size);
     if (memory == nullptr) return nullptr;
     auto* block = reinterpret_cast<ArrayBlock*>(memory);
@@ -90,18 +89,16 @@ ArrayBlock* allocate_block(const Bounds& bounds, Type type) {
 }
 
 bool any_array_exists() {
-    for (std::uint32_t i = 0; i < variables.count; ++i) {
+    for (std::uint32_t i = 0; i < variables.count; ++i)
         if (variables.table[i].is_array()) return true;
-    }
     return false;
 }
 
 // The arrays that a DIM made before a break: executed again it makes them once more. They are those from
 // entry `first` on, and their blocks begin at `bottom`.
 [[gnu::cold]] void forget_arrays(std::uint32_t first, std::uint8_t* bottom) {
-    for (std::uint32_t i = variables.count; i-- > first;) {
+    for (std::uint32_t i = variables.count; i-- > first;)
         if (variables.table[i].is_array()) remove_variable(&variables.table[i]);
-    }
     arenas.FREEBOT = bottom;
 }
 
@@ -145,13 +142,12 @@ void do_option(Cursor& cursor) {
     }
     const double base = cursor->number.as_double;
     ++cursor;
-    if (base != 0 && base != 1) {
+    if (base != 0 && base != 1)
         raise(message::illegal_function_call);
-    } else if (any_array_exists()) {
+    else if (any_array_exists())
         raise(message::duplicate_definition);
-    } else {
+    else
         variables.array_base = base == 0 ? 0 : 1;
-    }
 }
 
 }  // namespace korvane

@@ -29,9 +29,8 @@ void do_mid_statement(Cursor& cursor) {
     std::int64_t length = INT64_MAX;
     if (accept(cursor, ',')) length = evaluate_integer(cursor);
     if (error_pending() || !expect(cursor, ')', message::expected_right_parenthesis) ||
-        !expect(cursor, '=', message::expected_equals)) {
+        !expect(cursor, '=', message::expected_equals))
         return;
-    }
     const Value value = evaluate_string(cursor);
     if (error_pending()) return;
     const Value text = load(target);

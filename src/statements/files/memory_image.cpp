@@ -57,9 +57,8 @@ const char* read_image(const FileName& name, bool address_given, std::int64_t ad
     const FileHandle file = OpenFileByName(name.view(), OpenMode::read);
     if (!file) return message::file_not_found;
     ImageHeader header{};
-    if (!file.read_exactly(header.bytes, ImageHeader::size) || header.bytes[0] != image_marker) {
+    if (!file.read_exactly(header.bytes, ImageHeader::size) || header.bytes[0] != image_marker)
         return message::bad_file_mode;
-    }
     // The header's 16-bit offset never reaches the least address, so an image cannot be loaded without one:
     // nothing may be loaded into low machine memory.
     if (!address_given) address = header.offset();

@@ -5,6 +5,7 @@
 #include "files/file_handle.h"
 #include "files/file_table.h"
 #include "files/named_files.h"
+#include "platform/characters.h"
 #include "platform/memory.h"
 #include "program/errors.h"
 #include "program/keywords.h"
@@ -40,21 +41,17 @@ bool read_file_number(Cursor& cursor, OpenRequest& request) {
 
 // The mode of the first form, by the first letter of `word`.
 bool mode_from_letter(const FileName& word, FileMode& mode) {
-    switch (word.length == 0 ? '\0' : word.text[0]) {
+    switch (word.length == 0 ? '\0' : fold_to_upper(word.text[0])) {
         case 'I':
-        case 'i':
             mode = FileMode::input;
             return true;
         case 'O':
-        case 'o':
             mode = FileMode::output;
             return true;
         case 'A':
-        case 'a':
             mode = FileMode::append;
             return true;
         case 'R':
-        case 'r':
             mode = FileMode::random;
             return true;
         default:
@@ -138,9 +135,8 @@ void do_open(Cursor& cursor) {
     OpenRequest request{};
     request.record_length = default_record_length;
     const bool is_first_form = cursor->kind == ',';
-    if (is_first_form ? read_first_form(cursor, first, request) : read_second_form(cursor, first, request)) {
+    if (is_first_form ? read_first_form(cursor, first, request) : read_second_form(cursor, first, request))
         open_requested(request);
-    }
 }
 
 void do_close(Cursor& cursor) {

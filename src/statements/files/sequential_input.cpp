@@ -112,11 +112,10 @@ void read_item(OpenFile& file, Type type, CollectedText& text) {
             text);
     }
     skip_while(file, is_blank);
-    if (peek_byte(file) == ',') {
+    if (peek_byte(file) == ',')
         take_bytes(file, 1);
-    } else {
+    else
         take_line_end(file);
-    }
 }
 
 // Stores the text as an item. False when it is no number but has to be one.

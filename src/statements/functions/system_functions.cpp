@@ -72,8 +72,7 @@ Value function_varptr(Cursor& cursor) {
 Value function_korvaneadr(const Value& name) {
     if (name.type != Type::STRING) return fail(message::type_mismatch);
     std::uint64_t address = 0;
-    const std::string_view text(reinterpret_cast<const char*>(name.bytes), name.length);
-    if (!find_landmark(text, address)) return fail(message::unknown_landmark);
+    if (!find_landmark(name.text(), address)) return fail(message::unknown_landmark);
     return Value::of_integer(static_cast<std::int64_t>(address));
 }
 

@@ -64,11 +64,10 @@ void show_bitmap(const BitmapSlot& bitmap, Point corner, const std::uint32_t* tr
             bitmap.pixels + (y - corner.y) * std::int64_t{bitmap.width} + (left - corner.x);
         std::uint32_t* target =
             screen.framebuffer + pixel_index(static_cast<std::uint32_t>(left), static_cast<std::uint32_t>(y));
-        if (transparent == nullptr) {
+        if (transparent == nullptr)
             show_row(target, pixels, count);
-        } else {
+        else
             show_row_except(target, pixels, count, *transparent);
-        }
     }
 }
 

@@ -65,11 +65,10 @@ std::int64_t octant_x(std::int64_t radius, std::int64_t y) {
     std::int64_t low = 0;
     for (std::int64_t high = radius; low < high;) {
         const std::int64_t middle = high - (high - low) / 2;  // rounded up
-        if (Wide{middle} * (middle - 1) < limit) {
+        if (Wide{middle} * (middle - 1) < limit)
             low = middle;
-        } else {
+        else
             high = middle - 1;
-        }
     }
     return low;
 }
@@ -122,19 +121,17 @@ void draw_clipped(const PixelRectangle& clip, Point centre, std::int64_t radius,
         steps_inside(centre.x, length, false, clip.left, clip.right),
     };
     // By insertion: a general sort of four ranges would be larger than all else here.
-    for (std::size_t sorted = 1; sorted < visible.size(); ++sorted) {
+    for (std::size_t sorted = 1; sorted < visible.size(); ++sorted)
         for (std::size_t i = sorted; i > 0 && visible[i].first < visible[i - 1].first; --i)
             std::swap(visible[i], visible[i - 1]);
-    }
     std::uint64_t next = 0;  // every smaller y is done
     for (const StepRange& range : visible) {
         const std::uint64_t first = std::max(range.first, next);
         if (range.empty() || first > range.last) continue;
         next = range.last + 1;
         if (!draw_part(clip, centre, radius, static_cast<std::int64_t>(first),
-                       static_cast<std::int64_t>(range.last), colour)) {
+                       static_cast<std::int64_t>(range.last), colour))
             return;
-        }
     }
 }
 
@@ -146,11 +143,10 @@ void gfx_circle(Point centre, std::int64_t radius, std::uint32_t colour) {
     const PixelRectangle extent = {saturating_subtract(centre.x, radius),
                                    saturating_subtract(centre.y, radius), saturating_add(centre.x, radius),
                                    saturating_add(centre.y, radius)};
-    if (lies_inside(extent, clip)) {
+    if (lies_inside(extent, clip))
         draw_inside(centre, radius, colour);
-    } else {
+    else
         draw_clipped(clip, centre, radius, colour);
-    }
 }
 
 void do_circle(Cursor& cursor) {
@@ -166,9 +162,8 @@ void do_circle(Cursor& cursor) {
     std::uint32_t colour = console.foreground;
     if (accept(cursor, ',') && cursor->kind != ',' && !at_statement_end(cursor))
         colour = parse_colour_value(cursor);
-    while (!error_pending() && accept(cursor, ',')) {
+    while (!error_pending() && accept(cursor, ','))
         if (cursor->kind != ',' && !at_statement_end(cursor)) evaluate(cursor);
-    }
     if (error_pending()) return;
     gfx_circle(centre, radius, colour);
     gfx_set_last_point(centre);

@@ -242,7 +242,7 @@ void do_draw(Cursor& cursor) {
     // so the string's own bytes serve as the buffer.
     const Value text = evaluate_string(cursor);
     if (error_pending()) return;
-    gfx_draw({reinterpret_cast<const char*>(text.bytes), text.length});
+    gfx_draw(text.text());
 }
 
 }  // namespace korvane

@@ -42,11 +42,10 @@ void draw_shape(LineShape shape, Point from, Point to, std::uint32_t colour) {
     const auto [left, right] = std::minmax(from.x, to.x);
     const auto [top, bottom] = std::minmax(from.y, to.y);
     const PixelRectangle box = {left, top, right, bottom};
-    if (shape == LineShape::filled_box) {
+    if (shape == LineShape::filled_box)
         fill_clipped(box, gfx_clip(), colour);
-    } else {
+    else
         gfx_box(box, colour);
-    }
 }
 
 }  // namespace

@@ -34,9 +34,8 @@ bool parse_viewport(Cursor& cursor, PixelRectangle& viewport) {
     viewport = {std::min(pixels[0], pixels[2]), std::min(pixels[1], pixels[3]),
                 std::max(pixels[0], pixels[2]), std::max(pixels[1], pixels[3])};
     if (viewport.left >= 0 && viewport.top >= 0 && viewport.right > viewport.left &&
-        viewport.bottom > viewport.top && viewport.right < screen.width && viewport.bottom < screen.height) {
+        viewport.bottom > viewport.top && viewport.right < screen.width && viewport.bottom < screen.height)
         return true;
-    }
     raise(message::illegal_function_call);
     return false;
 }
@@ -106,11 +105,10 @@ void view_print(Cursor& cursor) {
 
 void do_view(Cursor& cursor) {
     ++cursor;
-    if (accept(cursor, KW_PRINT)) {
+    if (accept(cursor, KW_PRINT))
         view_print(cursor);
-    } else {
+    else
         view_graphics(cursor);
-    }
 }
 
 }  // namespace korvane

@@ -73,11 +73,6 @@ std::optional<std::string_view> ask(std::string_view prompt, bool asks, ReplyBuf
     return std::string_view(reinterpret_cast<const char*>(buffer.data()), static_cast<std::size_t>(length));
 }
 
-Value text_value(std::string_view text) {
-    return Value::of_string(reinterpret_cast<const std::uint8_t*>(text.data()),
-                            static_cast<std::uint32_t>(text.size()));
-}
-
 // Gives each place its field; false when the reply does not fit the places. An error that a new reply would
 // not cure (no string space) is left pending.
 bool assign_fields(ReplyFields& fields, std::span<const Reference> places) {
@@ -85,7 +80,7 @@ bool assign_fields(ReplyFields& fields, std::span<const Reference> places) {
         const auto field = fields.next();
         if (!field) return false;
         if (place.type == Type::STRING) {
-            store(place, text_value(*field));
+            store(place, Value::of_string(*field));
         } else {
             const auto number = number_in_field(*field, place.type);
             if (!number) return false;
@@ -147,7 +142,7 @@ void do_line_input(Cursor& cursor) {
     }
     ReplyBuffer buffer;
     const auto reply = ask(prompt, false, buffer);
-    if (reply) store(place, text_value(*reply));
+    if (reply) store(place, Value::of_string(*reply));
 }
 
 }  // namespace korvane

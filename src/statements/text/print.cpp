@@ -77,13 +77,12 @@ void do_print(Cursor& cursor) {
     const OutputRouting routing;
     parse_destination(cursor);
     if (error_pending()) return;
-    if (cursor->kind == KW_USING) {
+    if (cursor->kind == KW_USING)
         print_formatted(cursor);
-    } else if (is_paragraph(cursor)) {
+    else if (is_paragraph(cursor))
         print_paragraph(cursor);
-    } else {
+    else
         print_list(cursor);
-    }
 }
 
 }  // namespace korvane

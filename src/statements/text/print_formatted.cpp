@@ -26,7 +26,7 @@ bool accept_separator(Cursor& cursor) {
 }
 
 void put_string_field(const UsingItem& item, const Value& value) {
-    std::string_view text(reinterpret_cast<const char*>(value.bytes), value.length);
+    std::string_view text = value.text();
     if (item.kind == UsingKind::first_byte) text = text.substr(0, 1);
     if (item.kind == UsingKind::fixed_string) text = text.substr(0, item.width);
     out_put_text(text);

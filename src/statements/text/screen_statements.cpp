@@ -200,9 +200,8 @@ void do_locate(Cursor& cursor) {
     std::optional<std::int64_t> column_number;
     if (!error_pending() && accept(cursor, ',')) column_number = parse_optional_value(cursor);
     // Classic BASIC sets the shape of the cursor with further values; here they are evaluated, no more.
-    while (!error_pending() && accept(cursor, ',')) {
+    while (!error_pending() && accept(cursor, ','))
         if (!is_value_left_out(cursor)) evaluate(cursor);
-    }
     if (error_pending()) return;
 
     const CellRectangle area = con_text_area();

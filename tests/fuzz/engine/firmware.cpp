@@ -165,6 +165,13 @@ struct Firmware::Services {
         return uefi::unsupported;
     }
 
+    static Status EFIAPI set_memory_attributes(uefi::CpuArchProtocol*, uefi::PhysicalAddress base,
+                                               std::uint64_t length, std::uint64_t) {
+        if (auto failure = active->faults_.strike(Service::SetMemoryAttributes)) return *failure;
+        return base % uefi::page_size == 0 && length % uefi::page_size == 0 ? uefi::success
+                                                                            : uefi::invalid_parameter;
+    }
+
     static Status EFIAPI get_time(uefi::Time* time, void*) {
         if (auto failure = active->faults_.strike(Service::GetTime)) return *failure;
         *time = {2024, 2, 29, 23, 59, 58, 0, 0, 2047, 0, 0};
@@ -350,6 +357,7 @@ Firmware::Firmware()
                Services::set_cursor,
                Services::enable_cursor,
                &output_mode_};
+    cpu_.SetMemoryAttributes = Services::set_memory_attributes;
     graphics_ = {Services::query_mode, Services::set_mode, nullptr, &graphics_mode_};
     volume_.put_file("EFI/BOOT/BOOTX64.EFI", "MZ");
 }
@@ -448,6 +456,7 @@ void* Firmware::find(uefi::Handle handle, const uefi::Guid& protocol) {
     if (handle == handle_of(console_handle)) {
         if (protocol == uefi::simple_text_input_guid) return &input_;
         if (protocol == uefi::simple_text_output_guid) return &output_;
+        if (protocol == uefi::cpu_arch_guid) return &cpu_;
         if (protocol == uefi::graphics_output_guid && !hardware_.modes.empty()) return &graphics_;
         return nullptr;
     }

@@ -171,6 +171,7 @@ class Firmware {
     uefi::GraphicsOutputProtocol graphics_{};
     uefi::GraphicsOutputMode graphics_mode_{};
     uefi::GraphicsOutputModeInformation mode_information_{};
+    uefi::CpuArchProtocol cpu_{};
     uefi::LoadedImageProtocol image_{};
     std::vector<uefi::ConfigurationTable> entries_;
     char16_t vendor_[8] = u"fuzz";

@@ -17,9 +17,11 @@ constexpr std::uint64_t revision = 0x00010000;
 constexpr std::size_t most_handles = 4096;  // of one session
 
 bool same_name(std::string_view left, std::string_view right) {
-    return std::equal(left.begin(), left.end(), right.begin(), right.end(), [](char a, char b) {
-        return std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b));
-    });
+    return std::equal(
+        left.begin(), left.end(), right.begin(), right.end(),
+        [](char a, char b) {
+            return std::toupper(static_cast<unsigned char>(a)) == std::toupper(static_cast<unsigned char>(b));
+        });
 }
 
 std::string narrow(const char16_t* name) {
@@ -44,8 +46,11 @@ struct Volume::Services {
         if (self == nullptr) return uefi::invalid_parameter;
         handle = static_cast<Handle*>(self);
         if (!handle->open) complain("a closed file handle is used");
-        if (handle->volume->pulled_) return uefi::no_media;
-        return handle->volume->faults_.strike(service).value_or(uefi::success);
+        Volume& volume = *handle->volume;
+        ++volume.uses_;
+        if (volume.lies(Lie::pulled_stick)) volume.pulled_ = true;
+        if (volume.pulled_) return uefi::no_media;
+        return volume.faults_.strike(service).value_or(uefi::success);
     }
 
     static Status EFIAPI open_volume(uefi::SimpleFileSystemProtocol* self, uefi::FileProtocol** root) {
@@ -120,6 +125,8 @@ struct Volume::Services {
         if (node.directory) return handle->volume->read_entry(*handle, size, buffer);
         if (handle->position > node.bytes.size()) return uefi::device_error;
         *size = std::min<std::uint64_t>(*size, node.bytes.size() - handle->position);
+        if (handle->volume->lies(Lie::half_read)) *size /= 2;
+        if (handle->volume->lies(Lie::empty_read)) *size = 0;
         std::memcpy(buffer, node.bytes.data() + handle->position, *size);
         handle->position += *size;
         return uefi::success;
@@ -146,6 +153,10 @@ struct Volume::Services {
         std::memcpy(node.bytes.data() + handle->position, buffer, fits);
         handle->position = end;
         volume.changed_ = true;
+        if (volume.lies(Lie::half_write)) {
+            *size = fits / 2;
+            return uefi::success;
+        }
         const bool full = fits != *size;
         *size = fits;
         return full ? uefi::volume_full : uefi::success;
@@ -275,8 +286,9 @@ std::size_t Volume::add_node(std::size_t directory, std::string_view name, bool 
 }
 
 bool Volume::is_empty(std::size_t directory) const {
-    return std::none_of(nodes_.begin() + 1, nodes_.end(),
-                        [=](const Node& node) { return !node.gone && node.parent == directory; });
+    return std::none_of(
+        nodes_.begin() + 1, nodes_.end(),
+        [=](const Node& node) { return !node.gone && node.parent == directory; });
 }
 
 void Volume::put_file(std::string_view path, std::string content) {
@@ -317,7 +329,17 @@ uefi::Status Volume::put_information(const Node& node, std::string_view name, st
         *to = static_cast<std::uint8_t>(c);
         to += sizeof(char16_t);
     }
+    if (lies(Lie::huge_size)) info->FileSize = ~std::uint64_t{0} - 7;
+    if (lies(Lie::long_name))
+        std::memset(static_cast<std::uint8_t*>(buffer) + uefi::file_info_name_offset, 'n',
+                    needed - uefi::file_info_name_offset);
     return uefi::success;
+}
+
+void Volume::lie_at(std::uint64_t use, Lie lie) {
+    lie_ = lie;
+    lie_at_ = use;
+    uses_ = 0;
 }
 
 uefi::Status Volume::read_entry(Handle& directory, std::uint64_t* size, void* buffer) {
@@ -357,8 +379,8 @@ uefi::Status Volume::read_entry(Handle& directory, std::uint64_t* size, void* bu
 }
 
 std::size_t Volume::open_handles() const {
-    return static_cast<std::size_t>(
-        std::count_if(handles_.begin(), handles_.end(), [](const Handle& handle) { return handle.open; }));
+    return static_cast<std::size_t>(std::count_if(
+        handles_.begin(), handles_.end(), [](const Handle& handle) { return handle.open; }));
 }
 
 void Volume::save() {
@@ -374,6 +396,7 @@ void Volume::put_back() {
     std::copy(saved_handles_.begin(), saved_handles_.end(), handles_.begin());
     raw_directory_.reset();
     room_ = saved_room_;
+    lie_at(0, Lie::none);
     changed_ = pulled_ = false;
 }
 

@@ -16,6 +16,17 @@
 
 namespace korvane::fuzz {
 
+// What a volume may do without telling.
+enum class Lie {
+    none,
+    half_read,    // half of what was asked for, as at the end of a file
+    empty_read,   // nothing, as at the end
+    half_write,   // half, and says so by the size alone
+    long_name,    // information whose name has no end in it
+    huge_size,    // information about a file of nearly 2^64 bytes
+    pulled_stick  // the media is gone from then on
+};
+
 class Volume : public uefi::SimpleFileSystemProtocol {
   public:
     explicit Volume(host::ServiceFaults& faults);
@@ -32,6 +43,11 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     void set_room(std::uint64_t bytes) { room_ = bytes; }
     // The media has gone: every use fails from now on.
     void pull() { pulled_ = true; }
+
+    // Lies at this use of the volume's services, counted from now.
+    void lie_at(std::uint64_t use, Lie lie);
+    // Uses of services since lie_at().
+    std::uint64_t uses() const { return uses_; }
 
     std::size_t open_handles() const;
 
@@ -58,6 +74,7 @@ class Volume : public uefi::SimpleFileSystemProtocol {
 
     static constexpr std::size_t none = ~std::size_t{0};
 
+    bool lies(Lie lie) const { return lie_ == lie && uses_ == lie_at_; }
     uefi::FileProtocol* add_handle(std::size_t node, bool writable);
     std::size_t find(std::size_t directory, std::string_view name) const;
     std::size_t add_node(std::size_t directory, std::string_view name, bool is_directory);
@@ -76,6 +93,9 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     std::uint64_t saved_room_ = 1 << 20;
     bool changed_ = false;  // since it was saved
     bool pulled_ = false;
+    Lie lie_ = Lie::none;
+    std::uint64_t lie_at_ = 0;
+    std::uint64_t uses_ = 0;
 };
 
 }  // namespace korvane::fuzz

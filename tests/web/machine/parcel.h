@@ -124,11 +124,11 @@ inline void write_config(Writer& writer, const host::Config& config) {
     for (const host::BlockDeviceConfig& device : config.block_devices) {
         writer.text(device.image);
         for (const std::uint64_t value :
-             {std::uint64_t{device.block_size}, std::uint64_t{device.io_align}, std::uint64_t{device.media_id},
-              std::uint64_t{device.removable}, std::uint64_t{device.media_present},
-              std::uint64_t{device.logical_partition}, std::uint64_t{device.read_only},
-              std::uint64_t{device.last_block.has_value()}, device.last_block.value_or(0),
-              std::uint64_t{device.unreadable_blocks.size()}})
+             {std::uint64_t{device.block_size}, std::uint64_t{device.io_align},
+              std::uint64_t{device.media_id}, std::uint64_t{device.removable},
+              std::uint64_t{device.media_present}, std::uint64_t{device.logical_partition},
+              std::uint64_t{device.read_only}, std::uint64_t{device.last_block.has_value()},
+              device.last_block.value_or(0), std::uint64_t{device.unreadable_blocks.size()}})
             writer.number(value);
         for (const std::uint64_t block : device.unreadable_blocks)
             writer.number(block);

@@ -1,5 +1,5 @@
-// The machine that transcripts are played on: what the module exports besides what a page needs. Orders come in
-// and answers go out (parcel.h); between two of them the machine runs or stands still.
+// The machine that transcripts are played on: what the module exports besides what a page needs. Orders come
+// in and answers go out (parcel.h); between two of them the machine runs or stands still.
 #include <memory>
 #include <string>
 #include <string_view>

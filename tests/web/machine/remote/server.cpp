@@ -63,8 +63,8 @@ bool Server::send(std::string_view bytes) {
 
 bool Server::receive(char* bytes, std::size_t count, std::chrono::steady_clock::time_point end) {
     while (count != 0) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            end - std::chrono::steady_clock::now());
+        const auto left =
+            std::chrono::duration_cast<std::chrono::milliseconds>(end - std::chrono::steady_clock::now());
         pollfd ready{from_, POLLIN, 0};
         if (left.count() <= 0 || poll(&ready, 1, static_cast<int>(left.count())) <= 0) return false;
         const ssize_t taken = read(from_, bytes, count);

@@ -1,5 +1,5 @@
-// Plays the transcripts of tests/language on the WebAssembly module, which runs under Node: the same cases, read and
-// played by the same code as on the hosted firmware.
+// Plays the transcripts of tests/language on the WebAssembly module, which runs under Node: the same cases,
+// read and played by the same code as on the hosted firmware.
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -48,7 +48,8 @@ struct Options {
         "  --node PROGRAM     Node, 26 or newer (node)\n"
         "  --module FILE      the module to test (build/wasm/korvane-test.wasm)\n"
         "  --image FILE       the image that lies on the volumes (build/korvane.efi)\n"
-        "  --exceptions FILE  the cases that cannot pass here, with the reasons (tests/web/machine/exceptions.txt)\n"
+        "  --exceptions FILE  the cases that cannot pass here, with the reasons "
+        "(tests/web/machine/exceptions.txt)\n"
         "  --filter TEXT      only cases whose \"file: title\" contains TEXT\n"
         "  --show             print the screen after every step\n"
         "  --jobs N           processes to use (2)\n",
@@ -59,7 +60,7 @@ struct Options {
 Options parse_options(int count, char** words) {
     Options options;
     test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);) {
+    for (std::string_view word; program.take(word);)
         if (word == "--node")
             options.node = program.value();
         else if (word == "--module")
@@ -78,7 +79,6 @@ Options parse_options(int count, char** words) {
             usage();
         else
             options.inputs.emplace_back(word);
-    }
     if (options.inputs.empty()) usage();
     return options;
 }
@@ -87,8 +87,8 @@ std::string name_of(const Case& test) {
     return test.file.string() + ": " + test.title;
 }
 
-// The reasons by the names of the cases. A line that begins with a blank tells the reason for those above it, up to
-// the reason before.
+// The reasons by the names of the cases. A line that begins with a blank tells the reason for those above it,
+// up to the reason before.
 std::map<std::string, std::string> read_exceptions(const std::string& file) {
     std::map<std::string, std::string> reasons;
     std::vector<std::string> names;

@@ -1,0 +1,268 @@
+// The machine in its worker, in Debian's Chromium, without the page around it: the messages of web/machine/worker.js.
+//
+// KORVANE_WEB=build/web KORVANE_WEB_PACKAGES=build/web-tests node --test tests/web/machine.test.mjs
+
+import assert from "node:assert";
+import fs from "node:fs";
+import path from "node:path";
+import { after, before, test } from "node:test";
+import { openBrowser, serve, WEB } from "./page_browser.mjs";
+
+const ROOT = path.resolve(import.meta.dirname, "../..");
+const LONG_MS = 60_000;
+
+let server, browser, page;
+
+before(async () => {
+  server = await serve();
+  browser = await openBrowser();
+});
+
+after(async () => {
+  await browser.close();
+  await server.close();
+});
+
+// A machine of its own for each test: its messages are kept, by their types.
+async function start({ width = 640, height = 480, files = [], image = false } = {}) {
+  page = await browser.newPage();
+  page.setDefaultTimeout(LONG_MS);
+  await page.goto(`${server.address}examples.json`);
+  await page.evaluate(async (options) => {
+    const { width, height, files, image } = options;
+    globalThis.heard = [];
+    globalThis.worker = new Worker("machine/worker.js", { type: "module" });
+    worker.onmessage = ({ data }) => heard.push(data);
+    const canvas = document.createElement("canvas");
+    document.body.append(canvas);
+    const surface = canvas.transferControlToOffscreen();
+    globalThis.canvas = canvas;
+    globalThis.rows = () => heard.findLast(({ type }) => type === "rows")?.rows ?? [];
+    globalThis.type = (text) => {
+      for (const character of text) worker.postMessage({ type: "key", scan: 0, character: character.charCodeAt(0) });
+      worker.postMessage({ type: "key", scan: 0, character: 13 });
+    };
+    worker.postMessage({
+      type: "start", module: "../korvane.wasm", width, height, canvas: surface,
+      files: files.map((file) => ({ modified: Date.now(), ...file, bytes: file.text !== undefined ? new TextEncoder().encode(file.text) : undefined })),
+      image: image ? await (await fetch("korvane.efi")).arrayBuffer() : null,
+    }, [surface]);
+  }, { width, height, files, image });
+  return page;
+}
+
+const heard = (type) => page.waitForFunction((type) => heard.some((message) => message.type === type), { polling: 20 }, type);
+const rowsShow = (pattern) => page.waitForFunction((source) => new RegExp(source, "m").test(rows().join("\n")), { polling: 20 }, pattern.source);
+const type = (text) => page.evaluate((text) => globalThis.type(text), text);
+const tell = (message) => page.evaluate((message) => worker.postMessage(message), message);
+const messages = (type) => page.evaluate((type) => heard.filter((message) => message.type === type), type);
+
+// The processor time of the browser and all its processes so far, in seconds.
+function processorTime() {
+  const children = new Map();
+  const times = new Map();
+  for (const name of fs.readdirSync("/proc").filter((name) => /^\d+$/.test(name))) {
+    try {
+      const fields = fs.readFileSync(`/proc/${name}/stat`, "latin1").replace(/^.*\) /s, "").split(" ");
+      const parent = Number(fields[1]);
+      children.set(parent, [...(children.get(parent) ?? []), Number(name)]);
+      times.set(Number(name), (Number(fields[11]) + Number(fields[12])) / 100);
+    } catch {
+      // It has ended meanwhile.
+    }
+  }
+  const sum = (process) => (times.get(process) ?? 0) + (children.get(process) ?? []).reduce((all, child) => all + sum(child), 0);
+  return sum(browser.process().pid);
+}
+
+async function processorShare(milliseconds) {
+  const before = processorTime();
+  await new Promise((done) => setTimeout(done, milliseconds));
+  return (processorTime() - before) * 1000 / milliseconds;
+}
+
+test("it tells its size, its text and that it is ready, and answers what is typed", async () => {
+  await start();
+  await heard("ready");
+  assert.deepEqual((await messages("resized")).map(({ width, height }) => [width, height]), [[640, 480]]);
+  await rowsShow(/^Ready\.$/);
+  await type("PRINT 6*7");
+  await rowsShow(/^ 42$/);
+  const [last] = (await messages("rows")).slice(-1);
+  assert.equal(last.columns, 80);
+  assert.equal(last.rows.length, 30);
+  const row = last.rows.findLastIndex((text) => text !== "") + 1;
+  assert.deepEqual(last.cursor, { row, column: 0 });
+  assert.deepEqual(await messages("failed"), []);
+});
+
+test("Escape ends an endless loop, and pictures come while it runs", async () => {
+  await start();
+  await heard("ready");
+  await type("10 X=X+1:GOTO 10");
+  await type("RUN");
+  await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === false, { polling: 20 });
+  await new Promise((done) => setTimeout(done, 500));
+  await tell({ type: "picture" });
+  await heard("picture");
+  await tell({ type: "key", scan: 23, character: 0 });
+  await rowsShow(/Break/);
+  await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === true, { polling: 20 });
+});
+
+test("waiting takes no processor time, at the prompt, in INPUT and in a loop that looks for a key", async () => {
+  await start();
+  await heard("ready");
+  await new Promise((done) => setTimeout(done, 1000));
+  const most = 0.15;
+  const share = await processorShare(2000);
+  assert.ok(share < most, `at the prompt ${share}`);
+  await type("10 INPUT A");
+  await type("20 A$=INKEY$:IF A$=\"\" THEN 20");
+  await type("30 PRINT \"KEY \";A$");
+  await type("RUN");
+  await rowsShow(/^\?/);
+  const inInput = await processorShare(2000);
+  assert.ok(inInput < most, `in INPUT ${inInput}`);
+  await type("1");
+  await new Promise((done) => setTimeout(done, 1000));
+  const inLoop = await processorShare(2000);
+  assert.ok(inLoop < 0.75, `in a loop with INKEY$ ${inLoop}`);
+  await tell({ type: "key", scan: 0, character: 113 });
+  await rowsShow(/^KEY q$/);
+});
+
+test("what becomes of the volume is told, and what is put there is there", async () => {
+  await start({ files: [{ path: "/GAMES", folder: true }, { path: "/GAMES/NIM.BAS", text: "10 PRINT \"nim é\"\n" }] });
+  await heard("ready");
+  assert.deepEqual(await messages("volume"), []);
+  await type("LOAD \"GAMES/NIM.BAS\"");
+  await type("LIST");
+  await rowsShow(/^10 PRINT "nim é"$/);
+  await type("SAVE \"COPY.BAS\"");
+  await type("MKDIR \"NEW\"");
+  await type("NAME \"COPY.BAS\" AS \"OTHER.BAS\"");
+  await type("KILL \"GAMES/NIM.BAS\"");
+  await rowsShow(/^KILL .*\nReady\.$/);
+  const changes = await page.evaluate(() => heard.filter(({ type }) => type === "volume").flatMap(({ changes }) => changes)
+    .map(({ path, bytes, folder, gone }) => [path, gone ? "gone" : folder ? "folder" : new TextDecoder().decode(bytes)]));
+  const state = new Map();
+  for (const [name, what] of changes) state.set(name, what);
+  assert.deepEqual([...state].sort(), [
+    ["/COPY.BAS", "gone"], ["/GAMES/NIM.BAS", "gone"], ["/NEW", "folder"], ["/OTHER.BAS", "10 PRINT \"nim é\"\r\n"],
+  ]);
+  await page.evaluate(() => worker.postMessage({ type: "put", path: "/LATE.TXT", bytes: new Uint8Array([72, 73]), modified: 0 }));
+  await tell({ type: "remove", path: "/OTHER.BAS" });
+  await type("CLS");
+  await type("FILES");
+  await rowsShow(/LATE\.TXT[^]*^Ready\.$/);
+  assert.ok(!(await page.evaluate(() => rows().join("\n"))).includes("OTHER"));
+  for (const name of ["/A:B", "/..", "/" + "A".repeat(256)]) {
+    await page.evaluate((path) => worker.postMessage({ type: "put", path, bytes: new Uint8Array(1), modified: 0 }), name);
+  }
+  await page.waitForFunction(() => heard.filter(({ type }) => type === "rejected").length === 3, { polling: 20 });
+});
+
+test("pasted text is typed line by line, and what the machine does not have is told", async () => {
+  await start();
+  await heard("ready");
+  await tell({ type: "text", text: "10 FOR I=1 TO 300000:NEXT\n20 INPUT A$\n30 PRINT \"[\";A$;\"]\"\nRUN\nß漢x\n" });
+  await rowsShow(/^\[ßx\]$/);
+  assert.deepEqual((await messages("unknown")).map(({ characters }) => characters), ["漢"]);
+});
+
+test("CREATEEFI packs the image that the page has handed over", async () => {
+  await start({ image: true });
+  await heard("ready");
+  await type("10 PRINT \"PACKED\"");
+  await type("CREATEEFI \"ALONE.EFI\"");
+  await page.waitForFunction(() => heard.some(({ type, changes }) => type === "volume" && changes.some(({ path, bytes }) => path === "/ALONE.EFI" && bytes?.length > 0)), { polling: 20 });
+  const { same, size } = await page.evaluate(async () => {
+    const image = new Uint8Array(await (await fetch("korvane.efi")).arrayBuffer());
+    const packed = heard.filter(({ type }) => type === "volume").flatMap(({ changes }) => changes).findLast(({ path, bytes }) => path === "/ALONE.EFI" && bytes).bytes;
+    // Only the header's fields of sizes and its checksum may differ.
+    let same = 0;
+    for (let i = 0; i < image.length; ++i) same += image[i] === packed[i];
+    return { same: image.length - same, size: packed.length - image.length };
+  });
+  assert.ok(size > 0, "nothing is packed");
+  assert.ok(same < 64, `${same} bytes of the image differ`);
+});
+
+// The same program on the hosted firmware leaves the stored picture.
+for (const name of ["mandelbrot", "maze", "plotter", "sprite", "dashboard"]) {
+  test(`${name} draws the same picture as on the hosted firmware, pixel by pixel`, async () => {
+    const program = fs.readFileSync(path.join(ROOT, `examples/${name}.bas`), "utf8");
+    const stored = fs.readFileSync(path.join(ROOT, `docs/pictures/${name}.png`)).toString("base64");
+    await start({ files: [{ path: "/STARTUP.BAS", text: program }] });
+    const difference = await page.evaluate(async (stored) => {
+      const pixels = async (blob) => {
+        const bitmap = await createImageBitmap(blob, { colorSpaceConversion: "none" });
+        const context = new OffscreenCanvas(bitmap.width, bitmap.height).getContext("2d");
+        context.drawImage(bitmap, 0, 0);
+        return context.getImageData(0, 0, bitmap.width, bitmap.height);
+      };
+      const expected = await pixels(await (await fetch(`data:image/png;base64,${stored}`)).blob());
+      let differing = -1;
+      for (let tries = 0; tries < 100 && differing !== 0; ++tries) {
+        await new Promise((done) => setTimeout(done, 300));
+        const count = heard.filter(({ type }) => type === "picture").length;
+        worker.postMessage({ type: "picture" });
+        for (let waited = 0; waited < 100; ++waited) {
+          if (heard.filter(({ type }) => type === "picture").length > count) break;
+          await new Promise((done) => setTimeout(done, 20));
+        }
+        const blob = heard.findLast(({ type }) => type === "picture")?.blob;
+        if (!blob) continue;
+        const seen = await pixels(blob);
+        if (seen.width !== expected.width || seen.height !== expected.height) return `${seen.width}x${seen.height}`;
+        differing = 0;
+        for (let i = 0; i < seen.data.length; ++i) differing += seen.data[i] !== expected.data[i];
+      }
+      return differing;
+    }, stored);
+    assert.equal(difference, 0);
+  });
+}
+
+test("nothing is drawn or told while nothing changes", async () => {
+  await start();
+  await heard("ready");
+  await new Promise((done) => setTimeout(done, 1000));
+  const before = await page.evaluate(() => heard.length);
+  await new Promise((done) => setTimeout(done, 1000));
+  assert.equal(await page.evaluate(() => heard.length), before);
+});
+
+test("the text is told ten times a second at most while a program prints", async () => {
+  await start();
+  await heard("ready");
+  await type("10 PRINT RND:GOTO 10");
+  await type("RUN");
+  await new Promise((done) => setTimeout(done, 500));
+  const before = (await messages("rows")).length;
+  await new Promise((done) => setTimeout(done, 2000));
+  const count = (await messages("rows")).length - before;
+  assert.ok(count >= 2 && count <= 22, `${count} times in two seconds`);
+});
+
+// What a browser lacks is taken away before the worker's own code begins.
+for (const [reason, lack] of [
+  ["jspi", "delete WebAssembly.Suspending;"],
+  ["memory64", "const Memory = WebAssembly.Memory; WebAssembly.Memory = class { constructor(type) { if (type.address) throw new TypeError(); return new Memory(type); } };"],
+]) {
+  test(`it is refused where the browser lacks ${reason}`, async () => {
+    page = await browser.newPage();
+    await page.goto(`${server.address}examples.json`);
+    await page.evaluate((lack) => new Promise((loaded) => {
+      globalThis.heard = [];
+      const address = new URL("machine/worker.js", location.href).href;
+      const code = new Blob([`${lack} await import("${address}"); postMessage("loaded");`], { type: "text/javascript" });
+      globalThis.worker = new Worker(URL.createObjectURL(code), { type: "module" });
+      worker.onmessage = ({ data }) => (data === "loaded" ? loaded() : heard.push(data));
+    }), lack);
+    await tell({ type: "start", module: "../korvane.wasm", width: 640, height: 480, files: [], image: null, canvas: null });
+    await page.waitForFunction(() => heard.length > 0, { polling: 20 });
+    assert.deepEqual(await messages("refused"), [{ type: "refused", reason }]);
+  });
+}
