@@ -58,11 +58,10 @@ std::string out_of_order(const std::string& text, bool shuffled) {
         lines.push_back(text.substr(start, end - start));
         start = end;
     }
-    if (shuffled) {
+    if (shuffled)
         std::ranges::shuffle(lines, std::mt19937(1));
-    } else {
+    else
         std::ranges::reverse(lines);
-    }
     std::string result;
     for (const std::string& line : lines)
         result += line;
