@@ -112,12 +112,7 @@ VariableEntry* create_variable(const char* name, bool is_array) {
 void remove_variable(VariableEntry* entry) {
     refresh_index();
     VariableEntry* end = variables.table + variables.count;
-    const auto number_of = [](const VariableEntry* of) {
-        return static_cast<std::uint16_t>(of - variables.table);
-    };
-    names.remove(entry->name, number_of(entry));
-    for (const VariableEntry* later = entry + 1; later != end; ++later)
-        names.move_down(later->name, number_of(later));
+    names.remove(entry->name, static_cast<std::uint16_t>(entry - variables.table));
     move_bytes(entry, entry + 1, static_cast<std::size_t>(end - (entry + 1)) * sizeof(VariableEntry));
     --variables.count;
     ++arenas.generation;
