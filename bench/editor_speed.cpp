@@ -6,6 +6,7 @@
 #include <cstring>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,24 @@ std::string program_text(int first_number, int distance, int count) {
     for (int i = 0; i < count; ++i)
         text += std::to_string(first_number + i * distance) + ' ' + text_of_line(i) + "\r\n";
     return text;
+}
+
+// The same lines in another order.
+std::string out_of_order(const std::string& text, bool shuffled) {
+    std::vector<std::string> lines;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = text.find('\n', start) + 1;
+        lines.push_back(text.substr(start, end - start));
+        start = end;
+    }
+    if (shuffled)
+        std::ranges::shuffle(lines, std::mt19937(1));
+    else
+        std::ranges::reverse(lines);
+    std::string result;
+    for (const std::string& line : lines)
+        result += line;
+    return result;
 }
 
 void write_file(const std::filesystem::path& path, const std::string& content) {
@@ -185,6 +204,11 @@ class Editor {
             write_file(session_.file(file_name(lines)), program_text(step, step, lines));
         write_file(session_.file(file_name(long_program)),
                    program_text(long_program_start, step, long_program));
+        for (const int lines : {most_lines, most_lines / 2}) {
+            const std::string text = program_text(step, step, lines);
+            write_file(session_.file("DOWN" + file_name(lines)), out_of_order(text, false));
+            write_file(session_.file("MIXED" + file_name(lines)), out_of_order(text, true));
+        }
         // The other way round, so that each line goes to the top.
         write_file(session_.file("TOP.BAS"), program_text(inserted, -1, inserted));
     }
@@ -192,6 +216,8 @@ class Editor {
     void measure_all() {
         const Table table("work", "yardstick", milliseconds);
         measure_load(table);
+        measure_load_out_of_order(table, "DOWN", "in descending order");
+        measure_load_out_of_order(table, "MIXED", "in no order");
         measure_save(table);
         measure_insertion(table);
         measure_typing(table);
@@ -222,6 +248,20 @@ class Editor {
         table.row("LOAD of 65,536 lines; firmware's reads", all);
         table.row("LOAD of 65,536 lines; LOAD of 32,768",
                   compare([&] { return load(most_lines); }, [&] { return load(most_lines / 2); }), 2.2);
+    }
+
+    void measure_load_out_of_order(const Table& table, const std::string& name, const std::string& order) {
+        const auto load = [&](int lines) {
+            return session_.seconds_of("LOAD \"" + name + file_name(lines) + "\"");
+        };
+        const Comparison all = compare([&] { return load(most_lines); },
+                                       [&] { return session_.seconds_of(load_command(most_lines)); });
+        table.row("LOAD of 65,536 lines " + order + "; in order", all, 4);
+        const Comparison growth =
+            compare([&] { return load(most_lines); }, [&] { return load(most_lines / 2); });
+        table.row("LOAD of 65,536 lines " + order + "; of 32,768", growth, 2.5);
+        session_.enter("LOAD \"" + name + file_name(most_lines) + "\"");
+        expect(saved() == program_text(step, step, most_lines), "LOAD");
     }
 
     void measure_save(const Table& table) {

@@ -2,7 +2,9 @@
 
     python3 bench/run.py [--part NAME]... [--rounds N] [options of compare.py]
 
-Without --part it runs all of them but "shapes", which compares statements with their general handlers; options that only compare.py knows choose the part "tasks".
+Without --part it runs all of them but "shapes", which compares statements with their general handlers, "even", which compares
+those that may fall behind with other interpreters, and "web", which compares the machine for browsers with the image; options
+that only compare.py knows choose the part "tasks".
 """
 
 import argparse
@@ -19,7 +21,7 @@ PROGRAMS = {
     "growth": ("Long programs and many names", "growth_speed"),
     "startup": ("Start-up", "startup_speed"),
 }
-PARTS = ["tasks", *PROGRAMS, "shapes"]
+PARTS = ["tasks", *PROGRAMS, "shapes", "even", "web"]
 
 
 def parse_arguments():
@@ -50,6 +52,14 @@ def main():
     if "shapes" in arguments.part:
         print("\nStatements, beside the image without specialised ones\n", flush=True)
         command = [sys.executable, ROOT / "bench/shapes.py", *common, "--image", arguments.image, *for_tasks]
+        failures += subprocess.run(command, check=False).returncode != 0
+    if "even" in arguments.part:
+        print("\nStatements that may fall behind\n", flush=True)
+        command = [sys.executable, ROOT / "bench/even.py", *common, "--image", arguments.image, *for_tasks]
+        failures += subprocess.run(command, check=False).returncode != 0
+    if "web" in arguments.part:
+        print("\nIn Chromium, beside the image on the hosted firmware\n", flush=True)
+        command = [sys.executable, ROOT / "bench/web_speed.py", *common, "--image", arguments.image, *for_tasks]
         failures += subprocess.run(command, check=False).returncode != 0
     return 1 if failures else 0
 

@@ -25,31 +25,7 @@ add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
 # Whatever does not run in a program's inner loops is compiled for size: the image is copied into every program
 # that is made standalone, and firmware reads it slowly. What is named here is compiled for speed; a name that
 # stands for no file stops the configuration.
-set(KORVANE_HOT_NAMES
-    dispatch
-    fast/assignment fast/comparison_steps fast/conditions fast/data_statements fast/element_assignments
-    fast/element_steps fast/function_steps fast/jumps fast/links fast/loops fast/operator_steps
-    fast/places fast/run_fast fast/scalar_assignments fast/sides fast/statement_end fast/text_assignments
-    fast/text_comparisons fast/text_steps fast/truth
-    files/output
-    numbers/angle_reduction numbers/circular_kernels numbers/decimal numbers/exponential_kernels numbers/format
-    numbers/scaled
-    platform/clock platform/firmware platform/memory platform/stack
-    program/program_store program/tokenizer
-    run/conditions run/control_stacks run/jumps run/loops run/run
-    screen/console screen/framebuffer screen/gfx_line screen/plot screen/text_windows
-    statements/data/data_statements statements/graphics/circle statements/graphics/image_array statements/graphics/paint
-    statements/graphics/plot_statements
-    values/arrays values/convert values/data_items values/evaluator values/function_support values/operators
-    values/store values/string_functions values/user_calls values/user_functions values/variables)
-set(KORVANE_HOT_SOURCES)
-foreach(name ${KORVANE_HOT_NAMES})
-  set(source ${CMAKE_SOURCE_DIR}/src/${name}.cpp)
-  if(NOT EXISTS ${source})
-    message(FATAL_ERROR "cmake/image.cmake: src/${name}.cpp is to be compiled for speed, but there is no such file")
-  endif()
-  list(APPEND KORVANE_HOT_SOURCES ${source})
-endforeach()
+include(cmake/hot_sources.cmake)
 set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES})
 list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES})
 set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS "-Oz;-flto")

@@ -9,6 +9,12 @@ set(KORVANE_PAGE_SOURCES ${CMAKE_SOURCE_DIR}/web/machine/machine.cpp ${CMAKE_SOU
                          ${CMAKE_SOURCE_DIR}/web/machine/host_ticks.cpp)
 list(REMOVE_ITEM KORVANE_MACHINE_SOURCES ${KORVANE_PAGE_SOURCES})
 
+# What is fetched over a network is small, but for the inner loops.
+include(cmake/hot_sources.cmake)
+set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES} ${KORVANE_FIRMWARE_SOURCES} ${KORVANE_MACHINE_SOURCES})
+list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES} ${CMAKE_SOURCE_DIR}/web/machine/library.cpp)
+set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS -Oz)
+
 add_library(machine_parts OBJECT ${KORVANE_SOURCES} ${KORVANE_FIRMWARE_SOURCES} ${KORVANE_MACHINE_SOURCES}
                                  ${KORVANE_FONT_SOURCE})
 target_include_directories(machine_parts PUBLIC ${CMAKE_SOURCE_DIR}/src ${CMAKE_SOURCE_DIR}/host/firmware

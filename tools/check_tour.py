@@ -14,7 +14,7 @@ ROOT = pathlib.Path(__file__).resolve().parent.parent
 PAGES = ["docs/inside.md", "CONTRIBUTING.md"]
 PATH = re.compile(r"`((?:[\w.*-]+/)*[\w*-]+(?:\.(?:h|cpp|py|sh|cmake|md)|/))`")
 # Shown as what they would be called, or made by a build.
-EXAMPLES = {"tests/language/FOLDER", "do_xxx", "KW_"}
+EXAMPLES = {"tests/language/FOLDER", "build/web/", "do_xxx", "KW_"}
 NAME = re.compile(r"`([A-Za-z_][\w.:]*)(\([^`]*\))?`")
 SOURCES = {".h", ".cpp", ".py", ".sh", ".cmake", ".txt", ".json"}
 SOURCE_FOLDERS = ["src", "host", "tests", "bench", "tools", "cmake"]

@@ -28,6 +28,7 @@ LICENCES = {"LICENSE.TXT": ROOT / "LICENSE", "FONT.TXT": ROOT / "LICENSE.font.tx
 IMAGE_MIB = 64
 PARTITION_START = 1024 * 1024  # the usual alignment, and where mtools finds the file system
 SECTOR = 512
+ILLEGAL_CHARACTERS = re.compile(r'[\x00-\x1f"*:<>?\\|]')  # of FAT
 BACKUP_GPT_SECTORS = 33
 
 
@@ -53,6 +54,9 @@ def root_files(files, examples=()):
         name = os.path.basename(file).upper()
         if not os.path.isfile(file):
             raise DiskImageError(f"{file} is a folder" if os.path.isdir(file) else f"there is no file {file}")
+        illegal = ILLEGAL_CHARACTERS.search(name)
+        if illegal:
+            raise DiskImageError(f"{file}: a name on the disk cannot have the character {illegal[0]!r}")
         if name in placed:
             raise DiskImageError(f"{placed[name]} and {file} would both be {name} on the disk")
         placed[name] = file
@@ -91,7 +95,8 @@ class DiskImage:
 
     def put(self, local, name):
         """Copies a file of the host into the image, replacing an older one."""
-        run("mcopy", "-i", self.drive, "-o", str(local), f"::/{name}")
+        # A name such as a:b would be that of a drive.
+        run("mcopy", "-i", self.drive, "-o", os.path.abspath(local), f"::/{name}")
 
     def put_bytes(self, data, name):
         run("mcopy", "-i", self.drive, "-o", "-", f"::/{name}", input=data)

@@ -48,12 +48,11 @@ constexpr std::string_view usage =
     "korvane-files at home, which is made with the examples in it.\n";
 
 [[noreturn]] void show_usage() {
-    for (const char character : usage) {
+    for (const char character : usage)
         if (character == '@')
             std::cout << program_name();
         else
             std::cout << character;
-    }
     std::exit(EXIT_SUCCESS);
 }
 
@@ -90,9 +89,7 @@ TerminalOptions parse_options(int count, char** arguments) {
     TerminalOptions options;
     for (int i = 1; i < count; ++i) {
         const std::string_view argument = arguments[i];
-        if (argument == "--help") {
-            show_usage();
-        }
+        if (argument == "--help") show_usage();
         if (argument == "--version") {
             std::cout << "Korvane BASIC " << version << '\n';
             std::exit(EXIT_SUCCESS);

@@ -54,6 +54,8 @@ std::u16string command_line(const TerminalOptions& options) {
             rest.remove_prefix(std::max<std::size_t>(character.bytes, 1));
         }
         const bool is_quoted = codes.empty() || codes.find_first_of(u" \t") != codes.npos;
+        // There is no way to write a quotation mark into such an argument, or in front of another.
+        if (is_quoted || codes.front() == u'"') std::replace(codes.begin(), codes.end(), u'"', u'\'');
         if (!line.empty()) line += u' ';
         line += is_quoted ? u'"' + codes + u'"' : codes;
     }

@@ -38,6 +38,7 @@ bool specialise_scalar(Token* at) {
     at->execute = scalar_handler(entry->type, value.node());
     hold_value(at, equals, value);
     as<AssignmentRecord>(equals).place = entry->storage;
+    if (value.node().draws) keep_random(at);
     return true;
 }
 
@@ -50,6 +51,7 @@ bool specialise_array_element(Token* at) {
     bind_element(element.node());
     as<ElementRecord>(at + 1).equals = equals;
     hold_value(at, equals, value);
+    if (element.node().draws || value.node().draws) keep_random(at);
     return true;
 }
 

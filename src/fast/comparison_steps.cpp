@@ -27,33 +27,26 @@ inline bool are_exact(double left, double right) {
     return __builtin_fabs(left) <= exact_integers && __builtin_fabs(right) <= exact_integers;
 }
 
-// A number that fails may be an integer that no double holds: the general evaluator compares it exactly.
-template <int relation>
-Whole compare_checked(std::int64_t, Token* at) {
-    const double left = left_real(at);
-    const double right = quick_right_real(at);
-    return are_exact(left, right) ? truth(holds<relation>(left, right), at) : no_whole;
-}
-
-// Where the sides must not change places the operator is read again.
+// Where care is needed the sides do not change places, and the operator is read again.
 template <typename Number>
-Whole compare_ordered(Number left, Number right, Token* at) {
+Whole compare_in_order(Number left, Number right, Token* at) {
     const Token* operation = at;
     const std::uint8_t outcome = left < right ? LESS : left > right ? GREATER : EQUAL;
     return truth((read_relation(operation) & outcome) != 0, at);
 }
 
-Whole compare_reals_in_order(std::int64_t, Token* at) {
+// A number that fails may be an integer that no double holds: the general evaluator compares it exactly.
+Whole compare_reals_with_care(std::int64_t, Token* at) {
     const double left = left_real(at);
-    const double right = right_real(at);
-    return are_exact(left, right) ? compare_ordered(left, right, at) : no_whole;
+    const double right = quick_right_real(at);
+    return are_exact(left, right) ? compare_in_order(left, right, at) : no_whole;
 }
 
-Whole compare_wholes_in_order(std::int64_t, Token* at) {
+Whole compare_wholes_with_care(std::int64_t, Token* at) {
     const Whole left = left_whole(at);
     if (left.failed != 0) return left;
     const Whole right = right_whole(at);
-    return right.failed != 0 ? right : compare_ordered(left.value, right.value, at);
+    return right.failed != 0 ? right : compare_in_order(left.value, right.value, at);
 }
 
 template <int relation, typename Number>
@@ -100,9 +93,8 @@ WholeStep choose_for_wholes(const OperatorRecord& record) {
 }
 
 template <int relation>
-WholeStep choose_for(const OperatorRecord& record, Domain domain, Comparison comparison) {
+WholeStep choose_for(const OperatorRecord& record, Domain domain) {
     if (domain == Domain::whole) return choose_for_wholes<relation>(record);
-    if (comparison == Comparison::checked) return compare_checked<relation>;
     if (domain == Domain::single) return compare_plain<relation, float>;
     const bool plain = is_plain<double>(record.left_kind) && is_plain<double>(record.right_kind);
     return plain ? compare_plain<relation, double> : compare_reals<relation>;
@@ -128,15 +120,15 @@ int lesser_first(const Token* at) {
     return relation == (GREATER | EQUAL) ? LESS | EQUAL : relation;
 }
 
-[[gnu::cold]] void set_comparison_step(Token* at, Domain domain, Comparison comparison) {
+[[gnu::cold]] void set_comparison_step(Token* at, Domain domain, bool with_care) {
     auto& record = as<OperatorRecord>(at);
-    if (comparison == Comparison::ordered) {
-        record.function.whole = domain == Domain::whole ? compare_wholes_in_order : compare_reals_in_order;
+    if (with_care) {
+        record.function.whole = domain == Domain::whole ? compare_wholes_with_care : compare_reals_with_care;
         return;
     }
     const int relation = put_lesser_first(at);
     record.function.whole = choose<LESS, EQUAL, LESS | EQUAL, LESS | GREATER>(
-        relation, [&](auto listed) { return choose_for<listed()>(record, domain, comparison); });
+        relation, [&](auto listed) { return choose_for<listed()>(record, domain); });
 }
 
 }  // namespace korvane::fast

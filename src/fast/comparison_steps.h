@@ -7,17 +7,10 @@
 
 namespace korvane::fast {
 
-// How two numbers are compared.
-enum class Comparison : std::uint8_t {
-    direct,
-    checked,  // as doubles; one comes from an integer that may be too large for that
-    ordered,  // the left one is evaluated first, because both take string space
-};
-
 // The step of a relational operator between numbers: `domain` is that in which its left and right sides are
-// compared. The sides may change places unless the comparison is `ordered`, which is for the real and whole
-// domains only.
-void set_comparison_step(Token* at, Domain domain, Comparison comparison);
+// compared. With care, which the real and whole domains know, the sides are evaluated in order, and doubles
+// are compared only where they are certainly exact; else the sides may change places.
+void set_comparison_step(Token* at, Domain domain, bool with_care);
 
 // The relation that such a step asks for, whose sides are in order: it is not GREATER, with EQUAL or without.
 int lesser_first(const Token* at);

@@ -14,7 +14,7 @@ namespace korvane::fast {
 namespace {
 
 std::uint64_t fall_back_if(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
-    arenas.FREETOP = string_top;
+    give_back(at, string_top);
     return execute_general_if(at, budget);
 }
 
@@ -22,7 +22,7 @@ std::uint64_t fall_back_if(Token* at, std::uint64_t budget, std::uint8_t* string
 // done now. An IF within a THEN part has been counted by the one around it.
 std::uint64_t pause_before(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
     if (execution.then_part) return fall_back_if(at, budget, string_top);
-    arenas.FREETOP = string_top;
+    give_back(at, string_top);
     return pause(at);
 }
 
@@ -85,6 +85,7 @@ bool specialise_if(Token* at) {
     record.when_true = to_line ? target_of(then) : following(then);
     record.when_false = false_target(at, condition.end);
     at->execute = to_line ? if_handler<true>(at, condition) : if_handler<false>(at, condition);
+    if (condition.node().draws) keep_random(at);
     const bool lone = then_part_is_lone(at);
     if (lone) record.condition_kind |= IfRecord::lone_then_part;
     // The IF, the statement and perhaps the ELSE behind it.

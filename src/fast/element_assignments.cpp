@@ -56,9 +56,9 @@ Execute choose_element_shape(const Node& element, std::uint8_t value_kind) {
 }  // namespace
 
 Execute element_handler(const Node& element, const Node& value) {
-    // What takes string space has to give it back when it fails.
-    const bool allocates = element.allocates || value.allocates;
-    const Execute shape = allocates ? nullptr : choose_element_shape(element, value.kind);
+    // What takes string space or random numbers has to give them back when it fails.
+    const bool takes = element.takes() || value.takes();
+    const Execute shape = takes ? nullptr : choose_element_shape(element, value.kind);
     if (shape != nullptr) return shape;
     if (element.type == Type::STRING) return choose_text_element_assignment(value);
     return choose_by_type(element.type,

@@ -75,11 +75,7 @@ void emit_relation(const Node& node) {
     if (node.domain == Domain::text)
         set_text_comparison_step(node.token);
     else
-        set_comparison_step(node.token, node.domain, node.comparison);
-}
-
-const char* name_of_call(const Node& node) {
-    return node.token[-1].name;
+        set_comparison_step(node.token, node.domain, node.with_care);
 }
 
 Type last_argument_type(const Node& node) {
@@ -108,10 +104,10 @@ void emit_call(const Node& node) {
     emit_arguments(node);
     switch (node.form) {
         case Form::call:
-            set_function_step(node.token, name_of_call(node), node.domain);
+            set_function_step(node.token, *node.built_in, last_argument_type(node), node.domain);
             break;
         case Form::text_call:
-            set_text_function_step(node.token, name_of_call(node), last_argument_type(node));
+            set_text_function_step(node.token, *node.built_in, last_argument_type(node));
             break;
         default:
             set_user_function_step(node.token, node.function, node.domain);
@@ -126,6 +122,8 @@ Side emit(std::int16_t index) {
     switch (node.form) {
         case Form::variable:
             return {.kind = node.kind, .leaf = node.storage, .chain = nullptr, .last = nullptr};
+        case Form::bare_call:
+            return {.kind = node.kind, .leaf = node.built_in, .chain = nullptr, .last = nullptr};
         case Form::literal:
             return {.kind = node.kind,
                     .leaf = emit_literal(node.token, node.kind),

@@ -7,6 +7,8 @@
 #include "numbers/kernels.h"
 #include "numbers/rounding.h"
 #include "platform/stack.h"
+#include "values/functions.h"
+#include "values/random.h"
 #include "values/string_functions.h"
 #include "values/text_number.h"
 #include "values/user_functions.h"
@@ -87,8 +89,46 @@ double number_in_text(double, Token* at) {
     return cannot_overflow(characters) ? go_on(longest_number(characters).real, at) : no_number();
 }
 
+double same(double x) {
+    return x;
+}
+
+// RND with an argument of which the general handler has nothing to say.
+float random_number(float, Token* at) {
+    const double x = right_real(at);
+    if (!(__builtin_fabs(x) <= exact_integers)) return static_cast<float>(no_number());
+    return go_on_single(static_cast<float>(random_for(Value::of_real(x)).real), at);
+}
+
+// What any integer is an argument for: the function itself is called.
+Whole function_of_integer(std::int64_t, Token* at) {
+    const auto& call = as<CallRecord>(at);
+    if (call.last_argument == Type::STRING) return no_whole;
+    const Whole x = quick_right_index(at);
+    return x.failed != 0 ? x : go_on_whole(call.built_in->unary(Value::of_integer(x.value)).integer, at);
+}
+
+// The bytes of a number in a text, which must be so many.
+Value image_value(const Token* at, std::uint32_t size) {
+    const Value image = right_text(at);
+    return failed(image) || image.length < size ? no_text() : as<CallRecord>(at).built_in->unary(image);
+}
+
+Whole integer_image(std::int64_t, Token* at) {
+    const Value value = image_value(at, 2);
+    return failed(value) ? no_whole : go_on_whole(value.integer, at);
+}
+float single_image(float, Token* at) {
+    const Value value = image_value(at, 4);
+    return failed(value) ? static_cast<float>(no_number()) : go_on_single(static_cast<float>(value.real), at);
+}
+double double_image(double, Token* at) {
+    const Value value = image_value(at, 8);
+    return failed(value) ? no_number() : go_on(value.real, at);
+}
+
 // What the result's type is made of.
-enum class ResultRule : std::uint8_t { always_double, as_argument, always_integer };
+enum class ResultRule : std::uint8_t { always_double, always_single, as_argument, always_integer };
 
 struct FunctionRow {
     std::string_view name;
@@ -115,6 +155,18 @@ constexpr FunctionRow rows[] = {
     {"ASC", ResultRule::always_integer, nullptr, nullptr, code_of_text},
     {"INSTR", ResultRule::always_integer, nullptr, nullptr, position_in_text},
     {"VAL", ResultRule::always_double, number_in_text, nullptr, nullptr},
+    {"RND", ResultRule::always_single, nullptr, random_number, nullptr},
+    {"CDBL", ResultRule::always_double, real_function<same>, nullptr, nullptr},
+    {"CSNG", ResultRule::always_single, nullptr, single_function<same>, nullptr},
+    {"CVI", ResultRule::always_integer, nullptr, nullptr, integer_image},
+    {"CVS", ResultRule::always_single, nullptr, single_image, nullptr},
+    {"CVD", ResultRule::always_double, double_image, nullptr, nullptr},
+    {"PEEK", ResultRule::always_integer, nullptr, nullptr, function_of_integer},
+    {"PEEK16", ResultRule::always_integer, nullptr, nullptr, function_of_integer},
+    {"PEEK32", ResultRule::always_integer, nullptr, nullptr, function_of_integer},
+    {"PEEK64", ResultRule::always_integer, nullptr, nullptr, function_of_integer},
+    {"POS", ResultRule::always_integer, nullptr, nullptr, function_of_integer},
+    {"FRE", ResultRule::always_integer, nullptr, nullptr, function_of_integer},
 };
 
 const FunctionRow* find_row(std::string_view name) {
@@ -212,6 +264,8 @@ Type function_result(std::string_view name, Type argument) {
     switch (find_row(name)->rule) {
         case ResultRule::always_double:
             return Type::DOUBLE;
+        case ResultRule::always_single:
+            return Type::SINGLE;
         case ResultRule::as_argument:
             return argument;
         default:
@@ -219,9 +273,22 @@ Type function_result(std::string_view name, Type argument) {
     }
 }
 
-void set_function_step(Token* bracket, std::string_view name, Domain domain) {
-    const FunctionRow* row = find_row(name);
-    StepFunction& function = as<CallRecord>(bracket).function;
+Type bare_function_result(std::string_view name) {
+    if (name.back() == '$') return Type::STRING;
+    if (name == "RND") return Type::SINGLE;
+    return name == "TIMER" ? Type::DOUBLE : Type::INT64;
+}
+
+bool draws_random(std::string_view name) {
+    return name == "RND";
+}
+
+void set_function_step(Token* bracket, const BuiltInFunction& built_in, Type last, Domain domain) {
+    auto& call = as<CallRecord>(bracket);
+    call.last_argument = last;
+    call.built_in = &built_in;
+    const FunctionRow* row = find_row(bracket[-1].name);
+    StepFunction& function = call.function;
     switch (domain) {
         case Domain::real:
             function.real = row->real;

@@ -8,8 +8,9 @@
 #include "fast/step.h"
 
 namespace korvane {
+struct BuiltInFunction;
 struct UserFunction;
-}
+}  // namespace korvane
 
 namespace korvane::fast {
 
@@ -27,9 +28,15 @@ bool gives_number(std::string_view name);
 // The type of its result, given the type of the last argument.
 Type function_result(std::string_view name, Type argument);
 
-// Sets the step of a call, whose "(" is `bracket`. The bracket and its commas hold the arguments
-// like subscripts.
-void set_function_step(Token* bracket, std::string_view name, Domain domain);
+// The type that a built-in function without arguments gives.
+Type bare_function_result(std::string_view name);
+
+// Whether evaluating the function changes what the next random number is.
+bool draws_random(std::string_view name);
+
+// Sets the step of a call, whose "(" is `bracket`; `last` is the type of the last argument. The bracket and
+// its commas hold the arguments like subscripts.
+void set_function_step(Token* bracket, const BuiltInFunction& function, Type last, Domain domain);
 
 // Sets the step of a call of a user function. The bracket and its commas hold the arguments like subscripts;
 // the function's head token holds its body as right side. All parameters are numeric.

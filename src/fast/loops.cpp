@@ -99,7 +99,7 @@ std::uint64_t for_loop(Current at, std::uint64_t budget) {
 // Reads the number behind a word, in its own domain so that the general NEXT sees the type it would
 // have seen.
 bool read_bound(Token* word, Expression& bound) {
-    return read_expression(word + 1, Domain::whole, bound) && !bound.node().allocates;
+    return read_expression(word + 1, Domain::whole, bound) && !bound.node().takes();
 }
 
 void hold_bound(Token* word, const Expression& bound) {
@@ -172,16 +172,20 @@ Execute choose_next(Type type) {
 
 // ---- WHILE --------------------------------------------------------------------------------------
 
-template <typename Condition>
+// `takes`: evaluating the condition takes what a failure gives back.
+template <typename Condition, bool takes>
 std::uint64_t while_true(Current at, std::uint64_t budget) {
+    std::uint8_t* string_top = takes ? arenas.FREETOP : nullptr;
     const Truth truth = Condition::of(at);
     if (truth == Truth::is_false && at->jump_known) {
         const Position wend = as<WhileRecord>(at).wend;
         Token* behind = cached_statement({wend.line, wend.record + 1});
         if (behind != nullptr) KORVANE_JUMP return jump(behind, budget);
     }
-    if (truth != Truth::is_true || control_stacks.while_count == max_while_depth)
+    if (truth != Truth::is_true || control_stacks.while_count == max_while_depth) {
+        if (takes) return fall_back(at, budget, string_top);
         KORVANE_JUMP return execute_general(at, budget);
+    }
     control_stacks.whiles[control_stacks.while_count++] = {
         .start = as<WhileRecord>(at).own, .token = at, .epoch = program.cache_epoch};
     KORVANE_JUMP return proceed(as<WhileRecord>(at).after, budget);
@@ -247,12 +251,19 @@ bool specialise_next(Token* at) {
 
 bool specialise_while(Token* at) {
     Expression condition;
-    if (!read_expression(at + 1, Domain::whole, condition) || condition.node().allocates) return false;
+    if (!read_expression(at + 1, Domain::whole, condition)) return false;
     auto& record = as<WhileRecord>(at);
     record.own = {execution.line, record_of(at)};
     record.after = link_behind(at, condition.end);
-    at->execute = hold_condition(at, condition,
-                                 [](auto form) -> Execute { return guarded<while_true<decltype(form)>>; });
+    const bool takes = condition.node().takes();
+    at->execute = hold_condition(at, condition, [takes](auto form) -> Execute {
+        using Condition = decltype(form);
+        if constexpr (Condition::may_take) {
+            if (takes) return guarded<while_true<Condition, true>>;
+        }
+        return guarded<while_true<Condition, false>>;
+    });
+    if (condition.node().draws) keep_random(at);
     return true;
 }
 

@@ -7,13 +7,13 @@
 #include <array>
 #include <cstdint>
 
-#include "fast/comparison_steps.h"
 #include "fast/step.h"
 #include "platform/stack.h"
 #include "program/token.h"
 
 namespace korvane {
 struct ArrayBlock;
+struct BuiltInFunction;
 struct UserFunction;
 }  // namespace korvane
 
@@ -23,6 +23,7 @@ namespace korvane::fast {
 enum class Form : std::uint8_t {
     variable,
     literal,
+    bare_call,  // of a built-in function without arguments
     binary,
     relation,
     sign,
@@ -42,9 +43,10 @@ struct Node {
     Type type;
     Token* token;  // the operator, the literal, the bracket; of an argument, the mark in front of it
     union {
-        const void* storage;      // of a variable
-        const ArrayBlock* array;  // of an element
-        UserFunction* function;   // of a user function's call
+        const void* storage;              // of a variable
+        const ArrayBlock* array;          // of an element
+        UserFunction* function;           // of a user function's call
+        const BuiltInFunction* built_in;  // of a built-in function's call
     };
     // Other nodes, or `none`.
     union {
@@ -56,13 +58,21 @@ struct Node {
         std::int16_t first_argument;  // of an element or a call
         std::int16_t value;           // of an argument
     };
-    bool exact;      // of an integer: doubles compute it exactly, and it is no negative zero there
-    bool allocates;  // evaluating it takes string space
-    double bound;    // of an integer: its magnitude is at most this
+    bool exact;  // of an integer: doubles compute it exactly, and it is no negative zero there
+    // What evaluating it takes and a failure gives back: string space, and random numbers.
+    bool allocates;
+    bool draws;
+    double bound;  // of an integer: its magnitude is at most this
     // What has been planned.
-    Domain domain;          // in which it is computed
-    std::uint8_t kind;      // of the Side that it becomes
-    Comparison comparison;  // of a relation of numbers
+    Domain domain;      // in which it is computed
+    std::uint8_t kind;  // of the Side that it becomes
+    bool with_care;     // of a relation of numbers (fast/comparison_steps.h)
+
+    bool takes() const { return allocates || draws; }
+    void take_too(const Node& part) {
+        allocates |= part.allocates;
+        draws |= part.draws;
+    }
 };
 
 // The nodes of the statement being looked at, and how many. Definitions of user functions are finished before

@@ -59,9 +59,20 @@ double bound_of(Type type) {
     return unbounded;
 }
 
+std::int16_t add_bare_call(const BuiltInFunction& function, Token* name) {
+    const Type type = bare_function_result(name->name);
+    if (type == Type::STRING) return none;
+    Node node = make(Form::bare_call, type, name, unbounded);
+    node.built_in = &function;
+    node.draws = draws_random(name->name);
+    return add(node);
+}
+
 std::int16_t parse_variable(Token*& at) {
     Token* name = at++;
-    if (find_bare_function(name->name) != nullptr || is_user_function_name(name->name)) return none;
+    if (is_user_function_name(name->name)) return none;
+    if (const BuiltInFunction* function = find_bare_function(name->name))
+        return add_bare_call(*function, name);
     const VariableEntry* entry = find_variable(name->name, false);
     // A name without a variable reads as 0 or the empty text until somebody creates the variable.
     if (entry == nullptr) variables.absence_assumed = true;
@@ -83,7 +94,6 @@ struct Arguments {
     std::int16_t first;
     int count;
     Type last_type;
-    bool allocate;
 };
 
 // One argument behind `mark`, without a next one.
@@ -92,14 +102,14 @@ std::int16_t parse_argument(Token* mark, Token*& at) {
     if (value == none) return none;
     Node argument = make(Form::argument, node_at(value).type, mark, unbounded);
     argument.value = value;
-    argument.allocates = node_at(value).allocates;
+    argument.take_too(node_at(value));
     return add(argument);
 }
 
 // The arguments from "(" to ")". `accept` judges the type of each, one after the other.
 template <typename Accept>
 bool parse_arguments(Token* bracket, Token*& at, Arguments& arguments, Accept accept) {
-    arguments = {.first = none, .count = 0, .last_type = Type::NONE, .allocate = false};
+    arguments = {.first = none, .count = 0, .last_type = Type::NONE};
     std::int16_t* link = &arguments.first;
     at = bracket;
     do {
@@ -110,7 +120,6 @@ bool parse_arguments(Token* bracket, Token*& at, Arguments& arguments, Accept ac
         link = &node_at(index).next_argument;
         ++arguments.count;
         arguments.last_type = node_at(index).type;
-        arguments.allocate |= node_at(index).allocates;
     } while (at->kind == ',');
     return (at++)->kind == ')';
 }
@@ -118,7 +127,9 @@ bool parse_arguments(Token* bracket, Token*& at, Arguments& arguments, Accept ac
 std::int16_t add_call(Form form, Type type, Token* bracket, const Arguments& arguments, double bound) {
     Node node = make(form, type, bracket, bound);
     node.first_argument = arguments.first;
-    node.allocates = arguments.allocate || form == Form::text_call;
+    node.allocates = form == Form::text_call;
+    for (std::int16_t i = arguments.first; i != none; i = node_at(i).next_argument)
+        node.take_too(node_at(i));
     return add(node);
 }
 
@@ -133,6 +144,7 @@ bool hold_body(UserFunction& function) {
     if (body == none || at->kind != END_OF_LINE || !is_numeric(node_at(body).type)) return false;
     function.head.value_type = node_at(body).type;
     function.allocates = node_at(body).allocates;
+    function.draws = node_at(body).draws;
     if (!plan(body, domain_of(function.head.value_type))) return false;
     hold(&function.head, emit(body));
     return true;
@@ -168,6 +180,7 @@ std::int16_t parse_user_call(Token*& at) {
     if (call == none) return none;
     node_at(call).function = function;
     node_at(call).allocates |= function->allocates;
+    node_at(call).draws |= function->draws;
     return call;
 }
 
@@ -181,9 +194,13 @@ std::int16_t parse_built_in_call(const BuiltInFunction& function, Token*& at) {
     if (!parse_arguments(bracket, at, arguments, [&](Type type) { return taken.take(type); }) ||
         !taken.are_complete())
         return none;
-    if (is_text) return add_call(Form::text_call, Type::STRING, bracket, arguments, unbounded);
-    const Type type = function_result(name->name, arguments.last_type);
-    return add_call(Form::call, type, bracket, arguments, unbounded);
+    const Type type = is_text ? Type::STRING : function_result(name->name, arguments.last_type);
+    const std::int16_t call =
+        add_call(is_text ? Form::text_call : Form::call, type, bracket, arguments, unbounded);
+    if (call == none) return none;
+    node_at(call).built_in = &function;
+    node_at(call).draws |= draws_random(name->name);
+    return call;
 }
 
 std::int16_t parse_name(Token*& at) {
@@ -214,8 +231,9 @@ std::int16_t add_operator(Form form, Type type, Token* token, std::int16_t left,
     Node node = make(form, type, token, bound);
     node.left = left;
     node.right = right;
-    const bool joined = type == Type::STRING;
-    node.allocates = joined || (left != none && node_at(left).allocates) || node_at(right).allocates;
+    node.allocates = type == Type::STRING;
+    if (left != none) node.take_too(node_at(left));
+    node.take_too(node_at(right));
     return add(node);
 }
 

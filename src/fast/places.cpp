@@ -9,7 +9,7 @@ bool read_place(Token* name, Place& place) {
     if (name->kind != IDENTIFIER || is_system_variable(name->name)) return false;
     place.is_element = name[1].kind == '(';
     if (place.is_element) {
-        if (!read_element(name, place.element)) return false;
+        if (!read_element(name, place.element) || place.element.node().draws) return false;
         place.type = place.element.node().type;
         place.end = place.element.end;
         return true;

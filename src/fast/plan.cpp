@@ -17,9 +17,10 @@ std::uint8_t kind_of_number(const Node& literal, Domain wanted) {
 }
 
 std::uint8_t kind_of_leaf(const Node& node, Domain wanted) {
-    if (node.form == Form::variable) {
+    if (node.form != Form::literal) {
         const bool whole = wanted == Domain::whole && is_integer(node.type);
-        return side_kind(leaf_of(node.type), false, whole ? Domain::whole : Domain::real);
+        const Leaf leaf = node.form == Form::variable ? leaf_of(node.type) : FUNCTION;
+        return side_kind(leaf, false, whole ? Domain::whole : Domain::real);
     }
     return node.type == Type::STRING ? std::uint8_t{TEXT_LITERAL} : kind_of_number(node, wanted);
 }
@@ -35,7 +36,7 @@ bool carries(std::uint8_t kind, Domain domain) {
         case Domain::single:
             return leaf == F32 || leaf == I16;
         case Domain::whole:
-            return domain_of_kind(kind) == Domain::whole;
+            return domain_of_kind(kind) == Domain::whole && leaf <= I64;
         default:
             return false;
     }
@@ -66,6 +67,7 @@ bool is_plain_single(const Node& operand) {
         first = &left;
     }
     if (first != &operand) return true;
+    if (operand.form == Form::bare_call) return false;
     return operand.form == Form::literal ? kind_of_number(operand, Domain::single) == F32
                                          : operand.type == Type::SINGLE;
 }
@@ -79,12 +81,11 @@ Domain comparison_domain(const Node& a, const Node& b) {
 
 void plan_comparison(Node& node, const Node& left, const Node& right) {
     node.domain = comparison_domain(left, right);
-    if (left.allocates && right.allocates) {
-        node.comparison = Comparison::ordered;
-        if (node.domain == Domain::single) node.domain = Domain::real;
-    } else if (node.domain == Domain::real && !(is_exact_as_real(left) && is_exact_as_real(right))) {
-        node.comparison = Comparison::checked;
-    }
+    // The sides of ">" may change places, and what one takes the other may see: FRE, say, or PEEK.
+    const bool in_order = node.token->kind == '>' && (left.takes() || right.takes());
+    if (in_order && node.domain == Domain::single) node.domain = Domain::real;
+    const bool exact = node.domain != Domain::real || (is_exact_as_real(left) && is_exact_as_real(right));
+    node.with_care = in_order || !exact;
 }
 
 // The domain of a relation's node is the one in which its operands are compared; its value is an integer.
@@ -135,6 +136,7 @@ bool plan(std::int16_t index, Domain wanted) {
     switch (node.form) {
         case Form::variable:
         case Form::literal:
+        case Form::bare_call:
             node.kind = kind_of_leaf(node, wanted);
             return true;
         case Form::binary:

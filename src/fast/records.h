@@ -33,6 +33,7 @@
 
 namespace korvane {
 struct ArrayBlock;
+struct BuiltInFunction;
 struct ForEntry;
 struct UserFunction;
 struct VariableEntry;
@@ -136,7 +137,10 @@ struct CallRecord {
     const void* value_leaf;
     Token* value_chain;
     Token* next;
-    UserFunction* callee;  // null for the built-in ones
+    union {
+        UserFunction* callee;
+        const BuiltInFunction* built_in;
+    };
     Token* next_mark;
     Execute execute;
 };

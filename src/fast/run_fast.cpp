@@ -182,6 +182,28 @@ std::uint64_t execute_general_if(Token* at, std::uint64_t budget) {
     return budget - 1;
 }
 
+// The handler itself is kept by the second token, whose own place for one nobody uses.
+static std::uint64_t execute_drawing(Token* at, std::uint64_t budget) {
+    state.drawing = at;
+    state.random = random_state;
+    KORVANE_JUMP return at[1].execute(at, budget);
+}
+
+void keep_random(Token* at) {
+    at[1].execute = at->execute;
+    at->execute = execute_drawing;
+}
+
+void give_back(const Token* at, std::uint8_t* string_top) {
+    arenas.FREETOP = string_top;
+    if (at == state.drawing) random_state = state.random;
+}
+
+std::uint64_t fall_back(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+    give_back(at, string_top);
+    return execute_general(at, budget);
+}
+
 std::uint64_t pause(Token* at) {
     enter_line_of(at);
     state.look_at = at;
@@ -214,6 +236,7 @@ std::uint64_t leave_at_line_start(Token* at, std::uint64_t budget) {
 
 std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     using namespace fast;
+    if (at == state.drawing) state.drawing = nullptr;  // it may have been another statement's record
     if (const Execute plain = plain_form(at->kind)) {
         at->execute = plain;
         KORVANE_JUMP return plain(at, budget);

@@ -119,8 +119,8 @@ Execute choose_shape(Type type, const Node& value) {
 }  // namespace
 
 [[gnu::cold]] Execute scalar_handler(Type type, const Node& value) {
-    // What takes string space has to give it back when it fails.
-    const Execute shape = value.allocates ? nullptr : choose_shape(type, value);
+    // What takes string space or random numbers has to give them back when it fails.
+    const Execute shape = value.takes() ? nullptr : choose_shape(type, value);
     if (shape != nullptr) return shape;
     if (type == Type::STRING) return choose_text_assignment(value);
     return choose_by_type(type, [](auto listed) -> Execute { return guarded<let_scalar<listed()>>; });

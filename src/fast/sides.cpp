@@ -1,5 +1,7 @@
 #include "fast/sides.h"
 
+#include "values/functions.h"
+
 namespace korvane::fast {
 namespace {
 
@@ -15,6 +17,10 @@ double leaf_as_real(std::uint8_t leaf, const void* place) {
             return real_leaf<I32>(place);
         case I64:
             return real_leaf<I64>(place);
+        case FUNCTION: {
+            const Value value = static_cast<const BuiltInFunction*>(place)->bare();
+            return is_integer(value.type) ? static_cast<double>(value.integer) : value.real;
+        }
         default:
             return 0;
     }
@@ -28,6 +34,8 @@ std::int64_t leaf_as_whole(std::uint8_t leaf, const void* place) {
             return whole_leaf<I32>(place);
         case I64:
             return whole_leaf<I64>(place);
+        case FUNCTION:
+            return static_cast<const BuiltInFunction*>(place)->bare().integer;
         default:
             return 0;
     }

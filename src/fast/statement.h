@@ -15,12 +15,15 @@
 #include "program/program_store.h"
 #include "program/token.h"
 #include "run/specialised.h"
+#include "values/random.h"
 
 namespace korvane::fast {
 
 struct State {
     bool target_not_ready;  // a line was not tokenized yet when a statement that leads there was looked at
     Token* look_at;         // where the run loop goes on
+    Token* drawing;         // the last statement that has drawn random numbers; null when it is gone
+    RandomState random;     // what it found
 };
 extern State state;
 
@@ -31,12 +34,12 @@ std::uint64_t execute_general(Token* at, std::uint64_t budget);
 // The same for an IF, whose general handler also executes the first statement of the THEN part.
 std::uint64_t execute_general_if(Token* at, std::uint64_t budget);
 
-// The same for a statement that may have taken string space before it failed: it starts again with what
-// it found.
-inline std::uint64_t fall_back(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
-    arenas.FREETOP = string_top;
-    return execute_general(at, budget);
-}
+// The same for a statement that may have taken string space or drawn random numbers before it failed: it
+// starts again with what it found.
+std::uint64_t fall_back(Token* at, std::uint64_t budget, std::uint8_t* string_top);
+
+// Gives back what the statement has taken.
+void give_back(const Token* at, std::uint8_t* string_top);
 
 // Ends the chain of statements in front of the one at `at`.
 std::uint64_t pause(Token* at);
@@ -110,6 +113,9 @@ std::uint64_t guarded(Token* at, std::uint64_t budget) {
     if (__builtin_expect(!is_current(at), false)) KORVANE_JUMP return execute_first(at, budget);
     KORVANE_JUMP return body(Current(at), budget);
 }
+
+// Makes the statement, which has its handler, one that draws random numbers: fall_back() gives them back.
+void keep_random(Token* at);
 
 // The statement behind the token at which one ended: colons are passed over.
 inline Token* following(Token* at) {

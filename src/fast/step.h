@@ -12,8 +12,8 @@
 //   X = Y + Z * W    "+" holds the leaf Z and an inner chain of one step, "*".
 //
 // Domains: real (DOUBLE, a double), single (SINGLE, a float), whole (the integer types, an int64) and text.
-// Every operand is a Side: a leaf in memory (a variable or a literal), a leaf followed by a chain, or a chain
-// that begins with a computed value (an array element, a function call, a sign).
+// Every operand is a Side: a leaf (a variable or a literal in memory, or a function without arguments), a
+// leaf followed by a chain, or a chain that begins with a computed value (an array element, a call, a sign).
 //
 // Specialised code raises nothing. A result that is no finite number, an integer that does not fit in 64
 // bits, a subscript out of range and the like only say "failed"; the statement is then executed from its
@@ -41,6 +41,8 @@ enum Leaf : std::uint8_t {
     I32 = 3,       // a LONG variable
     I64 = 4,       // an INT64 variable, or an integer literal
     COMPUTED = 5,  // no leaf: the chain makes its own beginning
+    FUNCTION = 6,  // a built-in function without arguments: its row
+    // Of the text domain.
     TEXT_VARIABLE = 6,
     TEXT_LITERAL = 7,
 };

@@ -8,6 +8,7 @@
 #include "numbers/format.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
+#include "values/functions.h"
 #include "values/string_functions.h"
 
 namespace korvane::fast {
@@ -120,6 +121,15 @@ Value repeated_character(Token* at) {
                                                 : repeated(static_cast<std::uint8_t>(code.value), count);
 }
 
+// The digits of an integer, which no function makes more of than these.
+constexpr std::int64_t most_digits = 22;
+
+Value digits(Token* at) {
+    const Whole number = quick_right_index(at);
+    if (number.failed != 0 || arenas.FREETOP - arenas.FREEBOT < most_digits) return no_text();
+    return as<CallRecord>(at).built_in->unary(Value::of_integer(number.value));
+}
+
 struct TextFunction {
     std::string_view name;
     Value (*step)(Token*);
@@ -131,6 +141,8 @@ constexpr TextFunction rows[] = {
     {"RIGHT$", right_part},
     {"CHR$", character},
     {"STR$", number_text},
+    {"HEX$", digits},
+    {"OCT$", digits},
     {"SPACE$", blanks},
     {"STRING$", repeated_character},
     {"UCASE$", other_case<'a', 'z', 'A' - 'a'>},
@@ -169,10 +181,11 @@ bool gives_text(std::string_view name) {
     return find_row(name) != nullptr;
 }
 
-void set_text_function_step(Token* bracket, std::string_view name, Type last) {
+void set_text_function_step(Token* bracket, const BuiltInFunction& function, Type last) {
     auto& call = as<CallRecord>(bracket);
     call.last_argument = last;
-    call.function.text = find_row(name)->step;
+    call.built_in = &function;
+    call.function.text = find_row(bracket[-1].name)->step;
 }
 
 }  // namespace korvane::fast

@@ -7,6 +7,10 @@
 
 #include "fast/step.h"
 
+namespace korvane {
+struct BuiltInFunction;
+}
+
 namespace korvane::fast {
 
 // The left and right sides of "+" joined, in as many adjacent copies in string space; gives the last
@@ -21,6 +25,6 @@ bool gives_text(std::string_view name);
 
 // Sets the step of a call of such a function. The bracket and its commas hold the arguments like subscripts;
 // `last` is the type of the last one.
-void set_text_function_step(Token* bracket, std::string_view name, Type last);
+void set_text_function_step(Token* bracket, const BuiltInFunction& function, Type last);
 
 }  // namespace korvane::fast

@@ -20,7 +20,7 @@ const void* keep_leaf(ConditionRecord& condition, const Node& leaf) {
 }  // namespace
 
 bool compares_leaves(const Node& condition) {
-    if (condition.form != Form::relation || condition.comparison != Comparison::direct) return false;
+    if (condition.form != Form::relation || condition.with_care) return false;
     const Node& left = node_at(condition.left);
     const Node& right = node_at(condition.right);
     const bool two_literals = left.form == Form::literal && right.form == Form::literal;

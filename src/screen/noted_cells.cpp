@@ -58,9 +58,8 @@ void fill_notes(std::uint32_t place, Note note) {
 // Only what lies wholly on the screen and in memory waits: a numbered window may not.
 bool may_wait(const CellRectangle& area) {
     if (area.right < area.left || area.right >= max_text_columns || area.bottom < area.top ||
-        area.bottom >= max_text_rows) {
+        area.bottom >= max_text_rows)
         return false;
-    }
     const std::uint32_t end = (area.right + 1) * glyph_width;
     return end <= screen.width &&
            pixel_index(end - 1, (area.bottom + 1) * glyph_height - 1) < screen.addressable;

@@ -30,6 +30,7 @@ struct UserFunction {
     std::uint32_t variables_seen;  // how many variables there were then
     bool has_steps;                // the body is specialised
     bool allocates;                // evaluating it takes string space
+    bool draws;                    // evaluating it draws random numbers
     int depth;                     // levels of its descent (fast/nodes.h)
 };
 

@@ -18,6 +18,7 @@ NUMBER_TEXTS = ['"12"', '" -3.5x"', '"1E3"', '"&H1F"', '"1E400"', '"12D1"', '".5
 COUNTS = ["0", "1", "3", "I", "C%", "-1"]
 RELATIONS = ["=", "<", ">", "<=", ">=", "<>"]
 LOOP_VARIABLES = ["I", "J", "C%", "E&", "G!", "K&&"]
+DRAWS = ["RND", "RND*9", "INT(RND*6)", "RND(1)", "RND(0)", "RND(-C%)", "FNR(6)", "RND+RND", "RND<RND", "RND>.5"]
 STEPS = ["", " STEP 2", " STEP .5", " STEP -1", " STEP 3"]
 
 
@@ -58,6 +59,10 @@ class ProgramMaker:
             (2, lambda: f"{choose(['LEN', 'ASC'])}({self.text(depth - 1)})"),
             (2, lambda: f"INSTR({choose(['', '', self.number(0) + ','])}{self.text(depth - 1)},{self.text(0)})"),
             (1, lambda: f"VAL({choose([self.text(depth - 1), self.random.choice(NUMBER_TEXTS)])})"),
+            (4, lambda: choose(DRAWS)),
+            (2, lambda: choose(["ERR", "ERL", "CSRLIN", "POS(0)", "FRE(0)", "PEEK(FREETOP)", "PEEK16(VARPTR(B))"])),
+            (2, lambda: f"{choose(['CDBL', 'CSNG', 'RND'])}({inner()})"),
+            (1, lambda: f"{choose(['CVI', 'CVS', 'CVD'])}({self.text(0)})"),
         ])
 
     def subscript(self, depth):
@@ -83,7 +88,7 @@ class ProgramMaker:
             (10, lambda: f"MID$({inner()},{self.number(0)}{length()})"),
             (10, lambda: f"{self.random.choice(['LEFT$', 'RIGHT$'])}({inner()},{self.number(0)})"),
             (5, lambda: f"CHR$(65+{self.random.choice('12I')})"),
-            (4, lambda: f"STR$({self.number(1)})"),
+            (4, lambda: f"{self.random.choice(['STR$', 'STR$', 'HEX$', 'OCT$'])}({self.number(1)})"),
             (3, lambda: f"{self.random.choice(['UCASE$', 'LCASE$'])}({inner()})"),
             (2, lambda: f"SPACE$({self.random.choice(COUNTS)})"),
             (2, lambda: f"STRING$({self.random.choice(COUNTS)},{self.pick([(1, inner), (1, lambda: '45')])})"),
@@ -98,6 +103,7 @@ class ProgramMaker:
         """A number that takes string space; some are too large for a double."""
         return self.random.choice([
             f"LEN({self.text(depth)}+T$)", f"ASC(MID$({self.text(0)},{self.random.choice(COUNTS)}))",
+            "(FREETOP AND 255)", "(FRE(0) AND 255)",  # what those beside it have taken
             f"VAL({self.random.choice(NUMBER_TEXTS)}+S$)", f"(LEN(STR$({self.number(0)}))*9007199254740993&&)",
         ])
 
@@ -158,6 +164,7 @@ class ProgramMaker:
             (12, self.conditional),
             (6, self.loop),
             (3, lambda: f"T2=0: WHILE T2<3: T2=T2+1: {self.statement(0)}: WEND"),
+            (1, lambda: f"T2=0: WHILE T2<RND*9+LEN(STR$(T2)): T2=T2+3: {self.statement(0)}: WEND"),
         ]
         return self.pick(simple + (nested if nesting else []))
 
@@ -185,7 +192,7 @@ class ProgramMaker:
         lines = [
             "1 ON ERROR GOTO 9500",
             "2 DIM P(5),Q%(5),R&(4,4),V!(5),W(4,4),Z&&(5),N$(5)",
-            "3 DEF FNA(X)=X*2+1: DEF FNB(X,Y%)=X/2+Y%: DEF FNC(M!)=FNA(M!)+1",
+            "3 DEF FNA(X)=X*2+1: DEF FNB(X,Y%)=X/2+Y%: DEF FNC(M!)=FNA(M!)+1: DEF FNR(X)=INT(RND*X)+1",
             "4 CNT=0: Y$=STRING$(3,45)",  # so that some string space is in use
         ]
         count = self.random.randint(5, 25)
@@ -200,7 +207,7 @@ class ProgramMaker:
 
 
 ENDING = [
-    "8000 PRINT A;B;C%;D%;E&;F&;G!;H!;I;J;K&&;L#;M!;X: PRINT S$;\"|\";T$;\"|\";U$",
+    "8000 PRINT A;B;C%;D%;E&;F&;G!;H!;I;J;K&&;L#;M!;X;RND: PRINT S$;\"|\";T$;\"|\";U$",
     "8010 PRINT FRE(0): VARINFO FULL",
     # The table has 4096 entries of 64 bytes; a program here has fewer than 128 variables.
     '8020 BSAVE "VARIABLES.BIN",KORVANEADR("VARTABLE"),8192',

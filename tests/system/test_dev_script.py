@@ -6,7 +6,7 @@ import subprocess
 import programs
 import pytest
 import qemu
-from conftest import IMAGE, ROOT
+from conftest import IMAGE, ROOT, make_disk
 from disk_image import DiskImage, DiskImageError, root_files
 from png import read_png
 
@@ -182,6 +182,22 @@ def test_two_files_of_one_name_are_refused(tmp_path):
     (tmp_path / "A.BAS").write_bytes(b"")
     with pytest.raises(DiskImageError, match="A.BAS"):
         root_files([str(tmp_path / "a.bas"), str(tmp_path / "A.BAS")])
+
+
+@pytest.mark.parametrize("name", ["a:b.bas", "what?.bas", 'qu"ote.bas', "back\\slash.bas", "line\nend.bas"])
+def test_name_that_a_disk_cannot_hold_is_refused(name, tmp_path):
+    (tmp_path / name).write_text("10 PRINT 1\n", encoding="ascii")
+    with pytest.raises(DiskImageError, match="cannot have the character"):
+        root_files([str(tmp_path / name)])
+
+
+def test_folder_whose_name_looks_like_a_drive(tmp_path, monkeypatch):
+    (tmp_path / "a:").mkdir()
+    (tmp_path / "a:" / "b.txt").write_text("text", encoding="ascii")
+    disk = make_disk(tmp_path)
+    monkeypatch.chdir(tmp_path)
+    disk.put("a:/b.txt", "B.TXT")
+    assert disk.get_bytes("B.TXT") == b"text"
 
 
 def test_folder_is_refused(tmp_path):

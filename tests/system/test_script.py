@@ -185,6 +185,14 @@ def test_arguments_reach_the_program(script):
     assert output(script(program, "a b", "", "é", "--help", "-x")) == "<a b>\n<>\n<é>\n<--help>\n<-x>\n"
 
 
+def test_arguments_keep_their_number(script):
+    program = '10 FOR I=1 TO COMMANDLINEARGC-1:PRINT COMMANDLINEARG$(I);"|";:NEXT\n'
+    shown = output(script(program, 'a"b', "", "x y", 'c "d e" f', '"q"', "é", '"'))
+    assert shown == "a\"b||x y|c 'd e' f|'q'|é|'|"
+    many = script("10 PRINT COMMANDLINEARGC;LEN(COMMANDLINEARG$(1))\n", "x" * 300, *map(str, range(2, 41)))
+    assert output(many) == " 32  255 \n"
+
+
 def test_script_knows_its_own_name(script):
     assert output(script("10 PRINT COMMANDLINEARG$(0)\n")).endswith("p.bas\n")
 

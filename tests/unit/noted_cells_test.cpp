@@ -52,16 +52,14 @@ struct Model {
     }
     void cell(std::uint32_t row, std::uint32_t column, std::uint8_t code, std::uint32_t ink,
               std::uint32_t paper) {
-        for (std::uint32_t y = 0; y < 16; ++y) {
+        for (std::uint32_t y = 0; y < 16; ++y)
             for (std::uint32_t x = 0; x < 8; ++x)
                 set(column * 8 + x, row * 16 + y, (font_glyphs[code][y] >> (7 - x) & 1) != 0 ? ink : paper);
-        }
     }
     void scroll(const CellRectangle& area, std::uint32_t paper) {
-        for (std::uint32_t y = area.top * 16; y < area.bottom * 16; ++y) {
+        for (std::uint32_t y = area.top * 16; y < area.bottom * 16; ++y)
             for (std::uint32_t x = area.left * 8; x < area.right * 8 + 8; ++x)
                 set(x, y, back[(std::size_t{y} + 16) * pitch + x]);
-        }
         for (std::uint32_t column = area.left; column <= area.right; ++column)
             cell(area.bottom, column, ' ', 0, paper);
     }
@@ -117,10 +115,9 @@ void play(std::uint64_t seed, std::uint64_t ticks_per_second, bool has_back_buff
             }
             case 2: {
                 fill_pixels(3, 5, 60, 50, colour);
-                for (std::uint32_t y = 5; y < 55; ++y) {
+                for (std::uint32_t y = 5; y < 55; ++y)
                     for (std::uint32_t x = 3; x < 63; ++x)
                         model.set(x, y, colour);
-                }
                 break;
             }
             case 3: {
@@ -143,10 +140,9 @@ void play(std::uint64_t seed, std::uint64_t ticks_per_second, bool has_back_buff
                 break;
             case 6:
                 draw_first_row(area);
-                for (std::uint32_t y = area.top * 16; y < area.top * 16 + 16; ++y) {
+                for (std::uint32_t y = area.top * 16; y < area.top * 16 + 16; ++y)
                     for (std::uint32_t x = area.left * 8; x < area.right * 8 + 8; ++x)
                         ASSERT_EQ(screen.framebuffer[pixel_index(x, y)], model.front[pixel_index(x, y)]);
-                }
                 break;
             default:
                 if (random.below(3) == 0) {
@@ -227,18 +223,27 @@ TEST(NotedCells, AreDrawnBeforeAnybodyLooks) {
         EXPECT_FALSE(screen.cells_wait) << by;
         EXPECT_EQ(memory.front(0, 48), white) << by;
     };
-    expect_drawn("get_pixel", [] { get_pixel(0, 0); });
-    expect_drawn("pixel_row", [] { pixel_row(0, 0, 4); });
-    expect_drawn("fill_pixel_row", [] { fill_pixel_row(20, 0, 4, 5); });
-    expect_drawn("fill_pixels", [] { fill_pixels(20, 0, 4, 2, 5); });
-    expect_drawn("store_pixel_row", [&] { store_pixel_row(20, 0, pixels); });
-    expect_drawn("move_pixels_up", [] { move_pixels_up(20, 0, 4, 4, 2); });
-    expect_drawn("screen_rectangle", [] { screen_rectangle(); });
+    expect_drawn(
+        "get_pixel", [] { get_pixel(0, 0); });
+    expect_drawn(
+        "pixel_row", [] { pixel_row(0, 0, 4); });
+    expect_drawn(
+        "fill_pixel_row", [] { fill_pixel_row(20, 0, 4, 5); });
+    expect_drawn(
+        "fill_pixels", [] { fill_pixels(20, 0, 4, 2, 5); });
+    expect_drawn(
+        "store_pixel_row", [&] { store_pixel_row(20, 0, pixels); });
+    expect_drawn(
+        "move_pixels_up", [] { move_pixels_up(20, 0, 4, 4, 2); });
+    expect_drawn(
+        "screen_rectangle", [] { screen_rectangle(); });
     expect_drawn("gfx_plot", [] { gfx_plot(20, 0, 5); });
-    expect_drawn("another rectangle that scrolls", [] {
-        scroll_cells({10, 12, 0, 1}, 0);
-        bring_up_to_date();
-    });
+    expect_drawn(
+        "another rectangle that scrolls",
+        [] {
+            scroll_cells({10, 12, 0, 1}, 0);
+            bring_up_to_date();
+        });
     expect_drawn("con_clear_cells", [] { con_clear_cells({10, 12, 0, 1}); });
 }
 

@@ -96,6 +96,15 @@ test("it tells its size, its text and that it is ready, and answers what is type
   assert.deepEqual(await messages("failed"), []);
 });
 
+test("programs have as much memory as in the terminal", async () => {
+  await start();
+  await heard("ready");
+  await type("PRINT FRE(0)");
+  await rowsShow(/^ \d{9}$/);
+  const free = Number((await page.evaluate(() => rows())).find((row) => /^ \d{9}$/.test(row)));
+  assert.ok(free > 240_000_000, `${free} bytes`);
+});
+
 test("Escape ends an endless loop, and pictures come while it runs", async () => {
   await start();
   await heard("ready");

@@ -312,6 +312,45 @@ visitorTest("what is drawn is seen in its exact colours, and saved in them", asy
   fs.rmSync(path.join(FOLDER, "korvane.png"));
 });
 
+// How many pixels of two PNG pictures differ.
+async function differingPixels(context, one, other) {
+  const page = await context.newPage();
+  const count = await page.evaluate(async (...pictures) => {
+    const [first, second] = await Promise.all(pictures.map(async (data) => {
+      const bitmap = await createImageBitmap(await (await fetch(`data:image/png;base64,${data}`)).blob());
+      const drawing = new OffscreenCanvas(bitmap.width, bitmap.height).getContext("2d");
+      drawing.drawImage(bitmap, 0, 0);
+      return new Uint32Array(drawing.getImageData(0, 0, bitmap.width, bitmap.height).data.buffer);
+    }));
+    if (first.length !== second.length) return Infinity;
+    return first.reduce((sum, pixel, place) => sum + (pixel === second[place] ? 0 : 1), 0);
+  }, Buffer.from(one).toString("base64"), Buffer.from(other).toString("base64"));
+  await page.close();
+  return count;
+}
+
+for (const name of ["plotter", "mandelbrot", "maze", "dashboard"]) {
+  // The pictures of the manual are those of the same session on the hosted firmware, as its tests see to.
+  visitorTest(`the picture of ${name}.bas is that of the manual, pixel by pixel`, async (page, visit, context) => {
+    await expectReady(page);
+    await addFiles(page, file("startup.bas", fs.readFileSync(path.join(ROOT, `examples/${name}.bas`))));
+    await expectListed(page, /^STARTUP\.BAS$/m);
+    await page.close();
+    const again = await visit();
+    const expected = fs.readFileSync(path.join(ROOT, `docs/pictures/${name}.png`));
+    let differing = Infinity;
+    for (let tries = 0; differing > 0 && tries < 30; ++tries) {
+      await new Promise((resolve) => setTimeout(resolve, 500));
+      await again.bringToFront();
+      const box = await (await again.waitForSelector("canvas")).boundingBox();
+      assert.equal(box.width, 640);
+      differing = await differingPixels(context, await again.screenshot({ clip: box }), expected);
+    }
+    await takePicture(again, name);
+    assert.equal(differing, 0);
+  }, { width: 700, height: 700 });
+}
+
 visitorTest("CREATEEFI makes the image for PCs, which boots into the program", async (page) => {
   const program = [[10, 'PRINT "MADE IN A BROWSER"'], [20, "GOTO 20"]];
   await expectReady(page);

@@ -27,17 +27,18 @@ constexpr host::MachineLayout browser_layout = {
     .tables = 0x02100000,
     .platform_tables = 0x02180000,
     .pool = 0x02200000,
-    .framebuffer = 0x0B000000,
+    .framebuffer = 0x07000000,
 };
 constexpr std::uint64_t browser_image_base = 0x03400000;
 constexpr std::uint64_t image_pages = 64;
 
-// 64 MiB that become the data arena, and a second region from which everything else is taken.
+// 256 MiB that become the data arena, as much as in the terminal, and a region from which everything else is
+// taken. The browser pays for what is used.
 std::vector<host::MemoryRegion> browser_memory() {
     using uefi::MemoryType;
     return {
-        {0x04000000, 0x4000, MemoryType::EfiConventionalMemory},
-        {0x08001000, 0x2800, MemoryType::EfiConventionalMemory},
+        {0x04000000, 0x2800, MemoryType::EfiConventionalMemory},
+        {0x08000000, 0x10000, MemoryType::EfiConventionalMemory},
     };
 }
 

@@ -39,7 +39,7 @@ export class Machine {
     //   turn()             the event loop is about to have a turn, or the machine to wait
     //   changed(change)    {path, bytes, modified}, {path, folder: true, modified} or {path, gone: true}
     //   fail(message)
-    constructor(module, told = {}, pages = {initial: 3072n, maximum: 16384n}) {
+    constructor(module, told = {}, pages = {initial: 6144n, maximum: 24576n}) {
         this.told = told;
         this.#memory = new WebAssembly.Memory({address: "i64", ...pages});
         const suspending = (work) => new WebAssembly.Suspending(work);

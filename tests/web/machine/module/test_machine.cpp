@@ -1,5 +1,7 @@
 // The machine that transcripts are played on: what the module exports besides what a page needs. Orders come
 // in and answers go out (parcel.h); between two of them the machine runs or stands still.
+#include <algorithm>
+#include <cstring>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -27,6 +29,7 @@ std::string orders;
 std::string answer;
 Answer stop = Answer::returned;
 uefi::Status status = uefi::success;
+std::vector<std::uint32_t> known_pixels;  // what the player has been told; none are all 0
 
 void key_wanted(host::KeyWant want) {
     if (want == host::KeyWant::poll) return;
@@ -116,6 +119,29 @@ void count_open_files(std::uint64_t& files, std::uint64_t& folders) {
             ++(file->directory ? folders : files);
 }
 
+// The rows of pixels from the first to the last one that is not as at the stop before: screens are large, and
+// most steps change little of them.
+void write_changed_rows(Writer& writer, const host::Display& display) {
+    const auto pixels = display.pixels();
+    if (known_pixels.size() != pixels.size()) known_pixels.assign(pixels.size(), 0);
+    const std::size_t pitch = display.pitch();
+    const auto is_known = [&](std::size_t row) {
+        return std::memcmp(&pixels[row * pitch], &known_pixels[row * pitch], pitch * sizeof pixels[0]) == 0;
+    };
+    std::size_t first = 0;
+    std::size_t end = pixels.size() / pitch;
+    while (first < end && is_known(first))
+        ++first;
+    while (end > first && is_known(end - 1))
+        --end;
+    const auto changed = pixels.subspan(first * pitch, (end - first) * pitch);
+    std::copy(changed.begin(), changed.end(),
+              known_pixels.begin() + static_cast<std::ptrdiff_t>(first * pitch));
+    writer.number(pixels.size());
+    writer.number(first * pitch);
+    writer.text({reinterpret_cast<const char*>(changed.data()), changed.size_bytes()});
+}
+
 void write_screen(Writer& writer) {
     const host::Display* display = firmware->display();
     writer.number(display != nullptr);
@@ -123,8 +149,7 @@ void write_screen(Writer& writer) {
     for (const std::uint64_t value : {std::uint64_t{display->width()}, std::uint64_t{display->height()},
                                       std::uint64_t{display->pitch()}, display->mode_changes()})
         writer.number(value);
-    const auto pixels = display->pixels();
-    writer.text({reinterpret_cast<const char*>(pixels.data()), pixels.size_bytes()});
+    write_changed_rows(writer, *display);
 }
 
 void write_report(Writer& writer) {

@@ -153,9 +153,12 @@ void Machine::read_screen(web::Reader& reader) {
     display.height_ = static_cast<std::uint32_t>(reader.number());
     display.pitch_ = static_cast<std::uint32_t>(reader.number());
     display.mode_changes_ = reader.number();
-    const std::string_view pixels = reader.text();
-    display.pixels_.resize(pixels.size() / sizeof(std::uint32_t));
-    std::memcpy(display.pixels_.data(), pixels.data(), pixels.size());
+    // Those that are not as at the stop before.
+    const std::uint64_t count = reader.number();
+    if (display.pixels_.size() != count) display.pixels_.assign(count, 0);
+    const std::uint64_t first = reader.number();
+    const std::string_view changed = reader.text();
+    std::memcpy(display.pixels_.data() + first, changed.data(), changed.size());
 }
 
 void Machine::read_report(web::Reader& reader) {
