@@ -3,6 +3,7 @@
 lets the quick tests find the change.
 
 usage: mutate.py [--seed N] [--count N] [--folder FOLDER] [--list]
+                 [--targets TARGET...] [--tests REGEX]      build and run a part only
        mutate.py --table            what has come of all mutants so far, by folder
 
 A mutant is an operator, a bound, a condition, a call or an assignment changed; the seed chooses the places. Results are
@@ -92,6 +93,10 @@ def run(command):
         return None
 
 
+# What is built and run; nothing is everything.
+part = argparse.Namespace(targets=[], tests="")
+
+
 def prepare():
     """A tree of its own, with what is committed, configured and built once."""
     if TREE.exists():
@@ -112,7 +117,8 @@ def prepare():
 def build():
     """Nothing, or what went wrong."""
     for preset in ("image", "host"):
-        done = run(["ninja", "-C", f"build/{preset}"])
+        targets = part.targets if preset == "host" else []
+        done = run(["ninja", "-C", f"build/{preset}", *targets])
         if done is None or done.returncode != 0:
             return "time" if done is None else done.stdout[-2000:]
     return ""
@@ -125,7 +131,7 @@ def image_sum():
 def test():
     """The name of a test that fails, or nothing. Tests of the sources' looks are left out."""
     done = run(["ctest", "--test-dir", "build/host", "-LE", "full", "-E", "^(format|rooms|tour|tail_calls|editor_|completions)",
-                "--stop-on-failure", "-j", "2", "--timeout", "300"])  # fmt: skip
+                "-R", part.tests or ".", "--stop-on-failure", "-j", "2", "--timeout", "300"])  # fmt: skip
     if done is None:
         return "time"
     if done.returncode == 0:
@@ -189,7 +195,10 @@ def main():
     parser.add_argument("--folder", default="", help="of src/")
     parser.add_argument("--list", action="store_true", help="only show the places that the seed chooses")
     parser.add_argument("--table", action="store_true")
+    parser.add_argument("--targets", nargs="*", default=[], help="of the host tree")
+    parser.add_argument("--tests", default="", help="of ctest")
     options = parser.parse_args()
+    part.targets, part.tests = options.targets, options.tests
     if options.table:
         print_table()
         return

@@ -28,8 +28,8 @@ MINUTES_EACH = 3  # of a target's turn
 MOST_BREAKS = 10  # in one turn: the same again and again is nothing new
 LONGEST = {"session": 3000, "explorer": 1000, "program": 6000, "packed-image": 4000, "disk": 4096}
 LONGEST_KEPT = 4000  # bytes of an input in the repository
-KEPT_BYTES = {"session": 150_000}  # of a target in the repository
-KEPT_BYTES_ELSE = 20_000
+MOST_KEPT = {"session": 150, "explorer": 50}  # inputs of a target in the repository
+MOST_KEPT_ELSE = 25
 
 
 def fuzzer(plain):
@@ -125,7 +125,7 @@ def campaign(names, minutes, plain):
 
 
 def keep(plain):
-    """libFuzzer's merge takes the smallest inputs first; short ones are kept until there is no more room."""
+    """Of a small set that reaches everything, those that are not long, spread over all lengths."""
     prepare()
     for target in target_names(plain):
         sources = [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target, CAMPAIGN / "corpus" / target) if folder.exists()]
@@ -133,21 +133,18 @@ def keep(plain):
         merged.mkdir(parents=True, exist_ok=True)
         for file in merged.iterdir():
             file.unlink()
-        subprocess.run([fuzzer(plain), f"--target={target}", "-merge=1", merged, *sources], stderr=subprocess.DEVNULL)
+        subprocess.run([fuzzer(plain), f"--target={target}", "-set_cover_merge=1", merged, *sources], stderr=subprocess.DEVNULL)
         folder = KEPT / target
         folder.mkdir(parents=True, exist_ok=True)
         for file in folder.iterdir():
             if not file.name.startswith("found-"):
                 file.unlink()
-        room = KEPT_BYTES.get(target, KEPT_BYTES_ELSE)
-        number = 0
-        for file in sorted(merged.iterdir(), key=lambda one: (one.stat().st_size, one.name)):
-            size = file.stat().st_size
-            if size > LONGEST_KEPT or size > room:
-                continue
-            room -= size
+        short = [file for file in merged.iterdir() if file.stat().st_size <= LONGEST_KEPT]
+        short.sort(key=lambda one: (one.stat().st_size, one.name))
+        number = min(len(short), MOST_KEPT.get(target, MOST_KEPT_ELSE))
+        for index in range(number):
+            file = short[index * len(short) // number]
             (folder / file.name[:12]).write_bytes(file.read_bytes())
-            number += 1
         print(f"{target}: {number} inputs kept", flush=True)
 
 
