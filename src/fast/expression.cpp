@@ -149,12 +149,6 @@ Side emit(std::int16_t index) {
     return chain_of(node);
 }
 
-Domain domain_of(Type type) {
-    if (type == Type::STRING) return Domain::text;
-    if (type == Type::DOUBLE) return Domain::real;
-    return type == Type::SINGLE ? Domain::single : Domain::whole;
-}
-
 void hold(Token* host, const Side& side) {
     auto& record = as<HolderRecord>(host);
     record.value_kind = side.kind;

@@ -37,7 +37,4 @@ void bind_element(const Node& element);
 // What subscripts a planned element has.
 Subscripts subscripts_of(const Node& element);
 
-// The domain of a numeric type or of STRING.
-Domain domain_of(Type type);
-
 }  // namespace korvane::fast

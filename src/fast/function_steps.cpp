@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <type_traits>
 
-#include "fast/expression.h"
 #include "fast/number_types.h"
 #include "fast/records.h"
 #include "fast/sides.h"

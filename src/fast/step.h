@@ -33,6 +33,13 @@ namespace korvane::fast {
 
 enum class Domain : std::uint8_t { real, single, whole, text };
 
+// The domain of a numeric type or of STRING.
+constexpr Domain domain_of(Type type) {
+    if (type == Type::STRING) return Domain::text;
+    if (type == Type::DOUBLE) return Domain::real;
+    return type == Type::SINGLE ? Domain::single : Domain::whole;
+}
+
 // What a leaf in memory is.
 enum Leaf : std::uint8_t {
     F64 = 0,       // a DOUBLE variable, or the double copy of a literal
