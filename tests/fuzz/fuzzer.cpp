@@ -28,11 +28,6 @@ korvane::fuzz::Companion* companion = nullptr;
 
 }  // namespace
 
-// What is left of a machine at the end of the process is no leak.
-extern "C" const char* __asan_default_options() {
-    return "detect_leaks=0";
-}
-
 // The machine stays until the process ends: the interpreter never returns.
 extern "C" int LLVMFuzzerInitialize(int* count, char*** words) {
     using namespace korvane::fuzz;
