@@ -75,6 +75,7 @@ bool scale_quickly(std::uint64_t head, std::int32_t power, Scaled& number) {
     const auto upper = static_cast<std::uint64_t>(integer >> 64);
     const std::int32_t zeros =
         upper != 0 ? std::countl_zero(upper) : 64 + std::countl_zero(static_cast<std::uint64_t>(integer));
+    if (zeros > 127) return false;  // 0 has no highest bit
     integer <<= zeros;
 
     Wide lower = 0;
