@@ -173,11 +173,7 @@ uefi::Status EFIAPI BootServiceFunctions::set_memory_attributes(uefi::CpuArchPro
 
 void BootServiceFunctions::fill(uefi::BootServices& table, Firmware& firmware) {
     active = &firmware;
-    table = {};
-    auto* entry = reinterpret_cast<void**>(reinterpret_cast<std::uint8_t*>(&table) + sizeof table.Hdr);
-    std::fill_n(entry, (sizeof table - sizeof table.Hdr) / sizeof *entry,
-                reinterpret_cast<void*>(unimplemented));
-    table.Hdr = {uefi::boot_services_signature, 2 << 16 | 80, sizeof table, 0, 0};
+    begin_table(table, uefi::boot_services_signature, unimplemented);
     table.AllocatePages = allocate_pages;
     table.FreePages = free_pages;
     table.GetMemoryMap = get_memory_map;

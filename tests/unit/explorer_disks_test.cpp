@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "explorer_session.h"
+#include "random_bits.h"
 
 namespace korvane {
 namespace {
@@ -427,13 +428,8 @@ TEST(ExplorerPartitions, DiskOfOneBlockIsReadAsMbr) {
 // ---- Hostile disks ------------------------------------------------------------------------------
 
 TEST(ExplorerPartitions, TablesOfAnyBytesDoNoHarm) {
-    std::uint32_t random = 2463534242;
-    const auto draw = [&random] {
-        random ^= random << 13;
-        random ^= random >> 17;
-        random ^= random << 5;
-        return random;
-    };
+    test::RandomBits random(2463534242);
+    const auto draw = [&random] { return random.bits() >> 32; };
     const TemporaryFolder folder;
     for (int round = 0; round < 60; ++round) {
         DiskImage image(16 * 512);
