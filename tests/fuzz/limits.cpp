@@ -1,7 +1,7 @@
 // Plays the table of limits: each with one less, with exactly as much, and with one more.
 //
 //     limits [NAME]    only the limits whose name contains NAME
-#include "limits.h"
+#include "limit_table.h"
 
 #include <algorithm>
 #include <cstdio>

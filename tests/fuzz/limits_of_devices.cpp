@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "limits.h"
+#include "limit_table.h"
 #include "player.h"
 #include "screen/console.h"
 #include "screen/graphics.h"

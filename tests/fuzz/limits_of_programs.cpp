@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "limits.h"
+#include "limit_table.h"
 #include "player.h"
 #include "program/arenas.h"
 #include "program/program_store.h"
