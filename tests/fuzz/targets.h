@@ -17,13 +17,16 @@ struct Target {
     bool (*play)(std::string_view input);
     // Shows nothing but what programs do: other interpreters must come to the same state.
     bool comparable = false;
+    // Inputs are lines that somebody types, or that a program consists of.
+    bool typed = false;
 };
 
 std::span<const Target> targets();
 const Target* find_target(std::string_view name);
 
 // Makes the machine for a target and takes it to its moment. Inputs are played for this target from then on.
-void prepare(const Target& target);
+// A tall screen has 40 rows instead of 10.
+void prepare(const Target& target, bool tall = false);
 
 // Plays one input from that moment, and checks what must hold; the same without the checks. False when the
 // interpreter has come to an end.

@@ -30,6 +30,7 @@ namespace {
 struct Options {
     std::filesystem::path image = "build/korvane.efi";
     bool linked = false;
+    bool first_failure = false;
     std::string filter;
     unsigned jobs = 4;
     PlayOptions play;
@@ -42,6 +43,7 @@ struct Options {
         "  --image FILE    the application to test (build/korvane.efi)\n"
         "  --linked        test the interpreter that is linked into this program\n"
         "  --filter TEXT   only cases whose \"file: title\" contains TEXT\n"
+        "  --first-failure stop at the first case that fails\n"
         "  --show          print the screen after every step\n"
         "  --jobs N        processes to use (4)\n"
         "  --patience MS   how long one step may take (10000)\n",
@@ -59,6 +61,8 @@ Options parse_options(int count, char** words) {
             options.linked = true;
         else if (word == "--filter")
             options.filter = program.value();
+        else if (word == "--first-failure")
+            options.first_failure = true;
         else if (word == "--show")
             options.play.show = true;
         else if (word == "--jobs")
@@ -120,12 +124,14 @@ class Worker {
 
     // Plays the groups numbered first, first + step, ... and reports the failed cases; gives their number.
     int play(const std::vector<Group>& groups, std::size_t first, std::size_t step) {
-        for (std::size_t i = first; i < groups.size(); i += step)
+        for (std::size_t i = first; i < groups.size() && !enough(failures_); i += step)
             play_group(groups[i]);
         return failures_;
     }
 
   private:
+    bool enough(int failures) const { return options_.first_failure && failures != 0; }
+
     void play_group(const Group& group) {
         if (group.front()->own_start)
             return report(*group.front(), run_forked([&] { return play_alone(*group.front()); }));
@@ -153,6 +159,7 @@ class Worker {
             const ForkedResult result = run_forked([&] { return play_case(*test, machine, false); });
             shown += describe(*test, result);
             if (!result.report.empty()) ++failed;
+            if (enough(failed)) break;
         }
         return {failed == 0 ? "" : std::to_string(failed), shown, false};
     }
