@@ -162,7 +162,7 @@ class Sweep {
 
     int all() {
         memory_files_allowed = true;
-        prepare(*find_target("session"));
+        prepare(*find_target("session"), true);
         require_every_word();
         for (const Tried& one : tried_lines())
             sweep(one);

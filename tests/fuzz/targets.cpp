@@ -56,6 +56,10 @@ string file_path(std::u16string_view name) {
     return path + string("\0\0\x7F\xFF\x04\0", 6);
 }
 
+// Every pixel that an input draws is put back, so fuzzers have a small screen; a tall one keeps what is
+// printed in view.
+bool tall_screen = true;
+
 void start_or_complain() {
     if (machine->start() != Stop::waits) complain("the machine does not start");
 }
@@ -269,9 +273,9 @@ bool play_modes(string_view input) {
 
 constexpr std::array<Target, 16> all_targets = {{
     {"session", "typed lines, keys, edits, Escape at any look, failing services", prepare_usual, type_session,
-     true},
-    {"explorer", "the machine explorer's commands", prepare_explorer, type_session},
-    {"program", "program files", prepare_usual, play_program, true},
+     true, true},
+    {"explorer", "the machine explorer's commands", prepare_explorer, type_session, false, true},
+    {"program", "program files", prepare_usual, play_program, true, true},
     {"data", "data files, sequential and of records", prepare_data, play_data, true},
     {"bitmap", "BMP files", prepare_usual, play_bitmap, true},
     {"memory-file", "files of BLOAD", prepare_memory_file, play_memory_file},
@@ -288,13 +292,15 @@ constexpr std::array<Target, 16> all_targets = {{
      [](string_view input) {
          machine->firmware().volume().put_file("STARTUP.BAS", string(input));
          return start_on(usual_hardware(), {"LIST NOWAIT"});
-     }},
+     },
+     false, true},
 }};
 
 }  // namespace
 
 Hardware usual_hardware() {
     Hardware hardware;
+    if (!tall_screen) hardware.modes.front() = {320, 160, 320};
     hardware.image_path = file_path(u"\\EFI\\BOOT\\BOOTX64.EFI");
     hardware.device_path = string("\x03\x05\x06\0\1\0\x7F\xFF\4\0", 10);
     Disk disk;
@@ -328,8 +334,9 @@ const Target* find_target(string_view name) {
     return found == all_targets.end() ? nullptr : found;
 }
 
-void prepare(const Target& target) {
+void prepare(const Target& target, bool tall) {
     prepared = &target;
+    tall_screen = tall;
     if (target.prepare != nullptr)
         target.prepare();
     else

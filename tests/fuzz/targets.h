@@ -19,6 +19,8 @@ struct Target {
     bool (*play)(std::string_view input);
     // Shows nothing but what programs do: other interpreters must come to the same state.
     bool comparable = false;
+    // Inputs are lines that somebody types, or that a program consists of.
+    bool typed = false;
 };
 
 std::span<const Target> targets();
@@ -29,7 +31,8 @@ Hardware usual_hardware();
 void put_usual_files();
 
 // Makes the machine for a target and takes it to its moment. Inputs are played for this target from then on.
-void prepare(const Target& target);
+// A tall screen has 40 rows instead of 10.
+void prepare(const Target& target, bool tall = false);
 
 // Plays one input from that moment, and checks what must hold; the same without the checks. False when the
 // interpreter has come to an end.

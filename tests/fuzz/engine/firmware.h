@@ -110,8 +110,6 @@ class Firmware {
     const std::string& last_words() const { return last_words_; }
     // True when what was done in this input depends on when the interpreter looked for a key.
     bool depends_on_looks() const { return depends_on_looks_; }
-    // The longest time between two looks for a key, in ticks of the time-stamp counter.
-    std::uint64_t longest_silence() const { return longest_silence_; }
 
     void save();
     void put_back();
@@ -192,8 +190,6 @@ class Firmware {
     std::uint32_t failed_looks_ = 0;
     bool depends_on_looks_ = false;
     std::string last_words_;
-    std::uint64_t last_look_ticks_ = 0;
-    std::uint64_t longest_silence_ = 0;
 };
 
 }  // namespace korvane::fuzz
