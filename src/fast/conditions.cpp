@@ -1,7 +1,6 @@
 // Specialised IF.
 #include "run/conditions.h"
 #include "fast/expression.h"
-#include "fast/jumps.h"
 #include "fast/links.h"
 #include "fast/records.h"
 #include "fast/sides.h"

@@ -1,12 +1,10 @@
 // Specialised GOTO, GOSUB and RETURN. A line number literal keeps the first token of its line.
-#include "fast/jumps.h"
-
+#include "run/jumps.h"
 #include "fast/links.h"
 #include "fast/records.h"
 #include "fast/statement.h"
 #include "program/program_store.h"
 #include "run/control_stacks.h"
-#include "run/jumps.h"
 #include "values/convert.h"
 
 namespace korvane::fast {

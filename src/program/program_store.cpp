@@ -226,6 +226,7 @@ std::uint32_t prepare_line(std::uint32_t index) {
     line.token_count = count;
     if (is_watched(line.number)) tokens->execute = line_starts.handler;
     tokens[count - 1].line_end.line = index;
+    tokens[count - 1].line_end.record = count - 1;
     execution.tokens = tokens;
     return count;
 }

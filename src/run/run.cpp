@@ -19,6 +19,7 @@
 #include "screen/keyboard.h"
 #include "values/clear.h"
 #include "values/data_items.h"
+#include "values/held_arguments.h"
 
 namespace korvane {
 namespace {
@@ -118,6 +119,7 @@ void execute(Cursor& cursor, std::uint64_t next_poll) {
         return;
     }
     execution.statement_start = record_of(cursor);
+    held_arguments.in_use = false;  // a statement that began a run may still be executed
     dispatch_statement(cursor);
 }
 
