@@ -7,6 +7,8 @@ target_link_libraries(console_font PRIVATE korvane_warnings)
 # tests, fuzzers and the sanitizers work on this build.
 file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cpp)
 list(REMOVE_ITEM KORVANE_SOURCES ${CMAKE_SOURCE_DIR}/src/fast/general_only.cpp)
+include(cmake/native_sources.cmake)
+korvane_leave_in_native(KORVANE_SOURCES)
 
 # All but the specialised statements is compiled once, for the interpreter with them and for the one without.
 set(KORVANE_FAST_SOURCES ${KORVANE_SOURCES})

@@ -13,6 +13,9 @@ struct BootServiceFunctions {
     // Of the CPU architectural protocol: accepts whole pages.
     static uefi::Status EFIAPI set_memory_attributes(uefi::CpuArchProtocol* self, uefi::PhysicalAddress base,
                                                      std::uint64_t length, std::uint64_t attributes);
+
+    // The memory attribute protocol of the same firmware.
+    static void fill(uefi::MemoryAttributeProtocol& protocol);
 };
 
 // Computes the checksum of a table header (UEFI 2.10, section 4.2): CRC-32 over the whole table with the
