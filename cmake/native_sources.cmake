@@ -2,7 +2,7 @@
 # everything else in it, and the linker proves that nothing else knows of it.
 function(korvane_leave_out_native sources)
   list(FILTER ${sources} EXCLUDE REGEX "/src/native/")
-  file(GLOB stand_in CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/native/without_native.cpp)
+  set(stand_in ${CMAKE_SOURCE_DIR}/src/native/without_native.cpp)
   set(${sources}
       ${${sources}} ${stand_in}
       PARENT_SCOPE)
