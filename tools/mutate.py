@@ -20,6 +20,7 @@ is in build/mutants/log.
 
 import argparse
 import collections
+import fcntl
 import hashlib
 import json
 import os
@@ -328,6 +329,12 @@ def main():
             print(f"src/{name}:{line + 1}: {kind} {text[begin:end]!r} -> {new!r}   {text.strip()}")
         return
     end = time.monotonic() + options.hours * 3600
+    WORK.mkdir(parents=True, exist_ok=True)
+    lock = open(WORK / "lock", "w")
+    try:
+        fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except OSError:
+        sys.exit("mutate.py: another one is at work in build/mutants")
     prepare()
     tests = list(all_tests(not options.no_image))
     seconds = baseline(tests)
