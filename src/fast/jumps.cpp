@@ -38,6 +38,8 @@ std::uint64_t return_to_line(Token* at, std::uint64_t budget) {
 }  // namespace
 
 Token* target_of(Token* literal) {
+    // A direct line remembers no lines of the program, which it may change.
+    if (!remembers_lines(literal)) return nullptr;
     const double number = literal->number.as_double;
     if (!(number >= 0 && number <= max_line_number)) return nullptr;
     // The general handler rounds a broken number.

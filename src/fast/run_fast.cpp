@@ -42,7 +42,7 @@ std::uint64_t go_to_next_line(Token* at, std::uint64_t budget) {
 
 std::uint64_t end_line_first(Token* at, std::uint64_t budget) {
     enter_line_of(at);
-    Token* tokens = cached_tokens(execution.line + 1);
+    Token* tokens = execution.line == direct_line ? nullptr : cached_tokens(execution.line + 1);
     // The end of the program, or a line that the run loop has to tokenize.
     if (tokens == nullptr) return leave(at, budget - 1);
     as<EndRecord>(at).next_line = tokens;
@@ -162,7 +162,9 @@ std::uint64_t execute_until_variables_change(Token* at, std::uint64_t budget) {
     if (error_pending() || execution.stop || !may_run()) return nullptr;
     if (__builtin_expect(!execution.jumped, true)) return following(cursor);
     // A line that is not in the cache is run by the run loop.
-    if (execution.tokens == nullptr || cached_tokens(execution.line) != execution.tokens) return nullptr;
+    const bool stays = execution.tokens == execution_buffer.direct ||
+                       (execution.tokens != nullptr && cached_tokens(execution.line) == execution.tokens);
+    if (!stays) return nullptr;
     execution.jumped = false;
     execution.then_part = false;
     Token* target = execution.tokens + execution.record;

@@ -544,6 +544,40 @@ def costs(maker):
         ["RUN"] if len(lines) == 1 else ['MERGE "V.BAS"', "RUN"])
 
 
+# ---- Direct lines
+
+def direct(maker):
+    """Loops typed at the prompt, alone and with a program, which they enter and which leads back into them; then other
+    lines, in which what is still open leads to any place."""
+    choose, chance = maker.choose, maker.chance
+    maker.targets = ["20", "40", "60", "900"]
+
+    def inner():
+        return choose(maker.simple(), maker.simple(), maker.rich(), "GOSUB 40", "GOTO 20", "PRINT I;", "X=X+I", "STOP", "A(I)=I",
+                      "IF I=2 THEN 20 ELSE B=B+1", "IF I=2 THEN PRINT 2; ELSE PRINT 3;", "ON I GOTO 20,60", "ON I GOSUB 40,60",
+                      "NEXT", "WEND", "ERASE M:DIM M(9)", "Q1=Q2+1", "CLEAR", "NEW", "END", 'MERGE "E.BAS"', "RETURN", "DEF FNA(X)=X+2",
+                      "A=1/B", "RESTORE:READ C", "TROFF", "DATA 1", "PRINT CSRLIN*0+I;", "FOR J=1 TO 2", 'CHAIN "E.BAS"', "CONT")
+
+    def typed():
+        body = ":".join(maker.some(1, 3, inner))
+        return choose("", "", ":", "::", "IF 1 THEN ", "PRINT 8;:", "A=5 ") + choose(
+            f"FOR I=1 TO {choose(0, 2, 3, 5)}:{body}:NEXT", f"FOR I=1 TO 3:{body}:NEXT I", f"FOR I=1 TO 3:{body}",
+            f"W=0:WHILE W<3:W=W+1:{body}:WEND", f"W=0:WHILE W<3:W=W+1:{body}", f"FOR I=1 TO 3:FOR J=1 TO 2:{body}:NEXT:NEXT",
+            f"FOR I=3 TO 1 STEP -1:{body}:NEXT:PRINT I", body, "NEXT", "WEND", "RETURN", f"{body}:NEXT", f"{body}:WEND",
+            f"IF A THEN {body} ELSE {inner()}", "CONT")
+
+    lines = ['1 PRINT "E";:B=B+1:IF B>3 THEN END ELSE NEXT', 'SAVE "E.BAS"', "NEW"]
+    lines += ["5 DIM M(9):DEF FNA(X)=X+1:A=1", f"10 {choose('REM', 'FOR I=1 TO 2', 'GOSUB 40', 'WHILE W<2')}",
+              f"20 PRINT {choose('I', 'A', 'W')};:V=V+1:IF V>12 THEN END",
+              f"30 {choose('NEXT', 'WEND', 'END', 'STOP', 'NEXT:PRINT 7', 'IF I<3 THEN NEXT')}", f"40 {inner()}:RETURN",
+              f"60 Y=Y+1:{choose('RETURN', 'NEXT', 'WEND', 'STOP')}", "900 PRINT V:END", "950 DATA 1,2,3,4,5"]
+    lines += ["DIM M(9):DEF FNA(X)=X+1:B=1"] * chance(70) + ["RUN"] * chance(30)
+    for _ in range(maker.random.randint(2, 6)):
+        lines.append(typed())
+        lines += [choose("V=0", "15 A=A+1", "15", "DIM M(9)", "V=0:B=0", "30 NEXT")] * chance(40)
+    return lines + ["VARINFO FULL"]
+
+
 # ---- Arguments that are held
 
 def arguments(maker):
@@ -603,7 +637,7 @@ THEMES = {
     "input breaks": ("interrupted", input_breaks), "poll breaks": ("interrupted", poll_breaks),
     "counted loops": ("bound", counted_loops), "deep": ("images", deep),
     "failing files": ("fails like ERROR", failing_files), "chains": ("chained", chains),
-    "arguments": ("images", arguments), "costs": ("costs", costs),
+    "arguments": ("images", arguments), "direct": ("images", direct), "costs": ("costs", costs),
 }
 
 
