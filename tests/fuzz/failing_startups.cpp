@@ -97,7 +97,7 @@ class Sweep {
     explicit Sweep(bool lists) : lists_(lists) {}
 
     int all() {
-        prepare(*find_target("startup"));
+        prepare(*find_target("startup"), true);
         for (const Start& start : starts)
             sweep(start);
         require_every_service();

@@ -95,7 +95,7 @@ class Sweep {
   public:
     int all() {
         memory_files_allowed = true;
-        prepare(*find_target("session"));
+        prepare(*find_target("session"), true);
         for (const Writing& one : writings)
             sweep(one);
         std::printf("%zu lines, %llu interruptions, %d wrong\n", std::size(writings),

@@ -67,7 +67,7 @@ class Table {
 
     int all() {
         memory_files_allowed = memory_writes_allowed = true;
-        prepare(*find_target("session"));
+        prepare(*find_target("session"), true);
         std::set<string_view> names;
         std::vector<Limit> limits = limits_of_programs();
         for (Limit& limit : limits_of_devices())

@@ -15,13 +15,11 @@
 
 #include "invariants.h"
 #include "machine.h"
+#include "played_image.h"
 #include "program_words.h"
 #include "screen_text.h"
 #include "temporary_folder.h"
 #include "working_day.h"
-
-// The interpreter's entry point when it is linked into this program.
-extern "C" korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle, korvane::uefi::SystemTable*);
 
 namespace korvane::fuzz {
 namespace {
@@ -35,38 +33,24 @@ constexpr uefi::InputKey escape{uefi::scan_escape, 0};
 constexpr std::size_t most_stack = 100 * 1024;
 
 struct Options {
-    std::filesystem::path image = "build/korvane.efi";
-    bool linked = false;
+    test::PlayedImage image;
     std::uint64_t seed = 1;
     std::uint64_t keystrokes = 100'000;
 };
 
-[[noreturn]] void usage() {
-    std::fputs(
-        "usage: working-days [options]\n"
-        "  --image FILE      the application (build/korvane.efi)\n"
-        "  --linked          the interpreter that is linked into this program, whose state is then looked "
-        "at\n"
-        "  --seed N          number of the first day (1)\n"
-        "  --keystrokes N    how long to go on (100000)\n",
-        stderr);
-    std::exit(2);
-}
+constexpr char usage[] = R"(usage: working_days [options]
+  --image FILE      the application (build/korvane.efi)
+  --linked          the interpreter that is linked into this program, whose state is then looked at
+  --seed N          number of the first day (1)
+  --keystrokes N    how long to go on (100000)
+)";
 
 Options parse_options(int count, char** words) {
     Options options;
-    test::ProgramWords program(count, words, usage);
-    for (string_view word; program.take(word);)
-        if (word == "--image")
-            options.image = program.value();
-        else if (word == "--linked")
-            options.linked = true;
-        else if (word == "--seed")
-            options.seed = std::strtoull(program.value().c_str(), nullptr, 10);
-        else if (word == "--keystrokes")
-            options.keystrokes = std::strtoull(program.value().c_str(), nullptr, 10);
-        else
-            usage();
+    const test::ProgramOptions known =
+        options.image.options() +
+        test::ProgramOptions{{"--seed", &options.seed}, {"--keystrokes", &options.keystrokes}};
+    test::read_program_words(count, words, usage, known);
     return options;
 }
 
@@ -96,10 +80,8 @@ class Office {
         config.time = uefi::Time{};
         config.time->Year = 2024;
         config.time->Month = config.time->Day = 1;
-        host::ImageSource image = host::ImageSource::file(options.image);
-        if (options.linked) image.linked_code = _ModuleEntryPoint;
         empty_volume();
-        machine_ = std::make_unique<host::Machine>(std::move(config), image);
+        machine_ = std::make_unique<host::Machine>(std::move(config), options.image.source());
         if (machine_->run(patience) != host::Stop::waits_for_key) wrong("it does not start");
         machine_->learn_waiting_place();
     }
@@ -132,7 +114,7 @@ class Office {
         std::printf("%llu actions, %llu of them broken by Escape; stack: %zu bytes\n",
                     static_cast<unsigned long long>(actions_), static_cast<unsigned long long>(broken_),
                     stack);
-        if (!options_.linked && stack > most_stack) wrong("it uses too much of the stack");
+        if (!options_.image.linked && stack > most_stack) wrong("it uses too much of the stack");
         return wrong_ == 0 ? 0 : 1;
     }
 
@@ -186,7 +168,7 @@ class Office {
         evening.pool_bytes = firmware().pool().bytes();
         for (const string& complaint : firmware().complaints())
             wrong(complaint);
-        if (options_.linked)
+        if (options_.image.linked)
             for (const string& rule : broken_invariants())
                 wrong("this does not hold: " + rule);
         return evening;
