@@ -22,7 +22,7 @@ import tempfile
 import threading
 
 import machine_facts
-import make_jumps
+import task_programs
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 TIME_LIMIT = 60  # seconds a run may take
@@ -203,8 +203,7 @@ def main():
     failures = 0
     with tempfile.TemporaryDirectory(prefix="korvane-bench-") as scratch:
         folder = pathlib.Path(scratch)
-        make_jumps.write_programs(folder / "jumps")
-        tasks = sorted([*(ROOT / "bench/tasks").iterdir(), folder / "jumps"], key=lambda task: task.name)
+        tasks = task_programs.write_tasks(folder / "tasks")
         if arguments.only:
             tasks = [task for task in tasks if task.name in arguments.only]
         bench = Bench(chosen, folder)
