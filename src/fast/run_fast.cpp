@@ -81,6 +81,8 @@ bool specialise_statement(Token* at) {
             return specialise_goto(at);
         case KW_GOSUB:
             return specialise_gosub(at);
+        case KW_ON:
+            return specialise_on(at);
         case KW_RETURN:
             return specialise_return(at);
         case KW_FOR:
@@ -118,6 +120,7 @@ Execute plain_form(std::uint8_t kind) {
         case KW_IF:
         case KW_GOTO:
         case KW_GOSUB:
+        case KW_ON:
         case KW_RETURN:
         case KW_FOR:
         case KW_NEXT:

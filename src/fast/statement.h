@@ -144,6 +144,7 @@ bool specialise_assignment(Token* at);
 bool specialise_if(Token* at);
 bool specialise_goto(Token* at);
 bool specialise_gosub(Token* at);
+bool specialise_on(Token* at);
 bool specialise_return(Token* at);
 bool specialise_for(Token* at);
 bool specialise_next(Token* at);
