@@ -1,25 +1,29 @@
 #!/usr/bin/env python3
-"""Do the tests bite? Changes one place of src/ at a time, builds the image and the interpreter's library from a copy, and
-lets the quick tests find the change.
+"""Do the tests bite? Changes one place of src/ at a time, compiles that file, and lets the quick tests find the change:
+those first that found changes of the same folder soonest, up to the first that fails.
 
 usage: mutate.py [--seed N] [--count N] [--folder FOLDER] [--list]
-                 [--targets TARGET...] [--tests REGEX]      build and run a part only
+       mutate.py --again            the survivors once more, after tests have been added
        mutate.py --table            what has come of all mutants so far, by folder
+options: --hours H                  begin no mutant after so long
+         --no-image                 leave out the tests that play the image itself, not the interpreter linked into them
 
 A mutant is an operator, a bound, a condition, a call or an assignment changed; the seed chooses the places. Results are
 added to build/mutants/results.jsonl, so that a campaign adds up over many runs and goes on where it was stopped. A mutant
-that does not compile is none. One that makes the same image as the unchanged sources is equivalent. The rest are noticed
-by the first test that fails, or survive: each survivor is read, and gets a test or is shown to be equivalent.
+that does not compile is none. One that compiles to the same object is equivalent. The rest are noticed by the first test
+that fails, or survive: each survivor is read, and gets a test or is shown to be equivalent, which
+tests/mutants/equivalent.txt tells.
 
-It works in a copy of what is committed, build/mutants/tree, with the compilers that ./dev build needs.
+It works in a copy of what is committed, build/mutants/tree, which is kept from run to run. What ninja and the tests say
+is in build/mutants/log.
 """
 
 import argparse
 import collections
+import fcntl
 import hashlib
 import json
 import os
-import pathlib
 import random
 import re
 import shutil
@@ -27,165 +31,281 @@ import subprocess
 import sys
 import time
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
+from mutation_places import ROOT, folder_of, places
+
 WORK = ROOT / "build/mutants"
 TREE = WORK / "tree"
+HOST = TREE / "build/host"
 RESULTS = WORK / "results.jsonl"
-PATIENCE = 900  # seconds of one step: a mutant may make anything hang
-# Texts and tables whose places are no code.
-NO_CODE = {"help/help_table.cpp", "numbers/kernel_tables.cpp", "fast/general_only.cpp"}
-
-# What is changed, and into what. Each pattern has one group, which is replaced.
-CHANGES = [
-    ("comparison", r" (==) ", ["!="]),
-    ("comparison", r" (!=) ", ["=="]),
-    ("bound", r" (<) ", ["<="]),
-    ("bound", r" (<=) ", ["<"]),
-    ("bound", r" (>) ", [">="]),
-    ("bound", r" (>=) ", [">"]),
-    ("operator", r"[\w)\]] (\+) ", ["-"]),
-    ("operator", r"[\w)\]] (-) ", ["+"]),
-    ("operator", r"[\w)\]] (\*) ", ["+"]),
-    ("operator", r"[\w)\]] (&) ", ["|"]),
-    ("condition", r" (&&) ", ["||"]),
-    ("condition", r" (\|\|) ", ["&&"]),
-    ("condition", r"\bif \((?!constexpr)(.+)\) (?:return|continue|break|\{)", ["true", "false"]),
-    ("condition", r"\((!)\w", [""]),
-    ("constant", r"[ (](\d+)[;,) ]", ["+1", "-1"]),
-    ("truth", r"\b(true)\b", ["false"]),
-    ("truth", r"\b(false)\b", ["true"]),
-    ("call", r"^ +((?!return|if|for|while|else|case)[\w.:>-]+\([^;{}]*\);)$", [""]),
-    ("assignment", r"^ +((?!return|const|auto|static)[\w.>\[\]-]+ [+|-]?= [^;{}]*;)$", [""]),
-    ("increment", r"(\+\+)\w", ["--"]),
-]  # fmt: skip
+BASELINE = WORK / "baseline.json"
+EQUIVALENT = ROOT / "tests/mutants/equivalent.txt"
+STEP = "20000"  # milliseconds that a transcript's step may take: on a busy machine only what hangs takes them
+# Checks of the tests' own tools, of random numbers by the million, of the host: nothing of src/ is in them.
+LEFT_OUT = re.compile(r"^(HostileFolder|Linux|Terminal)")
 
 
-def without_strings_and_comments(line):
-    """The same length, so that places stay."""
-    line = re.sub(r'"(?:[^"\\]|\\.)*"', lambda text: '"' + "_" * (len(text[0]) - 2) + '"', line)
-    return re.sub(r"//.*$", lambda text: " " * len(text[0]), line)
+class Test:
+    """One step of the search: a program of the tests, and which of its cases."""
+
+    def __init__(self, name, program, words, environment=None):
+        self.name, self.program, self.words, self.environment = name, program, words, environment or {}
 
 
-def places(folder):
-    """All places: file, line number, columns, new text, kind."""
-    for file in sorted((ROOT / "src").rglob("*.cpp")):
-        name = str(file.relative_to(ROOT / "src"))
-        if name in NO_CODE or (folder and not name.startswith(folder.rstrip("/") + "/")):
-            continue
-        for number, line in enumerate(file.read_text().split("\n")):
-            plain = without_strings_and_comments(line)
-            if plain.lstrip().startswith(("#", "static_assert", "template")):
-                continue
-            for kind, pattern, news in CHANGES:
-                for match in re.finditer(pattern, plain):
-                    for new in news:
-                        old = line[match.start(1) : match.end(1)]
-                        text = str(int(old) + int(new)) if kind == "constant" else new
-                        if not (kind == "constant" and text.startswith("-")):
-                            yield (name, number, match.start(1), match.end(1), text, kind)
+def say(text):
+    print(text, flush=True)
 
 
-def run(command):
-    environment = dict(os.environ, CCACHE_BASEDIR=str(TREE), CCACHE_NOHASHDIR="1")
-    try:
-        return subprocess.run(command, cwd=TREE, capture_output=True, text=True, timeout=PATIENCE, env=environment)
-    except subprocess.TimeoutExpired:
-        return None
+def run(command, seconds=None, **environment):
+    """Status and output; status None after too long."""
+    everything = dict(os.environ, CCACHE_BASEDIR=str(TREE), CCACHE_NOHASHDIR="1", **environment)
+    with open(WORK / "log", "a") as log:
+        log.write(f"\n$ {' '.join(map(str, command))}\n")
+        process = subprocess.Popen(
+            command, cwd=TREE, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
+            errors="replace", env=everything, start_new_session=True,
+        )  # fmt: skip
+        try:
+            output, _ = process.communicate(timeout=seconds)
+        except subprocess.TimeoutExpired:
+            os.killpg(process.pid, 9)
+            process.communicate()
+            log.write("too long\n")
+            return None, ""
+        log.write(output[-4000:])
+    return process.returncode, output
 
 
-# What is built and run; nothing is everything.
-part = argparse.Namespace(targets=[], tests="")
+def ninja(*targets, preset="host"):
+    status, output = run(["ninja", "-C", TREE / "build" / preset, *targets])
+    return "" if status == 0 else output
 
 
 def prepare():
-    """A tree of its own, with what is committed, configured and built once."""
-    if TREE.exists():
-        shutil.rmtree(TREE)
+    """The tree with what is committed, configured and built."""
     WORK.mkdir(parents=True, exist_ok=True)
-    subprocess.run(["git", "clone", "--quiet", "--no-hardlinks", str(ROOT), str(TREE)], check=True)
+    (WORK / "log").write_text("")
+    if not TREE.exists():
+        subprocess.run(["git", "clone", "--quiet", "--no-hardlinks", str(ROOT), str(TREE)], check=True)
+    subprocess.run(["git", "fetch", "--quiet", "origin", "HEAD"], cwd=TREE, check=True)
+    subprocess.run(["git", "reset", "--quiet", "--hard", "FETCH_HEAD"], cwd=TREE, check=True)
     launcher = ["-D", "CMAKE_CXX_COMPILER_LAUNCHER=ccache"] if shutil.which("ccache") else []
-    for preset in ("image", "host"):
-        subprocess.run(["cmake", "--preset", preset, *launcher], cwd=TREE, check=True, capture_output=True)
-    built = build()
-    if built:
-        sys.exit(f"mutate.py: the unchanged sources do not build: {built}")
-    failed = test()
-    if failed:
-        sys.exit(f"mutate.py: the unchanged sources fail {failed}")
+    # The interpreter is linked into the players of transcripts: a changed file is compiled once, for all of them.
+    linked = ["-D", "CMAKE_EXE_LINKER_FLAGS=-Wl,-u,_ModuleEntryPoint"]
+    for preset, more in (("image", []), ("host", linked)):
+        if not (TREE / "build" / preset / "build.ninja").exists():
+            status, output = run(["cmake", "--preset", preset, *launcher, *more])
+            if status != 0:
+                sys.exit(f"mutate.py: {output}")
+    say("building the unchanged sources")
+    for preset, targets in (("image", []), ("host", sorted(PROGRAMS))):
+        output = ninja(*targets, preset=preset)
+        if output:
+            sys.exit(f"mutate.py: the unchanged sources do not build:\n{output[-3000:]}")
 
 
-def build():
-    """Nothing, or what went wrong."""
-    for preset in ("image", "host"):
-        targets = part.targets if preset == "host" else []
-        done = run(["ninja", "-C", f"build/{preset}", *targets])
-        if done is None or done.returncode != 0:
-            return "time" if done is None else done.stdout[-2000:]
-    return ""
+PROGRAMS = {
+    "language_tests": "tests/language_tests",
+    "hosted_tests": "tests/hosted_tests",
+    "unit_tests": "tests/unit_tests",
+    "failing-services": "tests/fuzz/failing-services",
+    "korvane-replay": "tests/fuzz/korvane-replay",
+    "korvane-companion": "tests/fuzz/korvane-companion",
+    "korvane-terminal": "host/korvane-terminal",
+    "take_picture": "tests/take_picture",
+}
 
 
-def image_sum():
-    return hashlib.sha256((TREE / "build/korvane.efi").read_bytes()).hexdigest()
+def all_tests(with_image):
+    transcripts = ["--linked", "--image", "build/korvane.efi", "--jobs", "1", "--patience", STEP, "--first-failure"]
+    files = sorted((TREE / "tests/language").glob("*/*.txt")) + sorted((TREE / "tests/fuzz/found").glob("*.txt"))
+    for file in files:
+        yield Test(f"{file.parent.name}/{file.stem}", "language_tests", [*transcripts, file.relative_to(TREE)])
+    for program in ("hosted_tests", "unit_tests"):
+        _, listing = run([HOST / PROGRAMS[program], "--gtest_list_tests"])
+        for suite in re.findall(r"^([\w/]+)\.", listing, re.MULTILINE):
+            if not LEFT_OUT.match(suite):
+                yield Test(f"{program}:{suite}", program, [f"--gtest_filter={suite}.*", "--gtest_fail_fast"])
+    corpora = ["--companion", HOST / PROGRAMS["korvane-companion"], "--all", "tests/fuzz/corpus"]
+    yield Test("fuzz_corpora", "korvane-replay", corpora)
+    yield Test("failing_services", "failing-services", [])
+    if with_image:
+        yield Test("image", "image", [])
 
 
-def test():
-    """The name of a test that fails, or nothing. Tests of the sources' looks are left out."""
-    done = run(["ctest", "--test-dir", "build/host", "-LE", "full", "-E", "^(format|rooms|tour|tail_calls|editor_|completions)",
-                "-R", part.tests or ".", "--stop-on-failure", "-j", "2", "--timeout", "300"])  # fmt: skip
-    if done is None:
-        return "time"
-    if done.returncode == 0:
-        return ""
-    found = re.findall(r"^\s*\d+ - (\S+) \(", done.stdout, re.MULTILINE)
-    return found[0] if found else "some test"
+def play(test, seconds=None):
+    """Whether the test fails. The tests that play the image itself are one, by ctest."""
+    if test.program == "image":
+        if ninja(preset="image"):
+            return True
+        names = "^(manual|listings|converter|picture_.*|example_.*)$"
+        command = ["ctest", "--test-dir", HOST, "-LE", "full", "-R", names, "--stop-on-failure", "--timeout", "600"]
+    else:
+        command = [HOST / PROGRAMS[test.program], *test.words]
+    status, _ = run(command, seconds, **test.environment)
+    return status != 0
 
 
-def judge(place, unchanged):
-    name, number, begin, end, new, kind = place
-    path = TREE / "src" / name
-    content = path.read_text()
-    lines = content.split("\n")
-    lines[number] = lines[number][:begin] + new + lines[number][end:]
-    path.write_text("\n".join(lines))
-    start = time.monotonic()
-    try:
-        if build():
-            outcome, by = "none", "compiler"
-        elif image_sum() == unchanged:
-            outcome, by = "equivalent", "same image"
+def baseline(tests):
+    """How long each test takes with the unchanged sources. What fails then, because the interpreter's stack frames are
+    larger here than in the image, takes no part."""
+    commit = subprocess.run(["git", "rev-parse", "HEAD"], cwd=TREE, capture_output=True, text=True, check=True).stdout.strip()
+    known = json.loads(BASELINE.read_text()) if BASELINE.exists() else {}
+    if known.get("commit") != commit:
+        known = {"commit": commit, "seconds": {}, "failed": []}
+    for test in tests:
+        if test.name in known["seconds"] or test.name in known["failed"]:
+            continue
+        begin = time.monotonic()
+        if play(test):
+            known["failed"].append(test.name)
         else:
-            by = test()
-            outcome = "noticed" if by else "survived"
-    finally:
-        path.write_text(content)
-    return {
-        "file": name, "line": number + 1, "kind": kind, "old": content.split("\n")[number][begin:end], "new": new,
-        "column": begin, "outcome": outcome, "by": by, "seconds": round(time.monotonic() - start, 1),
-    }  # fmt: skip
+            known["seconds"][test.name] = round(time.monotonic() - begin, 2)
+        BASELINE.write_text(json.dumps(known))
+    say(f"{len(known['seconds'])} tests take {sum(known['seconds'].values()):.0f} s")
+    if known["failed"]:
+        say(f"left out, because the unchanged sources fail them: {', '.join(known['failed'])}")
+    return known["seconds"]
 
 
 def results():
-    if not RESULTS.exists():
-        return []
-    return [json.loads(line) for line in RESULTS.read_text().splitlines()]
+    """The latest of each mutant."""
+    latest = {}
+    if RESULTS.exists():
+        for line in RESULTS.read_text().splitlines():
+            one = json.loads(line)
+            latest[key_of(one)] = one
+    return list(latest.values())
+
+
+def key_of(one):
+    return (one["file"], one["line"], one["column"], one["new"], one["source"])
+
+
+def in_order(tests, seconds, name):
+    """Those first that are likely to notice a change of this file, for what they cost."""
+    folder = folder_of(name)
+    noticed = collections.Counter()
+    mutants = collections.Counter()
+    for one in results():
+        kin = folder_of(one["file"]) == folder
+        for counter, key in ((noticed, one["by"]), (mutants, "")):
+            counter[key] += 4 if kin else 1
+
+    def worth(test):
+        last = name.split("/")[-1].removesuffix(".cpp")
+        words = set(re.split(r"[/_]|s\b", name.removesuffix(".cpp").lower())) - {""}
+        kin = not words.isdisjoint(re.split(r"[/_:]|s\b", test.name.lower())) or last.replace("_", "") in test.name.lower()
+        expected = noticed[test.name] + (2 if kin else 0.3)
+        return expected / (mutants[""] + 5) / (seconds.get(test.name, 60) + 0.5)
+
+    return sorted(tests, key=worth, reverse=True)
+
+
+def object_of(name):
+    kind = "interpreter" if name.startswith("fast/") else "interpreter_objects"
+    return f"CMakeFiles/{kind}.dir/src/{name}.o"
+
+
+def sum_of(path):
+    return hashlib.sha256(path.read_bytes()).hexdigest()
+
+
+def judge(place, tests, seconds):
+    name, number, begin, end, new, kind = place
+    path, made = TREE / "src" / name, HOST / object_of(name)
+    content = path.read_text()
+    lines = content.split("\n")
+    one = {
+        "file": name, "line": number + 1, "column": begin, "source": lines[number].strip(), "kind": kind,
+        "old": lines[number][begin:end], "new": new, "by": "",
+    }  # fmt: skip
+    lines[number] = lines[number][:begin] + new + lines[number][end:]
+    start = time.monotonic()
+    ninja(object_of(name))
+    unchanged = sum_of(made)
+    path.write_text("\n".join(lines))
+    built = set()
+    try:
+        if ninja(object_of(name)):
+            one |= {"outcome": "none", "by": "compiler"}
+        elif sum_of(made) == unchanged:
+            one |= {"outcome": "equivalent", "by": "same object"}
+        else:
+            one["outcome"] = "survived"
+            for test in in_order(tests, seconds, name):
+                needed = {test.program} & PROGRAMS.keys() | ({"korvane-companion"} if test.name == "fuzz_corpora" else set())
+                if not needed <= built:
+                    built |= needed
+                    if output := ninja(*needed):
+                        sys.exit(f"mutate.py: {output[-3000:]}")
+                if play(test, max(120, 20 * seconds[test.name])):
+                    one |= {"outcome": "noticed", "by": test.name}
+                    break
+    finally:
+        path.write_text(content)
+    one["seconds"] = round(time.monotonic() - start, 1)
+    return one
+
+
+def known_equivalents():
+    """Places that were read and make no difference that anyone could see: file, the line's text, old and new."""
+    if not EQUIVALENT.exists():
+        return set()
+    known = set()
+    for line in EQUIVALENT.read_text().splitlines():
+        if line and not line.startswith("#"):
+            known.add(tuple(line.split("\t")[:4]))
+    return known
+
+
+def is_known_equivalent(one, known):
+    return (one["file"], one["source"], one["old"], one["new"]) in known
 
 
 def print_table():
     rows = collections.defaultdict(collections.Counter)
+    known = known_equivalents()
+    left = []
     for one in results():
-        folder = one["file"].split("/")[0] if "/" in one["file"] else "src itself"
-        rows[folder][one["outcome"]] += 1
-        rows["all"][one["outcome"]] += 1
-    print("| Folder | Mutants | Noticed | Survived | Same image | Noticed of those that differ |")
-    print("|---|---:|---:|---:|---:|---:|")
+        outcome = one["outcome"]
+        if outcome == "survived":
+            outcome = "shown" if is_known_equivalent(one, known) else "survived"
+            if outcome == "survived":
+                left.append(one)
+        for row in (folder_of(one["file"]), "all"):
+            rows[row][outcome] += 1
+    print("| Folder | Mutants | Noticed | Survived | Shown equivalent | Same object | Noticed of those that differ |")
+    print("|---|---:|---:|---:|---:|---:|---:|")
     for folder in sorted(rows, key=lambda name: (name == "all", name)):
         row = rows[folder]
         differ = row["noticed"] + row["survived"]
         share = f"{100 * row['noticed'] / differ:.1f} %" if differ else ""
-        print(f"| {folder} | {differ + row['equivalent']} | {row['noticed']} | {row['survived']} | {row['equivalent']} | {share} |")
-    for one in results():
-        if one["outcome"] == "survived":
-            print(f"src/{one['file']}:{one['line']}: {one['kind']} {one['old']!r} became {one['new']!r}")
+        count = differ + row["equivalent"] + row["shown"]
+        print(f"| {folder} | {count} | {row['noticed']} | {row['survived']} | {row['shown']} | {row['equivalent']} | {share} |")
+    for one in left:
+        print(f"src/{one['file']}:{one['line']}: {one['old']!r} became {one['new']!r}: {one['source']}")
+
+
+def chosen_places(options):
+    """What is to be played, without what has been."""
+    if options.again:
+        known = known_equivalents()
+        survivors = [one for one in results() if one["outcome"] == "survived" and not is_known_equivalent(one, known)]
+        wanted = {(one["file"], one["source"], one["old"], one["new"]) for one in survivors}
+        for place in places(""):
+            name, number, begin, end, new, _ = place
+            line = (ROOT / "src" / name).read_text().split("\n")[number]
+            if (name, line.strip(), line[begin:end], new) in wanted:
+                yield place
+        return
+    chosen = list(places(options.folder))
+    random.Random(options.seed).shuffle(chosen)
+    played = {(one["file"], one["source"], one["column"], one["new"]) for one in results()}
+    for place in chosen:
+        name, number, begin, _, new, _ = place
+        line = (ROOT / "src" / name).read_text().split("\n")[number]
+        if (name, line.strip(), begin, new) not in played:
+            yield place
 
 
 def main():
@@ -193,37 +313,41 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--count", type=int, default=10, help="mutants that compile")
     parser.add_argument("--folder", default="", help="of src/")
+    parser.add_argument("--hours", type=float, default=1000)
     parser.add_argument("--list", action="store_true", help="only show the places that the seed chooses")
+    parser.add_argument("--again", action="store_true")
     parser.add_argument("--table", action="store_true")
-    parser.add_argument("--targets", nargs="*", default=[], help="of the host tree")
-    parser.add_argument("--tests", default="", help="of ctest")
+    parser.add_argument("--no-image", action="store_true")
     options = parser.parse_args()
-    part.targets, part.tests = options.targets, options.tests
     if options.table:
         print_table()
         return
-    chosen = list(places(options.folder))
-    random.Random(options.seed).shuffle(chosen)
     if options.list:
-        print(f"{len(chosen)} places")
-        for name, number, begin, end, new, kind in chosen[: options.count]:
-            line = (ROOT / "src" / name).read_text().split("\n")[number]
-            print(f"src/{name}:{number + 1}: {kind} {line[begin:end]!r} -> {new!r}   {line.strip()}")
+        for number, place in zip(range(options.count), chosen_places(options)):
+            name, line, begin, end, new, kind = place
+            text = (ROOT / "src" / name).read_text().split("\n")[line]
+            print(f"src/{name}:{line + 1}: {kind} {text[begin:end]!r} -> {new!r}   {text.strip()}")
         return
-    known = {(one["file"], one["line"], one["column"], one["new"]) for one in results()}
+    end = time.monotonic() + options.hours * 3600
+    WORK.mkdir(parents=True, exist_ok=True)
+    lock = open(WORK / "lock", "w")
+    try:
+        fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
+    except OSError:
+        sys.exit("mutate.py: another one is at work in build/mutants")
     prepare()
-    unchanged = image_sum()
+    tests = list(all_tests(not options.no_image))
+    seconds = baseline(tests)
+    tests = [test for test in tests if test.name in seconds]
     made = 0
-    for place in chosen:
-        if made == options.count:
+    for place in chosen_places(options):
+        if (made == options.count and not options.again) or time.monotonic() > end:
             break
-        if (place[0], place[1] + 1, place[2], place[4]) in known:
-            continue
-        one = judge(place, unchanged)
+        one = judge(place, tests, seconds)
         with open(RESULTS, "a") as file:
             file.write(json.dumps(one) + "\n")
         made += one["outcome"] != "none"
-        print(f"{one['outcome']:10} src/{one['file']}:{one['line']} {one['old']!r} -> {one['new']!r} ({one['by']}, {one['seconds']} s)", flush=True)
+        say(f"{one['outcome']:10} src/{one['file']}:{one['line']} {one['old']!r} -> {one['new']!r} ({one['by']}, {one['seconds']} s)")
     print_table()
 
 

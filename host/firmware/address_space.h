@@ -7,7 +7,7 @@
 
 namespace korvane::host {
 
-enum class Access { none, read, read_write, read_execute };
+enum class Access { none, read, read_write, read_execute, all };
 
 // Zeroed memory at a fixed address, with an inaccessible page on either side, unmapped when its owner goes.
 class Mapping {

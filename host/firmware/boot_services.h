@@ -16,6 +16,9 @@ struct BootServiceFunctions {
     // Of the CPU architectural protocol: accepts whole pages.
     static uefi::Status EFIAPI set_memory_attributes(uefi::CpuArchProtocol* self, uefi::PhysicalAddress base,
                                                      std::uint64_t length, std::uint64_t attributes);
+
+    // The memory attribute protocol of the same firmware.
+    static void fill(uefi::MemoryAttributeProtocol& protocol);
 };
 
 // Gives a table of services its header, and `unimplemented` in the place of every service.

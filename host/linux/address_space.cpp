@@ -23,6 +23,8 @@ int protection(Access access) {
             return PROT_READ | PROT_WRITE;
         case Access::read_execute:
             return PROT_READ | PROT_EXEC;
+        case Access::all:
+            return PROT_READ | PROT_WRITE | PROT_EXEC;
     }
     return PROT_NONE;
 }

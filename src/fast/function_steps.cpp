@@ -10,6 +10,7 @@
 #include "numbers/kernels.h"
 #include "numbers/rounding.h"
 #include "platform/stack.h"
+#include "screen/keyboard.h"
 #include "values/functions.h"
 #include "values/random.h"
 #include "values/string_functions.h"
@@ -217,12 +218,20 @@ bool bind(const VariableEntry& parameter, std::uint8_t* storage, const Token* ma
     return x.failed == 0 && store_number(parameter.type, storage, x.value);
 }
 
+// Notes a call, as every call is. When Escape ends the statement, what is specialised gives up: the general
+// handler, which executes the statement anew, finds the Escape that is pending and can break.
+bool may_call_on() {
+    if (may_call()) return true;
+    keyboard.look_ahead = break_pending;
+    return false;
+}
+
 // The body's value with all parameters bound. Arguments are evaluated before any parameter is changed, so
 // they are collected first; parameters are put back in reverse.
 template <typename Body>
 bool call(const Token* bracket, Body body) {
     UserFunction* function = as<CallRecord>(bracket).callee;
-    if (stack_exhausted()) return false;
+    if (stack_exhausted() || !may_call_on()) return false;
     std::uint8_t arguments[max_parameters][8];
     std::int32_t count = 0;
     for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++count)
@@ -250,7 +259,7 @@ double call_real(double, Token* at) {
 double call_real_with_one(double, Token* at) {
     const UserFunction* function = as<CallRecord>(at).callee;
     const double argument = quick_right_real(at);
-    if (!is_finite(argument) || stack_exhausted()) return no_number();
+    if (!is_finite(argument) || stack_exhausted() || !may_call_on()) return no_number();
     std::uint8_t* storage = function->entries[0]->storage;
     const double saved = read<double>(storage);
     __builtin_memcpy(storage, &argument, sizeof argument);

@@ -65,6 +65,9 @@ extern ControlStacks control_stacks;
 
 void clear_control_stacks();
 
+// For the direct line, before its records become another line's: positions in it are of no epoch from now on.
+void forget_direct_line();
+
 // Raises "Out of memory" and gives false when 128 entries are stacked.
 bool push_gosub(const GosubEntry& entry);
 void pop_gosub();

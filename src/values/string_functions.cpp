@@ -79,6 +79,53 @@ bool require_image(const Value& image, std::uint32_t size) {
     return false;
 }
 
+using Text = std::string_view;
+
+// The bytes from the beginning that two texts have in common.
+std::size_t common_length(Text left, Text right) {
+    std::size_t i = 0;
+    while (i < left.size() && i < right.size() && left[i] == right[i])
+        ++i;
+    return i;
+}
+
+// By sums of the bytes that a text as long as `wanted` has at each place, which follow from one another: only
+// where they are equal is the text itself looked at.
+std::size_t find_by_sums(Text text, Text wanted) {
+    constexpr std::uint64_t factor = 0x9E3779B97F4A7C15;
+    std::uint64_t sum = 0;
+    std::uint64_t wanted_sum = 0;
+    std::uint64_t weight = 1;  // of the byte that is left behind, once it is
+    for (std::size_t i = 0; i < wanted.size(); ++i) {
+        sum = sum * factor + static_cast<unsigned char>(text[i]);
+        wanted_sum = wanted_sum * factor + static_cast<unsigned char>(wanted[i]);
+        weight *= factor;
+    }
+    for (std::size_t at = 0;; ++at) {
+        if (sum == wanted_sum && text.substr(at, wanted.size()) == wanted) return at;
+        const std::size_t next = at + wanted.size();
+        if (next >= text.size()) return Text::npos;
+        sum = sum * factor + static_cast<unsigned char>(text[next]) -
+              static_cast<unsigned char>(text[at]) * weight;
+    }
+}
+
+// Where the first byte stands, the others are compared. That is quick, but for texts in which nearly
+// everything begins as what is wanted does: these would take as long as the product of both lengths.
+std::size_t find_from(Text text, Text wanted, std::size_t at) {
+    constexpr std::size_t most_work = 1 << 16;
+    for (std::size_t work = 0; work < most_work; ++at) {
+        at = text.find(wanted.front(), at);
+        if (at == Text::npos || text.size() - at < wanted.size()) return Text::npos;
+        const std::size_t common = common_length(text.substr(at), wanted);
+        if (common == wanted.size()) return at;
+        work += common - 1;
+    }
+    if (text.size() - at < wanted.size()) return Text::npos;
+    const std::size_t found = find_by_sums(text.substr(at), wanted);
+    return found == Text::npos ? found : found + at;
+}
+
 Value position_of(const Value& text, const Value& wanted, std::int64_t start) {
     if (!require_string(text) || !require_string(wanted)) return Value::nothing();
     return narrowest_integer(find_text(text, wanted, start));
@@ -97,7 +144,7 @@ void copy_shifted(std::uint8_t* to, const Value& text, std::uint8_t first, std::
 std::int64_t find_text(const Value& text, const Value& wanted, std::int64_t start) {
     if (start > text.length) return 0;
     if (wanted.length == 0) return start;
-    const std::size_t found = text.text().find(wanted.text(), static_cast<std::size_t>(start - 1));
+    const std::size_t found = find_from(text.text(), wanted.text(), static_cast<std::size_t>(start - 1));
     return found == std::string_view::npos ? 0 : static_cast<std::int64_t>(found) + 1;
 }
 

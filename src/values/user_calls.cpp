@@ -1,9 +1,13 @@
 // Calls of the functions that DEF FN has defined.
+#include <utility>
+
 #include "platform/memory.h"
 #include "platform/stack.h"
 #include "program/errors.h"
+#include "program/execution.h"
 #include "program/messages.h"
 #include "program/parse.h"
+#include "screen/keyboard.h"
 #include "values/evaluator.h"
 #include "values/functions.h"
 #include "values/user_functions.h"
@@ -59,8 +63,21 @@ std::int32_t read_call_arguments(Cursor& cursor, Value* arguments) {
 
 }  // namespace
 
+[[gnu::cold]] bool escape_between_calls() {
+    const std::uint64_t statement = std::exchange(user_functions.called_by, execution.statement_count);
+    // The calls that are left of the statement are not to be made either.
+    if (statement == execution.statement_count && key_break_check()) return true;
+    user_functions.calls = 0;
+    return false;
+}
+
 Value call_user_function(UserFunction& function, const Value* arguments, std::int32_t count) {
     if (stack_exhausted()) return fail(message::out_of_memory);
+    if (!may_call()) {
+        user_functions.calls = 0;
+        request_break();
+        return Value::nothing();
+    }
     SavedParameter saved[max_parameters];
     // A store that fails leaves its variable as it was, so only the parameters bound before it are put back.
     std::int32_t bound = 0;

@@ -34,7 +34,13 @@ struct UserFunction {
     int depth;                     // levels of its descent (fast/nodes.h)
 };
 
+// Functions that call others more than once multiply: a line or two make a statement that never ends. So the
+// keyboard is looked at in the midst of a statement too, after so many calls.
+inline constexpr std::uint32_t calls_between_looks = 65'536;
+
 struct UserFunctions {
+    std::uint32_t calls;      // since the keyboard was thought of
+    std::uint64_t called_by;  // the statement that was executed then
     std::uint32_t count;
     NameIndex<max_user_functions> names;
     UserFunction functions[max_user_functions];
@@ -43,6 +49,14 @@ extern UserFunctions user_functions;
 
 // Forgets all definitions; part of the clear operation.
 void forget_user_functions();
+
+// True when Escape has been pressed during a statement that has made very many calls: it is to be given up.
+bool escape_between_calls();
+
+// Notes a call. False when it is not to be made, because Escape was pressed.
+inline bool may_call() {
+    return ++user_functions.calls < calls_between_looks || !escape_between_calls();
+}
 
 // True for names that begin with FN and go on.
 inline bool is_user_function_name(const char* name) {

@@ -25,6 +25,7 @@ CAMPAIGN = ROOT / "build/fuzz/campaign"
 COMPANION = ROOT / "build/host/tests/fuzz/korvane-companion"
 KEPT = ROOT / "tests/fuzz/corpus"
 MINUTES_EACH = 3  # of a target's turn
+COMPARED_WHEN_PLAIN = "8"  # only one of so many inputs is played by both interpreters, which takes twice as long
 MOST_BREAKS = 10  # in one turn: the same again and again is nothing new
 LONGEST = {"session": 3000, "explorer": 1000, "program": 6000, "packed-image": 4000, "disk": 4096}
 LONGEST_KEPT = 4000  # bytes of an input in the repository
@@ -84,7 +85,7 @@ def run(target, seconds, plain):
         command += [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target) if folder.exists()]
         log = CAMPAIGN / f"{target}.log"
         with open(log, "w") as output:
-            ended = subprocess.run(command, stdout=output, stderr=output, env=environment())
+            ended = subprocess.run(command, stdout=output, stderr=output, env=environment(plain))
         if ended.returncode == 0:
             break
         breaks += 1
@@ -94,8 +95,9 @@ def run(target, seconds, plain):
     return breaks
 
 
-def environment():
-    return dict(os.environ, KORVANE_FUZZ_COUNTS=str(CAMPAIGN / "counts"), KORVANE_FUZZ_COMPANION=str(COMPANION))
+def environment(plain):
+    compared = {"KORVANE_FUZZ_COMPARED": COMPARED_WHEN_PLAIN} if plain else {}
+    return dict(os.environ, KORVANE_FUZZ_COUNTS=str(CAMPAIGN / "counts"), KORVANE_FUZZ_COMPANION=str(COMPANION), **compared)
 
 
 def make_smaller(target, file, plain):
@@ -104,7 +106,7 @@ def make_smaller(target, file, plain):
         fuzzer(plain), f"--target={target}", "-minimize_crash=1", "-max_total_time=30",
         f"-exact_artifact_path={small}", file,
     ]  # fmt: skip
-    subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment())
+    subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment(plain))
 
 
 def campaign(names, minutes, plain):

@@ -2,10 +2,12 @@
 //
 //     korvane-fuzzer --target=session [libFuzzer's options] CORPUS...
 //
-// With KORVANE_FUZZ_COMPANION, the path of korvane-companion, that interpreter must come to the same states.
-// With KORVANE_FUZZ_COUNTS the counts are kept in a file in that folder.
+// With KORVANE_FUZZ_COMPANION, the path of korvane-companion, that interpreter must come to the same states;
+// with KORVANE_FUZZ_COMPARED=N too, only one of N inputs is played by both. With KORVANE_FUZZ_COUNTS the
+// counts are kept in a file in that folder.
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -16,6 +18,7 @@
 
 #include "companion.h"
 #include "counted.h"
+#include "line_mutations.h"
 #include "machine.h"
 #include "player.h"
 #include "targets.h"
@@ -25,6 +28,7 @@ namespace {
 const korvane::fuzz::Target* target = nullptr;
 std::filesystem::path counts_file;
 korvane::fuzz::Companion* companion = nullptr;
+std::uint64_t inputs_for_each_compared = 1;
 
 }  // namespace
 
@@ -50,16 +54,29 @@ extern "C" int LLVMFuzzerInitialize(int* count, char*** words) {
         static Companion the_companion(program, target->name);
         companion = &the_companion;
     }
+    if (const char* interval = std::getenv("KORVANE_FUZZ_COMPARED"))
+        inputs_for_each_compared = std::max(1ULL, std::strtoull(interval, nullptr, 10));
     static Machine the_machine;
     prepare(*target);
     return 0;
+}
+
+extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most);
+
+// What is typed is changed by lines for the most part, everything else by bytes.
+extern "C" std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t most,
+                                               unsigned seed) {
+    if (target->typed)
+        if (const std::size_t changed = korvane::fuzz::change_lines(data, size, most, seed)) return changed;
+    return LLVMFuzzerMutate(data, size, most);
 }
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     using namespace korvane::fuzz;
     const std::string_view input(reinterpret_cast<const char*>(data), size);
     const bool played = play(input);
-    if (companion != nullptr && played && is_comparable(input))
+    const bool compares = companion != nullptr && counts.inputs % inputs_for_each_compared == 0;
+    if (compares && played && is_comparable(input))
         if (const auto state = companion->play(input)) compare(describe_state(), *state);
     if (!counts_file.empty()) write_counts(counts_file, target->name, false);
     return 0;

@@ -17,6 +17,7 @@
 #include "run/traps.h"
 #include "screen/console.h"
 #include "screen/graphics.h"
+#include "steps.h"
 #include "value_text.h"
 #include "values/data_items.h"
 #include "values/variables.h"
@@ -63,8 +64,7 @@ uefi::InputKey key_of(char c) {
 
 bool run_to_next_key() {
     const Stop why = machine->go_on();
-    const std::uint64_t silence = machine->firmware().longest_silence();
-    counts.longest_silence = std::max(counts.longest_silence, silence);
+    counts.most_steps = std::max(counts.most_steps, most_steps());
     return why == Stop::waits;
 }
 

@@ -12,10 +12,9 @@ namespace korvane::fuzz {
 // Counts of what has been played by this program.
 struct Counts {
     std::uint64_t inputs = 0;
-    std::uint64_t lines = 0;            // typed
-    std::uint64_t compared = 0;         // inputs, with what another interpreter makes of them
-    std::uint64_t longest_silence = 0;  // ticks of the time-stamp counter between two looks for a key
-    std::string longest_line;           // typed when that was
+    std::uint64_t lines = 0;       // typed
+    std::uint64_t compared = 0;    // inputs, with what another interpreter makes of them
+    std::uint64_t most_steps = 0;  // between two looks for a key, where steps are counted
 };
 extern Counts counts;
 

@@ -98,6 +98,9 @@ int play_target(const Target& target, const std::vector<fs::path>& files, double
     std::printf("%s: %llu inputs, %llu lines, %llu compared", target.name.data(),
                 static_cast<unsigned long long>(counts.inputs), static_cast<unsigned long long>(counts.lines),
                 static_cast<unsigned long long>(counts.compared));
+    if (counts.most_steps != 0)
+        std::printf(", at most %llu steps without a look at the keyboard",
+                    static_cast<unsigned long long>(counts.most_steps));
     if (seconds != 0)
         std::printf(", %.0f inputs and %.0f lines a second", static_cast<double>(counts.inputs) / passed(),
                     static_cast<double>(counts.lines) / passed());

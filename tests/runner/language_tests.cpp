@@ -23,12 +23,14 @@ namespace {
 struct Options {
     test::PlayedImage image;
     CaseChoice cases;
+    bool first_failure = false;
 };
 
 constexpr char usage[] = R"(usage: language_tests [options] FILE-OR-FOLDER...
   --image FILE    the application to test (build/korvane.efi)
   --linked        test the interpreter that is linked into this program
   --filter TEXT   only cases whose "file: title" contains TEXT
+  --first-failure stop at the first case that fails
   --show          print the screen after every step
   --jobs N        processes to use (4)
   --patience MS   how long one step may take (10000)
@@ -37,7 +39,8 @@ constexpr char usage[] = R"(usage: language_tests [options] FILE-OR-FOLDER...
 Options parse_options(int count, char** words) {
     Options options;
     const test::ProgramOptions known = options.image.options() + options.cases.options() +
-                                       test::ProgramOptions{{"--patience", &options.cases.play.patience}};
+                                       test::ProgramOptions{{"--patience", &options.cases.play.patience},
+                                                            {"--first-failure", &options.first_failure}};
     test::read_program_words(count, words, usage, known, &options.cases.inputs);
     if (options.cases.inputs.empty() || options.cases.jobs == 0) test::end_with_usage(usage);
     return options;
@@ -73,12 +76,14 @@ class Worker {
 
     // Plays the groups numbered first, first + step, ... and reports the failed cases; gives their number.
     int play(const std::vector<Group>& groups, std::size_t first, std::size_t step) {
-        for (std::size_t i = first; i < groups.size(); i += step)
+        for (std::size_t i = first; i < groups.size() && !enough(failures_); i += step)
             play_group(groups[i]);
         return failures_;
     }
 
   private:
+    bool enough(int failures) const { return options_.first_failure && failures != 0; }
+
     void play_group(const Group& group) {
         if (group.front()->own_start)
             return report(*group.front(), run_forked([&] { return play_alone(*group.front()); }));
@@ -103,6 +108,7 @@ class Worker {
             const ForkedResult result = run_forked([&] { return play_case(*test, machine, false); });
             shown += describe(*test, result);
             if (!result.report.empty()) ++failed;
+            if (enough(failed)) break;
         }
         return {failed == 0 ? "" : std::to_string(failed), shown, false};
     }

@@ -188,6 +188,7 @@ TEST(ExplorerSector, ReadsAtMost64Blocks) {
 TEST(ExplorerSector, LimitIsAnnouncedFirst) {
     const TemporaryFolder folder;
     ExplorerSession session(machine_with({device(folder.write("disk", std::string(1024, 0)))}));
+    EXPECT_EQ(session.run("SECTOR 0 0 40"), Lines{"LBA outside media."});
     EXPECT_EQ(session.run("SECTOR 0 0 41"),
               (Lines{"Sector read limited to 64 blocks.", "LBA outside media."}));
     EXPECT_EQ(session.run("SECTOR 5 0 41"), (Lines{"Sector read limited to 64 blocks.", "Disk not found."}));

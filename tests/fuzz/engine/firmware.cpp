@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "complaint.h"
+#include "steps.h"
 
 namespace korvane::fuzz {
 
@@ -117,6 +118,7 @@ struct Firmware::Services {
             return *failure;
         }
         if (count != 1 || *events != &active->input_) complain("WaitForEvent on an unknown event");
+        note_look();
         if (active->waiting_keys() == 0) active->stop_(Stop::waits);
         *index = 0;
         return uefi::success;
@@ -218,6 +220,7 @@ struct Firmware::Services {
     }
 
     static Status EFIAPI read_key_stroke(uefi::SimpleTextInputProtocol*, uefi::InputKey* key) {
+        note_look();
         if (auto failure = active->faults_.strike(Service::ReadKeyStroke)) {
             active->count_failed_look();
             return *failure;
@@ -231,19 +234,20 @@ struct Firmware::Services {
         if (active->waiting_keys() == 0) return uefi::not_ready;
         active->empty_looks_ = 0;
         *key = active->keys_[active->next_key_++];
-        active->last_look_ticks_ = __builtin_ia32_rdtsc();
         return uefi::success;
     }
 
     static Status EFIAPI output_string(uefi::SimpleTextOutputProtocol*, const char16_t* text) {
-        if (auto failure = active->faults_.strike(Service::OutputString)) {
-            if (std::u16string_view(text).find(u'!') != std::u16string_view::npos)
-                active->stop_(Stop::halted);
-            return *failure;
-        }
+        const auto failure = active->faults_.strike(Service::OutputString);
+        const std::u16string_view shown(text);
         // Whoever prints an exclamation there has given up and never comes back.
-        if (std::u16string_view(text).find(u'!') != std::u16string_view::npos) active->stop_(Stop::halted);
-        return uefi::success;
+        if (shown.find(u'!') != std::u16string_view::npos) {
+            active->last_words_.clear();
+            for (const char16_t unit : shown)
+                active->last_words_ += static_cast<char>(unit);
+            active->stop_(Stop::halted);
+        }
+        return failure.value_or(uefi::success);
     }
 
     static Status EFIAPI reset_output(uefi::SimpleTextOutputProtocol*, std::uint8_t) { return uefi::success; }
@@ -500,14 +504,10 @@ void Firmware::begin_line() {
     keys_.clear();
     next_key_ = 0;
     empty_looks_ = escapes_ = escape_at_look_ = failed_looks_ = 0;
-    last_look_ticks_ = __builtin_ia32_rdtsc();
 }
 
 // Of a look that finds no key.
 void Firmware::look() {
-    const std::uint64_t now = __builtin_ia32_rdtsc();
-    longest_silence_ = std::max(longest_silence_, now - last_look_ticks_);
-    last_look_ticks_ = now;
     const bool pressed = escape_at_look_ != 0 && --escape_at_look_ == 0;
     if (!pressed && ++empty_looks_ < patience) return;
     depends_on_looks_ = true;
@@ -527,7 +527,7 @@ void Firmware::save() {
     for (const std::uint64_t guard : guards_)
         set_access(guard, true);
     for (SavedMemory* memory : {&pages_, &data_, &scratch_, &tables_})
-        memory->save();
+        memory->save(guards_);
     for (const std::uint64_t guard : guards_)
         set_access(guard, false);
     saved_guards_ = guards_.size();
@@ -542,13 +542,11 @@ void Firmware::save() {
 }
 
 void Firmware::put_back() {
-    for (const std::uint64_t guard : guards_)
-        set_access(guard, true);
+    for (std::size_t i = saved_guards_; i < guards_.size(); ++i)
+        set_access(guards_[i], true);
+    guards_.resize(saved_guards_);
     for (SavedMemory* memory : {&pages_, &data_, &scratch_, &tables_})
         memory->put_back();
-    guards_.resize(saved_guards_);
-    for (const std::uint64_t guard : guards_)
-        set_access(guard, false);
     volume_.put_back();
     for (std::size_t i = saved_blocks_; i < pool_.size(); ++i)
         if (!pool_[i].freed) std::free(pool_[i].at);
@@ -566,7 +564,7 @@ void Firmware::put_back() {
     faults_.arm({});
     begin_line();
     depends_on_looks_ = false;
-    longest_silence_ = 0;
+    forget_steps();
 }
 
 }  // namespace korvane::fuzz

@@ -106,10 +106,10 @@ class Firmware {
     // Pool blocks that are in use beyond those at the time of save().
     std::size_t pool_blocks() const;
     bool owns(std::uint64_t address, std::uint64_t bytes) const;
+    // What was shown on the firmware's console when the interpreter stopped for good.
+    const std::string& last_words() const { return last_words_; }
     // True when what was done in this input depends on when the interpreter looked for a key.
     bool depends_on_looks() const { return depends_on_looks_; }
-    // The longest time between two looks for a key, in ticks of the time-stamp counter.
-    std::uint64_t longest_silence() const { return longest_silence_; }
 
     void save();
     void put_back();
@@ -189,8 +189,7 @@ class Firmware {
     std::uint32_t escape_at_look_ = 0;
     std::uint32_t failed_looks_ = 0;
     bool depends_on_looks_ = false;
-    std::uint64_t last_look_ticks_ = 0;
-    std::uint64_t longest_silence_ = 0;
+    std::string last_words_;
 };
 
 }  // namespace korvane::fuzz

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 #include "raw_memory.h"
 
@@ -45,12 +46,15 @@ SavedMemory::SavedMemory(void* begin, void* end)
     if (pages_begin_ >= pages_end_) pages_begin_ = pages_end_ = end_;
 }
 
-void SavedMemory::save() {
+void SavedMemory::save(const std::vector<std::uint64_t>& untouchable) {
     head_.resize(std::min(pages_begin_, end_) - begin_);
     copy_raw(head_.data(), at(begin_), head_.size());
     tail_.resize(end_ - pages_end_);
     copy_raw(tail_.data(), at(pages_end_), tail_.size());
     if (pages_begin_ != pages_end_) save_pages();
+    untouchable_.assign(written_.size(), false);
+    for (const std::uint64_t page : untouchable)
+        if (page >= pages_begin_ && page < pages_end_) untouchable_[(page - pages_begin_) / page_size] = true;
 }
 
 // The memory is replaced by a private view of a file with its content: pages that are written become copies,
@@ -98,10 +102,12 @@ void SavedMemory::choose_copied_pages() {
     copied_.clear();
     given_up_.clear();
     std::uint64_t end = pages_begin_;  // of what is decided
+    bool joins = false;                // the run before and what is copied next may become one
     for (std::size_t i = 0; i < written_.size(); ++i) {
         const std::uint64_t page = pages_begin_ + i * page_size;
-        if (written_[i] < often) continue;
-        if (!copied_.empty() && page - end < short_run) {
+        if (untouchable_[i]) joins = false;
+        if (untouchable_[i] || written_[i] < often) continue;
+        if (std::exchange(joins, true) && page - end < short_run) {
             copied_.back().end = end = page + page_size;
             continue;
         }

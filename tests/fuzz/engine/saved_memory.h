@@ -19,8 +19,9 @@ class SavedMemory {
     // Memory of this program that is there already, a variable for example.
     SavedMemory(void* begin, void* end);
 
-    // What the memory holds now is what put_back() brings back. Can be done once.
-    void save();
+    // What the memory holds now is what put_back() brings back. Can be done once. The pages of `untouchable`
+    // are those that nobody can read or write; they are left alone.
+    void save(const std::vector<std::uint64_t>& untouchable = {});
     void put_back();
 
     std::uint64_t begin() const { return begin_; }
@@ -47,6 +48,7 @@ class SavedMemory {
     const std::uint8_t* saved_ = nullptr;  // the file's content
     std::uint32_t lessons_ = 0;            // how often it has been put back while it learns
     std::vector<std::uint32_t> written_;   // of each page, after how many inputs it was found written
+    std::vector<bool> untouchable_;        // of each page
     std::vector<Run> copied_;
     std::vector<Run> given_up_;
 };
