@@ -5,31 +5,13 @@
 
 import fs from "node:fs";
 import readline from "node:readline";
-import { openBrowser, serve } from "../tests/web/page_browser.mjs";
+import { openBrowser, processorTime, serve } from "../tests/web/page_browser.mjs";
 
 const [width, height] = process.argv.slice(2).map(Number);
 const server = await serve();
 const browser = await openBrowser();
 const page = await browser.newPage();
 await page.goto(`${server.address}examples.json`);
-
-// The processor time of the browser and all its processes so far, in seconds: what else the computer does is not in it.
-function processorTime() {
-  const children = new Map();
-  const times = new Map();
-  for (const name of fs.readdirSync("/proc").filter((name) => /^\d+$/.test(name))) {
-    try {
-      const fields = fs.readFileSync(`/proc/${name}/stat`, "latin1").replace(/^.*\) /s, "").split(" ");
-      const parent = Number(fields[1]);
-      children.set(parent, [...(children.get(parent) ?? []), Number(name)]);
-      times.set(Number(name), (Number(fields[11]) + Number(fields[12])) / 100);
-    } catch {
-      // It has ended meanwhile.
-    }
-  }
-  const sum = (process) => (times.get(process) ?? 0) + (children.get(process) ?? []).reduce((all, child) => all + sum(child), 0);
-  return sum(browser.process().pid);
-}
 
 // Starts a machine of its own for a program, in a worker that has seen no other, and loads it.
 function load(text) {
@@ -77,9 +59,9 @@ function shown() {
 async function play(text) {
   await load(text);
   await new Promise((done) => setTimeout(done, 300));  // what follows a start is not the program's
-  const before = processorTime();
+  const before = processorTime(browser);
   await run();
-  const seconds = processorTime() - before;
+  const seconds = processorTime(browser) - before;
   return { seconds, text: await shown() };
 }
 

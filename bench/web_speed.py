@@ -17,6 +17,7 @@ import tempfile
 
 import compare
 import machine_facts
+import task_programs
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 SIZE = (1280, 720)
@@ -63,7 +64,7 @@ class WebPlayer:
 
 def programs(folder):
     """Name, path and whether it is a screen task."""
-    found = [(task.name, task / "korvane.bas", False) for task in sorted((ROOT / "bench/tasks").iterdir())]
+    found = [(task.name, task / "korvane.bas", False) for task in task_programs.write_tasks(folder / "tasks")]
     for name, (statement, count) in SCREEN_TASKS.items():
         path = folder / f"{name}.bas"
         path.write_text(screen_program(statement, count))

@@ -21,6 +21,17 @@ else()
   list(REMOVE_ITEM KORVANE_SOURCES ${CMAKE_SOURCE_DIR}/src/fast/general_only.cpp)
 endif()
 
+# Without native code alone: what a processor gets that it is not made for. Code that nobody asks for is left out with
+# the statements that would ask.
+option(KORVANE_WITHOUT_NATIVE "Make no machine code while programs run" OFF)
+include(cmake/native_sources.cmake)
+if(KORVANE_GENERAL_ONLY OR KORVANE_WITHOUT_NATIVE)
+  korvane_leave_out_native(KORVANE_SOURCES)
+else()
+  korvane_leave_in_native(KORVANE_SOURCES)
+endif()
+set(KORVANE_NATIVE_THRESHOLD "" CACHE STRING "Times a statement is executed before it becomes machine code, for tests; empty for as many as pay")
+
 add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
 # Whatever does not run in a program's inner loops is compiled for size: the image is copied into every program
 # that is made standalone, and firmware reads it slowly. What is named here is compiled for speed; a name that
@@ -59,6 +70,9 @@ set(KORVANE_TOKEN_CACHE_LIMIT "" CACHE STRING "Bytes of the token cache, for tes
 if(KORVANE_TOKEN_CACHE_LIMIT)
   target_compile_definitions(korvane.efi PRIVATE KORVANE_TOKEN_CACHE_LIMIT=${KORVANE_TOKEN_CACHE_LIMIT})
 endif()
+if(KORVANE_NATIVE_THRESHOLD)
+  target_compile_definitions(korvane.efi PRIVATE KORVANE_NATIVE_THRESHOLD=${KORVANE_NATIVE_THRESHOLD})
+endif()
 target_compile_options(
   korvane.efi
   PRIVATE -O2
@@ -87,7 +101,10 @@ target_link_options(
           -Wl,--dynamicbase
           -Wl,--no-insert-timestamp)
 
-if(NOT KORVANE_GENERAL_ONLY AND NOT KORVANE_TOKEN_CACHE_LIMIT)
+if(NOT KORVANE_GENERAL_ONLY
+   AND NOT KORVANE_WITHOUT_NATIVE
+   AND NOT KORVANE_NATIVE_THRESHOLD
+   AND NOT KORVANE_TOKEN_CACHE_LIMIT)
   add_custom_command(
     TARGET korvane.efi
     POST_BUILD

@@ -2,6 +2,8 @@
 # web/machine/imports.h.
 file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cpp)
 list(REMOVE_ITEM KORVANE_SOURCES ${CMAKE_SOURCE_DIR}/src/fast/general_only.cpp ${CMAKE_SOURCE_DIR}/src/platform/memory.cpp)
+include(cmake/native_sources.cmake)
+korvane_leave_out_native(KORVANE_SOURCES)
 file(GLOB KORVANE_FIRMWARE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/host/firmware/*.cpp)
 file(GLOB KORVANE_MACHINE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/web/machine/*.cpp)
 

@@ -20,6 +20,7 @@ FLOORS = [
     "files",
     "run",
     "fast",
+    "native",
     "statements",
     "help",
     "prompt",

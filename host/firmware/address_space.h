@@ -3,10 +3,11 @@
 
 #include <cstdint>
 #include <span>
+#include <utility>
 
 namespace korvane::host {
 
-enum class Access { none, read, read_write, read_execute };
+enum class Access { none, read, read_write, read_execute, all };
 
 // Zeroed memory at a fixed address, with an inaccessible page on either side, unmapped when its owner goes.
 class Mapping {
@@ -15,8 +16,13 @@ class Mapping {
     // Ends the program with a message when the addresses are taken. `base` and `size` are whole pages.
     Mapping(std::uint64_t base, std::uint64_t size);
     ~Mapping();
-    Mapping(Mapping&& other) noexcept;
-    Mapping& operator=(Mapping&& other) noexcept;
+    Mapping(Mapping&& other) noexcept
+        : base_(std::exchange(other.base_, 0)), size_(std::exchange(other.size_, 0)) {}
+    Mapping& operator=(Mapping&& other) noexcept {
+        std::swap(base_, other.base_);
+        std::swap(size_, other.size_);
+        return *this;
+    }
 
     std::uint64_t base() const { return base_; }
     std::uint64_t size() const { return size_; }

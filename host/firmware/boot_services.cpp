@@ -24,7 +24,10 @@ Status EFIAPI allocate_pages(uefi::AllocateType how, uefi::MemoryType type, std:
 Status EFIAPI free_pages(uefi::PhysicalAddress address, std::uint64_t pages) {
     if (auto failure = active->faults().strike(Service::FreePages)) return *failure;
     const Status status = active->memory().free_pages(address, pages);
-    if (uefi::is_error(status)) active->misuse().report("FreePages of pages that were not allocated");
+    if (status == uefi::access_denied)
+        active->misuse().report("FreePages of pages that are not as they were allocated");
+    else if (uefi::is_error(status))
+        active->misuse().report("FreePages of pages that were not allocated");
     return status;
 }
 
@@ -79,6 +82,38 @@ Status EFIAPI set_watchdog_timer(std::uint64_t, std::uint64_t watchdog_code, std
     const bool bad_code = watchdog_code != 0 && watchdog_code <= 0xFFFF;
     if (bad_code || (data_size != 0 && watchdog_data == nullptr)) return uefi::invalid_parameter;
     return uefi::success;
+}
+
+Status EFIAPI get_attributes(uefi::MemoryAttributeProtocol*, uefi::PhysicalAddress base, std::uint64_t length,
+                             std::uint64_t* attributes) {
+    if (auto failure = active->faults().strike(Service::MemoryAttributesGet)) return *failure;
+    if (attributes == nullptr) return uefi::invalid_parameter;
+    return active->memory().get_attributes(base, length, *attributes);
+}
+
+Status change_attributes(uefi::PhysicalAddress base, std::uint64_t length, std::uint64_t set,
+                         std::uint64_t cleared) {
+    if (active->config().code_memory == CodeMemory::refused) return uefi::unsupported;
+    const Status status = active->memory().change_attributes(base, length, set, cleared);
+    if (uefi::is_error(status))
+        active->misuse().report("attributes of pages that were not allocated, or that there are not");
+    std::uint64_t now = uefi::memory_execute_protect;
+    active->memory().get_attributes(base, length, now);
+    if ((now & (uefi::memory_execute_protect | uefi::memory_read_only)) == 0)
+        active->misuse().report("pages that may be both written and executed");
+    return status;
+}
+
+Status EFIAPI set_attributes(uefi::MemoryAttributeProtocol*, uefi::PhysicalAddress base, std::uint64_t length,
+                             std::uint64_t attributes) {
+    if (auto failure = active->faults().strike(Service::MemoryAttributesSet)) return *failure;
+    return change_attributes(base, length, attributes, 0);
+}
+
+Status EFIAPI clear_attributes(uefi::MemoryAttributeProtocol*, uefi::PhysicalAddress base,
+                               std::uint64_t length, std::uint64_t attributes) {
+    if (auto failure = active->faults().strike(Service::MemoryAttributesClear)) return *failure;
+    return change_attributes(base, length, 0, attributes);
 }
 
 // Unused services end here: an image that calls one learns so at once, and the report tells.
@@ -171,13 +206,13 @@ uefi::Status EFIAPI BootServiceFunctions::set_memory_attributes(uefi::CpuArchPro
     return uefi::success;
 }
 
+void BootServiceFunctions::fill(uefi::MemoryAttributeProtocol& protocol) {
+    protocol = {get_attributes, set_attributes, clear_attributes};
+}
+
 void BootServiceFunctions::fill(uefi::BootServices& table, Firmware& firmware) {
     active = &firmware;
-    table = {};
-    auto* entry = reinterpret_cast<void**>(reinterpret_cast<std::uint8_t*>(&table) + sizeof table.Hdr);
-    std::fill_n(entry, (sizeof table - sizeof table.Hdr) / sizeof *entry,
-                reinterpret_cast<void*>(unimplemented));
-    table.Hdr = {uefi::boot_services_signature, 2 << 16 | 80, sizeof table, 0, 0};
+    begin_table(table, uefi::boot_services_signature, unimplemented);
     table.AllocatePages = allocate_pages;
     table.FreePages = free_pages;
     table.GetMemoryMap = get_memory_map;

@@ -80,6 +80,13 @@ struct MachineLayout {
     std::uint64_t framebuffer = 0x70000000;
 };
 
+// What the firmware does about memory that is to be executed.
+enum class CodeMemory : std::uint8_t {
+    offered,  // the memory attribute protocol, and what it is told
+    refused,  // the protocol is there and changes nothing
+    hidden,   // there is no such protocol
+};
+
 struct Config {
     MachineLayout layout;
     std::vector<MemoryRegion> memory = default_memory();
@@ -89,6 +96,7 @@ struct Config {
     std::uint32_t height = 768;   // the same
     bool graphics_output = true;  // false: no graphics output protocol
     bool cpu_protocol = true;     // false: no CPU architectural protocol
+    CodeMemory code_memory = CodeMemory::offered;
 
     std::vector<VolumeConfig> volumes;  // the image comes from the first one, if there is one
     // Where the image says it was loaded from. The image file is found there even when the folder does not

@@ -20,27 +20,15 @@ std::uint64_t attributes_of(const FileStatus& status) {
 
 uefi::Status put_file_information(const FileStatus& status, std::string_view name, std::uint64_t* size,
                                   void* buffer) {
-    const std::u16string wide_name = to_utf16(name).value_or(u"");
-    const std::uint64_t name_bytes = (wide_name.size() + 1) * sizeof(char16_t);
-    const std::uint64_t needed = uefi::file_info_name_offset + name_bytes;
-    if (*size < needed) {
-        *size = needed;
-        return uefi::buffer_too_small;
-    }
-    if (buffer == nullptr) return uefi::invalid_parameter;
     uefi::FileInfo information{};
-    information.Size = needed;
     information.FileSize = status.is_directory ? 0 : status.size;
     information.PhysicalSize = (information.FileSize + cluster_size - 1) / cluster_size * cluster_size;
     information.CreateTime = to_firmware_time(status.modified);
     information.LastAccessTime = to_firmware_time(status.accessed);
     information.ModificationTime = to_firmware_time(status.modified);
     information.Attribute = attributes_of(status);
-    auto* bytes = static_cast<std::uint8_t*>(buffer);
-    std::memcpy(bytes, &information, uefi::file_info_name_offset);
-    std::memcpy(bytes + uefi::file_info_name_offset, wide_name.c_str(), name_bytes);
-    *size = needed;
-    return uefi::success;
+    return put_named_record(information, uefi::file_info_name_offset, to_utf16(name).value_or(u""), size,
+                            buffer);
 }
 
 std::optional<WantedInformation> take_file_information(std::uint64_t size, const void* buffer) {

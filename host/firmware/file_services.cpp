@@ -340,24 +340,12 @@ uefi::Status EFIAPI FileServices::set_position(uefi::FileProtocol* self, std::ui
 }
 
 uefi::Status FileServices::file_system_information(const Volume& volume, std::uint64_t* size, void* buffer) {
-    const std::uint64_t label_bytes = (volume.label_.size() + 1) * sizeof(char16_t);
-    const std::uint64_t needed = uefi::file_system_info_label_offset + label_bytes;
-    if (*size < needed) {
-        *size = needed;
-        return uefi::buffer_too_small;
-    }
-    if (buffer == nullptr) return uefi::invalid_parameter;
     uefi::FileSystemInfo information{};
-    information.Size = needed;
     information.ReadOnly = volume.read_only_ ? 1 : 0;
     information.VolumeSize = std::uint64_t{1} << 40;
     information.FreeSpace = volume.free_bytes_;
     information.BlockSize = 512;
-    auto* bytes = static_cast<std::uint8_t*>(buffer);
-    std::memcpy(bytes, &information, uefi::file_system_info_label_offset);
-    std::memcpy(bytes + uefi::file_system_info_label_offset, volume.label_.c_str(), label_bytes);
-    *size = needed;
-    return uefi::success;
+    return put_named_record(information, uefi::file_system_info_label_offset, volume.label_, size, buffer);
 }
 
 uefi::Status EFIAPI FileServices::get_info(uefi::FileProtocol* self, const uefi::Guid* type,

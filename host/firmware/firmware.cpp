@@ -95,10 +95,7 @@ void Firmware::build_handles() {
     if (display_)
         handles_.install(system.ConsoleOutHandle, uefi::graphics_output_guid,
                          static_cast<uefi::GraphicsOutputProtocol*>(display_.get()));
-    if (config_.cpu_protocol) {
-        tables_->cpu.SetMemoryAttributes = BootServiceFunctions::set_memory_attributes;
-        handles_.install(handles_.add(), uefi::cpu_arch_guid, &tables_->cpu);
-    }
+    build_processor_handle();
     for (std::size_t i = 0; i < volumes_.size(); ++i) {
         const uefi::Handle device = handles_.add();
         if (void* path = build_device_path(config_.volumes[i].device_path))
@@ -126,6 +123,20 @@ void Firmware::build_handles() {
     image_handle_ = handles_.add();
     handles_.install(image_handle_, uefi::loaded_image_guid, &image);
     seal(system.Hdr);
+}
+
+void Firmware::build_processor_handle() {
+    const bool has_attributes = config_.code_memory != CodeMemory::hidden;
+    if (!config_.cpu_protocol && !has_attributes) return;
+    const uefi::Handle processor = handles_.add();
+    if (config_.cpu_protocol) {
+        tables_->cpu.SetMemoryAttributes = BootServiceFunctions::set_memory_attributes;
+        handles_.install(processor, uefi::cpu_arch_guid, &tables_->cpu);
+    }
+    if (has_attributes) {
+        BootServiceFunctions::fill(tables_->memory_attributes);
+        handles_.install(processor, uefi::memory_attribute_guid, &tables_->memory_attributes);
+    }
 }
 
 // The path in two nodes, as some firmware hands it over: the folder, and the file's name.

@@ -59,6 +59,7 @@ class Firmware {
     const Config& config() const { return config_; }
     Mapping& stack() { return stack_; }
     Memory& memory() { return memory_; }
+    const Memory& memory() const { return memory_; }
     Pool& pool() { return pool_; }
     Display* display() { return display_.get(); }  // null without graphics output
     Keyboard& keyboard() { return keyboard_; }
@@ -97,6 +98,7 @@ class Firmware {
         uefi::ConfigurationTable configuration[2];
         uefi::LoadedImageProtocol loaded_image;
         uefi::CpuArchProtocol cpu;
+        uefi::MemoryAttributeProtocol memory_attributes;
         char16_t vendor[24];
     };
 
@@ -110,6 +112,7 @@ class Firmware {
 
     void build_tables();
     void build_handles();
+    void build_processor_handle();
     void build_image_path();
     void install_volume(uefi::Handle device, Volume& volume);
     void* build_device_path(VolumeConfig::DevicePath kind);

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "host_clock.h"
@@ -28,8 +29,11 @@ class Descriptor {
     Descriptor() = default;
     explicit Descriptor(int number) : number_(number) {}
     ~Descriptor();
-    Descriptor(Descriptor&& other) noexcept;
-    Descriptor& operator=(Descriptor&& other) noexcept;
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept {
+        std::swap(number_, other.number_);
+        return *this;
+    }
 
     explicit operator bool() const { return number_ >= 0; }
     int number() const { return number_; }

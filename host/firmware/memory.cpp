@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
 
 namespace korvane::host {
 
@@ -21,6 +22,17 @@ void spoil(std::uint64_t address, std::uint64_t bytes) {
 
 std::uint64_t end_of(std::uint64_t base, std::uint64_t pages) {
     return base + pages * page_size;
+}
+
+constexpr std::uint64_t all_attributes =
+    uefi::memory_read_protect | uefi::memory_execute_protect | uefi::memory_read_only;
+constexpr std::uint64_t first_attributes = uefi::memory_execute_protect;
+
+Access access(std::uint64_t attributes) {
+    if ((attributes & uefi::memory_read_protect) != 0) return Access::none;
+    const bool writable = (attributes & uefi::memory_read_only) == 0;
+    if ((attributes & uefi::memory_execute_protect) != 0) return writable ? Access::read_write : Access::read;
+    return writable ? Access::all : Access::read_execute;
 }
 
 bool may_be_allocated(MemoryType type) {
@@ -56,7 +68,7 @@ void Memory::make_present(const MemoryRegion& region) {
 }
 
 void Memory::add(const MemoryRegion& region) {
-    if (region.pages != 0) ranges_[region.base] = {region.pages, region.type, false};
+    if (region.pages != 0) ranges_[region.base] = {region.pages, region.type, false, first_attributes};
     ++map_key_;
 }
 
@@ -152,9 +164,51 @@ uefi::Status Memory::allocate_pages(uefi::AllocateType how, MemoryType type, std
 uefi::Status Memory::free_pages(uefi::PhysicalAddress address, std::uint64_t pages) {
     if (address % page_size != 0 || pages == 0) return uefi::invalid_parameter;
     if (!is_whole(address, pages, true)) return uefi::not_found;
+    std::uint64_t attributes = 0;
+    if (uefi::is_error(get_attributes(address, pages * page_size, attributes)) ||
+        attributes != first_attributes)
+        return uefi::access_denied;
     change(address, pages, MemoryType::EfiConventionalMemory, false);
     allocated_pages_ -= pages;
     return uefi::success;
+}
+
+uefi::Status Memory::get_attributes(uefi::PhysicalAddress address, std::uint64_t bytes,
+                                    std::uint64_t& attributes) const {
+    if (bytes == 0) return uefi::invalid_parameter;
+    if (address % page_size != 0 || bytes % page_size != 0) return uefi::unsupported;
+    if (!is_whole(address, bytes / page_size, true)) return uefi::no_mapping;
+    auto range = std::prev(ranges_.upper_bound(address));
+    attributes = range->second.attributes;
+    for (; range != ranges_.end() && range->first < address + bytes; ++range)
+        if (range->second.attributes != attributes) return uefi::no_mapping;
+    return uefi::success;
+}
+
+uefi::Status Memory::change_attributes(uefi::PhysicalAddress address, std::uint64_t bytes, std::uint64_t set,
+                                       std::uint64_t cleared) {
+    if (bytes == 0 || (set | cleared) == 0 || ((set | cleared) & ~all_attributes) != 0)
+        return uefi::invalid_parameter;
+    if (address % page_size != 0 || bytes % page_size != 0) return uefi::unsupported;
+    if (!is_whole(address, bytes / page_size, true)) return uefi::unsupported;
+    split_at(address);
+    split_at(address + bytes);
+    for (auto range = ranges_.find(address); range != ranges_.end() && range->first < address + bytes;
+         ++range) {
+        std::uint64_t& attributes = range->second.attributes;
+        attributes = (attributes | set) & ~cleared;
+        for (Mapping& mapping : mappings_)
+            if (mapping.contains(range->first))
+                mapping.protect(range->first - mapping.base(), range->second.pages * page_size,
+                                access(attributes));
+    }
+    return uefi::success;
+}
+
+bool Memory::contains(std::uint64_t address) const {
+    return std::any_of(
+        mappings_.begin(), mappings_.end(),
+        [=](const Mapping& mapping) { return mapping.contains(address); });
 }
 
 std::vector<MemoryRegion> Memory::regions() const {

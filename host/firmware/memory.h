@@ -26,9 +26,20 @@ class Memory {
 
     uefi::Status allocate_pages(uefi::AllocateType how, uefi::MemoryType type, std::uint64_t pages,
                                 uefi::PhysicalAddress* address);
+    // `access_denied` for pages whose attributes are not those that they were allocated with.
     uefi::Status free_pages(uefi::PhysicalAddress address, std::uint64_t pages);
     uefi::Status get_map(std::uint64_t* map_size, uefi::MemoryDescriptor* map, std::uint64_t* map_key,
                          std::uint64_t* descriptor_size, std::uint32_t* descriptor_version) const;
+
+    // What may be done with allocated pages: combinations of `memory_read_protect`, `memory_execute_protect`
+    // and `memory_read_only`. No page may be executed at first.
+    uefi::Status get_attributes(uefi::PhysicalAddress address, std::uint64_t bytes,
+                                std::uint64_t& attributes) const;
+    uefi::Status change_attributes(uefi::PhysicalAddress address, std::uint64_t bytes, std::uint64_t set,
+                                   std::uint64_t cleared);
+
+    // True for an address of its own memory, whatever that is used for.
+    bool contains(std::uint64_t address) const;
 
     // Pages handed out and not given back.
     std::uint64_t allocated_pages() const { return allocated_pages_; }
@@ -41,6 +52,7 @@ class Memory {
         std::uint64_t pages;
         uefi::MemoryType type;
         bool allocated;  // by allocate_pages, so that free_pages may take it back
+        std::uint64_t attributes;
     };
 
     void make_present(const MemoryRegion& region);

@@ -76,11 +76,7 @@ void EFIAPI reset_system(uefi::ResetType, Status, std::uint64_t, void*) {
 
 void RuntimeServiceFunctions::fill(uefi::RuntimeServices& table, Firmware& firmware) {
     active = &firmware;
-    table = {};
-    auto* entry = reinterpret_cast<void**>(reinterpret_cast<std::uint8_t*>(&table) + sizeof table.Hdr);
-    std::fill_n(entry, (sizeof table - sizeof table.Hdr) / sizeof *entry,
-                reinterpret_cast<void*>(unimplemented));
-    table.Hdr = {uefi::runtime_services_signature, 2 << 16 | 80, sizeof table, 0, 0};
+    begin_table(table, uefi::runtime_services_signature, unimplemented);
     table.GetTime = get_time;
     table.GetVariable = get_variable;
     table.GetNextVariableName = get_next_variable_name;

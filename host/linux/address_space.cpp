@@ -6,7 +6,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <utility>
 
 #include "platform/uefi.h"
 
@@ -24,6 +23,8 @@ int protection(Access access) {
             return PROT_READ | PROT_WRITE;
         case Access::read_execute:
             return PROT_READ | PROT_EXEC;
+        case Access::all:
+            return PROT_READ | PROT_WRITE | PROT_EXEC;
     }
     return PROT_NONE;
 }
@@ -48,15 +49,6 @@ Mapping::Mapping(std::uint64_t base, std::uint64_t size) : base_(base), size_(si
 
 Mapping::~Mapping() {
     if (size_ != 0) munmap(reinterpret_cast<void*>(base_ - uefi::page_size), size_ + 2 * uefi::page_size);
-}
-
-Mapping::Mapping(Mapping&& other) noexcept
-    : base_(std::exchange(other.base_, 0)), size_(std::exchange(other.size_, 0)) {}
-
-Mapping& Mapping::operator=(Mapping&& other) noexcept {
-    std::swap(base_, other.base_);
-    std::swap(size_, other.size_);
-    return *this;
 }
 
 void Mapping::make_present(std::uint64_t offset, std::uint64_t size) {

@@ -57,13 +57,6 @@ Descriptor::~Descriptor() {
     if (number_ >= 0) close(number_);
 }
 
-Descriptor::Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-    std::swap(number_, other.number_);
-    return *this;
-}
-
 std::optional<FileStatus> Descriptor::status() const {
     return status_of(*this);
 }

@@ -185,8 +185,10 @@ void Machine::on_signal(int number, siginfo_t* information, void* context) {
     setcontext(&running->host_context_);
 }
 
-// Linked code lies between the program's own, which at least is not the C library's.
+// Linked code lies between the program's own, which at least is not the C library's. The image may also have
+// made code in the machine's memory.
 bool Machine::runs_at(std::uint64_t place) const {
+    if (firmware_.memory().contains(place)) return true;
     if (source_.linked_code == nullptr) return image_->memory.contains(place);
     return place >= reinterpret_cast<std::uint64_t>(&__executable_start) &&
            place < reinterpret_cast<std::uint64_t>(&etext);
@@ -206,6 +208,8 @@ std::string Machine::describe_fault(int number, const siginfo_t& information,
     if (number == SIGSEGV || number == SIGBUS) add(" at address %#llx", address);
     if (image_ && image_->memory.contains(place))
         add(", image offset %#llx", place - image_->memory.base());
+    else if (firmware_.memory().contains(place))
+        add(", in the machine's memory at %#llx", place);
     else
         add(", outside the image at %#llx", place);
     if (const std::uint64_t base = firmware_.config().layout.stack;

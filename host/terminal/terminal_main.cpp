@@ -26,7 +26,7 @@ namespace {
 // "@" stands for the program's name.
 constexpr std::string_view usage =
     "usage: @ [--image KORVANE.EFI] [--volume FOLDER] [--size COLUMNSxROWS] [--present MIB]\n"
-    "           [--no-keys] [--no-rescue] [PROGRAM.BAS]\n"
+    "           [--code-memory refused|hidden] [--no-keys] [--no-rescue] [PROGRAM.BAS]\n"
     "       @ [--image KORVANE.EFI] [--size COLUMNSxROWS] --script PROGRAM.BAS [ARGUMENT...]\n"
     "       @ --version\n"
     "\n"
@@ -36,7 +36,9 @@ constexpr std::string_view usage =
     "the lines of standard input are typed in and the screen that they lead to is printed. --size is the\n"
     "first screen's, 40x15 to 256x128; else it is the terminal's, or without a terminal 80x128. --present\n"
     "has so much of the machine's memory there before the start; the rest comes from the host when it is\n"
-    "first touched. --no-keys leaves out the line above the screen that names the keys,\n"
+    "first touched. --code-memory has the machine's firmware refuse memory for machine code, or hide that "
+    "it\n"
+    "has any, which costs speed. --no-keys leaves out the line above the screen that names the keys,\n"
     "--no-rescue the file in which a program that was not saved is kept for the next session.\n"
     "\n"
     "--script runs the program alone: its text goes to standard output, standard input is its keyboard, the\n"
@@ -85,6 +87,12 @@ void parse_size(std::string_view text, TerminalOptions& options) {
     options.rows = static_cast<std::uint32_t>(rows);
 }
 
+CodeMemory parse_code_memory(std::string_view text) {
+    if (text == "refused") return CodeMemory::refused;
+    if (text == "hidden") return CodeMemory::hidden;
+    fail("memory for code is refused or hidden, not " + std::string(text));
+}
+
 TerminalOptions parse_options(int count, char** arguments) {
     TerminalOptions options;
     for (int i = 1; i < count; ++i) {
@@ -95,7 +103,7 @@ TerminalOptions parse_options(int count, char** arguments) {
             std::exit(EXIT_SUCCESS);
         }
         const bool has_value = argument == "--image" || argument == "--volume" || argument == "--size" ||
-                               argument == "--present";
+                               argument == "--present" || argument == "--code-memory";
         if (has_value && i + 1 == count) fail_usage(std::string(argument) + " needs a value");
         if (argument == "--image" || argument == "--volume") {
             (argument == "--image" ? options.image : options.volume) = arguments[++i];
@@ -107,6 +115,8 @@ TerminalOptions parse_options(int count, char** arguments) {
             options.keeps_programs = false;
         } else if (argument == "--script") {
             options.script = true;
+        } else if (argument == "--code-memory") {
+            options.code_memory = parse_code_memory(arguments[++i]);
         } else if (argument == "--present") {
             options.present_mebibytes = parse_number(arguments[++i]);
         } else if (argument.starts_with('-')) {

@@ -69,6 +69,7 @@ Config terminal_machine(const TerminalOptions& options, std::uint32_t columns, s
     MemoryRegion spare = spare_memory;
     spare.present_pages = std::min(spare.pages, options.present_mebibytes * 256);
     config.memory.push_back(spare);
+    config.code_memory = options.code_memory;
     config.width = (options.columns ? options.columns : columns) * cell_width;
     config.height = (options.rows ? options.rows : rows) * cell_height;
     config.modes.insert(config.modes.begin(), {config.width, config.height, config.width});

@@ -25,7 +25,8 @@ struct TerminalOptions {
     bool lends_program = false;  // the volume does not show that file under the name that LOAD is given
     bool shows_keys = true;      // in a line above the screen
     bool keeps_programs = true;  // in a file of its own, a program that is in none when the session ends
-    bool script = false;         // run the program as a script
+    CodeMemory code_memory = CodeMemory::offered;
+    bool script = false;                 // run the program as a script
     std::vector<std::string> arguments;  // the script's
     std::uint32_t columns = 0;           // of the first screen, in text cells; 0: the front end chooses
     std::uint32_t rows = 0;

@@ -68,33 +68,11 @@ Whole compare_wholes(std::int64_t, Token* at) {
     return truth(holds<relation>(left.value, right.value), at);
 }
 
-template <int relation, Leaf left, Leaf right>
-Whole compare_whole_leaves(std::int64_t, Token* at) {
-    const auto& record = as<OperatorRecord>(at);
-    return truth(holds<relation>(whole_leaf<left>(record.left_leaf), whole_leaf<right>(record.right_leaf)),
-                 at);
-}
-
 using WholeStep = Whole (*)(std::int64_t, Token*);
-
-// The frequent pairs of leaves have steps of their own: variables of one type, and a variable with a literal.
-template <int relation>
-WholeStep choose_for_wholes(const OperatorRecord& record) {
-    const std::uint8_t left_kind = record.left_kind;
-    const std::uint8_t right_kind = record.right_kind;
-    const WholeStep step =
-        choose<I16, I32, I64>(static_cast<Leaf>(left_kind & leaf_mask), [=](auto left) -> WholeStep {
-            if (left_kind != side_kind(left(), false, Domain::whole)) return nullptr;
-            if (right_kind == left_kind) return compare_whole_leaves<relation, left(), left()>;
-            const bool literal = right_kind == side_kind(I64, false, Domain::whole);
-            return literal ? compare_whole_leaves<relation, left(), I64> : nullptr;
-        });
-    return step != nullptr ? step : compare_wholes<relation>;
-}
 
 template <int relation>
 WholeStep choose_for(const OperatorRecord& record, Domain domain) {
-    if (domain == Domain::whole) return choose_for_wholes<relation>(record);
+    if (domain == Domain::whole) return compare_wholes<relation>;
     if (domain == Domain::single) return compare_plain<relation, float>;
     const bool plain = is_plain<double>(record.left_kind) && is_plain<double>(record.right_kind);
     return plain ? compare_plain<relation, double> : compare_reals<relation>;

@@ -1,7 +1,6 @@
 // Specialised IF.
 #include "run/conditions.h"
 #include "fast/expression.h"
-#include "fast/jumps.h"
 #include "fast/links.h"
 #include "fast/records.h"
 #include "fast/sides.h"
@@ -84,6 +83,9 @@ bool specialise_if(Token* at) {
     auto& record = as<IfRecord>(at);
     record.when_true = to_line ? target_of(then) : following(then);
     record.when_false = false_target(at, condition.end);
+    const bool leads_on = record.when_true != nullptr && record.when_false != nullptr;
+    // A direct line finds its way to the program each time.
+    if (!leads_on && execution.line == direct_line) return false;
     at->execute = to_line ? if_handler<true>(at, condition) : if_handler<false>(at, condition);
     if (condition.node().draws) keep_random(at);
     const bool lone = then_part_is_lone(at);

@@ -13,9 +13,8 @@ double real_element(double, Token* at) {
     return element == nullptr ? no_number() : go_on(real_leaf<leaf>(element), at);
 }
 
-template <Subscripts subscripts>
 float single_element(float, Token* at) {
-    const std::uint8_t* element = find_element<4, subscripts>(at);
+    const std::uint8_t* element = find_element<4, Subscripts::any>(at);
     return element == nullptr ? static_cast<float>(no_number()) : go_on_single(read<float>(element), at);
 }
 
@@ -98,20 +97,20 @@ std::uint8_t* element_address(Token* at, Type type) {
 
 void set_element_step(Token* bracket, Type type, Domain domain) {
     auto& element = as<ElementRecord>(bracket);
-    const bool one = element.subscripts == Subscripts::one;
     StepFunction& step = element.function;
     switch (domain) {
         case Domain::real:
             step.real = choose_real(type, element.subscripts);
             break;
         case Domain::single:
-            step.single = one ? single_element<Subscripts::one> : single_element<Subscripts::any>;
+            step.single = single_element;
             break;
         case Domain::whole:
             step.whole = choose_whole(type, element.subscripts);
             break;
         case Domain::text:
-            step.text = one ? text_element<Subscripts::one> : text_element<Subscripts::any>;
+            step.text = element.subscripts == Subscripts::one ? text_element<Subscripts::one>
+                                                              : text_element<Subscripts::any>;
             break;
     }
 }

@@ -1,6 +1,7 @@
 // In place of everything else in this folder when the image is built without specialised statements: what the
 // rest of the interpreter calls of it. Then the run loop executes every statement by its general handler.
 #include "run/specialised.h"
+#include "values/held_arguments.h"
 
 namespace korvane::fast {
 
@@ -22,6 +23,10 @@ std::uint64_t execute_first(Token*, std::uint64_t budget) {
 
 std::uint64_t leave_at_line_start(Token*, std::uint64_t budget) {
     return budget;
+}
+
+Value evaluate_argument(Cursor& cursor) {
+    return evaluate_unheld(cursor);
 }
 
 }  // namespace korvane

@@ -1,12 +1,10 @@
 // Specialised GOTO, GOSUB and RETURN. A line number literal keeps the first token of its line.
-#include "fast/jumps.h"
-
+#include "run/jumps.h"
 #include "fast/links.h"
 #include "fast/records.h"
 #include "fast/statement.h"
 #include "program/program_store.h"
 #include "run/control_stacks.h"
-#include "run/jumps.h"
 #include "values/convert.h"
 
 namespace korvane::fast {
@@ -40,6 +38,8 @@ std::uint64_t return_to_line(Token* at, std::uint64_t budget) {
 }  // namespace
 
 Token* target_of(Token* literal) {
+    // A direct line remembers no lines of the program, which it may change.
+    if (!remembers_lines(literal)) return nullptr;
     const double number = literal->number.as_double;
     if (!(number >= 0 && number <= max_line_number)) return nullptr;
     // The general handler rounds a broken number.

@@ -31,6 +31,10 @@ Token* link_behind(const Token* from, Token* end);
 // The same for the assignment at `at`, whose "=" leads on: it may be a lone THEN part in front of an ELSE.
 Token* link_behind_assignment(const Token* at, const Token* equals, Token* end);
 
+// The first token of the line that a number literal names, which the literal keeps; null when the line does
+// not exist or is left to the general handler, or when it does not stay in the token cache.
+Token* target_of(Token* literal);
+
 // For the end record of the current line, when the next line's tokens have become known: leads on who
 // leads there.
 void link_line(Token* end);

@@ -62,8 +62,10 @@ bool nothing_to_do(const ForEntry& entry) {
     return past_limit(entry.step_sign, order, 0);
 }
 
-// Opens the loop; false when that is for the general handler to do. Apart, because a statement that has the
-// address of a local would call its successor instead of jumping to it.
+}  // namespace
+
+// Apart, because a statement that has the address of a local would call its successor instead of jumping to
+// it.
 [[gnu::noinline]] bool open_loop(Token* at) {
     const auto& loop = as<ForRecord>(at);
     const Token* step_word = as<BoundRecord>(loop.to).step;
@@ -90,6 +92,8 @@ bool nothing_to_do(const ForEntry& entry) {
     ++control_stacks.for_count;
     return true;
 }
+
+namespace {
 
 std::uint64_t for_loop(Current at, std::uint64_t budget) {
     if (!open_loop(at)) KORVANE_JUMP return execute_general(at, budget);

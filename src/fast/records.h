@@ -315,7 +315,7 @@ struct EndRecord {
     std::uint8_t unused_kinds[2];
     std::uint32_t generation;
     std::uint32_t line;
-    std::uint32_t unused_record;
+    std::uint32_t record;      // its own
     std::uint64_t waiting[2];  // a bit for each record of the line that leads here meanwhile
     Token* next_line;          // its first token, once control has passed there
     void* unused_left[2];
@@ -399,6 +399,7 @@ static_assert(offsetof(IfRecord, else_record) == offsetof(Token, jump.record));
 static_assert(offsetof(WhileRecord, wend) == offsetof(Token, jump));
 static_assert(offsetof(ForRecord, next) == offsetof(Token, jump));
 static_assert(offsetof(EndRecord, line) == offsetof(Token, line_end.line));
+static_assert(offsetof(EndRecord, record) == offsetof(Token, line_end.record));
 static_assert(sizeof(EndRecord::waiting) * 8 >= max_tokens_per_line);
 static_assert(offsetof(EndRecord, next_line) == offsetof(Token, line_end.next_line));
 

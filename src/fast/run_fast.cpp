@@ -11,6 +11,8 @@
 #include "run/control_stacks.h"
 #include "run/dispatch.h"
 #include "run/event_timers.h"
+#include "run/native.h"
+#include "values/held_arguments.h"
 #include "values/variables.h"
 
 namespace korvane::fast {
@@ -18,6 +20,11 @@ namespace korvane::fast {
 State state;
 
 namespace {
+
+template <bool holds>
+std::uint64_t execute_by_handler(Token* at, std::uint64_t budget);
+template <bool holds>
+std::uint64_t execute_if_by_handler(Token* at, std::uint64_t budget);
 
 std::uint64_t leave(Token* at, std::uint64_t budget) {
     state.look_at = at;
@@ -36,7 +43,7 @@ std::uint64_t go_to_next_line(Token* at, std::uint64_t budget) {
 
 std::uint64_t end_line_first(Token* at, std::uint64_t budget) {
     enter_line_of(at);
-    Token* tokens = cached_tokens(execution.line + 1);
+    Token* tokens = execution.line == direct_line ? nullptr : cached_tokens(execution.line + 1);
     // The end of the program, or a line that the run loop has to tokenize.
     if (tokens == nullptr) return leave(at, budget - 1);
     as<EndRecord>(at).next_line = tokens;
@@ -120,14 +127,15 @@ Execute plain_form(std::uint8_t kind) {
         case KW_READ:
             return nullptr;
         default:
-            return execute_general;
+            return execute_by_handler<true>;
     }
 }
 
 // By its general handler, but for the forms that never change.
+template <bool holds>
 inline std::uint64_t execute_unspecialised(Token* at, std::uint64_t budget) {
-    if (at->kind == KW_IF) KORVANE_JUMP return execute_general_if(at, budget);
-    KORVANE_JUMP return execute_general(at, budget);
+    if (at->kind == KW_IF) KORVANE_JUMP return execute_if_by_handler<holds>(at, budget);
+    KORVANE_JUMP return execute_by_handler<holds>(at, budget);
 }
 
 // A statement that could not be specialised is worth another look when variables have been created since, for
@@ -135,51 +143,77 @@ inline std::uint64_t execute_unspecialised(Token* at, std::uint64_t budget) {
 std::uint64_t execute_until_variables_change(Token* at, std::uint64_t budget) {
     const auto seen = static_cast<std::uint8_t>(variables.count);
     if (is_current(at) && as<GeneralRecord>(at).variables_seen == seen)
-        KORVANE_JUMP return execute_unspecialised(at, budget);
+        KORVANE_JUMP return execute_unspecialised<true>(at, budget);
     at->execute = execute_first;
     KORVANE_JUMP return execute_first(at, budget);
 }
 
 // Executes the statement at `at`, whose line is the current one, by its general handler; gives the next one,
-// or null when the run loop has to look. Inlined, because it makes up most of what a short statement costs.
-[[gnu::always_inline]] inline Token* handle(Token* at) {
+// or null when the run loop has to look. `holds`: its arguments are all of it that may be specialised
+// (values/held_arguments.h). Inlined, because it makes up most of what a short statement costs.
+[[gnu::always_inline]] inline Token* handle(Token* at, bool holds) {
+    held_arguments.in_use = holds;
     execution.statement_start = record_of(at == execution.kept_token ? execution.kept_start : at);
     if (at == execution.kept_token) execution.then_part = true;
     execution.kept_token = nullptr;
     Cursor cursor = at;
     statement_handlers[at->kind](cursor);
+    held_arguments.in_use = false;
     state.look_at = cursor;
     if (error_pending() || execution.stop || !may_run()) return nullptr;
     if (__builtin_expect(!execution.jumped, true)) return following(cursor);
     // A line that is not in the cache is run by the run loop.
-    if (execution.tokens == nullptr || cached_tokens(execution.line) != execution.tokens) return nullptr;
+    const bool stays = execution.tokens == execution_buffer.direct ||
+                       (execution.tokens != nullptr && cached_tokens(execution.line) == execution.tokens);
+    if (!stays) return nullptr;
     execution.jumped = false;
     execution.then_part = false;
     Token* target = execution.tokens + execution.record;
     return begins_watched_line(target) ? target : following(target);
 }
 
-}  // namespace
-
-std::uint64_t execute_general(Token* at, std::uint64_t budget) {
+template <bool holds>
+std::uint64_t execute_by_handler(Token* at, std::uint64_t budget) {
     enter_line_of(at);
-    Token* next = handle(at);
+    Token* next = handle(at, holds);
     if (next != nullptr) KORVANE_JUMP return proceed(next, budget);
     return budget - 1;
 }
 
-std::uint64_t execute_general_if(Token* at, std::uint64_t budget) {
+// What handling an IF leads to: the next statement and the budget in front of it; or null and what is left.
+struct Handled {
+    Token* next;
+    std::uint64_t budget;
+};
+
+[[gnu::noinline]] Handled handle_if(Token* at, std::uint64_t budget, bool holds) {
     if (budget <= max_tokens_per_line && budget < statements_of_if(at) && !execution.then_part)
-        return pause(at);
+        return {nullptr, pause(at)};
     enter_line_of(at);
     const std::uint64_t before = execution.statement_count;
-    Token* next = handle(at);
+    Token* next = handle(at, holds);
     // The statements that it has executed are taken from the budget, as run() will count them.
     const std::uint64_t nested = execution.statement_count - before;
     execution.statement_count = before;
     budget -= nested < budget ? nested : budget - 1;
-    if (next != nullptr) KORVANE_JUMP return proceed(next, budget);
-    return budget - 1;
+    return {next, next != nullptr ? budget : budget - 1};
+}
+
+template <bool holds>
+std::uint64_t execute_if_by_handler(Token* at, std::uint64_t budget) {
+    const Handled handled = handle_if(at, budget, holds);
+    if (handled.next != nullptr) KORVANE_JUMP return proceed(handled.next, handled.budget);
+    return handled.budget;
+}
+
+}  // namespace
+
+std::uint64_t execute_general(Token* at, std::uint64_t budget) {
+    KORVANE_JUMP return execute_by_handler<false>(at, budget);
+}
+
+std::uint64_t execute_general_if(Token* at, std::uint64_t budget) {
+    KORVANE_JUMP return execute_if_by_handler<false>(at, budget);
 }
 
 // The handler itself is kept by the second token, whose own place for one nobody uses.
@@ -190,6 +224,7 @@ static std::uint64_t execute_drawing(Token* at, std::uint64_t budget) {
 }
 
 void keep_random(Token* at) {
+    at[1].argument = {};
     at[1].execute = at->execute;
     at->execute = execute_drawing;
 }
@@ -211,16 +246,51 @@ std::uint64_t pause(Token* at) {
 }
 
 void enter_line_of(const Token* at) {
-    execution.line = as<EndRecord>(end_of_line(at)).line;
-    execution.tokens = program.lines[execution.line].tokens;
+    Token* end = const_cast<Token*>(end_of_line(at));
+    execution.line = as<EndRecord>(end).line;
+    execution.tokens = end - as<EndRecord>(end).record;
 }
 
 bool may_run() {
     return event_timers_rest();
 }
 
+bool has_been_given_up(const Token* at) {
+    return at->execute == execute_general || at->execute == execute_until_variables_change;
+}
+
+bool has_own_form(const Token* at) {
+    return at->execute != execute_first && !has_been_given_up(at);
+}
+
+// The statements that follow one another may use all registers, which the caller's own contents are kept from
+// here.
+#ifdef __wasm__
+static std::uint64_t start(Token* at, std::uint64_t budget) {
+    return at->execute(at, budget);
+}
+#else
+[[gnu::naked, gnu::noinline]] static std::uint64_t start(Token*, std::uint64_t) {
+    asm("push %%rbx\n"
+        "push %%r12\n"
+        "push %%r13\n"
+        "push %%r14\n"
+        "push %%r15\n"
+        "call *%c0(%%rdi)\n"
+        "pop %%r15\n"
+        "pop %%r14\n"
+        "pop %%r13\n"
+        "pop %%r12\n"
+        "pop %%rbx\n"
+        "ret"
+        :
+        : "i"(__builtin_offsetof(Token, execute)));
+}
+#endif
+
 Token* run(Token* at, std::uint64_t budget) {
-    const std::uint64_t unused = at->execute(at, budget);
+    native::look(at);
+    const std::uint64_t unused = start(at, budget);
     execution.statement_count += budget - unused;
     return state.look_at;
 }
@@ -246,17 +316,20 @@ std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     if (!is_current(at)) {
         enter_generation(at);
         at->execute = execute_first;
-        KORVANE_JUMP return execute_unspecialised(at, budget);
+        KORVANE_JUMP return execute_unspecialised<false>(at, budget);
     }
     enter_line_of(at);
     state.target_not_ready = false;
     begin_statement();
     const bool specialised = specialise_statement(at);
     enter_generation(at);
-    if (specialised) KORVANE_JUMP return at->execute(at, budget);
+    if (specialised) {
+        native::note_specialised(at);
+        KORVANE_JUMP return at->execute(at, budget);
+    }
     at->execute = state.target_not_ready ? execute_first : execute_until_variables_change;
     as<GeneralRecord>(at).variables_seen = static_cast<std::uint8_t>(variables.count);
-    KORVANE_JUMP return execute_unspecialised(at, budget);
+    KORVANE_JUMP return execute_unspecialised<false>(at, budget);
 }
 
 }  // namespace korvane

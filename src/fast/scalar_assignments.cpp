@@ -18,15 +18,7 @@ std::uint64_t let_scalar(Current at, std::uint64_t budget) {
     KORVANE_JUMP return proceed(after(equals), budget);
 }
 
-// The frequent shapes of a floating target whose right side is plain: a variable or literal of its type, one
-// operator between two of them, more behind that, and anything else that is a chain.
-template <typename Number>
-std::uint64_t let_copy(Current at, std::uint64_t budget) {
-    Token* equals = at + 1;
-    write_unaligned(place_of(equals), read<Number>(as<AssignmentRecord>(equals).value_leaf));
-    KORVANE_JUMP return proceed(after(equals), budget);
-}
-
+// Floating targets whose right side is a chain of their type.
 template <typename Number>
 std::uint64_t let_chain(Current at, std::uint64_t budget) {
     const auto& assignment = as<AssignmentRecord>(at + 1);
@@ -35,54 +27,26 @@ std::uint64_t let_chain(Current at, std::uint64_t budget) {
     KORVANE_JUMP return proceed(after(at + 1), budget);
 }
 
-template <typename Number, char operation>
-inline Number first_result(const AssignmentRecord& assignment) {
-    const auto& first = as<OperatorRecord>(assignment.value_chain);
-    return apply<operation>(read<Number>(assignment.value_leaf), read<Number>(first.right_leaf));
-}
-
+// The same where it is one operator between two leaves.
 template <typename Number, char operation>
 std::uint64_t let_operation(Current at, std::uint64_t budget) {
-    const Number value = first_result<Number, operation>(as<AssignmentRecord>(at + 1));
-    if (!store_number<Number>(place_of(at + 1), value)) KORVANE_JUMP return execute_general(at, budget);
-    KORVANE_JUMP return proceed(after(at + 1), budget);
-}
-
-template <typename Number, char operation>
-std::uint64_t let_operations(Current at, std::uint64_t budget) {
     const auto& assignment = as<AssignmentRecord>(at + 1);
-    Token* second = as<OperatorRecord>(assignment.value_chain).next;
-    const Number value = call_chain(first_result<Number, operation>(assignment), second);
+    const auto& only = as<OperatorRecord>(assignment.value_chain);
+    const auto value = apply<operation>(read<Number>(assignment.value_leaf), read<Number>(only.right_leaf));
     if (!store_number<Number>(place_of(at + 1), value)) KORVANE_JUMP return execute_general(at, budget);
     KORVANE_JUMP return proceed(after(at + 1), budget);
 }
 
-// The operator that a chain behind a leaf begins with.
-const Node& first_operation(const Node& value) {
-    const Node* first = &value;
-    while ((node_at(first->left).kind & has_chain) != 0)
-        first = &node_at(first->left);
-    return *first;
-}
-
-// The handler for a chain behind a leaf of the type; most begin with an operator between two leaves.
+// The handler for a chain of the type.
 template <typename Number>
 Execute choose_chain(const Node& value) {
-    const Node& first = first_operation(value);
-    if (node_at(first.right).kind != (sizeof(Number) == sizeof(double) ? F64 : F32))
-        return guarded<let_chain<Number>>;
-    const bool alone = &first == &value;
-    const Execute handler = choose<'+', '-', '*', '/'>(first.token->kind, [=](auto operation) -> Execute {
-        return alone ? guarded<let_operation<Number, operation()>>
-                     : guarded<let_operations<Number, operation()>>;
-    });
+    constexpr std::uint8_t leaf = sizeof(Number) == sizeof(double) ? F64 : F32;
+    const bool between_leaves =
+        value.form == Form::binary && node_at(value.left).kind == leaf && node_at(value.right).kind == leaf;
+    const Execute handler = choose<'+', '-', '*', '/'>(
+        between_leaves ? value.token->kind : std::uint8_t{0},
+        [](auto operation) -> Execute { return guarded<let_operation<Number, operation()>>; });
     return handler != nullptr ? handler : guarded<let_chain<Number>>;
-}
-
-template <typename Number>
-Execute choose_plain(const Node& value) {
-    if ((value.kind & has_chain) == 0) return guarded<let_copy<Number>>;
-    return (value.kind & leaf_mask) == COMPUTED ? guarded<let_chain<Number>> : choose_chain<Number>(value);
 }
 
 // Integer targets: a chain behind a leaf. A computed beginning is a chain behind a zero.
@@ -112,7 +76,9 @@ Execute choose_shape(Type type, const Node& value) {
             using Number = NumberOf<listed()>;
             if constexpr (is_integer(listed())) return choose_whole_chain<Number>(value.kind);
             if constexpr (is_floating(listed()))
-                return is_plain<Number>(value.kind) ? choose_plain<Number>(value) : nullptr;
+                return is_plain<Number>(value.kind) && (value.kind & has_chain) != 0
+                           ? choose_chain<Number>(value)
+                           : nullptr;
         });
 }
 

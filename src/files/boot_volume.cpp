@@ -49,6 +49,13 @@ bool is_noted_volume(uefi::Handle device) {
     return std::equal(identity.begin(), identity.end(), noted.bytes, noted.bytes + noted.size);
 }
 
+uefi::Handle image_device() {
+    const uefi::LoadedImageProtocol* image = loaded_image();
+    return image == nullptr ? nullptr : image->DeviceHandle;
+}
+
+}  // namespace
+
 FileHandle open_root(uefi::Handle device) {
     auto* file_system =
         static_cast<uefi::SimpleFileSystemProtocol*>(find_interface(device, uefi::simple_file_system_guid));
@@ -56,13 +63,6 @@ FileHandle open_root(uefi::Handle device) {
     if (file_system == nullptr || uefi::is_error(file_system->OpenVolume(file_system, &root))) return {};
     return FileHandle(root);
 }
-
-uefi::Handle image_device() {
-    const uefi::LoadedImageProtocol* image = loaded_image();
-    return image == nullptr ? nullptr : image->DeviceHandle;
-}
-
-}  // namespace
 
 void forget_boot_volume() {
     noted.size = 0;

@@ -9,6 +9,9 @@ namespace korvane {
 // Start-up: nothing is known of the volume.
 void forget_boot_volume();
 
+// Opens the root directory of the volume that this handle offers. Empty on any failure.
+FileHandle open_root(uefi::Handle device);
+
 // Opens the root directory on the device that the image was loaded from, and notes what tells this volume
 // from others. Empty on any failure.
 FileHandle open_boot_volume();

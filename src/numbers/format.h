@@ -25,6 +25,10 @@ struct NumberText {
 // no string.
 NumberText format_number(const Value& value);
 
+// Brings a positive finite number between 1 and 10 by single steps, a division or a multiplication by 10
+// each, and returns how many powers of ten it lost. The rounding of each step is part of the result.
+int normalize(double& number);
+
 // A number in decimal, without sign place or blanks.
 NumberText format_unsigned(std::uint64_t number);
 

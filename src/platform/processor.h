@@ -90,6 +90,24 @@ inline std::uint32_t word_bits(WordVector comparison) {
     return static_cast<std::uint32_t>(__builtin_ia32_movmskps(reinterpret_cast<Floats>(comparison)));
 }
 
+// What the processor tells about its address translation. The registers can be read at the highest privilege
+// only; anywhere else reading them is a fault.
+inline bool has_highest_privilege() {
+    std::uint64_t code_segment;
+    asm("mov %%cs, %0" : "=r"(code_segment));
+    return (code_segment & 3) == 0;
+}
+inline std::uint64_t processor_control_3() {
+    std::uint64_t value;
+    asm volatile("mov %%cr3, %0" : "=r"(value));
+    return value;
+}
+inline std::uint64_t processor_control_4() {
+    std::uint64_t value;
+    asm volatile("mov %%cr4, %0" : "=r"(value));
+    return value;
+}
+
 // Whether an address may be touched at all without ending everything: nobody knows, and that is deliberate.
 constexpr bool is_addressable(std::uint64_t) {
     return true;

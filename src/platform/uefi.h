@@ -65,6 +65,7 @@ inline constexpr Status no_media = error_bit | 12;
 inline constexpr Status media_changed = error_bit | 13;
 inline constexpr Status not_found = error_bit | 14;
 inline constexpr Status access_denied = error_bit | 15;
+inline constexpr Status no_mapping = error_bit | 17;
 inline constexpr Status timeout = error_bit | 18;
 inline constexpr Status aborted = error_bit | 21;
 inline constexpr Status security_violation = error_bit | 26;
@@ -118,6 +119,22 @@ static_assert(offsetof(MemoryDescriptor, PhysicalStart) == 8);
 
 inline constexpr std::uint64_t memory_write_combining = 0x2;  // EFI_MEMORY_WC
 inline constexpr std::uint64_t memory_write_back = 0x8;       // EFI_MEMORY_WB
+
+inline constexpr std::uint64_t memory_read_protect = 0x2000;     // EFI_MEMORY_RP: neither read nor written
+inline constexpr std::uint64_t memory_execute_protect = 0x4000;  // EFI_MEMORY_XP
+inline constexpr std::uint64_t memory_read_only = 0x20000;       // EFI_MEMORY_RO
+
+// EFI_MEMORY_ATTRIBUTE_PROTOCOL (section 37.7): what may be done with pages. Attributes are the three above.
+struct MemoryAttributeProtocol {
+    // `no_mapping` when the pages do not all have the same.
+    Status(EFIAPI* GetMemoryAttributes)(MemoryAttributeProtocol* self, PhysicalAddress base,
+                                        std::uint64_t length, std::uint64_t* attributes);
+    Status(EFIAPI* SetMemoryAttributes)(MemoryAttributeProtocol* self, PhysicalAddress base,
+                                        std::uint64_t length, std::uint64_t attributes);
+    Status(EFIAPI* ClearMemoryAttributes)(MemoryAttributeProtocol* self, PhysicalAddress base,
+                                          std::uint64_t length, std::uint64_t attributes);
+};
+static_assert(sizeof(MemoryAttributeProtocol) == 24);
 
 // ---------------------------------------------------------------------------------------------------------------
 // Time (section 8.3)
@@ -560,6 +577,8 @@ inline constexpr Guid file_system_info_guid{
     0x09576E93, 0x6D3F, 0x11D2, {0x8E, 0x39, 0x00, 0xA0, 0xC9, 0x69, 0x72, 0x3B}};
 inline constexpr Guid cpu_arch_guid{
     0x26BACCB1, 0x6F42, 0x11D4, {0xBC, 0xE7, 0x00, 0x80, 0xC7, 0x3C, 0x88, 0x81}};
+inline constexpr Guid memory_attribute_guid{
+    0xF4560CF6, 0x40EC, 0x4B4A, {0xA1, 0x92, 0xBF, 0x1D, 0x57, 0xD0, 0xB1, 0x89}};
 inline constexpr Guid acpi_20_table_guid{
     0x8868E871, 0xE4F1, 0x11D3, {0xBC, 0x22, 0x00, 0x80, 0xC7, 0x3C, 0x88, 0x81}};
 inline constexpr Guid acpi_10_table_guid{

@@ -13,6 +13,12 @@
 // Variables have an epoch of their own within that, the clear generation (arenas.generation). It ends with
 // the token cache too, because open loops remember statements for one generation.
 //
+// The direct line's records die with it, when the next line is typed, or with the epoch, whichever is later.
+// Its statements are specialised like a program's, but keep no line of the program. What leads back into it
+// (open loops; RETURN ends the run instead) counts as older from the moment when the next line is typed
+// (forget_direct_line), however the line came to its end: an error, Escape or STOP in it, or in the program
+// that it has started.
+//
 // Positions (line and record) outlive the epoch: they lie in the control stacks, in trap frames and in the
 // place for CONT, and are taken literally in whatever program is there when they are used. Those in the
 // stacks say in which epoch they were taken; all others count as older. A position of the current epoch leads

@@ -188,6 +188,8 @@ void empty_token_cache() {
 }
 
 void mark_line_starts() {
+    // Native code leads to the first statement of a line without a look at its record.
+    ++arenas.generation;
     for (std::uint32_t i = 0; i < program.count; ++i) {
         const LineEntry& line = program.lines[i];
         if (line.tokens == nullptr || is_watched(line.number) == begins_watched_line(line.tokens)) continue;
@@ -201,7 +203,8 @@ bool remembers_lines(const Token* at) {
 }
 
 std::uint32_t epoch_here() {
-    return remembers_lines(execution.tokens) ? program.cache_epoch : no_epoch;
+    const bool stays = execution.tokens == execution_buffer.direct || remembers_lines(execution.tokens);
+    return stays ? program.cache_epoch : no_epoch;
 }
 
 std::uint32_t prepare_line(std::uint32_t index) {
@@ -226,15 +229,19 @@ std::uint32_t prepare_line(std::uint32_t index) {
     line.token_count = count;
     if (is_watched(line.number)) tokens->execute = line_starts.handler;
     tokens[count - 1].line_end.line = index;
+    tokens[count - 1].line_end.record = count - 1;
     execution.tokens = tokens;
     return count;
 }
 
 Token* cached_statement(Position position) {
-    if (position.line >= program.count) return nullptr;
-    const LineEntry& line = program.lines[position.line];
-    if (line.tokens == nullptr || position.record >= line.token_count) return nullptr;
-    Token* at = line.tokens + position.record;
+    Token* at = execution_buffer.direct + position.record;
+    if (position.line != direct_line) {
+        if (position.line >= program.count) return nullptr;
+        const LineEntry& line = program.lines[position.line];
+        if (line.tokens == nullptr || position.record >= line.token_count) return nullptr;
+        at = line.tokens + position.record;
+    }
     while (at->kind == ':')
         ++at;
     return at->kind == END_OF_LINE && at->line_end.next_line != nullptr ? at->line_end.next_line : at;
@@ -266,7 +273,7 @@ void jump_to_position(Position position, std::uint32_t epoch) {
     else
         count = prepare_line(position.line);
     if (!error_pending() && position.record >= count) raise(message::undefined_line_number);
-    const bool known = direct || epoch == program.cache_epoch;
+    const bool known = epoch == program.cache_epoch;
     if (!known && !error_pending() && !begins_statement(execution.tokens, position.record))
         run_from_copy(count);
     // A line that cannot be tokenized has no statement to point at but its start.

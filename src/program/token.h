@@ -83,11 +83,21 @@ struct Token {
         Position jump;  // of FOR, WHILE and IF: where a scan from it leads
         struct {
             std::uint32_t line;
+            std::uint32_t record;  // its own, which is the line's last one
             void* unused[2];
             Token* next_line;  // its first token, once control has passed there
         } line_end;            // of a cached line's end record
     };
-    Execute execute;  // of a statement's first token: how to execute the statement
+    union {
+        Execute execute;  // of a statement's first token: how to execute the statement
+        struct {
+            std::uint32_t generation;
+            std::uint8_t side;
+            std::uint8_t chain;
+            std::uint8_t length;
+            std::uint8_t state;  // 0 in front of it: no address of a function has so many bits
+        } argument;  // of an argument's first token: what was made of it (values/held_arguments.h)
+    };
 };
 static_assert(sizeof(Token) == 64);
 static_assert(__builtin_offsetof(Token, payload) == 8);

@@ -21,6 +21,7 @@
 #include "prompt/renumber.h"
 #include "run/breakpoints.h"
 #include "run/continue.h"
+#include "run/control_stacks.h"
 #include "run/dispatch.h"
 #include "run/run.h"
 #include "run/trace.h"
@@ -136,7 +137,11 @@ void handle_line(const std::uint8_t* line) {
     }
     execution_buffer.direct_count = static_cast<std::uint32_t>(tokenize(line));
     if (error_pending()) return;
+    forget_direct_line();
     copy_bytes(execution_buffer.direct, tokenizer.scratch, execution_buffer.direct_count * sizeof(Token));
+    auto& end = execution_buffer.direct[execution_buffer.direct_count - 1].line_end;
+    end.line = direct_line;
+    end.record = execution_buffer.direct_count - 1;
     const StatementHandler command = find_command(execution_buffer.direct);
     if (command != nullptr)
         execute_command(command);

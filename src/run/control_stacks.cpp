@@ -13,6 +13,17 @@ void clear_control_stacks() {
     control_stacks.while_count = 0;
 }
 
+void forget_direct_line() {
+    // Also the free entries, which a FOR may find as it left them.
+    for (ForEntry& entry : control_stacks.fors) {
+        if (entry.loop.line != direct_line) continue;
+        entry.epoch = no_epoch;
+        entry.quick_variable = nullptr;
+    }
+    for (WhileEntry& entry : control_stacks.whiles)
+        if (entry.start.line == direct_line) entry.epoch = no_epoch;
+}
+
 bool push_gosub(const GosubEntry& entry) {
     if (control_stacks.gosub_count == max_gosub_depth) {
         raise(message::out_of_memory);

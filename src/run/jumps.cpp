@@ -27,7 +27,8 @@ void jump_to_value(const Value& value) {
 
 bool push_return(Cursor cursor) {
     const Position position{execution.line, record_of(cursor)};
-    const std::uint32_t epoch = epoch_here();
+    // RETURN to a direct line ends the run.
+    const std::uint32_t epoch = position.line == direct_line ? no_epoch : epoch_here();
     return push_gosub({.line = position.line,
                        .record = position.record,
                        .kind = GosubKind::GOSUB,

@@ -19,6 +19,7 @@
 #include "screen/keyboard.h"
 #include "values/clear.h"
 #include "values/data_items.h"
+#include "values/held_arguments.h"
 
 namespace korvane {
 namespace {
@@ -106,7 +107,8 @@ bool trap_error() {
 // the keyboard is to be asked.
 void execute(Cursor& cursor, std::uint64_t next_poll) {
     const bool cached =
-        execution.line < program.count && program.lines[execution.line].tokens == execution.tokens;
+        execution.tokens == execution_buffer.direct ||
+        (execution.line < program.count && program.lines[execution.line].tokens == execution.tokens);
     if (cached && fast::may_run() && !begins_watched_line(cursor)) {
         const bool poll_is_late = execution.statement_count >= next_poll;
         cursor = fast::run(cursor, poll_is_late ? 1 : next_poll - execution.statement_count);
@@ -118,6 +120,7 @@ void execute(Cursor& cursor, std::uint64_t next_poll) {
         return;
     }
     execution.statement_start = record_of(cursor);
+    held_arguments.in_use = false;  // a statement that began a run may still be executed
     dispatch_statement(cursor);
 }
 

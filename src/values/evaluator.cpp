@@ -11,6 +11,7 @@
 #include "program/parse.h"
 #include "values/convert.h"
 #include "values/functions.h"
+#include "values/held_arguments.h"
 #include "values/operator_strength.h"
 #include "values/operators.h"
 #include "values/relations.h"
@@ -19,6 +20,9 @@
 #include "values/variables.h"
 
 namespace korvane {
+
+HeldArguments held_arguments;
+
 namespace {
 
 Value evaluate_from(Cursor& cursor, int minimum);
@@ -35,10 +39,18 @@ Value load_scalar(const VariableEntry& entry) {
     return load({const_cast<std::uint8_t*>(entry.storage), entry.type});
 }
 
+Value value_of_number(const Token& number) {
+    return is_integer(number.value_type) ? Value::of_integer(number.number.integer, number.value_type)
+                                         : Value::of_real(number.number.real, number.value_type);
+}
+
+bool is_known_scalar(const Token& name) {
+    return name.resolution == RESOLVED_SCALAR && name.generation == arenas.generation;
+}
+
 Value evaluate_bare_name(Cursor& cursor) {
     Token& name = *cursor++;
-    if (name.resolution == RESOLVED_SCALAR && name.generation == arenas.generation)
-        return load_scalar(*static_cast<VariableEntry*>(name.cached));
+    if (is_known_scalar(name)) return load_scalar(*static_cast<VariableEntry*>(name.cached));
     if (name.resolution == RESOLVED_FUNCTION) return static_cast<const BuiltInFunction*>(name.cached)->bare();
     if (const BuiltInFunction* function = find_bare_function(name.name)) {
         name.resolution = RESOLVED_FUNCTION;
@@ -105,11 +117,8 @@ Value evaluate_parenthesised(Cursor& cursor) {
 
 Value evaluate_primary(Cursor& cursor) {
     switch (cursor->kind) {
-        case NUMBER: {
-            const Token& number = *cursor++;
-            return is_integer(number.value_type) ? Value::of_integer(number.number.integer, number.value_type)
-                                                 : Value::of_real(number.number.real, number.value_type);
-        }
+        case NUMBER:
+            return value_of_number(*cursor++);
         case STRING_LITERAL: {
             const Token& literal = *cursor++;
             return Value::of_string(literal.string.bytes, literal.string.length);
@@ -185,10 +194,29 @@ Value evaluate_from(Cursor& cursor, int minimum) {
     }
 }
 
+// Whether nothing goes on with the operand in front of the token.
+bool ends_expression(const Token* at) {
+    return operator_strengths[at->kind] == 0 && at->kind != '^';
+}
+
 }  // namespace
 
-Value evaluate(Cursor& cursor) {
+Value evaluate_unheld(Cursor& cursor) {
     return evaluate_from(cursor, weakest_strength);
+}
+
+// Most arguments are a number or a variable.
+[[gnu::noinline]] Value evaluate(Cursor& cursor) {
+    Token& first = *cursor;
+    if (first.kind == NUMBER && ends_expression(&first + 1)) {
+        ++cursor;
+        return value_of_number(first);
+    }
+    if (first.kind == IDENTIFIER && is_known_scalar(first) && ends_expression(&first + 1)) {
+        ++cursor;
+        return load_scalar(*static_cast<VariableEntry*>(first.cached));
+    }
+    return held_arguments.in_use ? evaluate_argument(cursor) : evaluate_unheld(cursor);
 }
 
 std::int64_t evaluate_integer(Cursor& cursor) {

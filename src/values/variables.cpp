@@ -120,8 +120,10 @@ void remove_variable(VariableEntry* entry) {
 
 void remember_variable(Token& name, VariableEntry* entry) {
     // A specialised statement that begins with this name belongs to the generation that ends here.
-    if (name.generation != arenas.generation && !begins_watched_line(&name))
+    if (name.generation != arenas.generation && !begins_watched_line(&name)) {
+        name.argument = {};
         name.execute = tokenizer.first_handler;
+    }
     name.resolution = entry->is_array() ? RESOLVED_ARRAY : RESOLVED_SCALAR;
     name.generation = arenas.generation;
     name.cached = entry;

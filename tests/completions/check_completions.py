@@ -25,7 +25,7 @@ printf '%s\\n' "${COMPREPLY[@]}"
 
 
 # Options of the terminal that the script dev gives it itself, or that are for measurements.
-OF_THE_SCRIPT = {"--image", "--present", "--help"}
+OF_THE_SCRIPT = {"--image", "--present", "--code-memory", "--help"}
 
 
 def offered(completion, *words, folder=ROOT):
@@ -86,6 +86,7 @@ def main(terminal):
         expect(offered("korvane", terminal, "A", folder=folder), ["A.BAS"], "korvane A")
         expect(offered("korvane", terminal, "--volume", "a", folder=folder), ["a.folder"], "korvane --volume a")
         expect(offered("korvane", terminal, "--image", "a", folder=folder), ["a.efi", "a.folder"], "korvane --image a")
+        expect(offered("korvane", terminal, "--code-memory", "", folder=folder), ["hidden", "refused"], "korvane --code-memory")
         expect(offered("dev", dev, "run", "a", folder=folder), ["a.bas", "a.folder"], "dev run a")
         expect(offered("dev", dev, "qemu", "a.t", folder=folder), ["a.txt"], "dev qemu a.t")
         expect(offered("dev", dev, "run", "--type", "a.t", folder=folder), ["a.txt"], "dev run --type a.t")

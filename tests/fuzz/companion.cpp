@@ -5,13 +5,11 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 
 #include "complaint.h"
 #include "machine.h"
+#include "piped_program.h"
 #include "player.h"
 #include "targets.h"
 
@@ -19,31 +17,10 @@ namespace korvane::fuzz {
 
 namespace {
 
+using test::read_all;
+using test::write_all;
+
 constexpr std::uint32_t not_comparable = 0xFFFFFFFF;
-
-bool write_all(int descriptor, const void* bytes, std::size_t count) {
-    const auto* at = static_cast<const char*>(bytes);
-    while (count != 0) {
-        const ssize_t done = write(descriptor, at, count);
-        if (done < 0 && errno == EINTR) continue;
-        if (done <= 0) return false;
-        at += done;
-        count -= static_cast<std::size_t>(done);
-    }
-    return true;
-}
-
-bool read_all(int descriptor, void* bytes, std::size_t count) {
-    auto* at = static_cast<char*>(bytes);
-    while (count != 0) {
-        const ssize_t done = read(descriptor, at, count);
-        if (done < 0 && errno == EINTR) continue;
-        if (done <= 0) return false;
-        at += done;
-        count -= static_cast<std::size_t>(done);
-    }
-    return true;
-}
 
 bool write_text(int descriptor, std::string_view text) {
     const auto size = static_cast<std::uint32_t>(text.size());
@@ -53,23 +30,9 @@ bool write_text(int descriptor, std::string_view text) {
 }  // namespace
 
 Companion::Companion(const std::string& program, std::string_view target) {
-    int to[2];
-    int from[2];
-    if (pipe(to) != 0 || pipe(from) != 0) std::exit(71);
-    const std::string name(target);
-    if (fork() == 0) {
-        dup2(to[0], STDIN_FILENO);
-        dup2(from[1], STDOUT_FILENO);
-        for (const int end : {to[0], to[1], from[0], from[1]})
-            close(end);
-        execl(program.c_str(), program.c_str(), name.c_str(), nullptr);
-        std::perror(program.c_str());
-        _exit(71);
-    }
-    close(to[0]);
-    close(from[1]);
-    to_ = to[1];
-    from_ = from[0];
+    const test::PipedProgram other = test::start_piped_program({program, std::string(target)});
+    to_ = other.to;
+    from_ = other.from;
     signal(SIGPIPE, SIG_IGN);
 }
 

@@ -17,6 +17,7 @@
 
 #include "complaint.h"
 #include "explorer/commands.h"
+#include "failures.h"
 #include "interrupted_statements.h"
 #include "invariants.h"
 #include "player.h"
@@ -45,17 +46,6 @@ struct Tried {
     string answer;
     bool explores = false;  // the line is a command of the machine explorer
 };
-
-constexpr std::array statuses = {uefi::device_error,    uefi::not_found,     uefi::out_of_resources,
-                                 uefi::no_media,        uefi::media_changed, uefi::volume_full,
-                                 uefi::write_protected, uefi::access_denied, uefi::buffer_too_small,
-                                 uefi::volume_corrupted};
-
-constexpr std::array lies = {Lie::half_read, Lie::empty_read, Lie::half_write,
-                             Lie::long_name, Lie::huge_size,  Lie::pulled_stick};
-
-// A use beyond is like those before it: a long file is read in many pieces.
-constexpr std::uint64_t most_uses = 40;
 
 // What a statement may say when the firmware fails under it. Explorer commands say nothing through errors.
 constexpr std::array<string_view, 12> stated_messages = {
@@ -246,12 +236,12 @@ class Sweep {
         // Each character that is typed is a use.
         if (service == Service::ReadKeyStroke) count = std::min<std::uint64_t>(count, 2);
         for (std::uint64_t use = 1; use <= count; ++use) {
-            for (const uefi::Status status : statuses) {
+            for (const uefi::Status status : failing_statuses) {
                 for (const bool once : {true, false}) {
                     const string how = string(host::service_name(service)) + " use " + std::to_string(use) +
                                        (once ? " once" : " and on") + ", status " +
                                        std::to_string(status & ~uefi::error_bit);
-                    const std::uint64_t times = once ? 1 : 1'000'000;
+                    const std::uint64_t times = once ? 1 : for_good;
                     try_failure(
                         one, how, false,
                         [=] {
@@ -339,7 +329,7 @@ class Sweep {
             if (!explored.contains(command.word)) wrong({"", command.word, ""}, "table", "no row");
     }
 
-    // Those that only the start-up uses are swept by the transcripts of tests/language/startup.
+    // Those that only the start-up uses are swept by failing-startups.
     void require_every_service() {
         const std::set<Service> at_start = {Service::Stall, Service::SetWatchdogTimer, Service::ClearScreen,
                                             Service::SetCursorPosition, Service::OutputString};

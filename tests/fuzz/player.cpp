@@ -18,6 +18,7 @@
 #include "screen/console.h"
 #include "screen/graphics.h"
 #include "steps.h"
+#include "value_text.h"
 #include "values/data_items.h"
 #include "values/variables.h"
 
@@ -71,16 +72,6 @@ bool finish_line() {
     ++counts.lines;
     machine->firmware().press({0, u'\r'});
     return run_to_next_key();
-}
-
-void describe_value(std::ostream& out, std::uint8_t* storage, Type type_of_value) {
-    const Value value = load({storage, type_of_value});
-    if (type_of_value == Type::STRING)
-        out << '"' << std::string_view(reinterpret_cast<const char*>(value.bytes), value.length) << '"';
-    else if (is_integer(type_of_value))
-        out << value.integer;
-    else
-        out << value.real;
 }
 
 }  // namespace
@@ -169,10 +160,10 @@ std::string describe_state() {
         VariableEntry& entry = variables.table[i];
         out << entry.name << (entry.is_array() ? "() = " : " = ");
         const std::uint64_t count = entry.is_array() ? std::min<std::uint64_t>(element_count(entry), 100) : 0;
-        if (!entry.is_array()) describe_value(out, entry.storage, entry.type);
+        if (!entry.is_array()) put_value(out, entry.storage, entry.type);
         for (std::uint64_t n = 0; n < count; ++n) {
             out << ' ';
-            describe_value(out, entry.array->elements() + n * storage_size(entry.type), entry.type);
+            put_value(out, entry.array->elements() + n * storage_size(entry.type), entry.type);
         }
         out << '\n';
     }

@@ -39,31 +39,19 @@ struct Options {
     std::vector<fs::path> files;
 };
 
-[[noreturn]] void usage() {
-    std::fputs(
-        "usage: korvane-replay [--companion PROGRAM] [--measure SECONDS] --target NAME FILE... | --all "
-        "FOLDER\n",
-        stderr);
-    std::exit(2);
-}
+constexpr char usage[] =
+    R"(usage: korvane-replay [--companion PROGRAM] [--measure SECONDS] --target NAME FILE... | --all FOLDER
+)";
 
 Options parse_options(int count, char** words) {
     Options options;
-    test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);)
-        if (word == "--target")
-            options.target = program.value();
-        else if (word == "--all")
-            options.all = program.value();
-        else if (word == "--companion")
-            options.companion = program.value();
-        else if (word == "--measure")
-            options.seconds = std::atof(program.value().c_str());
-        else if (word.starts_with("-"))
-            usage();
-        else
-            options.files.emplace_back(word);
-    if (options.target.empty() == options.all.empty()) usage();
+    test::read_program_words(count, words, usage,
+                             {{"--target", &options.target},
+                              {"--all", &options.all},
+                              {"--companion", &options.companion},
+                              {"--measure", &options.seconds}},
+                             &options.files);
+    if (options.target.empty() == options.all.empty()) test::end_with_usage(usage);
     return options;
 }
 
@@ -146,6 +134,6 @@ int main(int count, char** words) {
     const Options options = parse_options(count, words);
     if (!options.all.empty()) return play_all(options.all, options.companion);
     const Target* target = find_target(options.target);
-    if (target == nullptr) usage();
+    if (target == nullptr) korvane::test::end_with_usage(usage);
     return play_target(*target, files_in(options.files), options.seconds, options.companion);
 }

@@ -34,13 +34,11 @@
 
 #include "forked.h"
 #include "machine.h"
+#include "played_image.h"
 #include "program_words.h"
 #include "screen_text.h"
+#include "session_machine.h"
 #include "text_syntax.h"
-
-// The entry point of the interpreter when it is linked into this program.
-extern "C" __attribute__((weak)) korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle,
-                                                                                korvane::uefi::SystemTable*);
 
 namespace korvane::fuzz {
 namespace {
@@ -54,42 +52,28 @@ using Session = std::vector<std::string>;
 constexpr uefi::InputKey escape{23, 0};
 
 struct Options {
-    std::filesystem::path image = "build/korvane.efi";
+    test::PlayedImage image;
     std::filesystem::path volume;
-    bool linked = false;
     std::vector<std::string> prepared;          // lines typed once, before the machine is copied
     std::chrono::milliseconds patience{4'000};  // for one step, in processor time
 };
 
-[[noreturn]] void usage() {
-    std::fputs(
-        "usage: session_player --volume FOLDER [options] <SESSIONS >RESULTS\n"
-        "  --image FILE      the application (build/korvane.efi)\n"
-        "  --linked          the interpreter that is linked into this program\n"
-        "  --prepare LINE    typed once before the first session; may be repeated\n"
-        "  --patience MS     processor time that a step may take (4000)\n"
-        "The folder is emptied before every session, but for files whose name begins with KEEP.\n",
-        stderr);
-    std::exit(2);
-}
+constexpr char usage[] = R"(usage: session_player --volume FOLDER [options] <SESSIONS >RESULTS
+  --image FILE      the application (build/korvane.efi)
+  --linked          the interpreter that is linked into this program
+  --prepare LINE    typed once before the first session; may be repeated
+  --patience MS     processor time that a step may take (4000)
+The folder is emptied before every session, but for files whose name begins with KEEP.
+)";
 
 Options parse_options(int count, char** words) {
     Options options;
-    test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);)
-        if (word == "--image")
-            options.image = program.value();
-        else if (word == "--volume")
-            options.volume = program.value();
-        else if (word == "--linked")
-            options.linked = true;
-        else if (word == "--prepare")
-            options.prepared.push_back(program.value());
-        else if (word == "--patience")
-            options.patience = std::chrono::milliseconds(std::atoi(program.value().c_str()));
-        else
-            usage();
-    if (options.volume.empty()) usage();
+    const test::ProgramOptions known =
+        options.image.options() + test::ProgramOptions{{"--volume", &options.volume},
+                                                       {"--prepare", &options.prepared},
+                                                       {"--patience", &options.patience}};
+    test::read_program_words(count, words, usage, known);
+    if (options.volume.empty()) test::end_with_usage(usage);
     return options;
 }
 
@@ -123,22 +107,9 @@ std::vector<std::string> describe_volume(const std::filesystem::path& folder) {
 class Typist {
   public:
     explicit Typist(const Options& options) : options_(options) {
-        host::Config config;
-        config.width = 640;
-        config.height = 2048;
-        config.volumes.resize(1);
-        config.volumes[0].folder = options.volume;
-        config.volumes[0].capacity = 1 << 20;
-        config.time = uefi::Time{};
-        config.time->Year = 2024;
-        config.time->Month = config.time->Day = 1;
-        host::ImageSource source{options.image, nullptr};
-        if (options.linked) source.linked_code = _ModuleEntryPoint;
-        machine_ = std::make_unique<host::Machine>(std::move(config), source);
-        machine_->run(options.patience);
-        machine_->learn_waiting_place();
+        machine_ = start_session_machine(options.image.source(), options.volume, options.patience);
         for (const std::string& line : options.prepared) {
-            press(line + "\r");
+            press_text(*machine_, line + "\r");
             machine_->run({});
         }
     }
@@ -153,11 +124,6 @@ class Typist {
     void empty_volume() const {
         for (const auto& entry : std::filesystem::directory_iterator(options_.volume))
             if (!entry.path().filename().string().starts_with("KEEP")) std::filesystem::remove_all(entry);
-    }
-
-    void press(std::string_view text) {
-        for (const char c : text)
-            machine_->firmware().keyboard().press({0, static_cast<char16_t>(static_cast<unsigned char>(c))});
     }
 
     ForkedResult type_here(const Session& session) {
@@ -212,8 +178,7 @@ class Typist {
             return {};
         }
         if (!screen_.cursor) add("astray", 0, {}, shown);
-        press(line);
-        press("\r");
+        press_text(*machine_, line + "\r");
         typed_.push_back(line);
         const bool stores_line = !line.empty() && line[0] >= '0' && line[0] <= '9';
         return run(line.size() + 1, !stores_line, shown);
@@ -225,9 +190,7 @@ class Typist {
         // The machine already stands in the look that takes the first key.
         if (escape_at_ != 0) keyboard.press_at_poll(keys - 1 + escape_at_, escape);
         escape_at_ = 0;
-        // The key of somebody who loses patience, soon and again and again.
-        for (std::uint64_t n = patient_polls_; n < 4000; n += n / 2)
-            keyboard.press_at_poll(keys + n, escape);
+        press_escape_after(*machine_, keys, patient_polls_);
         const std::int64_t began = processor_microseconds();
         const host::Stop stop = machine_->run(options_.patience);
         microseconds_ = processor_microseconds() - began;

@@ -56,35 +56,9 @@ string file_path(std::u16string_view name) {
     return path + string("\0\0\x7F\xFF\x04\0", 6);
 }
 
-// The machine that most targets have: a volume with a few files, a disk, a boot variable. Its screen is
-// small, because every pixel that an input draws is put back; a tall one keeps what is printed in view.
-bool tall_screen = false;
-
-Hardware usual_hardware() {
-    Hardware hardware;
-    if (!tall_screen) hardware.modes.front() = {320, 160, 320};
-    hardware.image_path = file_path(u"\\EFI\\BOOT\\BOOTX64.EFI");
-    hardware.device_path = string("\x03\x05\x06\0\1\0\x7F\xFF\4\0", 10);
-    Disk disk;
-    disk.media = {1, 0, 1, 0, 0, 0, 512, 0, 63};
-    hardware.disks.push_back(disk);
-    hardware.variables = {{u"BootOrder", string("\0\0", 2)},
-                          {u"Boot0000", string("\1\0\0\0\4\0B\0\0\0\x7F\xFF\4\0", 14)}};
-    return hardware;
-}
-
-// Everything that sequences of statements may want to find.
-void put_usual_files() {
-    Volume& volume = machine->firmware().volume();
-    volume.put_file("P.BAS",
-                    "10 A=A+1:PRINT A\r\n20 IF A<3 THEN GOTO 10\r\n30 GOSUB 100\r\n40 END\r\n100 RETURN\r\n");
-    volume.put_file("Q.BAS", "20 PRINT \"Q\"\r\n50 CHAIN \"P\"\r\n60 DATA 1,2,x\r\n");
-    volume.put_file("T.TXT", "12,abc\r\n\"x,y\",5\r\nlast\r\n");
-    volume.put_file("D/U.TXT", "u\r\n");
-    string bitmap("BM\x46\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\2\0\0\0\2\0\0\0\1\0\x18\0\0\0\0\0\x10\0\0\0", 38);
-    bitmap.resize(54 + 16, '\x55');
-    volume.put_file("B.BMP", bitmap);
-}
+// Every pixel that an input draws is put back, so fuzzers have a small screen; a tall one keeps what is
+// printed in view.
+bool tall_screen = true;
 
 void start_or_complain() {
     if (machine->start() != Stop::waits) complain("the machine does not start");
@@ -323,6 +297,32 @@ constexpr std::array<Target, 16> all_targets = {{
 }};
 
 }  // namespace
+
+Hardware usual_hardware() {
+    Hardware hardware;
+    if (!tall_screen) hardware.modes.front() = {320, 160, 320};
+    hardware.image_path = file_path(u"\\EFI\\BOOT\\BOOTX64.EFI");
+    hardware.device_path = string("\x03\x05\x06\0\1\0\x7F\xFF\4\0", 10);
+    Disk disk;
+    disk.media = {1, 0, 1, 0, 0, 0, 512, 0, 63};
+    hardware.disks.push_back(disk);
+    hardware.variables = {{u"BootOrder", string("\0\0", 2)},
+                          {u"Boot0000", string("\1\0\0\0\4\0B\0\0\0\x7F\xFF\4\0", 14)}};
+    return hardware;
+}
+
+// Everything that sequences of statements may want to find.
+void put_usual_files() {
+    Volume& volume = machine->firmware().volume();
+    volume.put_file("P.BAS",
+                    "10 A=A+1:PRINT A\r\n20 IF A<3 THEN GOTO 10\r\n30 GOSUB 100\r\n40 END\r\n100 RETURN\r\n");
+    volume.put_file("Q.BAS", "20 PRINT \"Q\"\r\n50 CHAIN \"P\"\r\n60 DATA 1,2,x\r\n");
+    volume.put_file("T.TXT", "12,abc\r\n\"x,y\",5\r\nlast\r\n");
+    volume.put_file("D/U.TXT", "u\r\n");
+    string bitmap("BM\x46\0\0\0\0\0\0\0\x36\0\0\0\x28\0\0\0\2\0\0\0\2\0\0\0\1\0\x18\0\0\0\0\0\x10\0\0\0", 38);
+    bitmap.resize(54 + 16, '\x55');
+    volume.put_file("B.BMP", bitmap);
+}
 
 std::span<const Target> targets() {
     return all_targets;

@@ -4,6 +4,8 @@
 #include <span>
 #include <string_view>
 
+#include "firmware.h"
+
 namespace korvane::fuzz {
 
 struct Target {
@@ -23,6 +25,10 @@ struct Target {
 
 std::span<const Target> targets();
 const Target* find_target(std::string_view name);
+
+// The machine that most targets have: a volume with a few files, a disk, a boot variable. And those files.
+Hardware usual_hardware();
+void put_usual_files();
 
 // Makes the machine for a target and takes it to its moment. Inputs are played for this target from then on.
 // A tall screen has 40 rows instead of 10.

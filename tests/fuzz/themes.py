@@ -3,6 +3,7 @@ relation (relations.py) that its sessions must keep."""
 
 import random
 
+from hot_loops import hot_loops
 from players import SHORT_FILLING
 
 SMALL = "0 1 2 3 5".split()
@@ -544,14 +545,100 @@ def costs(maker):
         ["RUN"] if len(lines) == 1 else ['MERGE "V.BAS"', "RUN"])
 
 
+# ---- Direct lines
+
+def direct(maker):
+    """Loops typed at the prompt, alone and with a program, which they enter and which leads back into them; then other
+    lines, in which what is still open leads to any place."""
+    choose, chance = maker.choose, maker.chance
+    maker.targets = ["20", "40", "60", "900"]
+
+    def inner():
+        return choose(maker.simple(), maker.simple(), maker.rich(), "GOSUB 40", "GOTO 20", "PRINT I;", "X=X+I", "STOP", "A(I)=I",
+                      "IF I=2 THEN 20 ELSE B=B+1", "IF I=2 THEN PRINT 2; ELSE PRINT 3;", "ON I GOTO 20,60", "ON I GOSUB 40,60",
+                      "NEXT", "WEND", "ERASE M:DIM M(9)", "Q1=Q2+1", "CLEAR", "NEW", "END", 'MERGE "E.BAS"', "RETURN", "DEF FNA(X)=X+2",
+                      "A=1/B", "RESTORE:READ C", "TROFF", "DATA 1", "PRINT CSRLIN*0+I;", "FOR J=1 TO 2", 'CHAIN "E.BAS"', "CONT")
+
+    def typed():
+        body = ":".join(maker.some(1, 3, inner))
+        return choose("", "", ":", "::", "IF 1 THEN ", "PRINT 8;:", "A=5 ") + choose(
+            f"FOR I=1 TO {choose(0, 2, 3, 5)}:{body}:NEXT", f"FOR I=1 TO 3:{body}:NEXT I", f"FOR I=1 TO 3:{body}",
+            f"W=0:WHILE W<3:W=W+1:{body}:WEND", f"W=0:WHILE W<3:W=W+1:{body}", f"FOR I=1 TO 3:FOR J=1 TO 2:{body}:NEXT:NEXT",
+            f"FOR I=3 TO 1 STEP -1:{body}:NEXT:PRINT I", body, "NEXT", "WEND", "RETURN", f"{body}:NEXT", f"{body}:WEND",
+            f"IF A THEN {body} ELSE {inner()}", "CONT")
+
+    lines = ['1 PRINT "E";:B=B+1:IF B>3 THEN END ELSE NEXT', 'SAVE "E.BAS"', "NEW"]
+    lines += ["5 DIM M(9):DEF FNA(X)=X+1:A=1", f"10 {choose('REM', 'FOR I=1 TO 2', 'GOSUB 40', 'WHILE W<2')}",
+              f"20 PRINT {choose('I', 'A', 'W')};:V=V+1:IF V>12 THEN END",
+              f"30 {choose('NEXT', 'WEND', 'END', 'STOP', 'NEXT:PRINT 7', 'IF I<3 THEN NEXT')}", f"40 {inner()}:RETURN",
+              f"60 Y=Y+1:{choose('RETURN', 'NEXT', 'WEND', 'STOP')}", "900 PRINT V:END", "950 DATA 1,2,3,4,5"]
+    lines += ["DIM M(9):DEF FNA(X)=X+1:B=1"] * chance(70) + ["RUN"] * chance(30)
+    for _ in range(maker.random.randint(2, 6)):
+        lines.append(typed())
+        lines += [choose("V=0", "15 A=A+1", "15", "DIM M(9)", "V=0:B=0", "30 NEXT")] * chance(40)
+    return lines + ["VARINFO FULL"]
+
+
+# ---- Arguments that are held
+
+def arguments(maker):
+    """Statements without a specialised form, whose arguments are computed: what these are made of, and what they find,
+    changes between their executions."""
+    choose, chance = maker.choose, maker.chance
+
+    def number(depth=2):
+        if depth == 0 or chance(20):
+            return choose("A", "B", "C", "N%", "S!", "L&", "H&&", "I", "2", "3", ".5", "M(1)", "K%(I)", "LEN(A$)", "NW1", "-I",
+                          "FNZ", "1E308", "9223372036854775807")
+        inner = lambda: number(depth - 1)
+        return choose(f"{inner()}+{inner()}", f"{inner()}-{inner()}", f"{inner()}*{inner()}", f"{inner()}/{inner()}",
+                      f"({inner()})", f"({inner()}+1)*{inner()}", f"M({inner()})", f"K%(ABS({inner()}) MOD 4)", f"{inner()} AND 7",
+                      f"-{inner()}", f"NOT {inner()}", f"INT({inner()})", f"SQR({inner()})", f"FNA({inner()})",
+                      f"FNT({inner()},{inner()})", f"RND*{inner()}", f"INSTR({text(1)},{text(0)})", f"LEN({text(1)})",
+                      f"ASC({text(1)})", f"POINT({inner()},{inner()})+1", f"VAL({text(0)})", f"{inner()}<{inner()}",
+                      f"{text(0)}={text(1)}", f"{inner()} MOD 5", f"{inner()}\\3", f"{inner()}^2", f"FRE(0)-FRE(0)")
+
+    def text(depth=1):
+        if depth == 0:
+            return choose("A$", "B$", '"x"', "T$(1)", "NW$")
+        return choose(f"{text(0)}+{text(0)}", f"MID$({text(0)},{number(0)},2)", f"LEFT$({text(0)},I)", f"CHR$(65+{number(0)})",
+                      f"STR$({number(0)})", f"T$({number(0)})", f"FNU$({text(0)})", f"STRING$(2,{text(0)})")
+
+    small = lambda: choose(f"({number(1)}) MOD 9", f"ABS({number(1)}) AND 7", "I*2+1", "LEN(A$)+I", "M(1)*2", "K%(I)+1")
+    statement = lambda: choose(
+        f"PRINT {number()};", f"PRINT {number()};{text()};{number(1)}", f"PRINT {text()};", f"PSET ({small()},{small()}),I+1",
+        f"LINE ({small()},{small()})-({small()},{small()}),{small()}", f"POKE VARPTR(K%(0))+{choose('0', '2', 'I*2')},{number(1)} AND 127",
+        f"LOCATE 20+{small()},5+{small()}", f"CIRCLE (30+{small()},40),{small()}+1,2", f"PRINT USING \"###.#\";{number(1)};",
+        f"WRITE {number(1)},{text()}", f"MID$(A$,{small()})={text()}", f"MID$(A$,LEN(A$)-1,{small()})={text(0)}",
+        f"ON {small()} GOSUB 500,510,520", f"RANDOMIZE {small()}", f"COLOR 7+({small()})*0", f"PRINT TAB({small()});",
+        f"IF POINT({small()},{small()})={number(1)} THEN PRINT {number(1)} ELSE PSET ({small()},{small()}),{number(1)}",
+        f"X=POINT({small()},{small()})*{number(1)}", f"T$(POINT(0,0)*0+{small()})={text()}", f"SWAP M({small()}),M(1)",
+        f"RESTORE 900+0*{number(1)}:READ C", f"IF POINT(1,1)>=0 THEN X={number()}", f"M(POINT(9,9)*0+I)={number()}")
+    change = lambda: choose("A=A+1", "NW1=5", 'NW$="n"', "B=0", 'A$=A$+"y"', "ERASE M:DIM M(9):M(1)=I", "N%=N%+1000", "C=C*1E200",
+                            "DEF FNA(X)=X*3", "DEFINT N", "CLEAR:DIM M(9),K%(4),T$(3)", "H&&=H&&*3", "V1=1:V2=2", "L&=2000000000")
+    lines = ["5 DIM M(9),K%(4),T$(3):DEF FNA(X)=X*X+1:DEF FNZ=4:DEF FNT(X,Y)=X-Y*2:DEF FNU$(X$)=X$+\"u\"",
+             '6 A=1:B=2:C=.25:N%=3:S!=1.5:L&=70000:H&&=5:A$="abc":B$="q":T$(1)="t":M(1)=3:K%(2)=6',
+             "7 " + choose("ON ERROR GOTO 800", "ON ERROR GOTO 800", "REM")]
+    body = ":".join(maker.some(1, 3, statement))
+    lines += [f"10 FOR I=1 TO {choose(2, 3, 4, 6)}", f"20 {body}"]
+    lines += [f"30 {':'.join(maker.some(1, 2, statement))}"] * chance(50)
+    lines += [f"40 {choose('', 'IF I=3 THEN ')}{change()}"] * chance(60)
+    lines += ["50 NEXT", "60 PRINT A$;T$(1);RND;FRE(0);POINT(3,3);POINT(5,5):END", "500 PRINT 5;:RETURN", "510 Q=Q+1:RETURN",
+              "520 RETURN", "800 E=E+1:IF E<9 THEN RESUME NEXT ELSE END", "900 DATA 1,2,3"]
+    lines += ["RUN"]
+    if chance(50):
+        lines += [change().split(":")[0], "GOTO 10", "VARINFO FULL"]
+    return lines + ["RUN"] * chance(30)
+
+
 THEMES = {
     "edits": ("images", edits), "repeated": ("repeated", repeated), "state": ("fresh", state),
     "stale": ("images", stale), "watched": ("images", watched),
     "branches": ("images", branches), "full cache": ("full cache", full_cache), "merges": ("computed targets", merges),
     "input breaks": ("interrupted", input_breaks), "poll breaks": ("interrupted", poll_breaks),
-    "counted loops": ("bound", counted_loops), "deep": ("images", deep),
+    "counted loops": ("bound", counted_loops), "deep": ("images", deep), "hot loops": ("images", hot_loops),
     "failing files": ("fails like ERROR", failing_files), "chains": ("chained", chains),
-    "costs": ("costs", costs),
+    "arguments": ("images", arguments), "direct": ("images", direct), "costs": ("costs", costs),
 }
 
 

@@ -12,14 +12,12 @@
 
 #include "forked.h"
 #include "machine.h"
+#include "played_image.h"
 #include "program_words.h"
 #include "screen_text.h"
 #include "session.h"
+#include "session_machine.h"
 #include "temporary_folder.h"
-
-// The entry point of the interpreter when it is linked into this program.
-extern "C" __attribute__((weak)) korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle,
-                                                                                korvane::uefi::SystemTable*);
 
 namespace korvane::fuzz {
 namespace {
@@ -28,52 +26,34 @@ using transcript::ForkedResult;
 using transcript::run_forked;
 
 constexpr std::chrono::milliseconds patience{20'000};  // for one line, in processor time
-constexpr uefi::InputKey escape{23, 0};
 
 struct Options {
-    std::filesystem::path image = "build/korvane.efi";
-    bool linked = false;
-    std::filesystem::path other;  // compared with `image` when given
+    test::PlayedImage image;
+    std::filesystem::path other;  // compared with the image when given
     std::uint64_t seed = 1;
     std::chrono::seconds duration{20};
     std::vector<std::filesystem::path> replayed;  // files of sessions instead of random ones
     bool print = false;
 };
 
-[[noreturn]] void usage() {
-    std::fputs(
-        "usage: typed_lines [options] [SESSION-FILE...]\n"
-        "  --image FILE    the application (build/korvane.efi)\n"
-        "  --linked        the interpreter that is linked into this program\n"
-        "  --compare FILE  another application, which must show the same\n"
-        "  --seed N        number of the first session (1)\n"
-        "  --seconds N     how long to go on (20)\n"
-        "  --print         only print the session of the seed\n"
-        "A session file holds sessions apart by empty lines; they are typed instead of random ones.\n",
-        stderr);
-    std::exit(2);
-}
+constexpr char usage[] = R"(usage: typed_lines [options] [SESSION-FILE...]
+  --image FILE    the application (build/korvane.efi)
+  --linked        the interpreter that is linked into this program
+  --compare FILE  another application, which must show the same
+  --seed N        number of the first session (1)
+  --seconds N     how long to go on (20)
+  --print         only print the session of the seed
+A session file holds sessions apart by empty lines; they are typed instead of random ones.
+)";
 
 Options parse_options(int count, char** words) {
     Options options;
-    test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);)
-        if (word == "--image")
-            options.image = program.value();
-        else if (word == "--linked")
-            options.linked = true;
-        else if (word == "--compare")
-            options.other = program.value();
-        else if (word == "--seed")
-            options.seed = std::strtoull(program.value().c_str(), nullptr, 10);
-        else if (word == "--seconds")
-            options.duration = std::chrono::seconds(std::atoi(program.value().c_str()));
-        else if (word == "--print")
-            options.print = true;
-        else if (word.starts_with("-"))
-            usage();
-        else
-            options.replayed.emplace_back(word);
+    const test::ProgramOptions known =
+        options.image.options() + test::ProgramOptions{{"--compare", &options.other},
+                                                       {"--seed", &options.seed},
+                                                       {"--seconds", &options.duration},
+                                                       {"--print", &options.print}};
+    test::read_program_words(count, words, usage, known, &options.replayed);
     return options;
 }
 
@@ -97,20 +77,9 @@ std::vector<Session> read_sessions(const std::filesystem::path& file) {
 class Typist {
   public:
     Typist(const host::ImageSource& image, const std::filesystem::path& folder, bool repeatable)
-        : folder_(folder), repeatable_(repeatable) {
-        host::Config config;
-        config.width = 640;
-        config.height = 2048;
-        config.volumes.resize(1);
-        config.volumes[0].folder = folder;
-        config.volumes[0].capacity = 1 << 20;
-        config.time = uefi::Time{};
-        config.time->Year = 2024;
-        config.time->Month = config.time->Day = 1;
-        machine_ = std::make_unique<host::Machine>(std::move(config), image);
-        machine_->run(patience);
-        machine_->learn_waiting_place();
-    }
+        : folder_(folder),
+          repeatable_(repeatable),
+          machine_(start_session_machine(image, folder, patience)) {}
 
     // Types the session in a process of its own. The result shows the screen after every few lines.
     ForkedResult type(const Session& session) {
@@ -125,14 +94,10 @@ class Typist {
         int typed_lines = 0;
         for (const std::string& line : session) {
             host::Keyboard& keyboard = machine_->firmware().keyboard();
-            for (const char c : line)
-                keyboard.press({0, static_cast<char16_t>(static_cast<unsigned char>(c))});
-            keyboard.press({0, u'\r'});
-            // The key of somebody who loses patience, soon and again and again.
+            press_text(*machine_, line + "\r");
             const std::uint64_t polls = keyboard.polls();
             const std::uint64_t typed = line.size() + 1;
-            for (std::uint64_t n = 40; n < 4000; n += n / 2)
-                keyboard.press_at_poll(typed + n, escape);
+            press_escape_after(*machine_, typed, 40);
             const host::Stop stop = machine_->run(patience);
             const bool broken = keyboard.polls() - polls >= typed + 40;
             keyboard.clear();
@@ -213,9 +178,7 @@ class Run {
 
   private:
     host::ImageSource source(const std::filesystem::path& path) const {
-        host::ImageSource image{path, nullptr};
-        if (options_.linked) image.linked_code = _ModuleEntryPoint;
-        return image;
+        return test::PlayedImage{path, options_.image.linked}.source();
     }
 
     // Each image has a process of its own, since machines stand at fixed addresses.
@@ -244,7 +207,7 @@ class Run {
     }
 
     void play(const std::vector<Session>& sessions, std::uint64_t first_seed) {
-        const std::vector<ForkedResult> results = type_apart(options_.image, sessions);
+        const std::vector<ForkedResult> results = type_apart(options_.image.image, sessions);
         std::vector<ForkedResult> others = results;
         if (!options_.other.empty()) others = type_apart(options_.other, sessions);
         for (std::size_t i = 0; i < sessions.size(); ++i) {

@@ -20,6 +20,7 @@
 #include "screen/keyboard.h"
 #include "screen/text_windows.h"
 #include "statements/graphics/bitmaps.h"
+#include "value_text.h"
 #include "values/common_list.h"
 #include "values/data_items.h"
 #include "values/random.h"
@@ -29,29 +30,19 @@
 namespace korvane::test {
 namespace {
 
-void describe_value(std::ostream& out, std::uint8_t* storage, Type type) {
-    const Value value = load({storage, type});
-    if (type == Type::STRING)
-        out << '"' << std::string_view(reinterpret_cast<const char*>(value.bytes), value.length) << '"';
-    else if (is_integer(type))
-        out << value.integer;
-    else
-        out << value.real;
-}
-
 void describe_variables(std::ostream& out) {
     for (std::uint32_t i = 0; i < variables.count; ++i) {
         VariableEntry& entry = variables.table[i];
         out << entry.name;
         if (!entry.is_array()) {
             out << " = ";
-            describe_value(out, entry.storage, entry.type);
+            fuzz::put_value(out, entry.storage, entry.type);
         } else {
             out << "()";
             const std::uint64_t count = element_count(entry);
             for (std::uint64_t n = 0; n < count; ++n) {
                 out << ' ';
-                describe_value(out, entry.array->elements() + n * storage_size(entry.type), entry.type);
+                fuzz::put_value(out, entry.array->elements() + n * storage_size(entry.type), entry.type);
             }
         }
         out << '\n';

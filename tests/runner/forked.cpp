@@ -10,20 +10,11 @@
 #include <cstring>
 
 #include "folder.h"
+#include "piped_program.h"
 
 namespace korvane::transcript {
 
 namespace {
-
-void write_all(int descriptor, const std::string& text) {
-    std::size_t done = 0;
-    while (done < text.size()) {
-        const ssize_t count = write(descriptor, text.data() + done, text.size() - done);
-        if (count < 0 && errno == EINTR) continue;
-        if (count <= 0) return;
-        done += static_cast<std::size_t>(count);
-    }
-}
 
 std::string read_all(int descriptor) {
     std::string text;
@@ -79,7 +70,8 @@ ForkedResult run_forked(const std::function<ForkedResult()>& work) {
     if (child == 0) {
         close(ends[0]);
         dup2(errors.number(), STDERR_FILENO);
-        write_all(ends[1], pack(work()));
+        const std::string packed = pack(work());
+        test::write_all(ends[1], packed.data(), packed.size());
         _exit(0);
     }
     close(ends[1]);

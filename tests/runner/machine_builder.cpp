@@ -33,6 +33,14 @@ std::filesystem::path image_file(const Case& test, const std::filesystem::path& 
     return volume_folder(scratch, 0) / path.substr(1);
 }
 
+void put_image_on_volume(const Case& test, const std::filesystem::path& scratch,
+                         const std::filesystem::path& image) {
+    if (!test.image_on_volume) return;
+    const std::filesystem::path copy = image_file(test, scratch);
+    std::filesystem::create_directories(copy.parent_path());
+    std::filesystem::copy_file(image, copy);
+}
+
 void write_files(const Case& test, const std::filesystem::path& scratch) {
     for (std::size_t volume = 0; volume < test.config.volumes.size(); ++volume)
         std::filesystem::create_directories(volume_folder(scratch, volume));

@@ -16,6 +16,10 @@ host::Config build_config(const Case& test, const std::filesystem::path& scratch
 // Where the image file lies on the first volume.
 std::filesystem::path image_file(const Case& test, const std::filesystem::path& scratch);
 
+// Copies the image file there, for a case that wants it.
+void put_image_on_volume(const Case& test, const std::filesystem::path& scratch,
+                         const std::filesystem::path& image);
+
 // Writes the case's initial files below `scratch`.
 void write_files(const Case& test, const std::filesystem::path& scratch);
 

@@ -133,6 +133,10 @@ bool Parser::without(const Words& words, std::string_view) {
             config.graphics_output = false;
         else if (words[i] == "cpu")
             config.cpu_protocol = false;
+        else if (words[i] == "code-memory")
+            config.code_memory = host::CodeMemory::refused;
+        else if (words[i] == "memory-attributes")
+            config.code_memory = host::CodeMemory::hidden;
         else if (words[i] == "acpi")
             config.acpi_table = false;
         else if (words[i] == "smbios")

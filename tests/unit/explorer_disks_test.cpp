@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "explorer_session.h"
+#include "random_bits.h"
 
 namespace korvane {
 namespace {
@@ -187,6 +188,7 @@ TEST(ExplorerSector, ReadsAtMost64Blocks) {
 TEST(ExplorerSector, LimitIsAnnouncedFirst) {
     const TemporaryFolder folder;
     ExplorerSession session(machine_with({device(folder.write("disk", std::string(1024, 0)))}));
+    EXPECT_EQ(session.run("SECTOR 0 0 40"), Lines{"LBA outside media."});
     EXPECT_EQ(session.run("SECTOR 0 0 41"),
               (Lines{"Sector read limited to 64 blocks.", "LBA outside media."}));
     EXPECT_EQ(session.run("SECTOR 5 0 41"), (Lines{"Sector read limited to 64 blocks.", "Disk not found."}));
@@ -427,13 +429,8 @@ TEST(ExplorerPartitions, DiskOfOneBlockIsReadAsMbr) {
 // ---- Hostile disks ------------------------------------------------------------------------------
 
 TEST(ExplorerPartitions, TablesOfAnyBytesDoNoHarm) {
-    std::uint32_t random = 2463534242;
-    const auto draw = [&random] {
-        random ^= random << 13;
-        random ^= random >> 17;
-        random ^= random << 5;
-        return random;
-    };
+    test::RandomBits random(2463534242);
+    const auto draw = [&random] { return random.bits() >> 32; };
     const TemporaryFolder folder;
     for (int round = 0; round < 60; ++round) {
         DiskImage image(16 * 512);

@@ -4,6 +4,7 @@
 
 #include "explorer/storage/volumes.h"
 #include "explorer_session.h"
+#include "random_bits.h"
 
 namespace korvane {
 namespace {
@@ -134,13 +135,8 @@ TEST(ExplorerBoot, LongOrdersAndOddSizesAreShownWhole) {
 }
 
 TEST(ExplorerBoot, VariablesOfAnyBytesDoNoHarm) {
-    std::uint32_t random = 88675123;
-    const auto draw = [&random] {
-        random ^= random << 13;
-        random ^= random >> 17;
-        random ^= random << 5;
-        return random;
-    };
+    test::RandomBits random(88675123);
+    const auto draw = [&random] { return random.bits() >> 32; };
     for (int round = 0; round < 40; ++round) {
         host::Config config;
         for (const char16_t* name : {u"BootOrder", u"Boot0000", u"Boot0001", u"Boot00FF", u"BootCurrent"}) {

@@ -162,6 +162,27 @@ TEST(FormatTest, RandomNumbersFollowTheSteps) {
     }
 }
 
+// Of every size, and at both ends of the mantissas that lose three or four bits by a division.
+TEST(FormatTest, LargeNumbersAreDividedStepByStep) {
+    const auto check = [](const double x) {
+        double quotient = x;
+        int expected = 0;
+        for (; quotient >= 10; expected++)
+            quotient /= 10;
+        double normalized = x;
+        const int exponent = normalize(normalized);
+        ASSERT_EQ(exponent, expected) << x;
+        ASSERT_EQ(normalized, quotient) << x;
+    };
+    for (int exponent = 0; exponent <= 1023; exponent++)
+        for (const double mantissa : {1.0, 1.25, 1.5625, 1.6, 2.0})
+            for (const double x : {std::nextafter(mantissa, 0), mantissa, std::nextafter(mantissa, 3)})
+                if (x >= 1 && x < 2) check(std::ldexp(x, exponent));
+    RandomBits random(14);
+    for (long i = 0; i < 10 * test::numeric_arguments(); i++)
+        check(std::ldexp(random.between(1, 2), random.below(1024)));
+}
+
 TEST(FormatTest, EveryCountOfDigitsFollowsTheSteps) {
     RandomBits random(12);
     for (int digits = 1; digits <= 255; digits++) {

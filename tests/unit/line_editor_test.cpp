@@ -6,6 +6,7 @@
 #include <random>
 #include <string>
 
+#include "console_text.h"
 #include "memory_screen.h"
 #include "screen/console.h"
 #include "screen/font.h"
@@ -23,22 +24,14 @@ class LineEditorTest : public testing::Test {
     LineEditorTest() : memory(80, 64) { initialize_line_editor(); }
 
     std::string edit(std::size_t capacity = 256) {
-        std::array<std::uint8_t, 256> buffer;
-        buffer.fill(0xEE);
-        const std::int32_t length = edit_screen_line(std::span(buffer).first(capacity));
-        if (length == edit_aborted) return "(aborted)";
-        EXPECT_EQ(buffer[static_cast<std::size_t>(length)], 0);
-        return {reinterpret_cast<const char*>(buffer.data()), static_cast<std::size_t>(length)};
+        return test::line_read(edit_screen_line, edit_aborted, capacity);
     }
 
     // The text of the rows, without trailing blanks, separated by "|".
     std::string rows() const {
         std::string all;
-        for (std::uint32_t row = 0; row < text_rows(); ++row) {
-            std::string text(reinterpret_cast<const char*>(console.grid[row]), text_columns());
-            text.erase(text.find_last_not_of(' ') + 1);
-            all += (row == 0 ? "" : "|") + text;
-        }
+        for (std::uint32_t row = 0; row < text_rows(); ++row)
+            all += (row == 0 ? "" : "|") + test::row_text(row);
         return all;
     }
 

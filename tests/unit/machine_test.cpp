@@ -116,6 +116,14 @@ std::string problem_of(const ImageFile& file) {
     return load_image(copy.bytes(), image_base, problem) ? "" : problem;
 }
 
+// The same of one with another number somewhere.
+template <typename Number>
+std::string problem_with(std::size_t offset, Number value) {
+    ImageFile file;
+    file.put(offset, value);
+    return problem_of(file);
+}
+
 TEST(ImageLoaderTest, PlacesSectionsAndRelocatesThem) {
     ImageFile file;
     std::string problem;
@@ -128,42 +136,24 @@ TEST(ImageLoaderTest, PlacesSectionsAndRelocatesThem) {
 }
 
 TEST(ImageLoaderTest, RefusesWhatIsNoApplication) {
-    ImageFile file;
-    EXPECT_EQ(problem_of(file), "");
-    file.put<std::uint16_t>(0x44, 0x14C);
-    EXPECT_EQ(problem_of(file), "not for x86-64");
-    file = ImageFile();
-    file.put<std::uint16_t>(0x58 + 68, 3);
-    EXPECT_EQ(problem_of(file), "not a UEFI application");
-    file = ImageFile();
-    file.put<std::uint32_t>(0x3C, 0xFFFFFFF0);
-    EXPECT_EQ(problem_of(file), "no PE signature");
-    file = ImageFile();
-    file.put<std::uint32_t>(0x58 + 16, ImageFile::image_size);
-    EXPECT_EQ(problem_of(file), "entry point outside the image");
-    file = ImageFile();
-    file.put<std::uint32_t>(0x58 + 56, 0xFFFFFFFF);
-    EXPECT_EQ(problem_of(file), "unreasonable image size");
+    EXPECT_EQ(problem_of(ImageFile()), "");
+    EXPECT_EQ(problem_with<std::uint16_t>(0x44, 0x14C), "not for x86-64");
+    EXPECT_EQ(problem_with<std::uint16_t>(0x58 + 68, 3), "not a UEFI application");
+    EXPECT_EQ(problem_with<std::uint32_t>(0x3C, 0xFFFFFFF0), "no PE signature");
+    EXPECT_EQ(problem_with<std::uint32_t>(0x58 + 16, ImageFile::image_size), "entry point outside the image");
+    EXPECT_EQ(problem_with<std::uint32_t>(0x58 + 56, 0xFFFFFFFF), "unreasonable image size");
     std::string problem;
     EXPECT_FALSE(load_image({}, image_base, problem).has_value());
 }
 
 TEST(ImageLoaderTest, RefusesSectionsAndRelocationsOutsideTheImage) {
-    ImageFile file;
-    file.put<std::uint32_t>(0x148 + 12, 0xFFFFF000);
-    EXPECT_EQ(problem_of(file), "a section lies outside the file or the image");
-    file = ImageFile();
-    file.put<std::uint32_t>(0x148 + 20, 0xFFFFFFFF);
-    EXPECT_EQ(problem_of(file), "a section lies outside the file or the image");
-    file = ImageFile();
-    file.put<std::uint32_t>(0x400, 0xFFFFFFFF);
-    EXPECT_EQ(problem_of(file), "the relocations are damaged");
-    file = ImageFile();
-    file.put<std::uint32_t>(0x404, 6);
-    EXPECT_EQ(problem_of(file), "the relocations are damaged");
-    file = ImageFile();
-    file.put<std::uint32_t>(0x58 + 152, 0x2FFF);
-    EXPECT_EQ(problem_of(file), "the relocations are damaged");
+    EXPECT_EQ(problem_with<std::uint32_t>(0x148 + 12, 0xFFFFF000),
+              "a section lies outside the file or the image");
+    EXPECT_EQ(problem_with<std::uint32_t>(0x148 + 20, 0xFFFFFFFF),
+              "a section lies outside the file or the image");
+    EXPECT_EQ(problem_with<std::uint32_t>(0x400, 0xFFFFFFFF), "the relocations are damaged");
+    EXPECT_EQ(problem_with<std::uint32_t>(0x404, 6), "the relocations are damaged");
+    EXPECT_EQ(problem_with<std::uint32_t>(0x58 + 152, 0x2FFF), "the relocations are damaged");
 }
 
 TEST(ImageLoaderTest, EveryCutOffFileIsRefusedOrLoaded) {

@@ -196,16 +196,16 @@ void enter_at_random(std::uint64_t seed, std::size_t arena, int batches, int num
 }
 
 TEST_F(ProgramStoreTest, LateLinesAgreeWithAMap) {
-    enter_at_random(1, 1 << 20, 400, 200, expect_holds);
+    enter_at_random(1, 1 << 20, 200, 200, expect_holds);
     clear_program();
-    enter_at_random(2, 1 << 20, 400, 20000, expect_holds);
+    enter_at_random(2, 1 << 20, 150, 20000, expect_holds);
 }
 
 // Also where there is no room to sort them, and where there is none for the program itself.
 TEST_F(ProgramStoreTest, LateLinesInASmallArenaAgreeWithAMap) {
     for (const std::size_t arena : {64U, 500U, 2000U, 4096U, 10000U}) {
         use_arena(arena);
-        enter_at_random(arena, arena, 400, 100, expect_holds);
+        enter_at_random(arena, arena, 200, 100, expect_holds);
     }
 }
 

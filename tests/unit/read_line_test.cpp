@@ -5,6 +5,7 @@
 #include <array>
 #include <string>
 
+#include "console_text.h"
 #include "memory_screen.h"
 #include "screen/console.h"
 #include "typed_keys.h"
@@ -13,21 +14,11 @@ namespace korvane {
 namespace {
 
 using test::MemoryScreen;
+using test::row_text;
 using test::TypedKeys;
 
-std::string row_text(std::uint32_t row) {
-    std::string text(reinterpret_cast<const char*>(console.grid[row]), text_columns());
-    text.erase(text.find_last_not_of(' ') + 1);
-    return text;
-}
-
 std::string read(std::size_t capacity = 256) {
-    std::array<std::uint8_t, 256> buffer;
-    buffer.fill(0xEE);
-    const std::int32_t length = key_read_line(std::span(buffer).first(capacity));
-    if (length == line_aborted) return "(aborted)";
-    EXPECT_EQ(buffer[static_cast<std::size_t>(length)], 0);
-    return {reinterpret_cast<const char*>(buffer.data()), static_cast<std::size_t>(length)};
+    return test::line_read(key_read_line, line_aborted, capacity);
 }
 
 TEST(ReadLine, EchoesUntilEnterAndEndsTheLine) {

@@ -7,7 +7,7 @@ import fs from "node:fs";
 import path from "node:path";
 import { after, before, test } from "node:test";
 import { fileURLToPath } from "node:url";
-import { openBrowser, serve } from "./page_browser.mjs";
+import { openBrowser, processorTime, serve } from "./page_browser.mjs";
 
 const ROOT = fileURLToPath(new URL("../..", import.meta.url));
 const LONG_MS = 60_000;
@@ -58,28 +58,10 @@ const type = (text) => page.evaluate((text) => globalThis.type(text), text);
 const tell = (message) => page.evaluate((message) => worker.postMessage(message), message);
 const messages = (type) => page.evaluate((type) => heard.filter((message) => message.type === type), type);
 
-// The processor time of the browser and all its processes so far, in seconds.
-function processorTime() {
-  const children = new Map();
-  const times = new Map();
-  for (const name of fs.readdirSync("/proc").filter((name) => /^\d+$/.test(name))) {
-    try {
-      const fields = fs.readFileSync(`/proc/${name}/stat`, "latin1").replace(/^.*\) /s, "").split(" ");
-      const parent = Number(fields[1]);
-      children.set(parent, [...(children.get(parent) ?? []), Number(name)]);
-      times.set(Number(name), (Number(fields[11]) + Number(fields[12])) / 100);
-    } catch {
-      // It has ended meanwhile.
-    }
-  }
-  const sum = (process) => (times.get(process) ?? 0) + (children.get(process) ?? []).reduce((all, child) => all + sum(child), 0);
-  return sum(browser.process().pid);
-}
-
 async function processorShare(milliseconds) {
-  const before = processorTime();
+  const before = processorTime(browser);
   await new Promise((done) => setTimeout(done, milliseconds));
-  return (processorTime() - before) * 1000 / milliseconds;
+  return (processorTime(browser) - before) * 1000 / milliseconds;
 }
 
 test("it tells its size, its text and that it is ready, and answers what is typed", async () => {

@@ -77,6 +77,24 @@ export async function openBrowser(flags = []) {
   });
 }
 
+// The processor time of a browser and all its processes so far, in seconds: what else the computer does is not in it.
+export function processorTime(browser) {
+  const children = new Map();
+  const times = new Map();
+  for (const name of fs.readdirSync("/proc").filter((name) => /^\d+$/.test(name))) {
+    try {
+      const fields = fs.readFileSync(`/proc/${name}/stat`, "latin1").replace(/^.*\) /s, "").split(" ");
+      const parent = Number(fields[1]);
+      children.set(parent, [...(children.get(parent) ?? []), Number(name)]);
+      times.set(Number(name), (Number(fields[11]) + Number(fields[12])) / 100);
+    } catch {
+      // It has ended meanwhile.
+    }
+  }
+  const sum = (process) => (times.get(process) ?? 0) + (children.get(process) ?? []).reduce((all, child) => all + sum(child), 0);
+  return sum(browser.process().pid);
+}
+
 // A page that tells what goes wrong in it: whatever its console complains about, and every request that leaves the server.
 // `prepare(page)` comes before the page is opened.
 export async function openPage(browser, address, { width = 1280, height = 800, prepare = async () => {}, ...viewport } = {}) {

@@ -1,8 +1,6 @@
 // The module's memory as the machine's. It is zero where nobody has been, and nothing in it can be forbidden.
 #include "address_space.h"
 
-#include <utility>
-
 #include "give_up.h"
 
 namespace korvane::host {
@@ -21,15 +19,6 @@ Mapping::Mapping(std::uint64_t base, std::uint64_t size) : base_(base), size_(si
 }
 
 Mapping::~Mapping() = default;
-
-Mapping::Mapping(Mapping&& other) noexcept
-    : base_(std::exchange(other.base_, 0)), size_(std::exchange(other.size_, 0)) {}
-
-Mapping& Mapping::operator=(Mapping&& other) noexcept {
-    std::swap(base_, other.base_);
-    std::swap(size_, other.size_);
-    return *this;
-}
 
 void Mapping::make_present(std::uint64_t, std::uint64_t) {}
 

@@ -173,13 +173,6 @@ Descriptor::~Descriptor() {
     if (number_ >= 0) close_node(number_);
 }
 
-Descriptor::Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
-
-Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-    std::swap(number_, other.number_);
-    return *this;
-}
-
 std::optional<FileStatus> Descriptor::status() const {
     const Node* node = node_of(number_);
     if (node == nullptr) return std::nullopt;

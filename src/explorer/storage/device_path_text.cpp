@@ -69,13 +69,18 @@ void put_vendor(LineText& line, const char* name, const Element& node) {
     line.put(')');
 }
 
+// The two numbers that tell a range, from `offset` on.
+void put_range(LineText& line, const Element& node, std::size_t offset) {
+    put_0x(line, node.field<std::uint64_t>(offset));
+    line.put(',');
+    put_0x(line, node.field<std::uint64_t>(offset + 8));
+}
+
 void put_memory_mapped(LineText& line, const Element& node) {
     line.put("MemoryMapped(");
     put_0x(line, node.field<std::uint32_t>(0));
     line.put(',');
-    put_0x(line, node.field<std::uint64_t>(4));
-    line.put(',');
-    put_0x(line, node.field<std::uint64_t>(12));
+    put_range(line, node, 4);
     line.put(')');
 }
 
@@ -191,9 +196,7 @@ void put_hard_drive(LineText& line, const Element& node) {
         line.put_decimal(signature_type).put(",0");
     }
     line.put(',');
-    put_0x(line, node.field<std::uint64_t>(4));
-    line.put(',');
-    put_0x(line, node.field<std::uint64_t>(12));
+    put_range(line, node, 4);
     line.put(')');
 }
 
@@ -209,9 +212,7 @@ void put_guid_node(LineText& line, const char* name, const Element& node) {
 
 void put_ram_disk(LineText& line, const Element& node) {
     line.put("RamDisk(");
-    put_0x(line, node.field<std::uint64_t>(0));
-    line.put(',');
-    put_0x(line, node.field<std::uint64_t>(8));
+    put_range(line, node, 0);
     line.put(',').put_decimal(node.field<std::uint16_t>(32)).put(',');
     put_guid(line, node.field<uefi::Guid>(16));
     line.put(')');

@@ -1,21 +1,11 @@
 #include "explorer/storage/volumes.h"
 
+#include "files/boot_volume.h"
 #include "files/file_handle.h"
 #include "files/firmware_name.h"
 #include "platform/firmware.h"
 
 namespace korvane {
-namespace {
-
-FileHandle open_root(uefi::Handle handle) {
-    auto* file_system =
-        static_cast<uefi::SimpleFileSystemProtocol*>(find_interface(handle, uefi::simple_file_system_guid));
-    uefi::FileProtocol* root = nullptr;
-    if (file_system == nullptr || uefi::is_error(file_system->OpenVolume(file_system, &root))) return {};
-    return FileHandle(root);
-}
-
-}  // namespace
 
 VolumeWalk::VolumeWalk() : handles_(uefi::simple_file_system_guid), upcoming_(handles_.begin()) {}
 

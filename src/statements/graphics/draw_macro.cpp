@@ -1,5 +1,6 @@
 #include "statements/graphics/draw_macro.h"
 
+#include <cstdint>
 #include <limits>
 #include <optional>
 
@@ -163,7 +164,18 @@ void set_colour(Pen& pen) {
     if (!error_pending()) pen.colour = require_colour(colour_from_value(value));
 }
 
+// The commands that move by a direction, and these.
+struct Direction {
+    char command;
+    std::int8_t x;
+    std::int8_t y;
+};
+constexpr Direction directions[] = {{'U', 0, -1}, {'D', 0, 1}, {'L', -1, 0}, {'R', 1, 0},
+                                    {'E', 1, -1}, {'F', 1, 1}, {'G', -1, 1}, {'H', -1, -1}};
+
 void carry_out(Pen& pen, char command) {
+    for (const Direction& direction : directions)
+        if (direction.command == command) return move_along(pen, direction.x, direction.y);
     switch (command) {
         case 'B':
             pen.blank = true;
@@ -182,30 +194,6 @@ void carry_out(Pen& pen, char command) {
             return;
         case 'T':
             turn_by(pen);
-            return;
-        case 'U':
-            move_along(pen, 0, -1);
-            return;
-        case 'D':
-            move_along(pen, 0, 1);
-            return;
-        case 'L':
-            move_along(pen, -1, 0);
-            return;
-        case 'R':
-            move_along(pen, 1, 0);
-            return;
-        case 'E':
-            move_along(pen, 1, -1);
-            return;
-        case 'F':
-            move_along(pen, 1, 1);
-            return;
-        case 'G':
-            move_along(pen, -1, 1);
-            return;
-        case 'H':
-            move_along(pen, -1, -1);
             return;
         case 'M':
             move_to(pen);

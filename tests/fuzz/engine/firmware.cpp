@@ -238,14 +238,16 @@ struct Firmware::Services {
     }
 
     static Status EFIAPI output_string(uefi::SimpleTextOutputProtocol*, const char16_t* text) {
-        if (auto failure = active->faults_.strike(Service::OutputString)) {
-            if (std::u16string_view(text).find(u'!') != std::u16string_view::npos)
-                active->stop_(Stop::halted);
-            return *failure;
-        }
+        const auto failure = active->faults_.strike(Service::OutputString);
+        const std::u16string_view shown(text);
         // Whoever prints an exclamation there has given up and never comes back.
-        if (std::u16string_view(text).find(u'!') != std::u16string_view::npos) active->stop_(Stop::halted);
-        return uefi::success;
+        if (shown.find(u'!') != std::u16string_view::npos) {
+            active->last_words_.clear();
+            for (const char16_t unit : shown)
+                active->last_words_ += static_cast<char>(unit);
+            active->stop_(Stop::halted);
+        }
+        return failure.value_or(uefi::success);
     }
 
     static Status EFIAPI reset_output(uefi::SimpleTextOutputProtocol*, std::uint8_t) { return uefi::success; }

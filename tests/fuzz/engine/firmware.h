@@ -106,6 +106,8 @@ class Firmware {
     // Pool blocks that are in use beyond those at the time of save().
     std::size_t pool_blocks() const;
     bool owns(std::uint64_t address, std::uint64_t bytes) const;
+    // What was shown on the firmware's console when the interpreter stopped for good.
+    const std::string& last_words() const { return last_words_; }
     // True when what was done in this input depends on when the interpreter looked for a key.
     bool depends_on_looks() const { return depends_on_looks_; }
 
@@ -187,6 +189,7 @@ class Firmware {
     std::uint32_t escape_at_look_ = 0;
     std::uint32_t failed_looks_ = 0;
     bool depends_on_looks_ = false;
+    std::string last_words_;
 };
 
 }  // namespace korvane::fuzz

@@ -310,6 +310,19 @@ const std::string* Volume::file(std::string_view path) const {
     return node == none ? nullptr : &nodes_[node].bytes;
 }
 
+std::map<std::string, std::string> Volume::files() const {
+    std::map<std::string, std::string> all;
+    for (std::size_t i = 1; i < nodes_.size(); ++i) {
+        if (nodes_[i].gone) continue;
+        std::string path = nodes_[i].name;
+        for (std::size_t at = nodes_[i].parent; at != 0; at = nodes_[at].parent)
+            path = nodes_[at].name + '/' + path;
+        if (nodes_[i].directory) path += '/';
+        all[path] = nodes_[i].bytes;
+    }
+    return all;
+}
+
 uefi::Status Volume::put_information(const Node& node, std::string_view name, std::uint64_t* size,
                                      void* buffer) const {
     const std::uint64_t needed = uefi::file_info_name_offset + (name.size() + 1) * sizeof(char16_t);

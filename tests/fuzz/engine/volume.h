@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <deque>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -35,6 +36,8 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     // Adds or replaces a file; the folders in front of the last "/" are made.
     void put_file(std::string_view path, std::string content);
     const std::string* file(std::string_view path) const;
+    // Every file by its path, with its content; folders have a "/" at their end, and none.
+    std::map<std::string, std::string> files() const;
 
     // What reading a directory gives instead of its entries: these bytes, a record at each read, until none
     // is left. Each record begins with its length in one byte.

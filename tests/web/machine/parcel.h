@@ -108,7 +108,8 @@ inline void write_config(Writer& writer, const host::Config& config) {
     for (const std::uint64_t value :
          {std::uint64_t{config.descending_map}, std::uint64_t{config.width}, std::uint64_t{config.height},
           std::uint64_t{config.graphics_output}, std::uint64_t{config.cpu_protocol},
-          std::uint64_t{config.acpi_table}, std::uint64_t{config.smbios_table}, config.stack_size})
+          std::uint64_t{config.acpi_table}, std::uint64_t{config.smbios_table},
+          static_cast<std::uint64_t>(config.code_memory), config.stack_size})
         writer.number(value);
     writer.number(config.volumes.size());
     for (const host::VolumeConfig& volume : config.volumes) {
@@ -177,6 +178,7 @@ inline host::Config read_config(Reader& reader) {
     config.cpu_protocol = reader.number() != 0;
     config.acpi_table = reader.number() != 0;
     config.smbios_table = reader.number() != 0;
+    config.code_memory = static_cast<host::CodeMemory>(reader.number());
     config.stack_size = reader.number();
     config.volumes.resize(reader.number());
     for (host::VolumeConfig& volume : config.volumes) {

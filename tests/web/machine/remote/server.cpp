@@ -5,10 +5,10 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
+
+#include "piped_program.h"
 
 namespace korvane::web {
 
@@ -23,26 +23,10 @@ Server::~Server() {
 }
 
 void Server::start() {
-    int in[2];
-    int out[2];
-    if (pipe(in) != 0 || pipe(out) != 0) {
-        std::perror("pipe");
-        std::exit(2);
-    }
-    process_ = fork();
-    if (process_ == 0) {
-        dup2(in[0], STDIN_FILENO);
-        dup2(out[1], STDOUT_FILENO);
-        for (const int end : {in[0], in[1], out[0], out[1]})
-            close(end);
-        execlp(node_.c_str(), node_.c_str(), script_.c_str(), module_.c_str(), nullptr);
-        std::perror(node_.c_str());
-        _exit(127);
-    }
-    close(in[0]);
-    close(out[1]);
-    to_ = in[1];
-    from_ = out[0];
+    const test::PipedProgram program = test::start_piped_program({node_, script_, module_});
+    process_ = program.process;
+    to_ = program.to;
+    from_ = program.from;
 }
 
 void Server::stop() {
@@ -53,12 +37,7 @@ void Server::stop() {
 }
 
 bool Server::send(std::string_view bytes) {
-    while (!bytes.empty()) {
-        const ssize_t count = write(to_, bytes.data(), bytes.size());
-        if (count <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(count));
-    }
-    return true;
+    return test::write_all(to_, bytes.data(), bytes.size());
 }
 
 bool Server::receive(char* bytes, std::size_t count, std::chrono::steady_clock::time_point end) {

@@ -1,9 +1,5 @@
 // Plays the transcripts of tests/language on the WebAssembly module, which runs under Node: the same cases,
 // read and played by the same code as on the hosted firmware.
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -11,9 +7,9 @@
 #include <map>
 #include <memory>
 #include <string>
-#include <string_view>
 #include <vector>
 
+#include "cases.h"
 #include "machine_builder.h"
 #include "player.h"
 #include "program_words.h"
@@ -31,55 +27,30 @@ struct Options {
     std::string module = "build/wasm/korvane-test.wasm";
     std::string image = "build/korvane.efi";
     std::string exceptions = "tests/web/machine/exceptions.txt";
-    std::string filter;
-    unsigned jobs = 2;
-    PlayOptions play;
-    std::vector<std::filesystem::path> inputs;
+    CaseChoice cases;
 };
 
-[[noreturn]] void usage() {
-    std::fputs(
-        "usage: web_language_tests [options] FILE-OR-FOLDER...\n"
-        "  --node PROGRAM     Node, 26 or newer (node)\n"
-        "  --module FILE      the module to test (build/wasm/korvane-test.wasm)\n"
-        "  --image FILE       the image that lies on the volumes (build/korvane.efi)\n"
-        "  --exceptions FILE  the cases that cannot pass here, with the reasons "
-        "(tests/web/machine/exceptions.txt)\n"
-        "  --filter TEXT      only cases whose \"file: title\" contains TEXT\n"
-        "  --show             print the screen after every step\n"
-        "  --jobs N           processes to use (2)\n",
-        stderr);
-    std::exit(2);
-}
+constexpr char usage[] = R"(usage: web_language_tests [options] FILE-OR-FOLDER...
+  --node PROGRAM     Node, 26 or newer (node)
+  --module FILE      the module to test (build/wasm/korvane-test.wasm)
+  --image FILE       the image that lies on the volumes (build/korvane.efi)
+  --exceptions FILE  the cases that cannot pass here, with the reasons (tests/web/machine/exceptions.txt)
+  --filter TEXT      only cases whose "file: title" contains TEXT
+  --show             print the screen after every step
+  --jobs N           processes to use (2)
+)";
 
 Options parse_options(int count, char** words) {
     Options options;
-    test::ProgramWords program(count, words, usage);
-    for (std::string_view word; program.take(word);)
-        if (word == "--node")
-            options.node = program.value();
-        else if (word == "--module")
-            options.module = program.value();
-        else if (word == "--image")
-            options.image = program.value();
-        else if (word == "--exceptions")
-            options.exceptions = program.value();
-        else if (word == "--filter")
-            options.filter = program.value();
-        else if (word == "--show")
-            options.play.show = true;
-        else if (word == "--jobs")
-            options.jobs = static_cast<unsigned>(std::max(1, std::atoi(program.value().c_str())));
-        else if (word.starts_with("-"))
-            usage();
-        else
-            options.inputs.emplace_back(word);
-    if (options.inputs.empty()) usage();
+    options.cases.jobs = 2;
+    const test::ProgramOptions known =
+        options.cases.options() + test::ProgramOptions{{"--node", &options.node},
+                                                       {"--module", &options.module},
+                                                       {"--image", &options.image},
+                                                       {"--exceptions", &options.exceptions}};
+    test::read_program_words(count, words, usage, known, &options.cases.inputs);
+    if (options.cases.inputs.empty() || options.cases.jobs == 0) test::end_with_usage(usage);
     return options;
-}
-
-std::string name_of(const Case& test) {
-    return test.file.string() + ": " + test.title;
 }
 
 // The reasons by the names of the cases. A line that begins with a blank tells the reason for those above it,
@@ -101,46 +72,19 @@ std::map<std::string, std::string> read_exceptions(const std::string& file) {
     return reasons;
 }
 
-std::vector<Case> read_cases(const Options& options) {
-    std::vector<std::filesystem::path> files;
-    for (const std::filesystem::path& input : options.inputs) {
-        if (!std::filesystem::is_directory(input)) files.push_back(input);
-        if (std::filesystem::is_directory(input))
-            for (const auto& entry : std::filesystem::recursive_directory_iterator(input))
-                if (entry.path().extension() == ".txt") files.push_back(entry.path());
-    }
-    std::sort(files.begin(), files.end());
-    std::vector<Case> cases;
-    std::vector<std::string> problems;
-    for (const std::filesystem::path& file : files)
-        for (Case& test : read_transcript(file, problems))
-            if (name_of(test).find(options.filter) != std::string::npos) cases.push_back(std::move(test));
-    for (const std::string& problem : problems)
-        std::printf("%s\n", problem.c_str());
-    return cases;
-}
-
 std::string play(const Case& test, const Options& options, const std::filesystem::path& folder) {
     const host::ImageSource image = host::ImageSource::file(options.image);
     std::filesystem::remove_all(folder);
     std::filesystem::create_directories(folder);
-    if (test.own_start && test.image_on_volume) {
-        const std::filesystem::path copy = image_file(test, folder);
-        std::filesystem::create_directories(copy.parent_path());
-        std::filesystem::copy_file(options.image, copy);
-    }
+    if (test.own_start) put_image_on_volume(test, folder, options.image);
     auto machine = std::make_unique<host::Machine>(build_config(test, folder, test.own_start), image);
     if (!test.own_start) {
         // What is on the volume is put there behind the start, as where one machine serves many cases.
-        Case starting;
-        starting.file = test.file;
-        starting.line = test.line;
-        Player starter(starting, machine, folder, image, options.play);
-        const std::string problem = starter.play();
+        const std::string problem = start_machine(test, machine, folder, image, options.cases.play);
         if (!problem.empty()) return problem;
         write_files(test, folder);
     }
-    Player player(test, machine, folder, image, options.play);
+    Player player(test, machine, folder, image, options.cases.play);
     const std::string report = player.play();
     std::fputs(player.shown().c_str(), stdout);
     return report;
@@ -170,29 +114,14 @@ int play_share(const std::vector<Case>& cases, std::size_t first, std::size_t st
 }
 
 int run(const Options& options) {
-    const std::vector<Case> cases = read_cases(options);
+    std::vector<std::string> problems;
+    const std::vector<Case> cases = read_cases(options.cases, problems);
+    if (!problems.empty() || cases.empty()) return 2;
     const test::TemporaryFolder scratch;
-    std::vector<pid_t> workers;
-    for (unsigned job = 0; job < options.jobs; ++job) {
-        std::fflush(nullptr);
-        const pid_t child = fork();
-        if (child == 0) {
-            constexpr int most_failures = 100;
-            const int failures =
-                play_share(cases, job, options.jobs, options, scratch.path() / std::to_string(job));
-            std::fflush(nullptr);
-            _exit(std::min(failures, most_failures));
-        }
-        workers.push_back(child);
-    }
-    int failures = 0;
-    for (const pid_t worker : workers) {
-        int status = 0;
-        waitpid(worker, &status, 0);
-        failures += WIFEXITED(status) ? WEXITSTATUS(status) : 1;
-    }
-    std::printf("%zu cases, %d failed\n", cases.size(), failures);
-    return failures == 0 && !cases.empty() ? 0 : 1;
+    return conclude(cases.size(), play_in_processes(options.cases, [&](unsigned job) {
+                        const std::filesystem::path folder = scratch.path() / std::to_string(job);
+                        return play_share(cases, job, options.cases.jobs, options, folder);
+                    }));
 }
 
 }  // namespace

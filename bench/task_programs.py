@@ -1,0 +1,33 @@
+"""The tasks of bench/tasks, completed by the programs that are made from others."""
+
+import pathlib
+import re
+import shutil
+
+import make_jumps
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+
+# Tasks whose program for the image bwbasic understands as it is.
+BWBASIC_TASKS = ("empty_loop", "expressions", "functions", "mandelbrot", "matrix", "strings", "while_else")
+
+# Tasks that are others of them with a line in front; the other interpreters, for which the line says nothing, play theirs.
+VARIANTS = {"mandelbrot_single": ("mandelbrot", "5 DEFSNG A-Z\n")}
+
+
+def for_bwbasic(program):
+    """It is so slow that once is enough, and stays at its prompt after END."""
+    return re.sub(r"END$", "SYSTEM", re.sub(r" R = \d+$", " R = 1", program, count=1, flags=re.MULTILINE).rstrip()) + "\n"
+
+
+def write_tasks(folder):
+    """Writes a folder for each task below `folder`, with one program for each language; gives them sorted."""
+    shutil.copytree(ROOT / "bench/tasks", folder)
+    for name in BWBASIC_TASKS:
+        (folder / name / "bwbasic.bas").write_text(for_bwbasic((folder / name / "korvane.bas").read_text()))
+    for name, (original, line) in VARIANTS.items():
+        shutil.copytree(folder / original, folder / name)
+        program = folder / name / "korvane.bas"
+        program.write_text(line + program.read_text())
+    make_jumps.write_programs(folder / "jumps")
+    return sorted(folder.iterdir(), key=lambda task: task.name)

@@ -1,0 +1,105 @@
+// Arguments that are held by their first records (values/held_arguments.h).
+#include "fast/expression.h"
+#include "fast/sides.h"
+#include "fast/text_sides.h"
+#include "program/errors.h"
+#include "program/execution.h"
+#include "values/held_arguments.h"
+#include "values/operator_strength.h"
+#include "values/random.h"
+#include "values/variables.h"
+
+namespace korvane::fast {
+namespace {
+
+// What Token::argument.state tells. A held one's type stands in the lower bits; one that is refused keeps in
+// `side` how many variables there were, modulo 256.
+constexpr std::uint8_t met = 0x10;
+constexpr std::uint8_t refused = 0x20;
+constexpr std::uint8_t held = 0x40;
+
+// Makes the argument's steps, and its first record keep where they begin; false when it has none. The leaf in
+// front of a chain is kept by the chain's first record, an operator whose left side the accumulator carries.
+bool hold_argument(Token* first) {
+    // A user function's body has steps of its own.
+    if (record_of(first) >= max_token_records) return false;
+    begin_statement();
+    Token* end = first;
+    const std::int16_t root = parse_expression(end, weakest_strength);
+    if (root == none || !plan(root, domain_of(node_at(root).type))) return false;
+    const Side side = emit(root);
+    if (side.chain == nullptr) return false;
+    if ((side.kind & leaf_mask) != COMPUTED) as<OperatorRecord>(side.chain).left_leaf = side.leaf;
+    first->argument.side = side.kind;
+    first->argument.chain = static_cast<std::uint8_t>(side.chain - first);
+    first->argument.length = static_cast<std::uint8_t>(end - first);
+    first->argument.state = held | static_cast<std::uint8_t>(node_at(root).type);
+    return true;
+}
+
+void look_at_argument(Token* first) {
+    auto& argument = first->argument;
+    const auto seen = static_cast<std::uint8_t>(variables.count);
+    if (argument.state == refused && argument.side == seen) return;
+    if (hold_argument(first)) return;
+    argument.state = refused;
+    argument.side = seen;
+}
+
+// The value of a held argument; of type NONE when it failed.
+Value held_value(Token* first) {
+    const auto& argument = first->argument;
+    Token* chain = first + argument.chain;
+    const void* leaf = as<OperatorRecord>(chain).left_leaf;
+    const auto type = static_cast<Type>(argument.state & ~held);
+    if (type == Type::STRING) return text_side(argument.side, leaf, chain);
+    if (is_integer(type)) {
+        const Whole whole = whole_side(argument.side, leaf, chain);
+        return Value::of_integer(whole.value, whole.failed != 0 ? Type::NONE : type);
+    }
+    const double real = real_side(argument.side, leaf, chain);
+    return Value::of_real(real, is_finite(real) ? type : Type::NONE);
+}
+
+// The value of a held argument. One that fails starts again with what it found.
+Value evaluate_held(Cursor& cursor) {
+    std::uint8_t* const string_top = arenas.FREETOP;
+    const RandomState random = random_state;
+    const Value value = held_value(cursor);
+    if (!failed(value)) {
+        cursor += cursor->argument.length;
+        return value;
+    }
+    arenas.FREETOP = string_top;
+    random_state = random;
+    held_arguments.in_use = false;
+    const Value general = evaluate_unheld(cursor);
+    held_arguments.in_use = true;
+    return general;
+}
+
+}  // namespace
+}  // namespace korvane::fast
+
+namespace korvane {
+
+Value evaluate_argument(Cursor& cursor) {
+    using namespace fast;
+    Token* first = cursor;
+    auto& argument = first->argument;
+    const bool known = argument.state != 0 && argument.generation == arenas.generation;
+    if (__builtin_expect(known, true)) {
+        if (argument.state < held) look_at_argument(first);
+        return argument.state >= held ? evaluate_held(cursor) : evaluate_unheld(cursor);
+    }
+    const Value value = evaluate_unheld(cursor);
+    // Where an operand is missing stands a record that is none of an argument's.
+    if (!error_pending()) {
+        argument = {};
+        argument.generation = arenas.generation;
+        argument.state = met;
+    }
+    return value;
+}
+
+}  // namespace korvane

@@ -1,0 +1,107 @@
+#include "native/executable_memory.h"
+
+#include "native/page_tables.h"
+#include "platform/firmware.h"
+#include "platform/processor.h"
+
+namespace korvane::native {
+
+constinit ExecutableMemory executable_memory;
+
+namespace {
+
+constexpr std::uint64_t access_attributes =
+    uefi::memory_read_protect | uefi::memory_execute_protect | uefi::memory_read_only;
+
+}  // namespace
+
+// The bits are set before others are cleared: there is no moment in which the pages can be both written and
+// executed.
+bool ExecutableMemory::protect(const Pages& pages, std::uint64_t attributes) const {
+    if (attributes_ == nullptr) return true;
+    const std::uint64_t cleared = access_attributes & ~attributes;
+    const bool is_set = attributes == 0 || !uefi::is_error(attributes_->SetMemoryAttributes(
+                                               attributes_, pages.address, pages.bytes, attributes));
+    if (!is_set || cleared == 0) return is_set;
+    return !uefi::is_error(
+        attributes_->ClearMemoryAttributes(attributes_, pages.address, pages.bytes, cleared));
+}
+
+bool ExecutableMemory::read_attributes(Pages& pages) const {
+    std::uint64_t attributes = 0;
+    if (uefi::is_error(
+            attributes_->GetMemoryAttributes(attributes_, pages.address, pages.bytes, &attributes)))
+        return false;
+    pages.attributes = attributes & access_attributes;
+    return true;
+}
+
+bool ExecutableMemory::allocate(std::uint64_t bytes, Pages& pages) const {
+    uefi::PhysicalAddress address = 0;
+    if (uefi::is_error(firmware.boot->AllocatePages(uefi::AllocateType::AllocateAnyPages,
+                                                    uefi::MemoryType::EfiLoaderCode, bytes / uefi::page_size,
+                                                    &address)))
+        return false;
+    pages = {address, bytes, 0};
+    const bool may_hold_code =
+        attributes_ != nullptr
+            ? read_attributes(pages)
+            : has_highest_privilege() && allows_code(current_translation(), address, bytes);
+    if (may_hold_code) return true;
+    firmware.boot->FreePages(address, bytes / uefi::page_size);
+    return false;
+}
+
+void ExecutableMemory::release(const Pages& pages) const {
+    // Firmware that refuses may have changed nothing in the first place; it is asked what the pages are now.
+    protect(pages, pages.attributes);
+    Pages now = pages;
+    if (attributes_ == nullptr || (read_attributes(now) && now.attributes == pages.attributes))
+        firmware.boot->FreePages(pages.address, pages.bytes / uefi::page_size);
+}
+
+bool ExecutableMemory::take() {
+    if (state_ != State::none) return state_ == State::present;
+    attributes_ = static_cast<uefi::MemoryAttributeProtocol*>(find_interface(uefi::memory_attribute_guid));
+    state_ = allocate(first_code_bytes, pages_) ? State::present : State::refused;
+    return state_ == State::present;
+}
+
+std::span<std::byte> ExecutableMemory::begin_writing() {
+    if (state_ != State::present) return {};
+    if (!protect(pages_, uefi::memory_execute_protect)) {
+        give_back();
+        return {};
+    }
+    return {reinterpret_cast<std::byte*>(pages_.address), pages_.bytes};
+}
+
+bool ExecutableMemory::end_writing() {
+    if (state_ != State::present) return false;
+    bool is_done = protect(pages_, uefi::memory_read_only);
+    // Firmware that only says so would let the machine die at the first jump.
+    if (is_done && attributes_ != nullptr && !is_proven_) {
+        Pages now = pages_;
+        is_done = read_attributes(now) && now.attributes == uefi::memory_read_only;
+        is_proven_ = is_done;
+    }
+    if (!is_done) give_back();
+    return is_done;
+}
+
+bool ExecutableMemory::grow() {
+    if (state_ != State::present || pages_.bytes >= most_code_bytes) return false;
+    Pages larger;
+    if (!allocate(pages_.bytes * 2, larger)) return false;
+    release(pages_);
+    pages_ = larger;
+    is_proven_ = false;
+    return true;
+}
+
+void ExecutableMemory::give_back() {
+    if (state_ == State::present) release(pages_);
+    state_ = State::refused;
+}
+
+}  // namespace korvane::native

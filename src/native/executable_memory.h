@@ -1,0 +1,73 @@
+// Memory for machine code that is made while the interpreter runs.
+//
+// It is taken from the firmware when the first code is made, and never before. Where the firmware has the
+// memory attribute protocol, the pages are at no time both writable and executable: whoever makes code writes
+// it between begin_writing() and end_writing(), and nothing of it may run meanwhile. Where it has not, the
+// processor's page tables must say that such pages may be executed.
+//
+// A jump into memory that may not be executed is the end of the machine, so whatever is not quite clear is a
+// refusal, and a refusal is for good: there is no more native code then, and nothing else changes.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+namespace korvane::uefi {
+struct MemoryAttributeProtocol;
+}
+
+namespace korvane::native {
+
+inline constexpr std::uint64_t first_code_bytes = std::uint64_t{1} << 20;
+inline constexpr std::uint64_t most_code_bytes = std::uint64_t{4} << 20;
+
+class ExecutableMemory {
+  public:
+    // True when there is memory for code. The first call takes it from the firmware, and notes the protocol.
+    bool take();
+
+    // All of the memory, which can be written and not executed from now on. Empty when that was refused: what
+    // it held must then never be entered again.
+    std::span<std::byte> begin_writing();
+
+    // True when the memory may be executed from now on, and not be written where the firmware can see to
+    // that. False when that was refused: nothing of it may be entered.
+    bool end_writing();
+
+    // Gives the memory back and takes twice as much, up to `most_code_bytes`. What it held is gone when that
+    // was done. False when it was not, and the memory is as it was.
+    bool grow();
+
+    // Gives the memory back to the firmware, as it was when it was taken. What cannot be made so stays with
+    // nobody: who got it next could not write to it.
+    void give_back();
+
+    // Start-up: nothing has been taken.
+    void forget() { *this = ExecutableMemory(); }
+
+  private:
+    enum class State : std::uint8_t {
+        none,     // not asked for yet
+        present,  // there, and what the firmware was asked for has been done
+        refused,  // for good
+    };
+    struct Pages {
+        std::uint64_t address = 0;
+        std::uint64_t bytes = 0;
+        std::uint64_t attributes = 0;  // that the firmware gave them
+    };
+
+    bool allocate(std::uint64_t bytes, Pages& pages) const;
+    bool read_attributes(Pages& pages) const;
+    bool protect(const Pages& pages, std::uint64_t attributes) const;
+    void release(const Pages& pages) const;
+
+    Pages pages_;
+    uefi::MemoryAttributeProtocol* attributes_ = nullptr;  // null: the firmware has none
+    State state_ = State::none;
+    bool is_proven_ = false;  // the firmware has once done what it said
+};
+extern ExecutableMemory executable_memory;
+
+}  // namespace korvane::native

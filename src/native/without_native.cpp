@@ -1,0 +1,11 @@
+// In place of everything else in this folder when the image is built without native code: what the
+// specialised statements call of it.
+#include "run/native.h"
+
+namespace korvane::native {
+
+void look(Token*) {}
+
+void note_specialised(Token*) {}
+
+}  // namespace korvane::native

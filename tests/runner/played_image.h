@@ -1,0 +1,24 @@
+// Which interpreter a program plays: that of an image, or the one that is linked into the program.
+#pragma once
+
+#include <filesystem>
+
+#include "machine.h"
+#include "program_words.h"
+
+// The entry point of the interpreter when it is linked into this program.
+extern "C" __attribute__((weak)) korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle,
+                                                                                korvane::uefi::SystemTable*);
+
+namespace korvane::test {
+
+struct PlayedImage {
+    std::filesystem::path image = "build/korvane.efi";
+    bool linked = false;
+
+    ProgramOptions options() { return {{"--image", &image}, {"--linked", &linked}}; }
+
+    host::ImageSource source() const { return {image, linked ? _ModuleEntryPoint : nullptr}; }
+};
+
+}  // namespace korvane::test
