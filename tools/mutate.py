@@ -24,6 +24,7 @@ import fcntl
 import hashlib
 import json
 import os
+import pathlib
 import random
 import re
 import shutil
@@ -31,8 +32,9 @@ import subprocess
 import sys
 import time
 
-from mutation_places import ROOT, folder_of, places
+from mutation_places import folder_of, places
 
+ROOT = pathlib.Path(__file__).resolve().parents[1]
 WORK = ROOT / "build/mutants"
 TREE = WORK / "tree"
 HOST = TREE / "build/host"
@@ -309,24 +311,24 @@ def print_table():
         print(f"src/{one['file']}:{one['line']}: {one['old']!r} became {one['new']!r}: {one['source']}")
 
 
-def chosen_places(options):
-    """What is to be played, without what has been."""
+def chosen_places(options, root):
+    """What is to be played of the sources below `root`, without what has been."""
     if options.again:
         known = known_equivalents()
         survivors = [one for one in results() if one["outcome"] == "survived" and not is_known_equivalent(one, known)]
         wanted = {(one["file"], one["source"], one["old"], one["new"]) for one in survivors}
-        for place in places(""):
+        for place in places(root, ""):
             name, number, begin, end, new, _ = place
-            line = (ROOT / "src" / name).read_text().split("\n")[number]
+            line = (root / "src" / name).read_text().split("\n")[number]
             if (name, line.strip(), line[begin:end], new) in wanted:
                 yield place
         return
-    chosen = list(places(options.folder))
+    chosen = list(places(root, options.folder))
     random.Random(options.seed).shuffle(chosen)
     played = {(one["file"], one["source"], one["column"], one["new"]) for one in results()}
     for place in chosen:
         name, number, begin, _, new, _ = place
-        line = (ROOT / "src" / name).read_text().split("\n")[number]
+        line = (root / "src" / name).read_text().split("\n")[number]
         if (name, line.strip(), begin, new) not in played:
             yield place
 
@@ -346,7 +348,7 @@ def main():
         print_table()
         return
     if options.list:
-        for number, place in zip(range(options.count), chosen_places(options)):
+        for number, place in zip(range(options.count), chosen_places(options, ROOT)):
             name, line, begin, end, new, kind = place
             text = (ROOT / "src" / name).read_text().split("\n")[line]
             print(f"src/{name}:{line + 1}: {kind} {text[begin:end]!r} -> {new!r}   {text.strip()}")
@@ -362,7 +364,7 @@ def main():
     tests = list(all_tests(not options.no_image))
     baseline = Baseline()
     made = 0
-    for place in chosen_places(options):
+    for place in chosen_places(options, TREE):
         if (made == options.count and not options.again) or time.monotonic() > end:
             break
         one = judge(place, tests, baseline)
