@@ -79,7 +79,7 @@ VIRTUAL_PCS = [
     with_display("display `bochs-display`", "-device", "bochs-display"),
     with_display("display `ramfb`", "-device", "ramfb"),
     VirtualPC("displays `VGA` and `virtio-gpu-pci`", ("-device", "virtio-gpu-pci")),
-    VirtualPC("displays `VGA` and `bochs-display`", ("-device", "bochs-display")),
+    VirtualPC("displays `VGA` and `bochs-display`", ("-device", "bochs-display,id=second"), display="second"),
     with_display("display `virtio-gpu-pci`", "-device", "virtio-gpu-pci", says=GOP_NOT_FOUND),
     with_display("no display", says=GOP_NOT_FOUND),
     # Modes
