@@ -58,7 +58,6 @@ class VirtualPC:
     medium: Medium = SATA
     memory: int = 1024  # MiB
     mode: tuple = None  # that SCREEN changes to
-    display: str = None  # the id of the device that shows the picture, when there are several
     says: str = None  # on the firmware's console, when nothing can be shown
     options: str = None  # the command line; then it is started from the UEFI shell
 
@@ -79,7 +78,7 @@ VIRTUAL_PCS = [
     with_display("display `bochs-display`", "-device", "bochs-display"),
     with_display("display `ramfb`", "-device", "ramfb"),
     VirtualPC("displays `VGA` and `virtio-gpu-pci`", ("-device", "virtio-gpu-pci")),
-    VirtualPC("displays `VGA` and `bochs-display`", ("-device", "bochs-display,id=second"), display="second"),
+    VirtualPC("displays `VGA` and `bochs-display`", ("-device", "bochs-display")),
     with_display("display `virtio-gpu-pci`", "-device", "virtio-gpu-pci", says=GOP_NOT_FOUND),
     with_display("no display", says=GOP_NOT_FOUND),
     # Modes

@@ -45,17 +45,6 @@ def key_of(pc):
     return " / ".join((pc.name, pc.firmware.name, pc.medium.name))
 
 
-class WatchedMachine(Machine):
-    """A virtual PC whose picture is that of one of its displays."""
-
-    display_device = None
-
-    def command(self, name, **arguments):
-        if name == "screendump" and self.display_device:
-            arguments["device"] = self.display_device
-        return super().command(name, **arguments)
-
-
 class Session:
     """A machine at its prompt."""
 
@@ -119,9 +108,8 @@ def try_machine(pc, folder):
     log = folder / "serial.txt"
     arguments = [word.replace("{}", str(path)) for word in (*pc.firmware.arguments, *pc.medium.arguments, *pc.arguments)]
     arguments += ["-chardev", f"file,id=log,path={log}", "-device", "isa-serial,chardev=log"]
-    with WatchedMachine(None, memory=pc.memory, arguments=arguments, code=str(pc.firmware.code),
-                        variables=str(pc.firmware.variables)) as machine:  # fmt: skip
-        machine.display_device = pc.display
+    with Machine(None, memory=pc.memory, arguments=arguments, code=str(pc.firmware.code),
+                 variables=str(pc.firmware.variables)) as machine:  # fmt: skip
         if pc.says:
             wait_for_words(log, pc.says)
             return f'says "{pc.says}" and stays there'
@@ -181,7 +169,7 @@ def main():
         try:
             with tempfile.TemporaryDirectory(prefix="korvane-firmware-") as folder:
                 outcome = try_machine(pc, pathlib.Path(folder))
-        except (Wrong, MachineError, DiskImageError) as error:
+        except (Wrong, MachineError, DiskImageError, OSError) as error:
             outcome = f"FAILED: {error}"
             failed += 1
         keep_outcome(pc, outcome)
