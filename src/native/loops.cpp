@@ -44,11 +44,12 @@ static Token* find_for(Token* at) {
     for (int i = 0; i != farthest; ++i) {
         if (at->kind == KW_NEXT) ++open;
         if (at->kind == KW_FOR && --open == 0) return at;
-        if (at != program.lines[line].tokens) {
+        const bool is_direct = line == direct_line;
+        if (at != (is_direct ? execution_buffer.direct : program.lines[line].tokens)) {
             --at;
             continue;
         }
-        if (line == 0 || program.lines[--line].tokens == nullptr) return nullptr;
+        if (is_direct || line == 0 || program.lines[--line].tokens == nullptr) return nullptr;
         at = fast::end_of_line(program.lines[line].tokens);
     }
     return nullptr;
