@@ -350,7 +350,7 @@ uefi::Status FileServices::file_system_information(const Volume& volume, std::ui
     uefi::FileSystemInfo information{};
     information.Size = needed;
     information.ReadOnly = volume.read_only_ ? 1 : 0;
-    information.VolumeSize = std::uint64_t{1} << 40;
+    information.VolumeSize = volume.size_;
     information.FreeSpace = volume.free_bytes_;
     information.BlockSize = 512;
     auto* bytes = static_cast<std::uint8_t*>(buffer);
