@@ -139,6 +139,8 @@ def main() -> None:
     ln2_high = cut(ln2, 42)
     step_high = cut(ln2 / 128, 42)
     half_pi = pair(pi / 2)
+    half_pi_first = cut(pi / 2, 35)
+    half_pi_second = cut(pi / 2 - half_pi_first, 71)
     header = [
         "// Constants of the numeric kernels. Written by tools/make_kernel_tables.py; do not edit.",
         "#pragma once",
@@ -151,6 +153,14 @@ def main() -> None:
         "// pi/2 as the sum of two binary64 numbers.",
         scalar("half_pi_high", half_pi[0]),
         scalar("half_pi_low", half_pi[1]),
+        "",
+        "// pi/2 once more: multiples of 2^-35 and 2^-71, whose products with 17-bit integers are exact, and the rest.",
+        scalar("half_pi_first", nearest(half_pi_first)),
+        scalar("half_pi_second", nearest(half_pi_second)),
+        scalar("half_pi_rest", nearest(pi / 2 - half_pi_first - half_pi_second)),
+        "",
+        "// 2/pi.",
+        scalar("two_over_pi", nearest(2 / pi)),
         "",
         "// ln 2: a multiple of 2^-42, whose products with binary exponents are exact, and the rest.",
         scalar("ln2_high", nearest(ln2_high)),

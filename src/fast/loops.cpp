@@ -83,7 +83,7 @@ Token* leave_out(const ForRecord& loop) {
 // Opens the loop, if it has something to do, and gives the statement to go on with; null when that is for the
 // general handler to do. Apart, because a statement that has the address of a local would call its successor
 // instead of jumping to it.
-[[gnu::noinline]] Token* open_loop(Token* at) {
+[[gnu::noinline]] Token* begin_loop(Token* at, bool may_leave_out) {
     const auto& loop = as<ForRecord>(at);
     const Token* step_word = as<BoundRecord>(loop.to).step;
     VariableEntry* variable = loop.variable;
@@ -103,7 +103,7 @@ Token* leave_out(const ForRecord& loop) {
     if (nothing_to_do(entry)) {
         // The general handler, which looks for the end of the loop and remembers it, evaluates the start
         // again. That may depend on the variable.
-        Token* behind = leave_out(loop);
+        Token* behind = may_leave_out ? leave_out(loop) : nullptr;
         if (behind == nullptr) write_unaligned(variable->storage, before);
         return behind;
     }
@@ -111,8 +111,16 @@ Token* leave_out(const ForRecord& loop) {
     return loop.after;
 }
 
+}  // namespace
+
+bool open_loop(Token* at) {
+    return begin_loop(at, false) != nullptr;
+}
+
+namespace {
+
 std::uint64_t for_loop(Current at, std::uint64_t budget) {
-    Token* next = open_loop(at);
+    Token* next = begin_loop(at, true);
     if (next == nullptr) KORVANE_JUMP return execute_general(at, budget);
     KORVANE_JUMP return proceed(next, budget);
 }

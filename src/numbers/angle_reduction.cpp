@@ -37,9 +37,8 @@ double power_of_two(std::int32_t exponent) {
     return std::bit_cast<double>(static_cast<std::uint64_t>(exponent + 1023) << 52);
 }
 
-}  // namespace
-
-ReducedAngle reduce_angle(double angle) {
+// For any angle.
+ReducedAngle reduce_exactly(double angle) {
     const auto bits = std::bit_cast<std::uint64_t>(angle);
     const std::uint64_t mantissa = (bits & 0xF'FFFF'FFFF'FFFF) | std::uint64_t{1} << 52;
     const auto exponent = static_cast<std::int32_t>(bits >> 52 & 0x7FF) - 1075;
@@ -82,6 +81,21 @@ ReducedAngle reduce_angle(double angle) {
     const bool negative = below != (bits >> 63 != 0);
     if (bits >> 63 != 0) quadrant = 0u - quadrant;
     return {negative ? DoubleDouble{-sum.high, -sum.low} : sum, quadrant & 3};
+}
+
+}  // namespace
+
+ReducedAngle reduce_angle(double angle) {
+    constexpr double most = 0x1p17;                 // quarter turns are 17-bit integers up to here
+    constexpr double least_rest = 0x1p-10;          // what follows is good to 2^-106
+    constexpr double round_to_integral = 0x1.8p52;  // adding it leaves no bits for a fraction
+    if (!(__builtin_fabs(angle) <= most)) return reduce_exactly(angle);
+    const double turns = (angle * two_over_pi + round_to_integral) - round_to_integral;
+    // The first difference is exact, for the two numbers nearly cancel.
+    const DoubleDouble rest = two_sum(angle - turns * half_pi_first, -(turns * half_pi_second));
+    if (__builtin_fabs(rest.high) < least_rest) return reduce_exactly(angle);
+    return {{rest.high, rest.low - turns * half_pi_rest},
+            static_cast<std::uint32_t>(static_cast<std::int32_t>(turns)) & 3};
 }
 
 }  // namespace korvane

@@ -14,7 +14,7 @@ struct ReducedAngle {
 };
 
 // Reduces a finite angle of magnitude at least 1/2. The rest is good to about 2^-70 of its own size for every
-// argument: none comes closer to a multiple of pi/2 than 2^-62.
+// argument: none comes closer to a multiple of pi/2 than 2^-62. Its low part is less than 2^-53.
 ReducedAngle reduce_angle(double angle);
 
 }  // namespace korvane

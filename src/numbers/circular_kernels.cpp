@@ -1,5 +1,6 @@
 // The circular functions and their inverse. Where a result is S + small, S comes from a table to 106 bits and
 // the small part from a polynomial, so that only its rounding and the last one count.
+#include <bit>
 #include <cstdint>
 
 #include "numbers/angle_reduction.h"
@@ -91,14 +92,22 @@ bool is_finite(double x) {
     return absolute(x) < infinity;
 }
 
-// Quotient of two numbers of more than binary64 precision.
+// The upper 26 bits of a number.
+double leading_bits(double number) {
+    constexpr std::uint64_t others = (std::uint64_t{1} << 27) - 1;
+    return std::bit_cast<double>(std::bit_cast<std::uint64_t>(number) & ~others);
+}
+
+// Quotient of two numbers of more than binary64 precision: its leading bits, whose products with the halves
+// of the divisor are exact, and from what these leave the others. There is one division to wait for.
 double divide(DoubleDouble dividend, DoubleDouble divisor) {
     const DoubleDouble a = fast_two_sum(dividend.high, dividend.low);
     const DoubleDouble b = fast_two_sum(divisor.high, divisor.low);
-    const double quotient = a.high / b.high;
-    const DoubleDouble product = two_product(quotient, b.high);
-    const double rest = (a.high - product.high) - product.low + (a.low - quotient * b.low);
-    return quotient + rest / b.high;
+    const double reciprocal = 1 / b.high;
+    const DoubleDouble halves = split(b.high);
+    const double leading = leading_bits(a.high * reciprocal);
+    const double rest = ((a.high - leading * halves.high) - leading * halves.low) + (a.low - leading * b.low);
+    return leading + rest * reciprocal;
 }
 
 // atan t - t for |t| <= 1/8.

@@ -30,36 +30,73 @@ std::size_t write_unsigned(std::uint64_t integer, std::span<char> text) {
     return size;
 }
 
-// Divides a finite number of at least 10 by 10 until it is less, and returns how often. Every quotient is
-// rounded, which is part of the result, so the divisions cannot be put together. But a division by 10 takes a
-// fifth of the mantissa, shifted so far that it keeps its 53 bits, to the nearest integer; there is no middle
-// to round from. Multiplying by a fifth of 2^64 is exact for such integers and much quicker than dividing.
+// ---- Division by ten ---------------------------------------------------------------------------------
+//
+// The digits of large numbers are those that single divisions by 10 leave, each with its rounding. A division
+// by 10 takes a fifth of the mantissa, shifted so far that it keeps its 53 bits, to the nearest integer;
+// there is no middle to round from. A mantissa below that of 10 loses four bits, and then three and three.
+
+using Wide = unsigned __int128;
+
+constexpr std::uint64_t leading_bit = std::uint64_t{1} << 52;
+constexpr std::uint64_t mantissa_of_ten = 5 * leading_bit / 4;
+
+// A fifth, rounded. Multiplying by a fifth of 2^64 is exact for shifted mantissas, and quicker than dividing.
+constexpr std::uint64_t fifth_of(std::uint64_t number) {
+    constexpr std::uint64_t factor = ~std::uint64_t{0} / 5 + 1;
+    return static_cast<std::uint64_t>(static_cast<Wide>(number + 2) * factor >> 64);
+}
+
+// 128/125 of a mantissa, which three divisions come to without their roundings, as an integer and 64 bits of
+// fraction. What is left out is less than a thousandth.
+constexpr Wide without_roundings(std::uint64_t mantissa) {
+    constexpr auto factor = static_cast<std::uint64_t>(((Wide{1} << 70) + 124) / 125);
+    return static_cast<Wide>(mantissa << 1) * factor;
+}
+constexpr std::uint64_t integer_of(Wide number) {
+    return static_cast<std::uint64_t>(number >> 64);
+}
+constexpr std::uint64_t fraction_byte(Wide number) {
+    return static_cast<std::uint64_t>(number) >> 56;
+}
+
+// What the roundings add to the integer. They repeat with every 125 mantissas, as the fractions do, which lie
+// two bytes apart at least.
+constexpr auto roundings = [] {
+    std::array<std::uint8_t, 256> all{};
+    for (std::uint64_t mantissa = 0; mantissa < 125; ++mantissa) {
+        const std::uint64_t rounded = fifth_of(4 * fifth_of(4 * fifth_of(8 * mantissa)));
+        const Wide plain = without_roundings(mantissa);
+        const std::uint64_t byte = fraction_byte(plain);
+        all[byte] = all[byte + 1] = static_cast<std::uint8_t>(rounded - integer_of(plain));
+    }
+    return all;
+}();
+
+// Divides a finite number of at least 10 by 10 until it is less, and returns how often.
 int divide_by_tens(double& number) {
-    constexpr std::uint64_t leading_bit = std::uint64_t{1} << 52;
-    constexpr std::uint64_t mantissa_of_ten = 5 * leading_bit / 4;
-    constexpr std::uint64_t fifth = ~std::uint64_t{0} / 5 + 1;
     constexpr std::int32_t bias = 1023;
     const auto bits = std::bit_cast<std::uint64_t>(number);
     std::uint64_t mantissa = (bits & (leading_bit - 1)) | leading_bit;
     auto exponent = static_cast<std::int32_t>(bits >> 52) - bias;
     int count = 0;
-    const auto divide = [&](std::int32_t lost_bits) {
-        const std::uint64_t shifted = (mantissa << (lost_bits - 1)) + 2;
-        mantissa = static_cast<std::uint64_t>(static_cast<unsigned __int128>(shifted) * fifth >> 64);
-        exponent -= lost_bits;
-        ++count;
-    };
-    // A mantissa below that of 10 loses four bits, and then three and three.
-    while (exponent > 10) {
-        if (mantissa < mantissa_of_ten) {
-            divide(4);
-            divide(3);
+    while (exponent > 3 || (exponent == 3 && mantissa >= mantissa_of_ten)) {
+        if (mantissa >= mantissa_of_ten) {
+            mantissa = fifth_of(4 * mantissa);
+            exponent -= 3;
+            ++count;
+        } else if (exponent > 10) {
+            const Wide plain = without_roundings(mantissa);
+            mantissa = integer_of(plain) + roundings[fraction_byte(plain)];
+            exponent -= 10;
+            count += 3;
+        } else {
+            mantissa = fifth_of(8 * mantissa);
+            exponent -= 4;
+            ++count;
         }
-        divide(3);
     }
-    while (exponent > 3 || (exponent == 3 && mantissa >= mantissa_of_ten))
-        divide(mantissa < mantissa_of_ten ? 4 : 3);
-    const std::uint64_t biased = static_cast<std::uint64_t>(exponent + bias);
+    const auto biased = static_cast<std::uint64_t>(exponent + bias);
     number = std::bit_cast<double>(biased << 52 | (mantissa & (leading_bit - 1)));
     return count;
 }

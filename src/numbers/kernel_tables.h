@@ -10,6 +10,14 @@ namespace korvane {
 constexpr double half_pi_high = 0x1.921fb54442d18p+0;
 constexpr double half_pi_low = 0x1.1a62633145c07p-54;
 
+// pi/2 once more: multiples of 2^-35 and 2^-71, whose products with 17-bit integers are exact, and the rest.
+constexpr double half_pi_first = 0x1.921fb54440000p+0;
+constexpr double half_pi_second = 0x1.68c234c500000p-39;
+constexpr double half_pi_rest = -0x1.cceba3f91f197p-74;
+
+// 2/pi.
+constexpr double two_over_pi = 0x1.45f306dc9c883p-1;
+
 // ln 2: a multiple of 2^-42, whose products with binary exponents are exact, and the rest.
 constexpr double ln2_high = 0x1.62e42fefa3800p-1;
 constexpr double ln2_low = 0x1.ef35793c76730p-45;
