@@ -9,8 +9,6 @@
 #include "fast/text_sides.h"
 #include "numbers/kernels.h"
 #include "numbers/rounding.h"
-#include "platform/stack.h"
-#include "screen/keyboard.h"
 #include "values/functions.h"
 #include "values/random.h"
 #include "values/string_functions.h"
@@ -215,61 +213,86 @@ const FunctionRow* find_row(std::string_view name, Domain domain) {
     return found;
 }
 
-// A parameter's own value while a call uses its variable.
-struct Saved {
-    std::uint8_t* storage;
-    std::int64_t bits;
+// What a parameter's variable holds.
+struct Content {
+    std::uint8_t bytes[sizeof(VariableEntry::storage)];
 };
 
-// Writes an argument with conversion to the parameter's type; false when it does not fit.
-bool bind(const VariableEntry& parameter, std::uint8_t* storage, const Token* mark) {
-    if (!is_integer(parameter.type)) return store_number(parameter.type, storage, right_real(mark));
-    const Whole x = right_whole(mark);
-    return x.failed == 0 && store_number(parameter.type, storage, x.value);
-}
-
-// Notes a call, as every call is. When Escape ends the statement, what is specialised gives up: the general
-// handler, which executes the statement anew, finds the Escape that is pending and can break.
-bool may_call_on() {
-    if (may_call()) return true;
-    keyboard.look_ahead = break_pending;
-    return false;
-}
-
-// The body's value with all parameters bound. Arguments are evaluated before any parameter is changed, so
-// they are collected first; parameters are put back in reverse.
-template <typename Body>
-bool call(const Token* bracket, Body body) {
-    UserFunction* function = as<CallRecord>(bracket).callee;
-    if (stack_exhausted() || !may_call_on()) return false;
-    std::uint8_t arguments[max_parameters][8];
-    std::int32_t count = 0;
-    for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++count)
-        if (!bind(*function->entries[count], arguments[count], mark)) return false;
-    Saved saved[max_parameters];
-    for (std::int32_t i = 0; i < count; ++i) {
-        VariableEntry* entry = function->entries[i];
-        saved[i].storage = entry->storage;
-        saved[i].bits = read<std::int64_t>(entry->storage);
-        __builtin_memcpy(entry->storage, arguments[i], storage_size(entry->type));
+// Makes an argument the content of a parameter, converted to its type; false when it does not fit. A text
+// still is where the argument has it.
+bool take_argument(Type type, Content& content, const Token* mark) {
+    if (type == Type::DOUBLE) return store_number<double>(content.bytes, quick_right_real(mark));
+    if (type == Type::STRING) {
+        const Value text = right_text(mark);
+        write_text(content.bytes, text);
+        return !failed(text);
     }
-    body(&function->head);
-    while (count-- > 0)
-        __builtin_memcpy(saved[count].storage, &saved[count].bits, sizeof saved[count].bits);
+    if (!is_integer(type)) return store_number(type, content.bytes, right_real(mark));
+    const Whole x = right_whole(mark);
+    return x.failed == 0 && store_number(type, content.bytes, x.value);
+}
+
+// Copies the texts among the contents to string space.
+bool copy_texts(const UserFunction& function, Content* contents) {
+    for (std::int32_t i = 0; i < function.parameter_count; ++i) {
+        if (function.entries[i]->type != Type::STRING) continue;
+        const auto text = read_unaligned<StringDescriptor>(contents[i].bytes);
+        if (!store_text(contents[i].bytes, Value::of_string(text.bytes, text.length))) return false;
+    }
     return true;
 }
 
+// Binds the parameters to the arguments of a call, and keeps what they held; false when nothing is bound.
+// Arguments are evaluated before any parameter is changed, so they are collected first, and texts are copied
+// when all are there.
+[[gnu::noinline]] bool bind(const Token* bracket, Content* contents) {
+    const UserFunction& function = *as<CallRecord>(bracket).callee;
+    if (!may_call_user()) return false;
+    bool any_text = false;
+    VariableEntry* const* entry = function.entries;
+    Content* content = contents;
+    for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark) {
+        const Type type = (*entry)->type;
+        *content = read_unaligned<Content>((*entry++)->storage);
+        if (!take_argument(type, *content++, mark)) return false;
+        any_text |= type == Type::STRING;
+    }
+    if (any_text && !copy_texts(function, contents)) return false;
+    for (std::int32_t i = 0; i < function.parameter_count; ++i) {
+        const auto before = read_unaligned<Content>(function.entries[i]->storage);
+        write_unaligned(function.entries[i]->storage, contents[i]);
+        contents[i] = before;
+    }
+    return true;
+}
+
+// In reverse, so that of two parameters with one name the older content comes back. Of a text only the
+// variable's storage is put back, which takes no string space.
+void put_back(const Token* bracket, const Content* contents) {
+    const UserFunction& function = *as<CallRecord>(bracket).callee;
+    for (std::int32_t i = function.parameter_count; i-- > 0;)
+        write_unaligned(function.entries[i]->storage, contents[i]);
+}
+
+// The body's value with all parameters bound; `failed` when they cannot be.
+template <typename Result, typename Evaluate>
+inline Result call(const Token* bracket, Result failed, Evaluate evaluate) {
+    Content contents[max_parameters];
+    if (!bind(bracket, contents)) return failed;
+    const Result result = evaluate(&as<CallRecord>(bracket).callee->head);
+    put_back(bracket, contents);
+    return result;
+}
+
 double call_real(double, Token* at) {
-    double result = no_number();
-    call(at, [&result](const Token* head) { result = right_real(head); });
-    KORVANE_JUMP return go_on(result, at);
+    KORVANE_JUMP return go_on(call(at, no_number(), right_real), at);
 }
 
 // The frequent case: one DOUBLE parameter.
 double call_real_with_one(double, Token* at) {
     const UserFunction* function = as<CallRecord>(at).callee;
     const double argument = quick_right_real(at);
-    if (!is_finite(argument) || stack_exhausted() || !may_call_on()) return no_number();
+    if (!is_finite(argument) || !may_call_user()) return no_number();
     std::uint8_t* storage = function->entries[0]->storage;
     const double saved = read<double>(storage);
     __builtin_memcpy(storage, &argument, sizeof argument);
@@ -279,16 +302,17 @@ double call_real_with_one(double, Token* at) {
 }
 
 float call_single(float, Token* at) {
-    double result = no_number();
-    call(at, [&result](const Token* head) { result = right_real(head); });
-    KORVANE_JUMP return go_on_single(static_cast<float>(result), at);
+    KORVANE_JUMP return go_on_single(static_cast<float>(call(at, no_number(), right_real)), at);
 }
 
 WholeResult call_whole(std::int64_t, Token* at) {
-    Whole result = no_whole;
-    call(at, [&result](const Token* head) { result = right_whole(head); });
+    const Whole result = call(at, no_whole, right_whole);
     if (result.failed != 0) return result;
     KORVANE_JUMP return go_on_whole(result.value, at);
+}
+
+Value call_text(Token* at) {
+    return call(at, no_text(), right_text);
 }
 
 }  // namespace
@@ -344,6 +368,9 @@ void set_user_function_step(Token* bracket, UserFunction* function, Domain domai
         }
         case Domain::single:
             call.function.single = call_single;
+            break;
+        case Domain::text:
+            call.function.text = call_text;
             break;
         default:
             call.function.whole = call_whole;

@@ -7,6 +7,8 @@
 #include "fast/step.h"
 #include "numbers/rounding.h"
 #include "platform/processor.h"
+#include "platform/stack.h"
+#include "values/user_functions.h"
 
 namespace korvane::fast {
 
@@ -67,6 +69,14 @@ inline std::int64_t whole_leaf(const void* place) {
 double real_side(std::uint8_t kind, const void* leaf, Token* chain);  // a NaN when it failed
 WholeResult whole_side(std::uint8_t kind, const void* leaf,
                        Token* chain);  // floats are rounded, halves away from 0
+
+// Notes a call of a user function, as every call is; false when it is not to be made. When Escape ends the
+// statement, what is specialised gives up: the general handler, which executes the statement anew, finds the
+// Escape that is pending and can break.
+bool refuse_call();
+inline bool may_call_user() {
+    return !stack_exhausted() && (may_call() || refuse_call());
+}
 
 // The plain sides: a leaf of the domain's own type with or without a chain of the domain, or such a chain
 // with a beginning of its own. They are evaluated without looking at their kind.

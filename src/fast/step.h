@@ -42,13 +42,14 @@ constexpr Domain domain_of(Type type) {
 
 // What a leaf in memory is.
 enum Leaf : std::uint8_t {
-    F64 = 0,       // a DOUBLE variable, or the double copy of a literal
-    F32 = 1,       // a SINGLE variable, or the float copy of a literal
-    I16 = 2,       // an INTEGER variable
-    I32 = 3,       // a LONG variable
-    I64 = 4,       // an INT64 variable, or an integer literal
-    COMPUTED = 5,  // no leaf: the chain makes its own beginning
-    FUNCTION = 6,  // a built-in function without arguments: its row
+    F64 = 0,            // a DOUBLE variable, or the double copy of a literal
+    F32 = 1,            // a SINGLE variable, or the float copy of a literal
+    I16 = 2,            // an INTEGER variable
+    I32 = 3,            // a LONG variable
+    I64 = 4,            // an INT64 variable, or an integer literal
+    COMPUTED = 5,       // no leaf: the chain makes its own beginning
+    FUNCTION = 6,       // a built-in function without arguments: its row
+    USER_FUNCTION = 7,  // the same, a user function
     // Of the text domain.
     TEXT_VARIABLE = 6,
     TEXT_LITERAL = 7,
