@@ -27,49 +27,54 @@ using RealFunction = double (*)(double);
 template <RealFunction function>
 double real_function(double, Token* at) {
     const double x = quick_right_real(at);
-    return is_finite(x) ? go_on(function(x), at) : x;
+    if (!is_finite(x)) return x;
+    KORVANE_JUMP return go_on(function(x), at);
 }
 
 // One that gives a SINGLE for a SINGLE.
 template <RealFunction function>
 float single_function(float, Token* at) {
     const double x = right_real(at);
-    return is_finite(x) ? go_on_single(static_cast<float>(function(x)), at) : static_cast<float>(x);
+    if (!is_finite(x)) return static_cast<float>(x);
+    KORVANE_JUMP return go_on_single(static_cast<float>(function(x)), at);
 }
 
 double absolute(double x) {
     return __builtin_fabs(x);
 }
 
-Whole absolute_whole(std::int64_t, Token* at) {
+WholeResult absolute_whole(std::int64_t, Token* at) {
     const Whole x = right_whole(at);
     if (x.failed != 0 || x.value == INT64_MIN) return no_whole;
-    return go_on_whole(x.value < 0 ? -x.value : x.value, at);
+    KORVANE_JUMP return go_on_whole(x.value < 0 ? -x.value : x.value, at);
 }
 
 // INT and FIX of an integer, and CINT of any number: whole_side() rounds.
-Whole same_whole(std::int64_t, Token* at) {
+WholeResult same_whole(std::int64_t, Token* at) {
     const Whole x = right_whole(at);
-    return x.failed != 0 ? x : go_on_whole(x.value, at);
+    if (x.failed != 0) return x;
+    KORVANE_JUMP return go_on_whole(x.value, at);
 }
 
-Whole sign_of_real(std::int64_t, Token* at) {
+WholeResult sign_of_real(std::int64_t, Token* at) {
     const double x = right_real(at);
     if (!is_finite(x)) return no_whole;
-    return go_on_whole((x > 0) - (x < 0), at);
+    KORVANE_JUMP return go_on_whole((x > 0) - (x < 0), at);
 }
 
-Whole length_of_text(std::int64_t, Token* at) {
+WholeResult length_of_text(std::int64_t, Token* at) {
     const Value text = right_text(at);
-    return failed(text) ? no_whole : go_on_whole(text.length, at);
+    if (failed(text)) return no_whole;
+    KORVANE_JUMP return go_on_whole(text.length, at);
 }
 
-Whole code_of_text(std::int64_t, Token* at) {
+WholeResult code_of_text(std::int64_t, Token* at) {
     const Value text = right_text(at);
-    return failed(text) || text.length == 0 ? no_whole : go_on_whole(text.bytes[0], at);
+    if (failed(text) || text.length == 0) return no_whole;
+    KORVANE_JUMP return go_on_whole(text.bytes[0], at);
 }
 
-Whole position_in_text(std::int64_t, Token* at) {
+WholeResult position_in_text(std::int64_t, Token* at) {
     const Token* mark = at;
     const Token* second = as<MarkRecord>(at).next_mark;
     Whole start{1, 0};
@@ -82,7 +87,7 @@ Whole position_in_text(std::int64_t, Token* at) {
     if (failed(text)) return no_whole;
     const Value wanted = right_text(as<MarkRecord>(mark).next_mark);
     if (failed(wanted)) return no_whole;
-    return go_on_whole(find_text(text, wanted, start.value), at);
+    KORVANE_JUMP return go_on_whole(find_text(text, wanted, start.value), at);
 }
 
 // VAL of what is certainly a DOUBLE.
@@ -90,7 +95,8 @@ double number_in_text(double, Token* at) {
     const Value text = right_text(at);
     if (failed(text)) return no_number();
     const std::string_view characters = text.text();
-    return cannot_overflow(characters) ? go_on(longest_number(characters).real, at) : no_number();
+    if (!cannot_overflow(characters)) return no_number();
+    KORVANE_JUMP return go_on(longest_number(characters).real, at);
 }
 
 double same(double x) {
@@ -101,15 +107,16 @@ double same(double x) {
 float random_number(float, Token* at) {
     const double x = right_real(at);
     if (!(__builtin_fabs(x) <= exact_integers)) return static_cast<float>(no_number());
-    return go_on_single(static_cast<float>(random_for(Value::of_real(x)).real), at);
+    KORVANE_JUMP return go_on_single(static_cast<float>(random_for(Value::of_real(x)).real), at);
 }
 
 // What any integer is an argument for: the function itself is called.
-Whole function_of_integer(std::int64_t, Token* at) {
+WholeResult function_of_integer(std::int64_t, Token* at) {
     const auto& call = as<CallRecord>(at);
     if (call.last_argument == Type::STRING) return no_whole;
     const Whole x = quick_right_index(at);
-    return x.failed != 0 ? x : go_on_whole(call.built_in->unary(Value::of_integer(x.value)).integer, at);
+    if (x.failed != 0) return x;
+    KORVANE_JUMP return go_on_whole(call.built_in->unary(Value::of_integer(x.value)).integer, at);
 }
 
 // The bytes of a number in a text, which must be so many.
@@ -118,17 +125,20 @@ Value image_value(const Token* at, std::uint32_t size) {
     return failed(image) || image.length < size ? no_text() : as<CallRecord>(at).built_in->unary(image);
 }
 
-Whole integer_image(std::int64_t, Token* at) {
+WholeResult integer_image(std::int64_t, Token* at) {
     const Value value = image_value(at, 2);
-    return failed(value) ? no_whole : go_on_whole(value.integer, at);
+    if (failed(value)) return no_whole;
+    KORVANE_JUMP return go_on_whole(value.integer, at);
 }
 float single_image(float, Token* at) {
     const Value value = image_value(at, 4);
-    return failed(value) ? static_cast<float>(no_number()) : go_on_single(static_cast<float>(value.real), at);
+    if (failed(value)) return static_cast<float>(no_number());
+    KORVANE_JUMP return go_on_single(static_cast<float>(value.real), at);
 }
 double double_image(double, Token* at) {
     const Value value = image_value(at, 8);
-    return failed(value) ? no_number() : go_on(value.real, at);
+    if (failed(value)) return no_number();
+    KORVANE_JUMP return go_on(value.real, at);
 }
 
 // A step of a function, in the domain that the step's type says. Functions with steps in several domains keep
@@ -252,7 +262,7 @@ bool call(const Token* bracket, Body body) {
 double call_real(double, Token* at) {
     double result = no_number();
     call(at, [&result](const Token* head) { result = right_real(head); });
-    return go_on(result, at);
+    KORVANE_JUMP return go_on(result, at);
 }
 
 // The frequent case: one DOUBLE parameter.
@@ -265,19 +275,20 @@ double call_real_with_one(double, Token* at) {
     __builtin_memcpy(storage, &argument, sizeof argument);
     const double result = quick_right_real(&function->head);
     __builtin_memcpy(storage, &saved, sizeof saved);
-    return go_on(result, at);
+    KORVANE_JUMP return go_on(result, at);
 }
 
 float call_single(float, Token* at) {
     double result = no_number();
     call(at, [&result](const Token* head) { result = right_real(head); });
-    return go_on_single(static_cast<float>(result), at);
+    KORVANE_JUMP return go_on_single(static_cast<float>(result), at);
 }
 
-Whole call_whole(std::int64_t, Token* at) {
+WholeResult call_whole(std::int64_t, Token* at) {
     Whole result = no_whole;
     call(at, [&result](const Token* head) { result = right_whole(head); });
-    return result.failed != 0 ? result : go_on_whole(result.value, at);
+    if (result.failed != 0) return result;
+    KORVANE_JUMP return go_on_whole(result.value, at);
 }
 
 }  // namespace

@@ -58,10 +58,11 @@ double real_side(std::uint8_t kind, const void* leaf, Token* chain) {
     }
 }
 
-Whole whole_side(std::uint8_t kind, const void* leaf, Token* chain) {
+WholeResult whole_side(std::uint8_t kind, const void* leaf, Token* chain) {
     if (domain_of_kind(kind) != Domain::whole) return round_whole(real_side(kind, leaf, chain));
     const std::int64_t start = leaf_as_whole(kind & leaf_mask, leaf);
-    return (kind & has_chain) == 0 ? Whole{start, 0} : call_chain(start, chain);
+    if ((kind & has_chain) == 0) return Whole{start, 0};
+    return call_chain(start, chain);
 }
 
 }  // namespace korvane::fast

@@ -87,12 +87,35 @@ struct Whole {
     std::uint64_t failed;
 };
 
+// A value of the whole domain as steps return it. Two words would go through memory in WebAssembly: there one
+// is returned, and a failure, which is rare, is told beside it until the result is looked at.
+#ifdef __wasm__
+class WholeResult {
+  public:
+    WholeResult(const Whole& whole) : value_(whole.value) {
+        if (__builtin_expect(whole.failed != 0, false)) has_failed_ = true;
+    }
+    operator Whole() const {
+        if (__builtin_expect(!has_failed_, true)) return {value_, 0};
+        has_failed_ = false;
+        return {0, 1};
+    }
+
+  private:
+    static inline bool has_failed_ = false;  // of the one result that is under way
+
+    std::int64_t value_;
+};
+#else
+using WholeResult = Whole;
+#endif
+
 // The function of a step: it is called with the accumulator and its own record, and hands its result to the
 // next step. Texts do not travel: a chain of that domain is one step long.
 union StepFunction {
     double (*real)(double accumulator, Token* at);
     float (*single)(float accumulator, Token* at);
-    Whole (*whole)(std::int64_t accumulator, Token* at);
+    WholeResult (*whole)(std::int64_t accumulator, Token* at);
     Value (*text)(Token* at);
 };
 
