@@ -136,14 +136,36 @@ constexpr std::int64_t number_in(const Whole& whole) {
     return whole.value;
 }
 
+// The end of a step: hands on what its operator makes of both operands. It is written into each step where
+// only the step itself can jump; the other compiler makes better code of a function.
+#ifdef __wasm__
+#define KORVANE_FINISH(left, right)                                   \
+    const auto result = In::template combine<operation>(left, right); \
+    if (has_failed(result)) return result;                            \
+    KORVANE_JUMP return In::go_on(number_in(result), at)
+#else
+template <typename In, int operation, typename Left, typename Right>
+inline typename In::Result finish(Left left, Right right, Token* at) {
+    if constexpr (std::is_same_v<typename In::Result, Whole>) {
+        if constexpr (std::is_same_v<Right, Whole>) {
+            return right.failed != 0 ? right : finish<In, operation>(left, right.value, at);
+        } else {
+            const Whole result = In::template combine<operation>(left, right);
+            return __builtin_expect(result.failed != 0, false) ? result : In::go_on(result.value, at);
+        }
+    } else {
+        return In::go_on(In::template combine<operation>(left, right), at);
+    }
+}
+#define KORVANE_FINISH(left, right) return finish<In, operation>(left, right, at)
+#endif
+
 // ---- The forms ----------------------------------------------------------------------------------
 
 template <typename In, int operation, Leaf leaf>
 typename In::Result with_leaf(typename In::Number accumulator, Token* at) {
     const auto right = In::template read_leaf<leaf>(as<OperatorRecord>(at).right_leaf);
-    const auto result = In::template combine<operation>(accumulator, right);
-    if (has_failed(result)) return result;
-    KORVANE_JUMP return In::go_on(number_in(result), at);
+    KORVANE_FINISH(accumulator, right);
 }
 
 // The chain is of the same domain, behind a leaf, or begins with a value of its own behind any leaf.
@@ -151,16 +173,12 @@ template <typename In, int operation, Leaf leaf>
 typename In::Result with_chain(typename In::Number accumulator, Token* at) {
     const auto& record = as<OperatorRecord>(at);
     const auto right = In::chain(In::template read_leaf<leaf>(record.right_leaf), record.right_chain);
-    const auto result = In::template combine<operation>(accumulator, right);
-    if (has_failed(result)) return result;
-    KORVANE_JUMP return In::go_on(number_in(result), at);
+    KORVANE_FINISH(accumulator, right);
 }
 
 template <typename In, int operation>
 typename In::Result with_side(typename In::Number accumulator, Token* at) {
-    const auto result = In::template combine<operation>(accumulator, In::right(at));
-    if (has_failed(result)) return result;
-    KORVANE_JUMP return In::go_on(number_in(result), at);
+    KORVANE_FINISH(accumulator, In::right(at));
 }
 
 template <typename In, int operation>
@@ -169,9 +187,7 @@ typename In::Result with_both_sides(typename In::Number, Token* at) {
     if constexpr (std::is_same_v<decltype(left), const Whole>) {
         if (left.failed != 0) return left;
     }
-    const auto result = In::template combine<operation>(number_in(left), In::right_of_both(at));
-    if (has_failed(result)) return result;
-    KORVANE_JUMP return In::go_on(number_in(result), at);
+    KORVANE_FINISH(number_in(left), In::right_of_both(at));
 }
 
 // ---- Which of them there are --------------------------------------------------------------------
@@ -256,9 +272,9 @@ float negate_single(float, Token* at) {
 }
 
 WholeResult negate_whole(std::int64_t, Token* at) {
-    const Whole result = Wholes::combine<'-'>(0, right_whole(at));
-    if (has_failed(result)) return result;
-    KORVANE_JUMP return go_on_whole(result.value, at);
+    using In = Wholes;
+    constexpr int operation = '-';
+    KORVANE_FINISH(0, right_whole(at));
 }
 
 WholeResult complement(std::int64_t, Token* at) {

@@ -174,10 +174,10 @@ test("the volume is as large as the page's, and what lies on it is not free", as
   await free(5010);
   await tell({ type: "remove", path: "/SUB" });
   await free(5000);
-  for (const line of ['OPEN "C.TXT" FOR OUTPUT AS #1', 'PRINT #1,"12345678"', "CLOSE"]) await type(line);
-  await free(5010);
+  await type('BSAVE "C.BIN",131072,100'); // with 15 bytes around them
+  await free(5115);
   await type('KILL "B.BIN"');
-  await free(10);
+  await free(115);
 });
 
 test("pasted text is typed line by line, and what the machine does not have is told", async () => {
