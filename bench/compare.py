@@ -7,6 +7,9 @@ A task is a folder with one program for each language. A program prints its chec
 same in all languages, and how often it repeated its work ("REPEATED n"): slow interpreters repeat less. The time of a
 run is the processor time of the process, user and system, less that of an empty program, divided by the repetitions.
 Ratios are taken within a round, where all interpreters run one after the other; the table shows their medians.
+
+LuaJIT runs the programs for Lua, but for those with operators that it does not have; "luajit-joff" is its interpreter
+alone. What a C compiler makes of three of the tasks shows what machine code can do.
 """
 
 import argparse
@@ -26,19 +29,35 @@ import task_programs
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 TIME_LIMIT = 60  # seconds a run may take
+BASICS = ("brandy", "yabasic", "bwbasic")
+PEERS = (*BASICS, "lua", "luajit-joff", "luajit", "gcc")
 TWINS = {"mandelbrot_single": "mandelbrot", "integers_int64": "integers"}  # typed variants, and what they vary
 
 
 class Interpreter:
     """How programs of one language are run; `arguments` begin with the command, the program's path comes last."""
 
-    def __init__(self, name, program, empty, arguments, version, output=None):
+    def __init__(self, name, program, empty, arguments, version, output=None, otherwise=None, compiler=None):
         self.name = name
         self.program = program  # file name in a task's folder
+        self.otherwise = otherwise  # the file name where there is none of that name
+        self.compiler = compiler  # a command that is given the program and the name of the executable to make
         self.empty = empty  # a program that does nothing
         self.arguments = arguments
         self.version = version  # a command that prints it
         self.output = output  # a file that the program writes instead of standard output
+
+    def find(self, task, folder):
+        """The program of a task, compiled into the folder if that is to be; None if there is none."""
+        for name in filter(None, (self.program, self.otherwise)):
+            if (task / name).exists():
+                return self.compile(task / name, folder / f"{task.name}-{self.name}") if self.compiler else task / name
+        return None
+
+    def compile(self, program, executable):
+        if not executable.exists():
+            subprocess.run([*self.compiler, str(program), "-o", str(executable)], check=True)
+        return executable
 
 
 def interpreters(image):
@@ -51,6 +70,9 @@ def interpreters(image):
         "yabasic": Interpreter("yabasic", "yabasic.yab", "end\n", ["yabasic"], "yabasic"),
         "bwbasic": Interpreter("bwbasic", "bwbasic.bas", "10 SYSTEM\n", ["bwbasic"], "bwbasic"),
         "lua": Interpreter("lua", "lua.lua", "\n", ["lua5.4"], "lua5.4"),
+        "luajit-joff": Interpreter("luajit-joff", "luajit.lua", "\n", ["luajit", "-joff"], None, otherwise="lua.lua"),
+        "luajit": Interpreter("luajit", "luajit.lua", "\n", ["luajit"], "luajit", otherwise="lua.lua"),
+        "gcc": Interpreter("gcc", "gcc.c", "int main(void) { return 0; }\n", [], "gcc", compiler=["gcc", "-O2"]),
     }
 
 
@@ -98,6 +120,8 @@ class Bench:
         for interpreter in self.interpreters.values():
             program = self.folder / ("empty" + pathlib.Path(interpreter.program).suffix)
             program.write_text(interpreter.empty)
+            if interpreter.compiler:
+                program = interpreter.compile(program, program.with_suffix(".out"))
             times = [run(interpreter, program, self.folder)[0] for _ in range(max(3, rounds))]
             self.startup[interpreter.name] = statistics.median(times)
 
@@ -105,8 +129,8 @@ class Bench:
         """The seconds that one repetition takes in each language, and the checksum."""
         times, checksums = {}, {}
         for name, interpreter in self.interpreters.items():
-            program = task / interpreter.program
-            if not program.exists():
+            program = interpreter.find(task, self.folder)
+            if program is None:
                 continue
             used, text = run(interpreter, program, self.folder)
             checksums[name] = printed_number("CHECK", text, interpreter, program)
@@ -138,7 +162,7 @@ class TaskResult:
         return statistics.median(ratios) if ratios else None
 
     def fastest_basic(self):
-        ratios = [r for r in map(self.ratio, ("brandy", "yabasic", "bwbasic")) if r is not None]
+        ratios = [r for r in map(self.ratio, BASICS) if r is not None]
         return max(ratios) if ratios else None
 
 
@@ -158,8 +182,7 @@ def peer_line(chosen):
     return "Peers: " + ", ".join(versions)
 
 
-def table_lines(results):
-    peers = ("brandy", "yabasic", "bwbasic", "lua")
+def table_lines(results, peers):
     lines = ["| task | us/repetition | " + " | ".join(f"to {p}" for p in peers) + " | to fastest BASIC |",
              "|---|---:|" + "---:|" * (len(peers) + 1)]
     for result in results:
@@ -188,7 +211,7 @@ def parse_arguments():
     parser = argparse.ArgumentParser(description="Compares the image's speed with other interpreters.")
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--only", action="append", help="a task; may be given again")
-    parser.add_argument("--peers", default="brandy,yabasic,bwbasic,lua", help="separated by commas")
+    parser.add_argument("--peers", default=",".join(PEERS), help="separated by commas")
     parser.add_argument("--image", type=pathlib.Path, default=ROOT / "build/korvane.efi")
     return parser.parse_args()
 
@@ -220,7 +243,7 @@ def main():
                     print(f"\r{reason}", file=sys.stderr)
         print("\r" + " " * 40 + "\r", end="", file=sys.stderr)
     done = [result for result in results.values() if result.rounds]
-    print("\n".join(table_lines(done) + [""] + twin_lines(done)))
+    print("\n".join(table_lines(done, [peer for peer in PEERS if peer in chosen]) + [""] + twin_lines(done)))
     print("start-up, s: " + ", ".join(f"{name} {seconds:.3f}" for name, seconds in bench.startup.items()))
     return 1 if failures else 0
 

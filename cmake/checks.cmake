@@ -6,6 +6,11 @@ add_test(NAME rooms COMMAND /usr/bin/python3 ${CMAKE_SOURCE_DIR}/tools/check_roo
 add_test(NAME tour COMMAND /usr/bin/python3 ${CMAKE_SOURCE_DIR}/tools/check_tour.py)
 
 add_test(NAME tail_calls COMMAND ${CMAKE_SOURCE_DIR}/tools/check_tail_calls.sh)
+# Native code alone may take it beyond 256 KiB.
+add_test(NAME image_size COMMAND ${CMAKE_SOURCE_DIR}/tools/check_size.sh ${CMAKE_SOURCE_DIR}/build/korvane.efi 272)
+add_test(NAME image_size_without_native
+         COMMAND ${CMAKE_SOURCE_DIR}/tools/check_size.sh ${CMAKE_SOURCE_DIR}/build/without-native/korvane.efi 256)
+set_tests_properties(image_size_without_native PROPERTIES LABELS full)
 add_test(NAME clang_tidy COMMAND run-clang-tidy -quiet -p ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR}/src/.*)
 add_test(NAME reproducible_build COMMAND ${CMAKE_SOURCE_DIR}/tools/check_reproducible.sh)
 

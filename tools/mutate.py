@@ -24,6 +24,7 @@ import fcntl
 import hashlib
 import json
 import os
+import pathlib
 import random
 import re
 import shutil
@@ -31,14 +32,17 @@ import subprocess
 import sys
 import time
 
-from mutation_places import ROOT, folder_of, places
+from mutation_places import folder_of, places
 
+ROOT = pathlib.Path(__file__).resolve().parents[1]
 WORK = ROOT / "build/mutants"
 TREE = WORK / "tree"
 HOST = TREE / "build/host"
 RESULTS = WORK / "results.jsonl"
 BASELINE = WORK / "baseline.json"
+CLEAN = WORK / "clean"  # the unchanged programs
 EQUIVALENT = ROOT / "tests/mutants/equivalent.txt"
+USUAL_SECONDS = {"failing-services": 10, "image": 30, "korvane-replay": 1, "hosted_tests": 1}  # until they are known
 STEP = "20000"  # milliseconds that a transcript's step may take: on a busy machine only what hangs takes them
 # Checks of the tests' own tools, of random numbers by the million, of the host: nothing of src/ is in them.
 LEFT_OUT = re.compile(r"^(HostileFolder|Linux|Terminal)")
@@ -115,6 +119,9 @@ PROGRAMS = {
 }
 
 
+COMPANION = "korvane-companion"
+
+
 def all_tests(with_image):
     transcripts = ["--linked", "--image", "build/korvane.efi", "--jobs", "1", "--patience", STEP, "--first-failure"]
     files = sorted((TREE / "tests/language").glob("*/*.txt")) + sorted((TREE / "tests/fuzz/found").glob("*.txt"))
@@ -125,46 +132,62 @@ def all_tests(with_image):
         for suite in re.findall(r"^([\w/]+)\.", listing, re.MULTILINE):
             if not LEFT_OUT.match(suite):
                 yield Test(f"{program}:{suite}", program, [f"--gtest_filter={suite}.*", "--gtest_fail_fast"])
-    corpora = ["--companion", HOST / PROGRAMS["korvane-companion"], "--all", "tests/fuzz/corpus"]
-    yield Test("fuzz_corpora", "korvane-replay", corpora)
+    yield Test("fuzz_corpora", "korvane-replay", ["--companion", COMPANION, "--all", "tests/fuzz/corpus"])
     yield Test("failing_services", "failing-services", [])
     if with_image:
         yield Test("image", "image", [])
 
 
-def play(test, seconds=None):
-    """Whether the test fails. The tests that play the image itself are one, by ctest."""
+def play(test, clean=False, seconds=None):
+    """Whether the test fails, on the mutant or on the unchanged programs. The tests that play the image itself are one,
+    by ctest."""
     if test.program == "image":
-        if ninja(preset="image"):
+        if not clean and ninja(preset="image"):
             return True
         names = "^(manual|listings|converter|picture_.*|example_.*)$"
         command = ["ctest", "--test-dir", HOST, "-LE", "full", "-R", names, "--stop-on-failure", "--timeout", "600"]
     else:
-        command = [HOST / PROGRAMS[test.program], *test.words]
+        words = [program_of(word, clean) if word == COMPANION else word for word in test.words]
+        command = [program_of(test.program, clean), *words]
     status, _ = run(command, seconds, **test.environment)
     return status != 0
 
 
-def baseline(tests):
-    """How long each test takes with the unchanged sources. What fails then, because the interpreter's stack frames are
-    larger here than in the image, takes no part."""
-    commit = subprocess.run(["git", "rev-parse", "HEAD"], cwd=TREE, capture_output=True, text=True, check=True).stdout.strip()
-    known = json.loads(BASELINE.read_text()) if BASELINE.exists() else {}
-    if known.get("commit") != commit:
-        known = {"commit": commit, "seconds": {}, "failed": []}
-    for test in tests:
-        if test.name in known["seconds"] or test.name in known["failed"]:
-            continue
-        begin = time.monotonic()
-        if play(test):
-            known["failed"].append(test.name)
-        else:
-            known["seconds"][test.name] = round(time.monotonic() - begin, 2)
-        BASELINE.write_text(json.dumps(known))
-    say(f"{len(known['seconds'])} tests take {sum(known['seconds'].values()):.0f} s")
-    if known["failed"]:
-        say(f"left out, because the unchanged sources fail them: {', '.join(known['failed'])}")
-    return known["seconds"]
+def program_of(name, clean):
+    return CLEAN / name if clean else HOST / PROGRAMS[name]
+
+
+class Baseline:
+    """Which tests the unchanged sources pass, and how long they take. A test is tried when it first fails for a mutant. One
+    that fails without any, because the interpreter's stack frames are larger here than in the image, takes no part."""
+
+    def __init__(self):
+        commit = subprocess.run(["git", "rev-parse", "HEAD"], cwd=TREE, capture_output=True, text=True, check=True)
+        self.known = json.loads(BASELINE.read_text()) if BASELINE.exists() else {}
+        if self.known.get("commit") != commit.stdout.strip():
+            self.known = {"commit": commit.stdout.strip(), "seconds": {}, "failed": []}
+            if CLEAN.exists():
+                shutil.rmtree(CLEAN)
+            CLEAN.mkdir()
+            for name, path in PROGRAMS.items():
+                shutil.copy(HOST / path, CLEAN / name)
+            self.write()
+
+    def write(self):
+        BASELINE.write_text(json.dumps(self.known))
+
+    def passes(self, test):
+        if test.name not in self.known["seconds"] and test.name not in self.known["failed"]:
+            begin = time.monotonic()
+            if test.program != "image" and play(test, clean=True):
+                self.known["failed"].append(test.name)
+            else:
+                self.known["seconds"][test.name] = round(time.monotonic() - begin, 2)
+            self.write()
+        return test.name not in self.known["failed"]
+
+    def seconds(self, test):
+        return self.known["seconds"].get(test.name, USUAL_SECONDS.get(test.program, 0.3))
 
 
 def results():
@@ -181,7 +204,7 @@ def key_of(one):
     return (one["file"], one["line"], one["column"], one["new"], one["source"])
 
 
-def in_order(tests, seconds, name):
+def in_order(tests, baseline, name):
     """Those first that are likely to notice a change of this file, for what they cost."""
     folder = folder_of(name)
     noticed = collections.Counter()
@@ -196,7 +219,7 @@ def in_order(tests, seconds, name):
         words = set(re.split(r"[/_]|s\b", name.removesuffix(".cpp").lower())) - {""}
         kin = not words.isdisjoint(re.split(r"[/_:]|s\b", test.name.lower())) or last.replace("_", "") in test.name.lower()
         expected = noticed[test.name] + (2 if kin else 0.3)
-        return expected / (mutants[""] + 5) / (seconds.get(test.name, 60) + 0.5)
+        return expected / (mutants[""] + 5) / (baseline.seconds(test) + 0.5)
 
     return sorted(tests, key=worth, reverse=True)
 
@@ -210,7 +233,7 @@ def sum_of(path):
     return hashlib.sha256(path.read_bytes()).hexdigest()
 
 
-def judge(place, tests, seconds):
+def judge(place, tests, baseline):
     name, number, begin, end, new, kind = place
     path, made = TREE / "src" / name, HOST / object_of(name)
     content = path.read_text()
@@ -232,13 +255,15 @@ def judge(place, tests, seconds):
             one |= {"outcome": "equivalent", "by": "same object"}
         else:
             one["outcome"] = "survived"
-            for test in in_order(tests, seconds, name):
+            for test in in_order(tests, baseline, name):
                 needed = {test.program} & PROGRAMS.keys() | ({"korvane-companion"} if test.name == "fuzz_corpora" else set())
                 if not needed <= built:
                     built |= needed
                     if output := ninja(*needed):
                         sys.exit(f"mutate.py: {output[-3000:]}")
-                if play(test, max(120, 20 * seconds[test.name])):
+                if test.name in baseline.known["failed"]:
+                    continue
+                if play(test, seconds=max(600, 20 * baseline.seconds(test))) and baseline.passes(test):
                     one |= {"outcome": "noticed", "by": test.name}
                     break
     finally:
@@ -286,24 +311,24 @@ def print_table():
         print(f"src/{one['file']}:{one['line']}: {one['old']!r} became {one['new']!r}: {one['source']}")
 
 
-def chosen_places(options):
-    """What is to be played, without what has been."""
+def chosen_places(options, root):
+    """What is to be played of the sources below `root`, without what has been."""
     if options.again:
         known = known_equivalents()
         survivors = [one for one in results() if one["outcome"] == "survived" and not is_known_equivalent(one, known)]
         wanted = {(one["file"], one["source"], one["old"], one["new"]) for one in survivors}
-        for place in places(""):
+        for place in places(root, ""):
             name, number, begin, end, new, _ = place
-            line = (ROOT / "src" / name).read_text().split("\n")[number]
+            line = (root / "src" / name).read_text().split("\n")[number]
             if (name, line.strip(), line[begin:end], new) in wanted:
                 yield place
         return
-    chosen = list(places(options.folder))
+    chosen = list(places(root, options.folder))
     random.Random(options.seed).shuffle(chosen)
     played = {(one["file"], one["source"], one["column"], one["new"]) for one in results()}
     for place in chosen:
         name, number, begin, _, new, _ = place
-        line = (ROOT / "src" / name).read_text().split("\n")[number]
+        line = (root / "src" / name).read_text().split("\n")[number]
         if (name, line.strip(), begin, new) not in played:
             yield place
 
@@ -323,7 +348,7 @@ def main():
         print_table()
         return
     if options.list:
-        for number, place in zip(range(options.count), chosen_places(options)):
+        for number, place in zip(range(options.count), chosen_places(options, ROOT)):
             name, line, begin, end, new, kind = place
             text = (ROOT / "src" / name).read_text().split("\n")[line]
             print(f"src/{name}:{line + 1}: {kind} {text[begin:end]!r} -> {new!r}   {text.strip()}")
@@ -337,13 +362,12 @@ def main():
         sys.exit("mutate.py: another one is at work in build/mutants")
     prepare()
     tests = list(all_tests(not options.no_image))
-    seconds = baseline(tests)
-    tests = [test for test in tests if test.name in seconds]
+    baseline = Baseline()
     made = 0
-    for place in chosen_places(options):
+    for place in chosen_places(options, TREE):
         if (made == options.count and not options.again) or time.monotonic() > end:
             break
-        one = judge(place, tests, seconds)
+        one = judge(place, tests, baseline)
         with open(RESULTS, "a") as file:
             file.write(json.dumps(one) + "\n")
         made += one["outcome"] != "none"

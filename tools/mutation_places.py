@@ -1,9 +1,7 @@
 """The places of src/ that can be changed to see whether the tests notice, and into what."""
 
-import pathlib
 import re
 
-ROOT = pathlib.Path(__file__).resolve().parents[1]
 # Texts and tables whose places are no code.
 NO_CODE = {"help/help_table.cpp", "numbers/kernel_tables.cpp", "fast/general_only.cpp"}
 
@@ -38,10 +36,10 @@ def without_strings_and_comments(line):
     return re.sub(r"//.*$", lambda text: " " * len(text[0]), line)
 
 
-def places(folder):
-    """All places: file, line number, columns, new text, kind."""
-    for file in sorted((ROOT / "src").rglob("*.cpp")):
-        name = str(file.relative_to(ROOT / "src"))
+def places(root, folder):
+    """All places of the sources below `root`: file, line number, columns, new text, kind."""
+    for file in sorted((root / "src").rglob("*.cpp")):
+        name = str(file.relative_to(root / "src"))
         if name in NO_CODE or (folder and not name.startswith(folder.rstrip("/") + "/")):
             continue
         for number, line in enumerate(file.read_text().split("\n")):

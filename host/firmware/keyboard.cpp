@@ -11,12 +11,15 @@ namespace {
 
 // An image that spins asks again within this many ticks of the time-stamp counter: the line editor, and a
 // program that does nothing but look for a key, whose looks alternate with those for the break key. One that
-// only polls between statements does hundreds of statements in between. With the sanitizers all of that takes
-// many times as long.
+// only polls between statements does hundreds of statements in between, which are machine code at best: looks
+// that all come from one place have to follow one another at once. With the sanitizers all of that takes many
+// times as long.
 #ifdef __SANITIZE_ADDRESS__
 constexpr std::uint64_t quick_poll_ticks = 40000;
+constexpr std::uint64_t immediate_poll_ticks = 40000;
 #else
 constexpr std::uint64_t quick_poll_ticks = 2000;
+constexpr std::uint64_t immediate_poll_ticks = 120;
 #endif
 
 // So many quick polls in a row are waiting, not a program that looks at the keyboard a few times.
@@ -56,12 +59,14 @@ __attribute__((no_sanitize("address"))) bool Keyboard::is_spinning(const std::ui
         return frame[known.offset] == known.value;
     });
     if (!spin_place_.empty() && same_place) return true;
-    const bool quick = host_ticks() - last_poll_ticks_ < quick_poll_ticks;
+    const bool from_one_place = looks_from_one_place_ > looks_of_the_editor;
+    const bool quick =
+        host_ticks() - last_poll_ticks_ < (from_one_place ? immediate_poll_ticks : quick_poll_ticks);
     quick_polls_ = quick ? quick_polls_ + 1 : 0;
     // The host may have been busy with something else between two looks; that tells nothing about the image.
     if (frame != last_frame_)
         looks_from_one_place_ = 0;
-    else if (quick)
+    else if (quick || from_one_place)
         ++looks_from_one_place_;
     last_frame_ = frame;
     const std::size_t words = frame < stack_end_ ? static_cast<std::size_t>(stack_end_ - frame) : 0;

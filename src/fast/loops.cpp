@@ -62,9 +62,28 @@ bool nothing_to_do(const ForEntry& entry) {
     return past_limit(entry.step_sign, order, 0);
 }
 
-// Opens the loop; false when that is for the general handler to do. Apart, because a statement that has the
-// address of a local would call its successor instead of jumping to it.
-[[gnu::noinline]] bool open_loop(Token* at) {
+// The token behind the NEXT at a position, and behind the name that follows it; null when its line's tokens
+// are not in the cache.
+Token* behind_next(Position next) {
+    Token* tokens = next.line == direct_line ? execution_buffer.direct : cached_tokens(next.line);
+    if (tokens == nullptr) return nullptr;
+    Token* at = tokens + next.record + 1;
+    return at->kind == IDENTIFIER ? at + 1 : at;
+}
+
+// Goes behind the loop at once, if the general handler has remembered where that is; null if not.
+Token* leave_out(const ForRecord& loop) {
+    Token* behind = loop.jump_known ? behind_next(loop.next) : nullptr;
+    if (behind == nullptr) return nullptr;
+    // Going to another line leaves a THEN part.
+    if (loop.next.line != loop.own.line) execution.then_part = false;
+    return following(behind);
+}
+
+// Opens the loop, if it has something to do, and gives the statement to go on with; null when that is for the
+// general handler to do. Apart, because a statement that has the address of a local would call its successor
+// instead of jumping to it.
+[[gnu::noinline]] Token* begin_loop(Token* at, bool may_leave_out) {
     const auto& loop = as<ForRecord>(at);
     const Token* step_word = as<BoundRecord>(loop.to).step;
     VariableEntry* variable = loop.variable;
@@ -73,27 +92,37 @@ bool nothing_to_do(const ForEntry& entry) {
     Value step = Value::of_integer(1);
     if (control_stacks.for_count == max_for_depth || !held_value(at + 2, start) ||
         !held_value(loop.to, limit) || (step_word != nullptr && !held_value(step_word, step)))
-        return false;
+        return nullptr;
     const auto before = read<std::uint64_t>(variable->storage);
-    if (!store_start(variable->type, variable->storage, start)) return false;
+    if (!store_start(variable->type, variable->storage, start)) return nullptr;
     ForEntry& entry = control_stacks.fors[control_stacks.for_count];
     if (describes(entry, loop))
         set_loop_bounds(entry, limit, step);
     else
         fill_for_entry(entry, at[1].name, *variable, limit, step, loop.own);
-    // A loop that has nothing to do is skipped by the general handler, which remembers where it ends. It
-    // evaluates the start again, which may depend on the variable.
     if (nothing_to_do(entry)) {
-        write_unaligned(variable->storage, before);
-        return false;
+        // The general handler, which looks for the end of the loop and remembers it, evaluates the start
+        // again. That may depend on the variable.
+        Token* behind = may_leave_out ? leave_out(loop) : nullptr;
+        if (behind == nullptr) write_unaligned(variable->storage, before);
+        return behind;
     }
     ++control_stacks.for_count;
-    return true;
+    return loop.after;
 }
 
+}  // namespace
+
+bool open_loop(Token* at) {
+    return begin_loop(at, false) != nullptr;
+}
+
+namespace {
+
 std::uint64_t for_loop(Current at, std::uint64_t budget) {
-    if (!open_loop(at)) KORVANE_JUMP return execute_general(at, budget);
-    KORVANE_JUMP return proceed(as<ForRecord>(at).after, budget);
+    Token* next = begin_loop(at, true);
+    if (next == nullptr) KORVANE_JUMP return execute_general(at, budget);
+    KORVANE_JUMP return proceed(next, budget);
 }
 
 // Reads the number behind a word, in its own domain so that the general NEXT sees the type it would
@@ -118,23 +147,9 @@ inline bool fits(const NextRecord& next) {
            next.entry->generation == next.generation;
 }
 
-// Takes the NEXT to the depth of the innermost loop if that is open for its variable; anything else is the
-// general handler's business.
-std::uint64_t next_elsewhere(Current at, std::uint64_t budget) {
-    auto& next = as<NextRecord>(at);
-    const std::uint32_t depth = control_stacks.for_count;
-    if (depth == 0 || depth == next.depth) KORVANE_JUMP return execute_general(at, budget);
-    ForEntry& entry = control_stacks.fors[depth - 1];
-    if (entry.quick_variable != next.variable || entry.generation != arenas.generation)
-        KORVANE_JUMP return execute_general(at, budget);
-    next.depth = static_cast<std::uint8_t>(depth);
-    next.entry = &entry;
-    KORVANE_JUMP return at->execute(at, budget);
-}
-
 template <typename Number>
 std::uint64_t next_real(Current at, std::uint64_t budget) {
-    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_elsewhere(at, budget);
+    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_at_any_depth(at, budget);
     const ForEntry& entry = *as<NextRecord>(at).entry;
     std::uint8_t* storage = entry.variable->storage;
     const auto sum = static_cast<Number>(read<Number>(storage) + entry.step_as_double);
@@ -147,7 +162,7 @@ std::uint64_t next_real(Current at, std::uint64_t budget) {
 
 template <typename Narrow>
 std::uint64_t next_whole(Current at, std::uint64_t budget) {
-    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_elsewhere(at, budget);
+    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_at_any_depth(at, budget);
     const ForEntry& entry = *as<NextRecord>(at).entry;
     std::uint8_t* storage = entry.variable->storage;
     std::int64_t sum;
@@ -169,6 +184,24 @@ Execute choose_next(Type type) {
             if constexpr (is_floating(listed())) return guarded<next_real<NumberOf<listed()>>>;
         });
 }
+
+}  // namespace
+
+// Takes the NEXT to the depth of the innermost loop if that is open for its variable; anything else is the
+// general handler's business.
+std::uint64_t next_at_any_depth(Token* at, std::uint64_t budget) {
+    const std::uint32_t depth = control_stacks.for_count;
+    if (depth == 0) KORVANE_JUMP return execute_general(at, budget);
+    const ForEntry& entry = control_stacks.fors[depth - 1];
+    auto& next = as<NextRecord>(at);
+    if (entry.quick_variable != next.variable || entry.generation != arenas.generation)
+        KORVANE_JUMP return execute_general(at, budget);
+    next.depth = static_cast<std::uint8_t>(depth);
+    next.entry = &control_stacks.fors[depth - 1];
+    KORVANE_JUMP return choose_next(entry.variable_type)(at, budget);
+}
+
+namespace {
 
 // ---- WHILE --------------------------------------------------------------------------------------
 

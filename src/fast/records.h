@@ -308,6 +308,22 @@ struct GosubRecord {
     Execute execute;
 };
 
+// ON with a list of lines, which holds the number that chooses among them.
+struct OnRecord {
+    std::uint8_t kind;
+    Type value_type;
+    std::uint8_t count;  // of the lines
+    std::uint8_t value_kind;
+    std::uint32_t generation;
+    Token* lines;  // the literal of the first one; the others follow behind a comma each
+    const void* value_leaf;
+    Token* value_chain;
+    Token* after;
+    void* unused_leaf;
+    Position own;  // of a GOSUB, where it returns to
+    Execute execute;
+};
+
 // The end of a cached line.
 struct EndRecord {
     std::uint8_t kind;
@@ -364,6 +380,7 @@ static_assert(is_holder<ElementRecord>);
 static_assert(is_holder<CallRecord>);
 static_assert(is_holder<AssignmentRecord>);
 static_assert(is_holder<BoundRecord>);
+static_assert(is_holder<OnRecord>);
 static_assert(offsetof(OperatorRecord, right_kind) == offsetof(HolderRecord, value_kind));
 static_assert(offsetof(OperatorRecord, right_leaf) == offsetof(HolderRecord, value_leaf));
 static_assert(offsetof(OperatorRecord, right_chain) == offsetof(HolderRecord, value_chain));
@@ -412,5 +429,7 @@ static_assert(leads_on<WhileRecord>);
 static_assert(leads_on<ForRecord>);
 static_assert(leads_on<NextRecord>);
 static_assert(leads_on<GosubRecord>);
+static_assert(leads_on<OnRecord>);
+static_assert(offsetof(OnRecord, own) == offsetof(GosubRecord, own));
 
 }  // namespace korvane::fast

@@ -11,6 +11,7 @@
 #include "run/control_stacks.h"
 #include "run/dispatch.h"
 #include "run/event_timers.h"
+#include "run/native.h"
 #include "values/held_arguments.h"
 #include "values/variables.h"
 
@@ -80,6 +81,8 @@ bool specialise_statement(Token* at) {
             return specialise_goto(at);
         case KW_GOSUB:
             return specialise_gosub(at);
+        case KW_ON:
+            return specialise_on(at);
         case KW_RETURN:
             return specialise_return(at);
         case KW_FOR:
@@ -117,6 +120,7 @@ Execute plain_form(std::uint8_t kind) {
         case KW_IF:
         case KW_GOTO:
         case KW_GOSUB:
+        case KW_ON:
         case KW_RETURN:
         case KW_FOR:
         case KW_NEXT:
@@ -254,8 +258,42 @@ bool may_run() {
     return event_timers_rest();
 }
 
+bool has_been_given_up(const Token* at) {
+    return at->execute == execute_general || at->execute == execute_until_variables_change;
+}
+
+bool has_own_form(const Token* at) {
+    return at->execute != execute_first && !has_been_given_up(at);
+}
+
+// The statements that follow one another may use all registers, which the caller's own contents are kept from
+// here.
+#ifdef __wasm__
+static std::uint64_t start(Token* at, std::uint64_t budget) {
+    return at->execute(at, budget);
+}
+#else
+[[gnu::naked, gnu::noinline]] static std::uint64_t start(Token*, std::uint64_t) {
+    asm("push %%rbx\n"
+        "push %%r12\n"
+        "push %%r13\n"
+        "push %%r14\n"
+        "push %%r15\n"
+        "call *%c0(%%rdi)\n"
+        "pop %%r15\n"
+        "pop %%r14\n"
+        "pop %%r13\n"
+        "pop %%r12\n"
+        "pop %%rbx\n"
+        "ret"
+        :
+        : "i"(__builtin_offsetof(Token, execute)));
+}
+#endif
+
 Token* run(Token* at, std::uint64_t budget) {
-    const std::uint64_t unused = at->execute(at, budget);
+    native::look(at);
+    const std::uint64_t unused = start(at, budget);
     execution.statement_count += budget - unused;
     return state.look_at;
 }
@@ -288,7 +326,10 @@ std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     begin_statement();
     const bool specialised = specialise_statement(at);
     enter_generation(at);
-    if (specialised) KORVANE_JUMP return at->execute(at, budget);
+    if (specialised) {
+        native::note_specialised(at);
+        KORVANE_JUMP return at->execute(at, budget);
+    }
     at->execute = state.target_not_ready ? execute_first : execute_until_variables_change;
     as<GeneralRecord>(at).variables_seen = static_cast<std::uint8_t>(variables.count);
     KORVANE_JUMP return execute_unspecialised<false>(at, budget);

@@ -114,6 +114,17 @@ std::uint64_t guarded(Token* at, std::uint64_t budget) {
     KORVANE_JUMP return body(Current(at), budget);
 }
 
+// Whether the statement is executed by something better than its general handler, as far as its token tells;
+// and whether it has been looked at in vain, and will not have anything better unless variables are created.
+bool has_own_form(const Token* at);
+bool has_been_given_up(const Token* at);
+
+// Opens the loop of the specialised FOR at `at`; false when that is for the general handler to do.
+bool open_loop(Token* at);
+
+// Executes the specialised NEXT at `at` for the innermost loop, whatever depth and FOR it was made for.
+std::uint64_t next_at_any_depth(Token* at, std::uint64_t budget);
+
 // Makes the statement, which has its handler, one that draws random numbers: fall_back() gives them back.
 void keep_random(Token* at);
 
@@ -136,6 +147,7 @@ bool specialise_assignment(Token* at);
 bool specialise_if(Token* at);
 bool specialise_goto(Token* at);
 bool specialise_gosub(Token* at);
+bool specialise_on(Token* at);
 bool specialise_return(Token* at);
 bool specialise_for(Token* at);
 bool specialise_next(Token* at);

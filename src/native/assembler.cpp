@@ -50,7 +50,7 @@ void Assembler::write_32(std::size_t position, std::uint32_t value) {
 }
 
 // The bytes that say what the second operand is, behind the opcode.
-void Assembler::put_place(unsigned field, const Operand& operand, int bytes_behind) {
+void Assembler::put_place(unsigned field, Operand operand, int bytes_behind) {
     const unsigned low = operand.number & 7U;
     const unsigned reg = (field & 7U) << 3;
     if (operand.kind == Operand::REGISTER) {
@@ -81,7 +81,7 @@ void Assembler::put_place(unsigned field, const Operand& operand, int bytes_behi
         put_32(static_cast<std::uint32_t>(operand.displacement));
 }
 
-void Assembler::encode(std::uint32_t operation, unsigned field, const Operand& operand, int bytes_behind) {
+void Assembler::encode(std::uint32_t operation, unsigned field, Operand operand, int bytes_behind) {
     constexpr std::uint8_t prefixes[] = {0, 0x66, 0xF2, 0xF3};
     const std::uint8_t prefix = prefixes[operation >> 8 & 3];
     if (prefix != 0) put(prefix);
@@ -100,20 +100,15 @@ void Assembler::encode(std::uint32_t operation, unsigned field, const Operand& o
     put_place(field, operand, bytes_behind);
 }
 
-void Assembler::emit(Operation operation, Register first, const Operand& second) {
-    encode(static_cast<std::uint32_t>(operation), static_cast<unsigned>(first), second, 0);
+void Assembler::emit(std::uint32_t with_first, Operand second) {
+    encode(with_first & 0xFFFF, with_first >> 16, second, 0);
 }
 
-void Assembler::emit(Operation operation, Vector first, const Operand& second) {
-    encode(static_cast<std::uint32_t>(operation), static_cast<unsigned>(first), second, 0);
+void Assembler::emit_registers(std::uint32_t packed_form) {
+    encode(packed_form & 0xFFFF, packed_form >> 16 & 15, static_cast<Register>(packed_form >> 20 & 15), 0);
 }
 
-void Assembler::emit(Unary operation, const Operand& operand) {
-    const auto word = static_cast<std::uint32_t>(operation);
-    encode(word & 0xFFFF, word >> 16, operand, 0);
-}
-
-void Assembler::emit(WithNumber operation, const Operand& operand, std::int32_t number) {
+void Assembler::emit(WithNumber operation, Operand operand, std::int32_t number) {
     const auto word = static_cast<std::uint32_t>(operation);
     const bool short_one = fits_byte(number);
     encode((word & wide) | (short_one ? 0x83 : 0x81), word >> 16, operand, short_one ? 1 : 4);
@@ -128,7 +123,7 @@ void Assembler::shift(Shift direction, Register which, int bits) {
     put(static_cast<std::uint8_t>(bits));
 }
 
-void Assembler::multiply(Register target, const Operand& operand, std::int32_t number) {
+void Assembler::multiply(Register target, Operand operand, std::int32_t number) {
     const bool short_one = fits_byte(number);
     encode(wide | (short_one ? 0x6B : 0x69), static_cast<unsigned>(target), operand, short_one ? 1 : 4);
     if (short_one)
@@ -158,14 +153,19 @@ void Assembler::load_number(Register target, std::uint64_t number) {
         put_64(number);
 }
 
-void Assembler::store_number_8(const Operand& place, std::uint8_t number) {
+void Assembler::store_number_8(Operand place, std::uint8_t number) {
     encode(0xC6, 0, place, 1);
     put(number);
 }
 
-void Assembler::store_number_32(const Operand& place, std::uint32_t number) {
+void Assembler::store_number_32(Operand place, std::uint32_t number) {
     encode(0xC7, 0, place, 4);
     put_32(number);
+}
+
+void Assembler::store_number_64(Operand place, std::int32_t number) {
+    encode(wide | 0xC7, 0, place, 4);
+    put_32(static_cast<std::uint32_t>(number));
 }
 
 // ---- Jumps ----------------------------------------------------------------------------------------

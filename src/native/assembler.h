@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <type_traits>
 
 namespace korvane::native {
 
@@ -125,6 +126,7 @@ enum class Operation : std::uint32_t {
     sqrtsd = real | 0x51,
     ucomisd = packed | 0x2E,
     andpd = packed | 0x54,
+    orpd = packed | 0x56,
     xorpd = packed | 0x57,
     cvtsd2ss = real | 0x5A,
     cvtss2sd = narrow | 0x5A,
@@ -191,6 +193,7 @@ enum class Condition : std::uint8_t {
     not_equal = 5,
     not_above = 6,
     above = 7,
+    not_sign = 9,
     parity = 10,
     not_parity = 11,
     less = 12,
@@ -218,22 +221,45 @@ class Label {
 
 class Assembler {
   public:
-    explicit Assembler(std::span<std::byte> all) : room(all) {}
+    explicit constexpr Assembler(std::span<std::byte> all) : room(all) {}
 
     std::size_t position() const { return used; }
     bool full() const { return overrun; }
 
-    void emit(Operation operation, Register first, const Operand& second);
-    void emit(Operation operation, Vector first, const Operand& second);
-    void emit(Unary operation, const Operand& operand);
-    void emit(WithNumber operation, const Operand& operand, std::int32_t number);
+    void emit(Operation operation, Register first, Operand second) {
+        emit(with_register(operation, first), second);
+    }
+    void emit(Operation operation, Vector first, Operand second) {
+        emit(with_register(operation, first), second);
+    }
+
+    // The operation and its first operand as one number, which keeps calls short where both are known
+    // beforehand.
+    template <typename First>
+    static constexpr std::uint32_t with_register(Operation operation, First first) {
+        return static_cast<std::uint32_t>(operation) | static_cast<std::uint32_t>(first) << 16;
+    }
+    void emit(std::uint32_t with_first, Operand second);
+
+    // Between registers.
+    template <typename First, typename Second>
+    void emit(Operation operation, First first,
+              Second second) requires(std::is_enum_v<First>&& std::is_enum_v<Second>) {
+        emit_registers(with_register(operation, first) | static_cast<std::uint32_t>(second) << 20);
+    }
+    void emit(Unary operation, Operand operand) { emit(static_cast<std::uint32_t>(operation), operand); }
+    void emit(Unary operation, Register which) {
+        emit_registers(static_cast<std::uint32_t>(operation) | static_cast<std::uint32_t>(which) << 20);
+    }
+    void emit(WithNumber operation, Operand operand, std::int32_t number);
     void shift(Shift direction, Register which, int bits);
-    void multiply(Register target, const Operand& operand, std::int32_t number);
+    void multiply(Register target, Operand operand, std::int32_t number);
     void set_byte(Condition condition, Register target);  // its low byte to 1 or 0
     void sign_extend_rax();                               // cqo: into rdx
     void load_number(Register target, std::uint64_t number);
-    void store_number_8(const Operand& place, std::uint8_t number);
-    void store_number_32(const Operand& place, std::uint32_t number);
+    void store_number_8(Operand place, std::uint8_t number);
+    void store_number_32(Operand place, std::uint32_t number);
+    void store_number_64(Operand place, std::int32_t number);  // which is extended
     void load_address(Register target, Label& label);
 
     void jump(Label& label);
@@ -245,10 +271,11 @@ class Assembler {
     void align(std::size_t boundary);  // with what is never executed
 
   private:
+    void emit_registers(std::uint32_t packed);
     void put(std::uint8_t value);
     void put_32(std::uint32_t value);
-    void put_place(unsigned field, const Operand& operand, int bytes_behind);
-    void encode(std::uint32_t operation, unsigned field, const Operand& operand, int bytes_behind);
+    void put_place(unsigned field, Operand operand, int bytes_behind);
+    void encode(std::uint32_t operation, unsigned field, Operand operand, int bytes_behind);
     void put_distance(Label& label);
     std::uint32_t read_32(std::size_t position) const;
     void write_32(std::size_t position, std::uint32_t value);

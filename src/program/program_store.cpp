@@ -188,6 +188,8 @@ void empty_token_cache() {
 }
 
 void mark_line_starts() {
+    // Native code leads to the first statement of a line without a look at its record.
+    ++arenas.generation;
     for (std::uint32_t i = 0; i < program.count; ++i) {
         const LineEntry& line = program.lines[i];
         if (line.tokens == nullptr || is_watched(line.number) == begins_watched_line(line.tokens)) continue;

@@ -41,6 +41,9 @@ struct ForEntry {
     bool whole;              // variable, limit and step are integers
     Position loop;           // the record after the FOR statement
     std::uint32_t epoch;     // in which `loop` was taken
+    // Of the NEXT in native code that goes on with the loop's turns, once that has been found to be right; 0
+    // when the loop is opened.
+    std::uint32_t turn_key;
     // What the specialised NEXT needs, good while `generation` is current: the loop's first statement, and
     // the variable again if that NEXT can serve this loop, else null.
     Token* loop_token;

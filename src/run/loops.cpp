@@ -171,6 +171,7 @@ bool find_control_variable(ForEntry& entry) {
 void set_loop_bounds(ForEntry& entry, const Value& limit, const Value& step) {
     entry.limit = limit;
     entry.step = step;
+    entry.turn_key = 0;
     entry.step_as_double = to_double(step);
     entry.limit_as_double = to_double(limit);
     entry.limit_is_double = limit_fits_double(limit);

@@ -1,10 +1,10 @@
-"""Runs random programs in two images and compares their screens and the data arenas they leave.
+"""Runs random programs in several images and compares their screens and the data arenas they leave.
 
-    python3 tests/differential/compare_images.py TERMINAL IMAGE OTHER-IMAGE [--first SEED] [--count N] [--seconds S]
+    python3 tests/differential/compare_images.py TERMINAL IMAGE OTHER-IMAGE... [--first SEED] [--count N] [--seconds S]
 
-The other image executes every statement by its general handler, which is the plain statement of the rules: what the
-specialised statements of the first image do must not be distinguishable. A difference is printed with its seed;
---first SEED --count 1 --show prints that program.
+The first image executes every statement by its general handler, which is the plain statement of the rules: what the
+specialised statements of another one do, and native code made at once in a third one, must not be distinguishable. A
+difference is printed with its seed and its image; --first SEED --count 1 --show prints that program.
 """
 
 import argparse
@@ -65,10 +65,10 @@ def describe_bytes(left, right):
 
 
 def parse_arguments():
-    parser = argparse.ArgumentParser(description="Compares two images on random programs.")
+    parser = argparse.ArgumentParser(description="Compares images on random programs.")
     parser.add_argument("terminal")
     parser.add_argument("image")
-    parser.add_argument("other_image")
+    parser.add_argument("other_images", nargs="+")
     parser.add_argument("--first", type=int, default=1, help="seed of the first program")
     parser.add_argument("--count", type=int, default=600)
     parser.add_argument("--seconds", type=float, default=60, help="no new program after so long")
@@ -79,10 +79,14 @@ def parse_arguments():
 def compare(arguments, seed):
     """Whether both runs saved the arena in the first image, and the difference of the images."""
     program = ProgramMaker(seed).program()
-    results = [run(arguments.terminal, image, program) for image in (arguments.image, arguments.other_image)]
-    if any(screen == NO_END for screen, _ in results):
-        return False, "no end"
-    return all(results[0][1]), first_difference(*results)
+    first = run(arguments.terminal, arguments.image, program)
+    for image in arguments.other_images:
+        other = run(arguments.terminal, image, program)
+        # Which image has an end, and which none, is a difference too; none in all of them tells nothing.
+        difference = "no end" if NO_END in (first[0], other[0]) else first_difference(first, other)
+        if difference:
+            return False, f"{image}: {difference}"
+    return all(first[1]), None
 
 
 def main():

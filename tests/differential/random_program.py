@@ -19,6 +19,9 @@ COUNTS = ["0", "1", "3", "I", "C%", "-1"]
 RELATIONS = ["=", "<", ">", "<=", ">=", "<>"]
 LOOP_VARIABLES = ["I", "J", "C%", "E&", "G!", "K&&"]
 DRAWS = ["RND", "RND*9", "INT(RND*6)", "RND(1)", "RND(0)", "RND(-C%)", "FNR(6)", "RND+RND", "RND<RND", "RND>.5"]
+# A name and what makes it overflow in a few turns.
+GROWING = [("A", "*1E60"), ("G!", "*1E9!"), ("C%", "+9999"), ("E&", "*700&"), ("K&&", "*70000&&"), ("L#", "*L#+1E9"),
+           ("F&", "-999999999"), ("D%", "-D%*3-1"), ("K&&", "-4611686018427387904&&"), ("H!", "/.0000001")]
 STEPS = ["", " STEP 2", " STEP .5", " STEP -1", " STEP 3"]
 
 
@@ -142,6 +145,27 @@ class ProgramMaker:
         return (f"T1=0: FOR {name}={self.number(1)} TO {self.number(1)}{step}: "
                 f"T1=T1+1: {self.statement(0)}: IF T1<20 THEN NEXT {name}")
 
+    def hot_loop(self):
+        """A loop of many turns over what native code is made for: sums, elements in and out of bounds, overflow."""
+        choose = self.random.choice
+        name, growth = choose(GROWING)
+        counter = choose(["T4", "T4%", "T4&", "T4!", "T4&&"])
+        body = choose([
+            f"{name}={name}{growth}", f"{name}={self.number(2)}", f"P(T4 AND 7)=P({choose(['I', 'J', 'T4 AND 3'])})+{self.number(1)}",
+            f"Q%({counter})={self.number(1)}", f"W({choose('012I')},{counter} MOD 6)={self.element(1)}+{name}",
+            f"IF {self.relation(2)} THEN {name}={name}+1 ELSE J={self.number(1)}", "GOSUB 9100",
+            f"IF {self.relation(1)} THEN {name}=0", f"V!({self.subscript(1)})=V!({self.subscript(1)})*3+{name}",
+        ])
+        # A handler that resumes, or a RETURN or WEND among the statements, may keep control in the loop.
+        body += ":T6=T6+1:ON -(T6>700) GOTO 8000"
+        more = choose(["", f":{self.statement(0)}", f":{choose(NUMBERS)}={self.number(2)}"])
+        kind = self.random.randint(0, 2)
+        if kind == 0:
+            return f"FOR {counter}=0 TO {choose([6, 20, 60])}:{body}{more}:NEXT {choose(['', counter])}"
+        if kind == 1:
+            return f"{counter}=0:WHILE {counter}<{choose([6, 20, 60])}:{counter}={counter}+1:{body}{more}:WEND"
+        return f"FOR T5=1 TO 3:FOR {counter}=T5 TO {choose([3, 9])}:{body}:NEXT{more}:NEXT"
+
     def statement(self, nesting=1):
         simple = [
             (35, lambda: self.random.choice(["", "", "LET "]) + f"{self.random.choice(NUMBERS)}={self.number(3)}"),
@@ -163,6 +187,7 @@ class ProgramMaker:
         nested = [
             (12, self.conditional),
             (6, self.loop),
+            (6, self.hot_loop),
             (3, lambda: f"T2=0: WHILE T2<3: T2=T2+1: {self.statement(0)}: WEND"),
             (1, lambda: f"T2=0: WHILE T2<RND*9+LEN(STR$(T2)): T2=T2+3: {self.statement(0)}: WEND"),
         ]

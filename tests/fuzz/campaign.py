@@ -79,7 +79,7 @@ def run(target, seconds, plain):
         before = set(found.iterdir())
         command = [
             fuzzer(plain), f"--target={target}", f"-dict={CAMPAIGN / 'words.dict'}", f"-max_total_time={int(rest)}",
-            f"-max_len={LONGEST.get(target, 2048)}", "-timeout=60", "-rss_limit_mb=3000", "-print_final_stats=1",
+            f"-max_len={LONGEST.get(target, 2048)}", "-timeout=60", "-report_slow_units=60", "-rss_limit_mb=3000", "-print_final_stats=1",
             f"-artifact_prefix={found}/", corpus,
         ]  # fmt: skip
         command += [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target) if folder.exists()]

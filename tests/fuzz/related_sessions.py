@@ -1,6 +1,6 @@
 """Plays random sessions and checks what must hold between each and its variants.
 
-    python3 tests/fuzz/related_sessions.py PLAYER IMAGE GENERAL-IMAGE [options]
+    python3 tests/fuzz/related_sessions.py PLAYER IMAGE GENERAL-IMAGE NATIVE-IMAGE [options]
 
 PLAYER is the program session_player. A failure is printed with its theme and seed and the smallest session found that
 still fails; --theme THEME --first SEED --count 1 plays it again. --found FILE plays the sessions of a file instead.
@@ -25,7 +25,7 @@ class Machines:
 
     def player(self, name):
         if name not in self.players:
-            image = self.arguments.image if name.startswith("image") else self.arguments.general
+            image = getattr(self.arguments, name.split()[0])
             self.players[name] = Player(self.arguments.player, image, filled="filled" in name,
                                         patience=self.arguments.patience)
         return self.players[name]
@@ -112,7 +112,8 @@ def parse_arguments():
     parser = argparse.ArgumentParser(description="Plays related sessions.")
     parser.add_argument("player")
     parser.add_argument("image")
-    parser.add_argument("general")
+    parser.add_argument("general", help="runs every statement by its general handler")
+    parser.add_argument("native", help="makes native code of a statement as soon as it can")
     parser.add_argument("--theme", action="append", choices=THEMES, help="all themes when left out")
     parser.add_argument("--no-costs", action="store_true", help="compare no processor times: for busy machines")
     parser.add_argument("--first", type=int, default=1, help="seed of the first session of each theme")

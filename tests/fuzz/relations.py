@@ -1,19 +1,22 @@
 """What must hold between sessions: each relation derives variants from a session and says what they must share.
 
-A variant is (player, lines): the lines are typed on that player's machine. Everything is played in the image and in
-the one that runs every statement by its general handler, and no variant may meet a fault or a step without end.
+A variant is (player, lines): the lines are typed on that player's machine. Everything is played in the image, in the
+one that runs every statement by its general handler and in the one that makes native code at once, and no variant may
+meet a fault or a step without end.
 """
 
 import re
 
+PLAYERS = ("image", "general", "native")
+
 
 class Relation:
-    """Variants of a session whose results must agree; this one compares the two images."""
+    """Variants of a session whose results must agree; this one compares the images."""
 
     repeats = 1  # times that a failure must show again, alone, before it counts
 
     def variants(self, lines):
-        return [("image", lines), ("general", lines)]
+        return [(player, lines) for player in PLAYERS]
 
     def difference(self, results):
         return first_difference([comparable_steps(result) for result in results])
@@ -56,7 +59,7 @@ class FullCache(Relation):
     """The same with a token cache that earlier lines of the program have filled, as good as."""
 
     def variants(self, lines):
-        return [(player, lines) for player in ("image", "general", "image filled", "general filled")]
+        return [(player, lines) for player in (*PLAYERS, *(f"{player} filled" for player in PLAYERS))]
 
     def difference(self, results):
         several = [comparable_steps(result) for result in results]
@@ -72,7 +75,7 @@ class ComputedTargets(Relation):
         computed = [re.sub(r"\b(THEN|ELSE) (\d+)", r"\1 GOTO 0+\2", line) for line in lines]
         computed = [re.sub(r"(?<!ERROR )(?<!BREAK )\b(GOTO|GOSUB) (\d+)(?![\d,])", r"\1 0+\2", line)
                     if not re.search(r"\bON [^:]*\bGO", line) else line for line in computed]
-        return [(player, variant) for variant in (lines, computed) for player in ("image", "general")]
+        return [(player, variant) for variant in (lines, computed) for player in PLAYERS]
 
     def difference(self, results):
         return first_difference([comparable_steps(result) for result in results])
@@ -85,13 +88,14 @@ class Fresh(Relation):
         if "NEW" not in lines:
             return super().variants(lines)
         after = lines[lines.index("NEW") + 1:]
-        return [(player, variant) for variant in (lines, after) for player in ("image", "general")]
+        return [(player, variant) for variant in (lines, after) for player in PLAYERS]
 
     def difference(self, results):
         several = [comparable_steps(result) for result in results]
         length = min(len(steps) for steps, _ in several)
-        same_kind = first_difference(several[:2]) or (first_difference(several[2:]) if several[2:] else None)
-        if same_kind or len(several) < 3:
+        plain, after = several[:len(PLAYERS)], several[len(PLAYERS):]
+        same_kind = first_difference(plain) or (first_difference(after) if after else None)
+        if same_kind or not after:
             return same_kind
         if any(broken for _, broken in several):
             return None
@@ -116,7 +120,7 @@ class Repeated(Relation):
             elif stored:
                 # After every direct line another of the lines is typed again.
                 again.append(sorted(stored.values())[count % len(stored)])
-        return [(player, variant) for variant in (lines, again) for player in ("image", "general")]
+        return [(player, variant) for variant in (lines, again) for player in PLAYERS]
 
 
 class Interrupted(Relation):
@@ -146,12 +150,12 @@ class Interrupted(Relation):
                 if going_on:
                     broken.append(going_on)
                 going_on = None
-        return [(player, variant) for variant in (plain, broken) for player in ("image", "general")]
+        return [(player, variant) for variant in (plain, broken) for player in PLAYERS]
 
     def difference(self, results):
         ends = [all(step.kind == "shown" for step in result.steps) for result in results]
         # A session whose keys do not fit its program says nothing.
-        if not all(ends[:2]) or not any(line.startswith("@break") for line in self.lines):
+        if not all(ends[:len(PLAYERS)]) or not any(line.startswith("@break") for line in self.lines):
             return None
         if not all(ends):
             odd = sorted({step.kind for result in results for step in result.steps} - {"shown"})
@@ -191,7 +195,7 @@ class FailsLikeError(Relation):
     def variants(self, lines):
         failing = [re.sub(r"[{}]", "", line) for line in lines]
         raising = [re.sub(r"\{.*\}", "ERROR 99", line) for line in lines]
-        return [(player, variant) for variant in (failing, raising) for player in ("image", "general")]
+        return [(player, variant) for variant in (failing, raising) for player in PLAYERS]
 
     def difference(self, results):
         several = [comparable_steps(result) for result in results]
@@ -220,7 +224,7 @@ class Chained(Relation):
         direct = [line for line in second if not re.match(r"\d", line)]
         chained = program + ['SAVE "N.BAS"', "NEW"] + first + ["RUN"] + direct
         typed = ["1 " + common] * bool(common) + program + ["RUN"] + direct
-        return [(player, variant) for variant in (chained, typed) for player in ("image", "general")]
+        return [(player, variant) for variant in (chained, typed) for player in PLAYERS]
 
     def difference(self, results):
         if not results:

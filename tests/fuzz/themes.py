@@ -3,6 +3,7 @@ relation (relations.py) that its sessions must keep."""
 
 import random
 
+from hot_loops import hot_loops
 from players import SHORT_FILLING
 
 SMALL = "0 1 2 3 5".split()
@@ -635,7 +636,7 @@ THEMES = {
     "stale": ("images", stale), "watched": ("images", watched),
     "branches": ("images", branches), "full cache": ("full cache", full_cache), "merges": ("computed targets", merges),
     "input breaks": ("interrupted", input_breaks), "poll breaks": ("interrupted", poll_breaks),
-    "counted loops": ("bound", counted_loops), "deep": ("images", deep),
+    "counted loops": ("bound", counted_loops), "deep": ("images", deep), "hot loops": ("images", hot_loops),
     "failing files": ("fails like ERROR", failing_files), "chains": ("chained", chains),
     "arguments": ("images", arguments), "direct": ("images", direct), "costs": ("costs", costs),
 }

@@ -127,6 +127,8 @@ void Player::check_cursor(const Step& step) {
 void Player::check_exit(const Step& step) {
     if (last_stop_ != host::Stop::returned) fail("the application has not ended");
     if (machine_->status() != step.numbers[0]) fail("it ended with status " + in_hex(machine_->status()));
+    if (machine_->firmware().memory().executable_pages() != 0)
+        fail("memory for machine code was not given back");
 }
 
 void Player::check_given_back(const Step& step) {
@@ -173,7 +175,10 @@ void Player::check_end() {
     const bool kept_map = firmware.faults().uses(host::Service::GetMemoryMap) != map_reads_at_start_;
     const std::uint64_t buffers = firmware.pool().buffers();
     const std::uint64_t pages = firmware.memory().allocated_pages();
-    if (pages > pages_at_start_ && mode_changes() == mode_changes_at_start_)
+    // The memory for machine code is taken when the first of it is made, and kept.
+    constexpr std::uint64_t pages_for_code = 256;
+    const bool kept_code = pages == pages_at_start_ + pages_for_code;
+    if (pages > pages_at_start_ && !kept_code && mode_changes() == mode_changes_at_start_)
         fail(std::to_string(pages - pages_at_start_) + " pages are left allocated");
     if (buffers > buffers_at_start_ + (kept_map ? 1 : 0))
         fail(std::to_string(buffers - buffers_at_start_) + " pool buffers are left allocated");

@@ -28,6 +28,7 @@ constexpr std::array operations = {
     OperationForm{KORVANE_FORM(sqrtsd), "sqrtsd", Size::xmm, Size::xmm, Size::qword, false, true, true},
     OperationForm{KORVANE_FORM(ucomisd), "ucomisd", Size::xmm, Size::xmm, Size::qword, false, true, true},
     OperationForm{KORVANE_FORM(andpd), "andpd", Size::xmm, Size::xmm, Size::xmm, false, true, true},
+    OperationForm{KORVANE_FORM(orpd), "orpd", Size::xmm, Size::xmm, Size::xmm, false, true, true},
     OperationForm{KORVANE_FORM(xorpd), "xorpd", Size::xmm, Size::xmm, Size::xmm, false, true, true},
     OperationForm{KORVANE_FORM(cvtsd2ss), "cvtsd2ss", Size::xmm, Size::xmm, Size::qword, false, true, true},
     OperationForm{KORVANE_FORM(cvtss2sd), "cvtss2sd", Size::xmm, Size::xmm, Size::dword, false, true, true},
@@ -78,13 +79,13 @@ constexpr std::array with_numbers = {
 
 #define KORVANE_FORM(name) Condition::name, #name
 constexpr std::array conditions = {
-    ConditionForm{KORVANE_FORM(overflow), "o"},    ConditionForm{KORVANE_FORM(below), "b"},
-    ConditionForm{KORVANE_FORM(not_below), "ae"},  ConditionForm{KORVANE_FORM(equal), "e"},
-    ConditionForm{KORVANE_FORM(not_equal), "ne"},  ConditionForm{KORVANE_FORM(not_above), "be"},
-    ConditionForm{KORVANE_FORM(above), "a"},       ConditionForm{KORVANE_FORM(parity), "p"},
-    ConditionForm{KORVANE_FORM(not_parity), "np"}, ConditionForm{KORVANE_FORM(less), "l"},
-    ConditionForm{KORVANE_FORM(not_less), "ge"},   ConditionForm{KORVANE_FORM(not_greater), "le"},
-    ConditionForm{KORVANE_FORM(greater), "g"},
+    ConditionForm{KORVANE_FORM(overflow), "o"},     ConditionForm{KORVANE_FORM(below), "b"},
+    ConditionForm{KORVANE_FORM(not_below), "ae"},   ConditionForm{KORVANE_FORM(equal), "e"},
+    ConditionForm{KORVANE_FORM(not_equal), "ne"},   ConditionForm{KORVANE_FORM(not_above), "be"},
+    ConditionForm{KORVANE_FORM(above), "a"},        ConditionForm{KORVANE_FORM(parity), "p"},
+    ConditionForm{KORVANE_FORM(not_sign), "ns"},    ConditionForm{KORVANE_FORM(not_parity), "np"},
+    ConditionForm{KORVANE_FORM(less), "l"},         ConditionForm{KORVANE_FORM(not_less), "ge"},
+    ConditionForm{KORVANE_FORM(not_greater), "le"}, ConditionForm{KORVANE_FORM(greater), "g"},
 };
 #undef KORVANE_FORM
 

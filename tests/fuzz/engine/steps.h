@@ -8,7 +8,7 @@
 namespace korvane::fuzz {
 
 // Beyond this is a finding. docs/testing.md tells what comes near it.
-inline constexpr std::uint64_t most_steps_without_look = 400'000'000;
+inline constexpr std::uint64_t most_steps_without_look = 100'000'000;
 
 // The keyboard has been looked at.
 void note_look();

@@ -1,0 +1,315 @@
+// The code that there is, and when more is made.
+//
+// The run loop gets control back every few hundred statements. Where it does is where a program spends its
+// time, so that is where code is made: for the statement and all that control may reach from it without
+// leaving what has been specialised. Nothing is counted for that while statements run.
+//
+// Making code for a statement takes about as long as some hundred specialised statements. So each time that
+// the run loop passes is worth code for a statement, and code is made when what has been saved up is enough
+// for some.
+//
+// All code is for one clear generation and is forgotten with it; statements look whether theirs is the
+// current one when they are entered. What ends generations often makes saving up take longer.
+#include <algorithm>
+#include <new>
+
+#include "fast/records.h"
+#include "fast/statement.h"
+#include "native/emitter.h"
+#include "native/executable_memory.h"
+#include "native/state.h"
+#include "program/arenas.h"
+#include "program/keywords.h"
+#include "program/line_starts.h"
+#include "run/control_stacks.h"
+#include "run/native.h"
+#include "values/variables.h"
+
+namespace korvane::native {
+
+std::uint32_t missed;
+
+namespace {
+
+#ifndef KORVANE_NATIVE_THRESHOLD
+#define KORVANE_NATIVE_THRESHOLD 32
+#endif
+// Statements must follow one another by jumps, for whoever called them would miss its registers. Only the
+// image's own compiler has been told to see to that.
+#ifdef KORVANE_FREESTANDING
+constexpr std::uint32_t first_threshold = KORVANE_NATIVE_THRESHOLD;
+#else
+constexpr std::uint32_t first_threshold = 0;
+#endif
+constexpr std::uint32_t most_patience = 8;
+constexpr bool makes_code = first_threshold != 0;
+constexpr std::uint32_t statements_per_look = 4;  // for which code may be made
+constexpr std::uint32_t first_missed = 64;
+
+struct Fragments {
+    std::uint32_t generation;   // of all code that there is
+    std::size_t used;           // bytes of the memory for code
+    std::uint32_t saved;        // times that the run loop has passed since code was made
+    std::uint32_t passed;       // the same in this generation
+    std::uint32_t patience;     // doublings of how many are to be saved up in a generation
+    std::uint32_t needed;       // how many now: more when the last look found nothing to be made
+    std::uint32_t most_missed;  // how often code may be left needlessly before it is made anew
+    std::uint32_t last_key;
+    bool has_made;  // code in this generation
+    bool is_off;    // no code can be made
+};
+Fragments fragments;
+
+// Room for what code is made with, which is nothing before that.
+alignas(Region) std::byte region_room[sizeof(Region)];
+alignas(Emitter) std::byte emitter_room[sizeof(Emitter)];
+Region& region = *reinterpret_cast<Region*>(region_room);
+Emitter& emitter = *reinterpret_cast<Emitter*>(emitter_room);
+
+// ---- Ways in --------------------------------------------------------------------------------------
+
+// Where a statement leads to its code: in the record behind its first one, which begins no statement, or in
+// its own where that may be the only one.
+bool is_short(const Token* at) {
+    return at->kind == KW_NEXT || at->kind == KW_RETURN || at->kind == KW_WEND;
+}
+
+struct ShortRecord {
+    std::uint8_t kind;
+    std::uint8_t unused_bytes[3];
+    std::uint32_t generation;
+    Execute code;
+    void* unused[5];
+    Execute execute;
+};
+
+std::uint64_t enter(Token* at, std::uint64_t budget) {
+    if (__builtin_expect(!fast::is_current(at), false)) KORVANE_JUMP return execute_first(at, budget);
+    KORVANE_JUMP return at[1].execute(at, budget);
+}
+
+std::uint64_t enter_short(Token* at, std::uint64_t budget) {
+    if (__builtin_expect(!fast::is_current(at), false)) KORVANE_JUMP return execute_first(at, budget);
+    KORVANE_JUMP return fast::as<ShortRecord>(at).code(at, budget);
+}
+
+bool is_native(const Token* at) {
+    return (at->execute == enter || at->execute == enter_short) && fast::is_current(at);
+}
+
+void lead_in(Token* at, Execute code) {
+    if (is_short(at))
+        fast::as<ShortRecord>(at).code = code;
+    else
+        at[1].execute = code;
+    at->execute = is_short(at) ? enter_short : enter;
+    at->generation = arenas.generation;
+}
+
+// ---- Making code ----------------------------------------------------------------------------------
+
+// Whether a statement may have code: it has been specialised, or needs no more than its tokens.
+bool is_ready(const Token* at) {
+    if (begins_watched_line(at)) return false;
+    switch (at->kind) {
+        case END_OF_LINE:
+            return fast::as<fast::EndRecord>(at).next_line != nullptr;
+        case ':':
+        case KW_REM:
+        case KW_DATA:
+        case KW_ELSE:
+            return true;
+        // What they keep is good for longer than a generation.
+        case KW_GOTO:
+        case KW_GOSUB:
+        case KW_RETURN:
+        case KW_WEND:
+            return fast::has_own_form(at);
+        default:
+            return has_entry(at) && fast::is_current(at) && fast::has_own_form(at);
+    }
+}
+
+// Whether it could be later. One that has been looked at in vain will not be.
+bool may_become_ready(const Token* at) {
+    if (at->kind == END_OF_LINE) return true;
+    return has_entry(at) && !begins_watched_line(at) &&
+           !(fast::is_current(at) && fast::has_been_given_up(at));
+}
+
+// Where the loops begin that are open: control is somewhere in these.
+void lead_to_loops() {
+    if (control_stacks.for_count != 0) {
+        const ForEntry& loop = control_stacks.fors[control_stacks.for_count - 1];
+        if (loop.quick_variable != nullptr && loop.generation == arenas.generation)
+            region.lead_to(loop.loop_token);
+    }
+    if (control_stacks.while_count != 0) {
+        const WhileEntry& loop = control_stacks.whiles[control_stacks.while_count - 1];
+        if (loop.epoch == program.cache_epoch) region.lead_to(loop.token);
+    }
+}
+
+// Finds the statements that are to have code, at most so many. Gives how many of them had none.
+std::size_t find_region(Token* first, std::size_t most) {
+    std::size_t fresh = 0;
+    new (emitter_room) Emitter(region);
+    region.clear();
+    lead_to_loops();
+    region.lead_to(first);
+    while (region.pending.count != 0) {
+        Token* at = region.pending.tokens[--region.pending.count];
+        Place* place = region.find_or_add(at);
+        if (place == nullptr || place->is_seen) continue;
+        place->is_seen = true;
+        const bool is_left = region.natives().size() == most;
+        const bool ready = is_ready(at);
+        place->is_native = ready && !is_left && emitter.rehearse(*place);
+        place->may_become = (ready && is_left && has_entry(at)) || (!ready && may_become_ready(at));
+        if (!place->is_native) continue;
+        region.append(*place);
+        if (has_entry(at) && !is_native(at)) ++fresh;
+    }
+    region.find_loops();
+    return fresh;
+}
+
+void forget() {
+    fragments.used = 0;
+    ++arenas.generation;
+}
+
+// Makes code for the region that has been found.
+void make() {
+    if (!executable_memory.take()) {
+        fragments.is_off = true;
+        return;
+    }
+    const std::span<std::byte> memory = executable_memory.begin_writing();
+    if (memory.empty()) {
+        fragments.is_off = true;
+        return forget();
+    }
+    constexpr std::size_t boundary = 64;
+    const std::size_t start = (fragments.used + boundary - 1) / boundary * boundary;
+    const bool fits = start < memory.size();
+    const bool made = fits && emitter.emit_region(memory.subspan(start));
+    if (!executable_memory.end_writing()) {
+        fragments.is_off = true;
+        return forget();
+    }
+    if (!made) {
+        if (!fits || emitter.is_full()) {
+            executable_memory.grow();
+            forget();
+        }
+        return;
+    }
+    fragments.used = start + emitter.size();
+    fragments.has_made = true;
+    for (Place* place : region.natives())
+        if (has_entry(place->at))
+            lead_in(place->at, reinterpret_cast<Execute>(memory.data() + start + place->entry.position()));
+}
+
+std::uint32_t threshold() {
+    return first_threshold << fragments.patience;
+}
+
+// Code that has not been used for much longer than it took to make was not worth it: the next time it has to
+// be waited for longer.
+void begin_generation() {
+    if (fragments.has_made && fragments.passed < 4 * threshold())
+        fragments.patience = std::min(fragments.patience + 1, most_patience);
+    else if (fragments.passed > 64 * threshold())
+        fragments.patience = 0;
+    fragments.generation = arenas.generation;
+    fragments.used = 0;
+    fragments.saved = 0;
+    fragments.passed = 0;
+    fragments.needed = threshold();
+    fragments.most_missed = first_missed;
+    fragments.has_made = false;
+    missed = 0;
+}
+
+}  // namespace
+
+void initialize() {
+    fragments = Fragments{};
+    executable_memory.forget();
+}
+
+void give_back_memory() {
+    fragments.is_off = true;
+    executable_memory.give_back();
+}
+
+std::array<Base, 3> bases() {
+    return {{{Register::r15, reinterpret_cast<std::uint64_t>(variables.table)},
+             {Register::r14, reinterpret_cast<std::uint64_t>(&execution)},
+             {Register::r13, reinterpret_cast<std::uint64_t>(arenas.CODEBASE)}}};
+}
+
+bool has_entry(const Token* at) {
+    switch (at->kind) {
+        case IDENTIFIER:
+        case KW_LET:
+        case KW_IF:
+        case KW_GOTO:
+        case KW_GOSUB:
+        case KW_RETURN:
+        case KW_FOR:
+        case KW_NEXT:
+        case KW_WHILE:
+        case KW_WEND:
+            return true;
+        default:
+            return false;
+    }
+}
+
+std::uint32_t new_key() {
+    return ++fragments.last_key;
+}
+
+bool may_turn(Token* at, const Token* loop, std::uint32_t key, std::int32_t sign) {
+    ForEntry& entry = control_stacks.fors[control_stacks.for_count - 1];
+    if (entry.quick_variable != fast::as<fast::NextRecord>(at).variable ||
+        entry.generation != arenas.generation || entry.step_sign != sign)
+        return false;
+    const Token* first = entry.loop_token;
+    if (first != loop && !(first->kind == END_OF_LINE && first->line_end.next_line == loop)) return false;
+    entry.turn_key = key;
+    return true;
+}
+
+std::uint64_t branch_anew(Token* at, std::uint64_t budget) {
+    at->execute = execute_first;
+    return fast::execute_general_if(at, budget);
+}
+
+void look(Token* at) {
+    if (!makes_code || fragments.is_off) return;
+    if (fragments.generation != arenas.generation) begin_generation();
+    ++fragments.passed;
+    if (++fragments.saved < fragments.needed) return;
+    const bool has_missed = missed >= fragments.most_missed;
+    if (is_native(at) && !has_missed) return;
+    const std::size_t most = std::min<std::size_t>(fragments.saved * statements_per_look, most_places);
+    const bool useful = find_region(at, most) != 0 || has_missed;
+    if (useful) make();
+    fragments.needed =
+        useful ? threshold() : std::min(2 * fragments.needed, first_threshold << most_patience);
+    if (has_missed) fragments.most_missed *= 4;
+    fragments.saved = 0;
+    missed = 0;
+}
+
+void note_specialised(Token* at) {
+    if (first_threshold != 1 || fragments.is_off) return;
+    if (fragments.generation != arenas.generation) begin_generation();
+    if (is_ready(at) && find_region(at, most_places) != 0) make();
+}
+
+}  // namespace korvane::native

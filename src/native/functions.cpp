@@ -1,0 +1,204 @@
+// Calls in expressions. Functions of reals are called as the steps call them, or are a few instructions;
+// those that DEF FN has defined are part of the code, with their arguments in registers.
+#include <string_view>
+
+#include "fast/function_steps.h"
+#include "native/emitter.h"
+#include "numbers/kernels.h"
+#include "numbers/rounding.h"
+#include "values/functions.h"
+#include "values/user_functions.h"
+#include "values/variables.h"
+
+namespace korvane::native {
+namespace {
+
+using fast::Domain;
+using fast::Form;
+using fast::none;
+
+constexpr Vector scratch = Vector::xmm15;
+constexpr Vector other_scratch = Vector::xmm14;
+constexpr int most_calls = 12;  // of user functions in a statement
+
+alignas(16) constexpr std::uint64_t sign_bit[2] = {1ULL << 63, 0};
+alignas(16) constexpr std::uint64_t other_bits[2] = {~(1ULL << 63), ~0ULL};
+constexpr double one = 1;
+
+using RealFunction = double (*)(double);
+
+struct Kernel {
+    char name[4];
+    RealFunction function;
+};
+
+constexpr Kernel kernels[] = {{"SIN", kernel_sin},  {"COS", kernel_cos}, {"TAN", kernel_tan},
+                              {"ATN", kernel_atan}, {"EXP", kernel_exp}, {"LOG", kernel_log}};
+
+RealFunction find_kernel(std::string_view name) {
+    for (const Kernel& kernel : kernels)
+        if (name == std::string_view(kernel.name, 3)) return kernel.function;
+    return nullptr;
+}
+
+std::int16_t first_value(const Node& call) {
+    return node_at(call.first_argument).value;
+}
+
+}  // namespace
+
+// Calls a function whose arguments are in the scratch registers, and leaves its result there. All values that
+// are kept are saved around it, and variables loaded anew.
+void Emitter::call(const void* function, int reals, int wholes) {
+    // The stack lies 8 bytes off the boundary that a call needs.
+    const int slots = (reals + wholes) | 1;
+    code.emit(WithNumber::sub, Register::rsp, 8 * slots);
+    for (int i = 0; i != reals; ++i)
+        code.emit(Operation::movsd_store, real_register(i), at(Register::rsp, 8 * i));
+    for (int i = 0; i != wholes; ++i)
+        code.emit(Operation::mov_store, whole_register(i), at(Register::rsp, 8 * (reals + i)));
+    code.emit(Operation::movapd, Vector::xmm0, scratch);
+    code.emit(Operation::movapd, Vector::xmm1, other_scratch);
+    code.load_number(Register::rax, reinterpret_cast<std::uint64_t>(function));
+    code.emit(Unary::call, Register::rax);
+    code.emit(Operation::movapd, scratch, Vector::xmm0);
+    for (int i = 0; i != reals; ++i)
+        code.emit(Operation::movsd, real_register(i), at(Register::rsp, 8 * i));
+    for (int i = 0; i != wholes; ++i)
+        code.emit(Operation::mov, whole_register(i), at(Register::rsp, 8 * (reals + i)));
+    code.emit(WithNumber::add, Register::rsp, 8 * slots);
+    load_variables();
+}
+
+void Emitter::load_variables() {
+    for (const KeptVariable& variable : variables_kept.all())
+        code.emit(variable.type == Type::SINGLE ? Operation::cvtss2sd : Operation::movsd, variable.where,
+                  place(variable.storage));
+}
+
+// INT and FIX. What is whole already stays as it is, the sign of a zero too; so does what is beyond all
+// integers.
+void Emitter::round_down(Vector number, bool toward_zero) {
+    Label done;
+    Label is_less;
+    code.emit(Operation::cvttsd2si, Register::rax, number);
+    code.emit(WithNumber::cmp, Register::rax, 1);
+    code.jump_if(Condition::overflow, done);
+    whole_to_real(Register::rax, scratch);
+    code.emit(Operation::ucomisd, scratch, number);
+    code.jump_if(Condition::equal, done);
+    if (toward_zero) {
+        on(Operation::andpd, number, sign_bit);
+        code.emit(Operation::orpd, number, scratch);
+    } else {
+        code.jump_if(Condition::below, is_less);
+        on(Operation::subsd, scratch, &one);
+        code.bind(is_less);
+        code.emit(Operation::movapd, number, scratch);
+    }
+    code.bind(done);
+}
+
+void Emitter::real_call(const Node& node, int reals, int wholes) {
+    const Vector target = real_register(reals);
+    if (node.form == Form::user_call) {
+        int above = reals;
+        std::int16_t body;
+        const std::size_t bound = binding_count;
+        if (!enter_function(node, above, wholes, body)) return give_up();
+        real(body, above, wholes);
+        binding_count = bound;
+        copy(target, real_register(above));
+        if (node.domain == Domain::single) to_single(target);
+        return;
+    }
+    const std::string_view name(node.token[-1].name);
+    const std::int16_t argument = first_value(node);
+    real(argument, reals, wholes);
+    if (const RealFunction kernel = find_kernel(name)) {
+        finite_or_fail(target);
+        code.emit(Operation::movapd, scratch, target);
+        call(reinterpret_cast<const void*>(kernel), reals, wholes);
+        copy(target, scratch);
+    } else if (name == "SQR") {
+        code.emit(Operation::sqrtsd, target, target);
+    } else if (name == "ABS") {
+        on(Operation::andpd, target, other_bits);
+    } else if (name == "INT" || name == "FIX") {
+        round_down(target, name == "FIX");
+    } else if (name != "CDBL" && name != "CSNG") {
+        give_up();
+    }
+    if (node.domain == Domain::single) to_single(target);
+}
+
+void Emitter::whole_call(const Node& node, int reals, int wholes) {
+    const Register target = whole_register(wholes);
+    if (node.form == Form::user_call) {
+        int above = reals;
+        std::int16_t body;
+        const std::size_t bound = binding_count;
+        if (!enter_function(node, above, wholes, body)) return give_up();
+        whole(body, above, wholes);
+        binding_count = bound;
+        return;
+    }
+    const std::string_view name(node.token[-1].name);
+    const std::int16_t argument = first_value(node);
+    if (name == "SGN") {
+        const Vector number = real_register(reals);
+        real(argument, reals, wholes);
+        finite_or_fail(number);
+        code.emit(Operation::xorpd, scratch, scratch);
+        code.emit(Operation::ucomisd, number, scratch);
+        code.set_byte(Condition::above, Register::rax);
+        code.set_byte(Condition::below, Register::rdx);
+        code.emit(Operation::movzx_8, target, Register::rax);
+        code.emit(Operation::movzx_8, Register::rdx, Register::rdx);
+        code.emit(Operation::sub, target, Register::rdx);
+        return;
+    }
+    if (name != "ABS" && name != "INT" && name != "FIX" && name != "CINT") return give_up();
+    whole(argument, reals, wholes);
+    if (name != "ABS") return;
+    Label positive;
+    code.emit(Operation::test, target, target);
+    code.jump_if(Condition::not_sign, positive);
+    code.emit(Unary::neg, target);
+    fail_if(Condition::overflow);
+    code.bind(positive);
+}
+
+// Computes the arguments of a user function, which `reals` then counts among the values that are kept, and
+// binds the parameters to them. The parameters' own variables stay as they are: nothing can look at them
+// before the expression has been computed. As they are variables for all functions that the body calls in
+// turn, the innermost binding counts, whichever function it belongs to.
+bool Emitter::enter_function(const Node& call, int& reals, int wholes, std::int16_t& body) {
+    UserFunction& function = *call.function;
+    if (!function.has_steps || function.generation != arenas.generation || ++calls_entered > most_calls)
+        return false;
+    std::array<Binding, max_parameters> arguments;
+    std::size_t count = 0;
+    for (std::int16_t i = call.first_argument; i != none; i = node_at(i).next_argument, ++count) {
+        const std::int16_t value = node_at(i).value;
+        const VariableEntry* parameter = function.entries[count];
+        if (parameter->type != Type::DOUBLE) return false;
+        Operand operand = real_operand(value, reals, wholes);
+        const bool is_number = node_at(value).form == Form::literal;
+        if (operand.kind != Operand::REGISTER) {
+            copy(real_register(reals), operand);
+            operand = real_register(reals);
+        }
+        if (!is_number) finite_or_fail(static_cast<Vector>(operand.number));
+        if (operand.is_register(real_register(reals))) ++reals;
+        arguments[count] = {parameter->storage, operand};
+    }
+    if (binding_count + count > bindings.size()) return false;
+    for (std::size_t i = 0; i != count; ++i)
+        bindings[binding_count++] = arguments[i];
+    Token* at = function.body;
+    body = fast::parse_expression(at, 1);
+    return body != none && fast::plan(body, fast::domain_of(node_at(body).type));
+}
+
+}  // namespace korvane::native

@@ -1,0 +1,260 @@
+// Assignments, IF, and jumps.
+#include "fast/links.h"
+#include "fast/number_types.h"
+#include "fast/records.h"
+#include "fast/statement.h"
+#include "native/emitter.h"
+#include "native/state.h"
+#include "program/keywords.h"
+#include "run/conditions.h"
+#include "run/control_stacks.h"
+#include "values/variables.h"
+
+namespace korvane::native {
+namespace {
+
+using fast::as;
+using fast::Form;
+
+constexpr Vector scratch = Vector::xmm15;
+
+}  // namespace
+
+// ---- Assignments ----------------------------------------------------------------------------------
+
+// Writes an integer that fits; it may be in any register but rax.
+void Emitter::write_whole(Operand memory, Type type, Register number) {
+    if (type == Type::INT64) {
+        code.emit(Operation::mov_store, number, memory);
+        return;
+    }
+    const bool is_short = type == Type::INTEGER;
+    code.emit(is_short ? Operation::movsx_16 : Operation::movsx_32, Register::rax, number);
+    code.emit(Operation::cmp, Register::rax, number);
+    fail_if(Condition::not_equal);
+    code.emit(is_short ? Operation::mov_store_16 : Operation::mov_store_32, number, memory);
+}
+
+// Makes a double in xmm0 what the type can hold; fails when it is none.
+void Emitter::prepare_real(Type type, const Node& value) {
+    const bool is_copy = value.form == Form::literal ? type == Type::DOUBLE
+                                                     : value.form == Form::variable && value.type == type;
+    if (type == Type::SINGLE) to_single(Vector::xmm0);
+    if (!is_copy) finite_or_fail(Vector::xmm0);
+}
+
+void Emitter::write_real(Operand memory, Type type) {
+    if (type == Type::DOUBLE) {
+        code.emit(Operation::movsd_store, Vector::xmm0, memory);
+        return;
+    }
+    code.emit(Operation::cvtsd2ss, scratch, Vector::xmm0);
+    code.emit(Operation::movss_store, scratch, memory);
+}
+
+void Emitter::write_scalar(const VariableEntry& variable, std::int16_t value) {
+    use(variable.storage, variable.type);
+    if (is_integer(variable.type)) {
+        whole(value, 0, 0);
+        write_whole(place(variable.storage), variable.type, whole_register(0));
+        return;
+    }
+    real(value, 0, 0);
+    prepare_real(variable.type, node_at(value));
+    if (const KeptVariable* kept = variables_kept.find(variable.storage))
+        code.emit(Operation::movapd, kept->where, Vector::xmm0);
+    write_real(place(variable.storage), variable.type);
+}
+
+void Emitter::write_element(const Node& target, std::int16_t value) {
+    if (is_integer(target.type)) {
+        whole(value, 0, 0);
+        write_whole(element(target, 0, 1), target.type, whole_register(0));
+        return;
+    }
+    real(value, 0, 0);
+    prepare_real(target.type, node_at(value));
+    write_real(element(target, 1, 0), target.type);
+}
+
+void Emitter::emit_assignment(Token* at) {
+    Token* name = at->kind == KW_LET ? at + 1 : at;
+    Token* equals = name + 1;
+    fast::begin_statement();
+    fast::Expression element;
+    fast::Expression value;
+    const VariableEntry* scalar = nullptr;
+    if (equals->kind == '(') {
+        if (!fast::read_element(name, element)) return give_up();
+        equals = element.end;
+    } else {
+        scalar = find_variable(name->name, false);
+        if (scalar == nullptr) return give_up();
+    }
+    const Type type = scalar != nullptr ? scalar->type : element.node().type;
+    if (!is_numeric(type) || !fast::read_expression(equals + 1, fast::domain_of(type), value))
+        return give_up();
+    if (value.node().takes() || (scalar == nullptr && element.node().takes())) return give_up();
+    if (scalar != nullptr)
+        write_scalar(*scalar, value.root);
+    else
+        write_element(element.node(), value.root);
+    go_on(as<fast::AssignmentRecord>(equals).after);
+}
+
+// ---- IF -------------------------------------------------------------------------------------------
+
+// What the general handlers are told about the statement behind THEN (fast/conditions.cpp).
+void Emitter::keep_then_part(const Token* opener, const Token* first, bool is_lone) {
+    Label nested;
+    const Operand kept = place(&execution.kept_token);
+    load_token(Register::rax, opener);
+    code.emit(Operation::cmp, Register::rax, kept);
+    code.jump_if(Condition::equal, nested);
+    on(Operation::mov_store, Register::rax, &execution.kept_start);
+    code.bind(nested);
+    load_token(Register::rax, first);
+    code.emit(Operation::mov_store, Register::rax, kept);
+    code.store_number_8(place(&execution.then_part), is_lone ? 0 : 1);
+}
+
+void Emitter::emit_if(Token* at) {
+    const auto& record = as<fast::IfRecord>(at);
+    fast::begin_statement();
+    fast::Expression condition;
+    if (!fast::read_expression(at + 1, fast::Domain::whole, condition) || condition.node().takes())
+        return give_up();
+    const Token* then = condition.end;
+    if (then->kind == KW_THEN || then->kind == KW_GOTO) ++then;
+    const bool to_line = then->kind == NUMBER;
+    const bool is_lone = (record.condition_kind & fast::IfRecord::lone_then_part) != 0;
+    // The keyboard is not looked at inside a THEN part: where that may be due, the general handler sees to
+    // it.
+    if (!to_line) {
+        code.emit(WithNumber::cmp, Register::rbx, static_cast<std::int32_t>(record.most_statements));
+        fail_if(Condition::below);
+    }
+    const Condition when_true = condition_of(condition.root);
+    if (to_line || is_lone) end_then_part();
+    if (to_line) {
+        code.jump_if(when_true, branch_to(record.when_true));
+        go_on_or_branch(record.when_false);
+        return;
+    }
+    Token* first = record.when_true;
+    if (is_lone) {
+        code.jump_if(opposite(when_true), branch_to(record.when_false));
+        // Only an assignment right behind THEN is sure to be reached through its IF alone.
+        const bool is_assignment = first->kind == IDENTIFIER || first->kind == KW_LET;
+        Place* place_of_first = is_rehearsal ? nullptr : region.find(first);
+        const bool can_tell = place_of_first != nullptr && place_of_first->is_native;
+        if (is_assignment && first[-1].kind == KW_THEN && can_tell)
+            place_of_first->opener = at;
+        else
+            keep_then_part(at, first, true);
+        go_on(first);
+        return;
+    }
+    Label otherwise;
+    code.jump_if(opposite(when_true), otherwise);
+    keep_then_part(at, first, false);
+    code.jump(lead_to(first));
+    code.bind(otherwise);
+    end_then_part();
+    go_on_or_branch(record.when_false);
+}
+
+// A branch of an IF may lead to a line that is not known yet, for which null stands.
+Label& Emitter::branch_to(Token* at) {
+    return at == nullptr ? current->branch : lead_to(at);
+}
+
+void Emitter::go_on_or_branch(Token* at) {
+    if (at == nullptr)
+        code.jump(current->branch);
+    else
+        go_on(at);
+}
+
+// An ELSE ends the THEN part in front of it; anywhere else it is an error.
+void Emitter::emit_else(Token* at) {
+    on(Operation::movzx_8, Register::rax, &execution.then_part);
+    code.emit(Operation::test, Register::rax, Register::rax);
+    fail_if(Condition::equal);
+    go_on(fast::end_of_line(at));
+}
+
+// ---- GOSUB and RETURN -----------------------------------------------------------------------------
+
+// The next free entry of a stack, which is not full, in rdx: counted from the first one's address.
+void Emitter::find_top(const std::uint32_t& count, std::uint32_t most, int size) {
+    on(Operation::mov_32, Register::rax, &count);
+    code.emit(WithNumber::cmp_32, Register::rax, static_cast<std::int32_t>(most));
+    fail_if(Condition::equal);
+    code.multiply(Register::rdx, Register::rax, size);
+}
+
+Operand Emitter::field(const void* address, Register offset) {
+    Operand operand = place(address);
+    operand.index = static_cast<std::uint8_t>(offset);
+    operand.shift = 0;
+    return operand;
+}
+
+void Emitter::write_position(const Position& position, Operand memory) {
+    code.load_number(Register::rax, position.line | std::uint64_t{position.record} << 32);
+    code.emit(Operation::mov_store, Register::rax, memory);
+}
+
+void Emitter::emit_gosub(Token* at) {
+    const auto& gosub = as<fast::GosubRecord>(at);
+    GosubEntry& entry = control_stacks.gosubs[0];
+    static_assert(__builtin_offsetof(GosubEntry, kind) % 4 == 0 &&
+                  __builtin_offsetof(GosubEntry, timer) == __builtin_offsetof(GosubEntry, kind) + 1);
+    find_top(control_stacks.gosub_count, max_gosub_depth, sizeof entry);
+    write_position(gosub.own, field(&entry.line, Register::rdx));
+    code.store_number_32(field(&entry.kind, Register::rdx), static_cast<std::uint32_t>(GosubKind::GOSUB));
+    code.store_number_32(field(&entry.epoch, Register::rdx), program.cache_epoch);
+    load_token(Register::rax, gosub.after);
+    code.emit(Operation::mov_store, Register::rax, field(&entry.token, Register::rdx));
+    code.emit(Unary::inc_32, place(&control_stacks.gosub_count));
+    end_then_part();
+    if (is_rehearsal) static_cast<void>(lead_to(gosub.after));
+    go_on(at[1].number.target);
+}
+
+// The last entry of a stack, as find_top().
+void Emitter::find_last(const std::uint32_t& count, int size) {
+    on(Operation::mov_32, Register::rax, &count);
+    code.emit(WithNumber::sub, Register::rax, 1);
+    fail_if(Condition::below);
+    code.multiply(Register::rdx, Register::rax, size);
+}
+
+void Emitter::emit_return() {
+    GosubEntry& entry = control_stacks.gosubs[0];
+    find_last(control_stacks.gosub_count, sizeof entry);
+    code.emit(Operation::movzx_8, Register::rcx, field(&entry.kind, Register::rdx));
+    code.emit(WithNumber::cmp_32, Register::rcx, static_cast<std::int32_t>(GosubKind::GOSUB));
+    fail_if(Condition::not_equal);
+    code.emit(WithNumber::cmp_32, field(&entry.epoch, Register::rdx),
+              static_cast<std::int32_t>(program.cache_epoch));
+    fail_if(Condition::not_equal);
+    code.emit(Operation::mov, Register::rdi, field(&entry.token, Register::rdx));
+    on(Operation::mov_store_32, Register::rax, &control_stacks.gosub_count);
+    end_then_part();
+    lead_to_one(KW_GOSUB);
+}
+
+// Control goes on at the token in rdi: most often behind one of the statements of a kind, or at it.
+void Emitter::lead_to_one(std::uint8_t kind) {
+    for (const Place* origin : region.natives()) {
+        if (is_rehearsal || origin->at->kind != kind) continue;
+        Token* target = kind == KW_GOSUB ? as<fast::GosubRecord>(origin->at).after : origin->at;
+        compare_token(target);
+        code.jump_if(Condition::equal, lead_to(target));
+    }
+    code.jump(leaving_anywhere);
+}
+
+}  // namespace korvane::native

@@ -1,0 +1,46 @@
+#include "native/variable_registers.h"
+
+namespace korvane::native {
+namespace {
+
+struct Candidate {
+    const void* storage;
+    Type type;
+    std::uint32_t weight;
+};
+
+constexpr int weight_bits_per_loop = 3;  // a loop is taken to have eight turns
+
+}  // namespace
+
+void VariableRegisters::choose(Region& region) {
+    std::array<Candidate, 64> candidates;
+    std::size_t count = 0;
+    for (const Region::Use& use : region.all_uses()) {
+        if (!is_floating(use.type) || !region[use.place].is_native) continue;
+        const std::uint32_t weight = 1U << weight_bits_per_loop * region[use.place].depth;
+        std::size_t i = 0;
+        while (i != count && candidates[i].storage != use.storage)
+            ++i;
+        if (i == candidates.size()) continue;
+        if (i == count) candidates[count++] = {use.storage, use.type, 0};
+        candidates[i].weight += weight;
+    }
+    for (used = 0; used != most; ++used) {
+        Candidate* best = nullptr;
+        for (std::size_t i = 0; i != count; ++i)
+            if (candidates[i].weight > (best == nullptr ? 0 : best->weight)) best = &candidates[i];
+        if (best == nullptr) return;
+        const auto where = static_cast<Vector>(static_cast<std::size_t>(Vector::xmm7) + used);
+        kept[used] = {best->storage, best->type, where};
+        best->weight = 0;
+    }
+}
+
+const KeptVariable* VariableRegisters::find(const void* storage) const {
+    for (std::size_t i = 0; i != used; ++i)
+        if (kept[i].storage == storage) return &kept[i];
+    return nullptr;
+}
+
+}  // namespace korvane::native
