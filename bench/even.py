@@ -34,8 +34,9 @@ SETUP = {
     "lua": 'local j, l, m, n, s, x, y, t, f = 7, 1, 3, 9, "ABCD", 0, 0, "", math.floor\n',
 }
 
-# What it is, the statement in each language that has it ({next}: the line behind it) and its neighbour, and, for those that
-# take memory, how often at most the loop is repeated.
+# What it is, the statement in each language that has it ({next}: the line behind it) and its neighbour, a line in front that
+# the neighbour does not have, and, for those that take memory, how often at most the loop is repeated.
+SUM = "X = X + J"
 FUNCTION = "Y = ABS(J)"
 ELEMENT = "A(L) = 0"
 STATEMENTS = [
@@ -52,6 +53,9 @@ STATEMENTS = [
         "korvane": "IF ASC(MID$(S$, 2, 1)) = 66 * L THEN X = X + 1", "brandy": "IF ASC(MID$(S$, 2, 1)) = 66 * L THEN X = X + 1",
         "yabasic": "if asc(mid$(s$, 2, 1)) = 66 * l then x = x + 1 endif",
         "lua": "if s:sub(2, 2):byte() == 66 * l then x = x + 1 end"}),
+    ("a sum while a timer is on", {
+        "korvane": SUM, "neighbour": SUM, "ahead": "TIMER(0) = 100000: ON TIMER(0) GOSUB 900: TIMER(0) ON"}),
+    ("a sum while other lines are traced", {"korvane": SUM, "neighbour": SUM, "ahead": "TRON 900-901"}),
     ("RND", {
         "korvane": "Y = INT(RND * 6) + 1", "brandy": "Y = INT(RND(1) * 6) + 1", "yabasic": "y = int(ran() * 6) + 1",
         "lua": "y = f(math.random() * 6) + 1"}),
@@ -129,7 +133,8 @@ STATEMENTS = [
 ]
 
 FAR_LINES = "\n".join(f'{1000 + i} PRINT "Result"; A(1), S$' for i in range(100)) + "\n1900 DATA 1\n"
-HEAD = {"korvane": "10 DEF FNZ = 4\n11 DEF FNT(U, V) = U * 2 + V\n12 DEF FNV(U, V, W) = U * V + W\n13 DEF FNW$(U$) = LEFT$(U$, 2)\n",
+HEAD = {"korvane": "10 DEF FNZ = 4\n11 DEF FNT(U, V) = U * 2 + V\n12 DEF FNV(U, V, W) = U * V + W\n"
+                   "13 DEF FNW$(U$) = LEFT$(U$, 2)\n",
         "brandy": "", "yabasic": "",
         "lua": "local function fnz() return 4 end\nlocal function fnt(u, v) return u * 2 + v end\n"
                "local function fnv(u, v, w) return u * v + w end\nlocal function fnw(u) return u:sub(1, 2) end\n"}
@@ -147,14 +152,14 @@ LOOP = {"korvane": "20 FOR K = 1 TO {turns}\n", "brandy": "20 FOR K = 1 TO {turn
         "lua": "for k = 1, {turns} do\n"}
 
 
-def program(language, statement, turns):
+def program(language, statement, turns, ahead=""):
     numbered = language in ("korvane", "brandy")
     lines = []
     for copy in range(COPIES if statement else 0):
         number = 100 + 10 * copy
         line = statement.replace("{next}", str(number + 10))
         lines.append((f"{number} " if numbered else "") + line + "\n")
-    setup = ("15 " if numbered else "") + SETUP[language] + "\n"
+    setup = ("15 " if numbered else "") + SETUP[language] + "\n" + (f"16 {ahead}\n" if ahead else "")
     return HEAD[language] + setup + LOOP[language].format(turns=turns) + "".join(lines) + TAIL[language]
 
 
@@ -170,9 +175,9 @@ class Subject:
         self.long_enough = long_enough  # seconds that the loop takes
         self.startup = min(self.run(None, 1)[0] for _ in range(3))
 
-    def run(self, statement, turns):
+    def run(self, statement, turns, ahead=""):
         """The seconds that a loop takes, and its checksum for each turn."""
-        self.path.write_text(program(self.language, statement, turns))
+        self.path.write_text(program(self.language, statement, turns, ahead))
         seconds, text = compare.run(self.interpreter, self.path, self.folder)
         return seconds, compare.printed_number("CHECK", text, self.interpreter, statement) / turns
 
@@ -182,8 +187,9 @@ class Subject:
             turns = min(turns * GROWTH, most)
         return turns
 
-    def nanoseconds(self, statement, turns):
-        seconds, checksum = self.run(statement, turns)
+    def nanoseconds(self, statements, turns):
+        ahead = "" if self.kind == "neighbour" else statements.get("ahead", "")
+        seconds, checksum = self.run(statements[self.kind], turns, ahead)
         return max(seconds - self.run(None, turns)[0], 1e-9) / turns / COPIES * 1e9, checksum
 
 
@@ -198,7 +204,7 @@ def measure(subjects, statements, count, most=10_000_000):
     turns = {name: subject.turns_for(statements[subject.kind], most) for name, subject in chosen.items()}
     rounds = []
     for _ in range(count):
-        results = {name: subject.nanoseconds(statements[subject.kind], turns[name]) for name, subject in chosen.items()}
+        results = {name: subject.nanoseconds(statements, turns[name]) for name, subject in chosen.items()}
         if len({checksum for _, checksum in results.values()}) > 1:
             raise compare.RunFailed(f"{statements}: the checksums differ: {results}")
         rounds.append({name: time for name, (time, _) in results.items()})

@@ -20,6 +20,7 @@ constexpr int executions = 400000;  // of the statement, in one measurement
 constexpr int many_names = 4000;
 constexpr double growth_goal = 5;
 constexpr double late_goal = 1.1;
+constexpr double typed_goal = 2;
 constexpr double linear_goal = 1.2;  // for each of twice as many things
 
 // The statement of a line, given its index and the number of lines.
@@ -108,6 +109,7 @@ class Growth {
         compare_names("Z(3) = Z(2) + 1", "DIM Z(10)", "DIM ", "(1)");
         compare_erasing();
         compare_creation();
+        compare_typed("X = X + 1");
         compare_windows();
     }
 
@@ -164,6 +166,21 @@ class Growth {
                        options_.rounds, [&] { return seconds_each_name(many_names); },
                        [&] { return seconds_each_name(many_names / 2); }),
                    linear_goal);
+    }
+
+    // A loop that is typed, and the same in a program.
+    void compare_typed(const std::string& statement) {
+        const std::string typed = "FOR K = 1 TO " + std::to_string(executions) + ": " + statement + ": NEXT";
+        const std::string stored = repeating_program({"X = 0"}, statement, executions);
+        table_.row(std::string(statement).append("; in a typed loop, in a program's"),
+                   take_turns(
+                       options_.rounds,
+                       [&] {
+                           session_.enter("NEW");
+                           return session_.seconds_of(typed) / executions;
+                       },
+                       [&] { return seconds_each_execution(session_, stored); }),
+                   typed_goal);
     }
 
     void compare_windows() {

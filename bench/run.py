@@ -1,7 +1,8 @@
 """Runs the measurements one after the other.
 
-    python3 bench/run.py [--part NAME]... [--rounds N] [options of compare.py]
+    python3 bench/run.py [--part NAME]... [--rounds N] [--into PAGE.md] [options of compare.py]
 
+All tables are Markdown. With --into those of the page are replaced by those that have been measured: docs/performance.md.
 Without --part it runs all of them but "shapes", which compares statements with their general handlers, "even", which compares
 those that may fall behind with other interpreters, and "web", which compares the machine for browsers with the image; options
 that only compare.py knows choose the part "tasks".
@@ -13,54 +14,60 @@ import subprocess
 import sys
 
 import machine_facts
+import tables
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
-PROGRAMS = {
+PARTS = {
+    "tasks": ("Tasks, beside other interpreters", "compare.py"),
     "screen": ("Screen statements at 1920x1080", "screen_speed"),
     "editor": ("The program's lines", "editor_speed"),
     "growth": ("Long programs and many names", "growth_speed"),
     "startup": ("Start-up", "startup_speed"),
+    "shapes": ("Statements, beside the image without specialised ones", "shapes.py"),
+    "even": ("Statements that may fall behind", "even.py"),
+    "web": ("In Chromium, beside the image on the hosted firmware", "web_speed.py"),
 }
-PARTS = ["tasks", *PROGRAMS, "shapes", "even", "web"]
+EVERYTHING = ["tasks", "screen", "editor", "growth", "startup"]
 
 
 def parse_arguments():
     parser = argparse.ArgumentParser(description="Measures the image's speed.", allow_abbrev=False)
-    parser.add_argument("--part", action="append", choices=PARTS, help="may be given again")
+    parser.add_argument("--part", action="append", choices=list(PARTS), help="may be given again")
     parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--into", type=pathlib.Path, help="a page whose tables are replaced")
     parser.add_argument("--image", type=pathlib.Path, default=ROOT / "build/korvane.efi")
     arguments, for_tasks = parser.parse_known_args()
     if not arguments.part:
-        arguments.part = ["tasks"] if for_tasks else ["tasks", *PROGRAMS]
+        arguments.part = ["tasks"] if for_tasks else EVERYTHING
     return arguments, for_tasks
+
+
+def run(part, title, command, page):
+    """Shows what a part prints, and puts it into the page; whether it failed."""
+    print(f"\n{title}\n", flush=True)
+    printed = []
+    with subprocess.Popen(command, stdout=subprocess.PIPE, text=True) as process:
+        for line in process.stdout:
+            print(line, end="", flush=True)
+            printed.append(line)
+    if page and process.returncode == 0:
+        page.write_text(tables.put_into(page.read_text(), part, "".join(printed)))
+    return process.returncode != 0
 
 
 def main():
     arguments, for_tasks = parse_arguments()
     common = ["--rounds", str(arguments.rounds)]
-    failures = 0
-    if "tasks" in arguments.part:
-        command = [sys.executable, ROOT / "bench/compare.py", *common, "--image", arguments.image, *for_tasks]
-        failures += subprocess.run(command, check=False).returncode != 0
-    else:
+    scripted = [*common, "--image", arguments.image, *for_tasks]
+    if "tasks" not in arguments.part:
         print("\n".join(machine_facts.machine_lines(arguments.image, arguments.rounds)))
-    for part, (title, program) in PROGRAMS.items():
+    failures = 0
+    for part, (title, program) in PARTS.items():
         if part in arguments.part:
-            print(f"\n{title}\n", flush=True)
-            command = [ROOT / "build/host/bench" / program, *common, arguments.image]
-            failures += subprocess.run(command, check=False).returncode != 0
-    if "shapes" in arguments.part:
-        print("\nStatements, beside the image without specialised ones\n", flush=True)
-        command = [sys.executable, ROOT / "bench/shapes.py", *common, "--image", arguments.image, *for_tasks]
-        failures += subprocess.run(command, check=False).returncode != 0
-    if "even" in arguments.part:
-        print("\nStatements that may fall behind\n", flush=True)
-        command = [sys.executable, ROOT / "bench/even.py", *common, "--image", arguments.image, *for_tasks]
-        failures += subprocess.run(command, check=False).returncode != 0
-    if "web" in arguments.part:
-        print("\nIn Chromium, beside the image on the hosted firmware\n", flush=True)
-        command = [sys.executable, ROOT / "bench/web_speed.py", *common, "--image", arguments.image, *for_tasks]
-        failures += subprocess.run(command, check=False).returncode != 0
+            is_script = program.endswith(".py")
+            command = ([sys.executable, ROOT / "bench" / program, *scripted] if is_script
+                       else [ROOT / "build/host/bench" / program, *common, arguments.image])
+            failures += run(part, title, command, arguments.into)
     return 1 if failures else 0
 
 
