@@ -3,6 +3,7 @@
 // yardstick is the same work in the short program, or with the early name. A long program does not fit into
 // the processor's nearest cache, which its goal allows for.
 #include <cstdlib>
+#include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
@@ -19,6 +20,7 @@ constexpr int executions = 400000;  // of the statement, in one measurement
 constexpr int many_names = 4000;
 constexpr double growth_goal = 5;
 constexpr double late_goal = 1.1;
+constexpr double linear_goal = 1.2;  // for each of twice as many things
 
 // The statement of a line, given its index and the number of lines.
 using Statement = std::function<std::string(int index, int count)>;
@@ -69,6 +71,14 @@ std::string name_loop(bool late, const std::string& create, const std::string& o
     return repeating_program(lines, statement, executions);
 }
 
+// Creates so many names, each once.
+std::string creating_program(int names) {
+    std::string text;
+    for (int i = 0; i < names; ++i)
+        text += line_number(i).append(" N").append(std::to_string(i)).append(" = 1\r\n");
+    return text;
+}
+
 class Growth {
   public:
     explicit Growth(const Options& options) : options_(options), session_(options.image, 640, 480) {}
@@ -92,9 +102,13 @@ class Growth {
         compare_far("ON 2 GOSUB 1000, 900010");
         compare_far("RESTORE: READ X");
         compare_far("RESTORE 900000: READ X");
+        compare_far("RESTORE 1000: READ X");
         compare_names("Z = Z + 1", "Z = 0", "", " = 0");
         compare_names("Z$ = Y$", "Z$ = \"z\"", "", "$ = \"n\"");
         compare_names("Z(3) = Z(2) + 1", "DIM Z(10)", "DIM ", "(1)");
+        compare_erasing();
+        compare_creation();
+        compare_windows();
     }
 
   private:
@@ -124,6 +138,47 @@ class Growth {
             return name_loop(late, create, other_head, other_tail, statement);
         };
         compare(statement + "; created after 4,000 names, before them", loop(true), loop(false), late_goal);
+    }
+
+    // An array that comes and goes beside many names and few.
+    void compare_erasing() {
+        const auto beside = [](int names) {
+            std::vector<std::string> lines;
+            for (int i = 0; i < names; ++i)
+                lines.push_back(std::string("N").append(std::to_string(i)).append(" = 0"));
+            return repeating_program(lines, "DIM Z(3): Z(1) = 2: ERASE Z", executions);
+        };
+        compare("DIM Z(3): Z(1) = 2: ERASE Z; beside 4,000 names, 40", beside(many_names),
+                beside(short_lines), linear_goal);
+    }
+
+    void compare_creation() {
+        const auto seconds_each_name = [this](int names) {
+            std::ofstream(session_.file("NAMES.BAS"), std::ios::binary) << creating_program(names);
+            session_.enter("LOAD \"NAMES.BAS\"");
+            session_.enter("RUN");
+            return session_.seconds_of("RUN") / names;
+        };
+        table_.row("a new name; of 4,000, of 2,000",
+                   take_turns(
+                       options_.rounds, [&] { return seconds_each_name(many_names); },
+                       [&] { return seconds_each_name(many_names / 2); }),
+                   linear_goal);
+    }
+
+    void compare_windows() {
+        const auto seconds_each_row = [this](int rows) {
+            constexpr int lines = 4000;
+            const std::vector<std::string> window = {"TXTWINDOW @1, 10, 1, 29, " + std::to_string(rows)};
+            WaitingProgram program(session_, repeating_program(window, "PRINT @1, \"X\"", lines));
+            program.seconds();
+            return program.seconds() / lines / rows;
+        };
+        table_.row(
+            "a row of a window that scrolls; of 28, of 14",
+            take_turns(
+                options_.rounds, [&] { return seconds_each_row(28); }, [&] { return seconds_each_row(14); }),
+            linear_goal);
     }
 
     Options options_;

@@ -1,5 +1,5 @@
-# The compiler that makes WebAssembly modules with 64-bit addresses: Debian packages clang-19, lld-19 and
-# libclang-rt-19-dev-wasm64. The headers of the standard library are those of the native compiler.
+# The compiler that makes WebAssembly modules with 64-bit addresses: Debian packages clang-19 and lld-19. The headers of the
+# standard library are those of the native compiler.
 set(CMAKE_SYSTEM_NAME Generic)
 set(CMAKE_SYSTEM_PROCESSOR wasm64)
 set(CMAKE_CXX_COMPILER clang++-19)

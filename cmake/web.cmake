@@ -65,9 +65,6 @@ target_compile_options(
           -Wno-unknown-attributes
           -Wno-ignored-attributes)
 
-file(GLOB KORVANE_WASM_BUILTINS /usr/lib/llvm-19/lib/clang/19/lib/wasi/libclang_rt.builtins-wasm64.a)
-target_link_libraries(machine_parts PUBLIC ${KORVANE_WASM_BUILTINS})
-
 # Where data and stack lie. The machines of the tests have memory in many places.
 set(KORVANE_BASE_korvane.wasm 16777216)
 set(KORVANE_BASE_korvane-test.wasm 100663296)

@@ -23,6 +23,7 @@
 #include "run/breakpoints.h"
 #include "run/control_stacks.h"
 #include "run/event_timers.h"
+#include "run/native.h"
 #include "run/run.h"
 #include "run/specialised.h"
 #include "run/trace.h"
@@ -94,6 +95,7 @@ void initialize_state() {
     clear_breakpoints();
     clear_trace();
     reset_run_state();
+    native::initialize();
 }
 
 void take_memory() {
@@ -146,6 +148,7 @@ _ModuleEntryPoint(korvane::uefi::Handle image_handle, korvane::uefi::SystemTable
         run_command_loop();
     }
     if (load_packed_program()) handle_text("RUN");
+    native::give_back_memory();
     give_back_firmware_console();
     return uefi::success;
 }

@@ -32,6 +32,7 @@ struct GraphicsMode {
 struct VolumeConfig {
     std::string folder;  // its name on the host
     bool read_only = false;
+    std::uint64_t size = std::uint64_t{1} << 40;      // bytes that it tells to have in all
     std::uint64_t capacity = std::uint64_t{1} << 40;  // bytes by which files may still grow
     std::u16string label = u"KORVANE";
     // Programs (files named *.BAS) are text of the host; the image sees them in code page 437, and what it

@@ -342,7 +342,7 @@ uefi::Status EFIAPI FileServices::set_position(uefi::FileProtocol* self, std::ui
 uefi::Status FileServices::file_system_information(const Volume& volume, std::uint64_t* size, void* buffer) {
     uefi::FileSystemInfo information{};
     information.ReadOnly = volume.read_only_ ? 1 : 0;
-    information.VolumeSize = std::uint64_t{1} << 40;
+    information.VolumeSize = volume.size_;
     information.FreeSpace = volume.free_bytes_;
     information.BlockSize = 512;
     return put_named_record(information, uefi::file_system_info_label_offset, volume.label_, size, buffer);

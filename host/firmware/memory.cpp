@@ -205,6 +205,13 @@ uefi::Status Memory::change_attributes(uefi::PhysicalAddress address, std::uint6
     return uefi::success;
 }
 
+std::uint64_t Memory::executable_pages() const {
+    std::uint64_t pages = 0;
+    for (const auto& [base, range] : ranges_)
+        if ((range.attributes & uefi::memory_execute_protect) == 0) pages += range.pages;
+    return pages;
+}
+
 bool Memory::contains(std::uint64_t address) const {
     return std::any_of(
         mappings_.begin(), mappings_.end(),

@@ -38,6 +38,9 @@ class Memory {
     uefi::Status change_attributes(uefi::PhysicalAddress address, std::uint64_t bytes, std::uint64_t set,
                                    std::uint64_t cleared);
 
+    // Allocated pages that may be executed.
+    std::uint64_t executable_pages() const;
+
     // True for an address of its own memory, whatever that is used for.
     bool contains(std::uint64_t address) const;
 

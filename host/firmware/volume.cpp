@@ -19,6 +19,7 @@ Volume::Volume(const VolumeConfig& config, ServiceFaults& faults, Misuse& misuse
     : uefi::SimpleFileSystemProtocol{simple_file_system_revision, open_volume},
       folder_(config.folder),
       read_only_(config.read_only),
+      size_(config.size),
       free_bytes_(config.capacity),
       label_(config.label),
       host_programs_(config.host_programs),

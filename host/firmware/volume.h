@@ -60,6 +60,10 @@ class Volume : public uefi::SimpleFileSystemProtocol {
     const ProgramNotes& program_notes() const { return program_notes_; }
     void forget_program_notes() { program_notes_ = {}; }
 
+    // The host itself has put so many bytes into the folder's files, or taken them out.
+    void host_put(std::uint64_t bytes) { free_bytes_ -= bytes < free_bytes_ ? bytes : free_bytes_; }
+    void host_took(std::uint64_t bytes) { free_bytes_ += bytes; }
+
     // The media has gone: every use of the volume and of its files fails so from now on.
     void lose(uefi::Status status) { lost_ = status; }
 
@@ -75,6 +79,7 @@ class Volume : public uefi::SimpleFileSystemProtocol {
 
     Folder folder_;
     bool read_only_;
+    std::uint64_t size_;
     std::uint64_t free_bytes_;
     std::u16string label_;
     std::vector<LentFile> lent_;

@@ -2,8 +2,8 @@
 #include "fast/expression.h"
 #include "fast/sides.h"
 #include "fast/text_sides.h"
-#include "program/errors.h"
 #include "program/execution.h"
+#include "program/keywords.h"
 #include "values/held_arguments.h"
 #include "values/operator_strength.h"
 #include "values/random.h"
@@ -17,6 +17,22 @@ namespace {
 constexpr std::uint8_t met = 0x10;
 constexpr std::uint8_t refused = 0x20;
 constexpr std::uint8_t held = 0x40;
+
+// Where an operand is missing may stand any record, also the first one of a statement.
+bool begins_operand(const Token* at) {
+    switch (at->kind) {
+        case NUMBER:
+        case STRING_LITERAL:
+        case IDENTIFIER:
+        case '(':
+        case '+':
+        case '-':
+        case KW_NOT:
+            return true;
+        default:
+            return false;
+    }
+}
 
 // Makes the argument's steps, and its first record keep where they begin; false when it has none. The leaf in
 // front of a chain is kept by the chain's first record, an operator whose left side the accumulator carries.
@@ -62,7 +78,7 @@ Value held_value(Token* first) {
 }
 
 // The value of a held argument. One that fails starts again with what it found.
-Value evaluate_held(Cursor& cursor) {
+[[gnu::noinline]] Value evaluate_held(Cursor& cursor) {
     std::uint8_t* const string_top = arenas.FREETOP;
     const RandomState random = random_state;
     const Value value = held_value(cursor);
@@ -83,6 +99,8 @@ Value evaluate_held(Cursor& cursor) {
 
 namespace korvane {
 
+// No way from here to the general evaluator leaves a frame on the stack, so that an expression may be as deep
+// as without the marks.
 Value evaluate_argument(Cursor& cursor) {
     using namespace fast;
     Token* first = cursor;
@@ -90,16 +108,13 @@ Value evaluate_argument(Cursor& cursor) {
     const bool known = argument.state != 0 && argument.generation == arenas.generation;
     if (__builtin_expect(known, true)) {
         if (argument.state < held) look_at_argument(first);
-        return argument.state >= held ? evaluate_held(cursor) : evaluate_unheld(cursor);
-    }
-    const Value value = evaluate_unheld(cursor);
-    // Where an operand is missing stands a record that is none of an argument's.
-    if (!error_pending()) {
+        if (argument.state >= held) return evaluate_held(cursor);
+    } else if (begins_operand(first)) {
         argument = {};
         argument.generation = arenas.generation;
         argument.state = met;
     }
-    return value;
+    return evaluate_unheld(cursor);
 }
 
 }  // namespace korvane

@@ -8,18 +8,18 @@
 namespace korvane::fast {
 namespace {
 
-inline Whole truth(bool is_true, Token* at) {
-    return go_on_whole(is_true ? -1 : 0, at);
+inline std::int64_t truth(bool is_true) {
+    return is_true ? -1 : 0;
 }
 
 // What is no number fails, and so does a computed value that is infinite: the general evaluator says whether
 // it is an error.
 template <int relation>
-Whole compare_reals(std::int64_t, Token* at) {
+WholeResult compare_reals(std::int64_t, Token* at) {
     const double left = left_real(at);
     const double right = right_real(at);
     if (!is_finite(left) || !is_finite(right)) return no_whole;
-    return truth(holds<relation>(left, right), at);
+    KORVANE_JUMP return go_on_whole(truth(holds<relation>(left, right)), at);
 }
 
 // Doubles that are exact beyond doubt.
@@ -29,46 +29,47 @@ inline bool are_exact(double left, double right) {
 
 // Where care is needed the sides do not change places, and the operator is read again.
 template <typename Number>
-Whole compare_in_order(Number left, Number right, Token* at) {
-    const Token* operation = at;
+std::int64_t truth_in_order(Number left, Number right, const Token* operation) {
     const std::uint8_t outcome = left < right ? LESS : left > right ? GREATER : EQUAL;
-    return truth((read_relation(operation) & outcome) != 0, at);
+    return truth((read_relation(operation) & outcome) != 0);
 }
 
 // A number that fails may be an integer that no double holds: the general evaluator compares it exactly.
-Whole compare_reals_with_care(std::int64_t, Token* at) {
+WholeResult compare_reals_with_care(std::int64_t, Token* at) {
     const double left = left_real(at);
     const double right = quick_right_real(at);
-    return are_exact(left, right) ? compare_in_order(left, right, at) : no_whole;
+    if (!are_exact(left, right)) return no_whole;
+    KORVANE_JUMP return go_on_whole(truth_in_order(left, right, at), at);
 }
 
-Whole compare_wholes_with_care(std::int64_t, Token* at) {
+WholeResult compare_wholes_with_care(std::int64_t, Token* at) {
     const Whole left = left_whole(at);
     if (left.failed != 0) return left;
     const Whole right = right_whole(at);
-    return right.failed != 0 ? right : compare_in_order(left.value, right.value, at);
+    if (right.failed != 0) return right;
+    KORVANE_JUMP return go_on_whole(truth_in_order(left.value, right.value, at), at);
 }
 
 template <int relation, typename Number>
-Whole compare_plain(std::int64_t, Token* at) {
+WholeResult compare_plain(std::int64_t, Token* at) {
     const auto left = plain_left<Number>(at);
     if (as<OperatorRecord>(at).left_chain != nullptr && !is_finite(left)) return no_whole;
     const auto right = plain_right<Number>(at);
     if (as<OperatorRecord>(at).right_chain != nullptr && !is_finite(right)) return no_whole;
     if (__builtin_isunordered(left, right)) return no_whole;
-    return truth(holds<relation>(left, right), at);
+    KORVANE_JUMP return go_on_whole(truth(holds<relation>(left, right)), at);
 }
 
 template <int relation>
-Whole compare_wholes(std::int64_t, Token* at) {
+WholeResult compare_wholes(std::int64_t, Token* at) {
     const Whole left = left_whole(at);
     if (left.failed != 0) return left;
     const Whole right = right_whole(at);
     if (right.failed != 0) return right;
-    return truth(holds<relation>(left.value, right.value), at);
+    KORVANE_JUMP return go_on_whole(truth(holds<relation>(left.value, right.value)), at);
 }
 
-using WholeStep = Whole (*)(std::int64_t, Token*);
+using WholeStep = WholeResult (*)(std::int64_t, Token*);
 
 template <int relation>
 WholeStep choose_for(const OperatorRecord& record, Domain domain) {

@@ -10,18 +10,21 @@ namespace {
 template <Leaf leaf, int size, Subscripts subscripts>
 double real_element(double, Token* at) {
     const std::uint8_t* element = find_element<size, subscripts>(at);
-    return element == nullptr ? no_number() : go_on(real_leaf<leaf>(element), at);
+    if (element == nullptr) return no_number();
+    KORVANE_JUMP return go_on(real_leaf<leaf>(element), at);
 }
 
 float single_element(float, Token* at) {
     const std::uint8_t* element = find_element<4, Subscripts::any>(at);
-    return element == nullptr ? static_cast<float>(no_number()) : go_on_single(read<float>(element), at);
+    if (element == nullptr) return static_cast<float>(no_number());
+    KORVANE_JUMP return go_on_single(read<float>(element), at);
 }
 
 template <Leaf leaf, int size, Subscripts subscripts>
-Whole whole_element(std::int64_t, Token* at) {
+WholeResult whole_element(std::int64_t, Token* at) {
     const std::uint8_t* element = find_element<size, subscripts>(at);
-    return element == nullptr ? no_whole : go_on_whole(whole_leaf<leaf>(element), at);
+    if (element == nullptr) return no_whole;
+    KORVANE_JUMP return go_on_whole(whole_leaf<leaf>(element), at);
 }
 
 template <Subscripts subscripts>
@@ -36,7 +39,7 @@ Value text_element(Token* at) {
 
 // For each type, and for the frequent subscripts where they have steps of their own.
 using RealStep = double (*)(double, Token*);
-using WholeStep = Whole (*)(std::int64_t, Token*);
+using WholeStep = WholeResult (*)(std::int64_t, Token*);
 
 template <Type type, Subscripts subscripts>
 constexpr RealStep real_step = real_element<leaf_of(type), storage_size(type), subscripts>;

@@ -121,9 +121,9 @@ Side emit(std::int16_t index) {
     const Node& node = node_at(index);
     switch (node.form) {
         case Form::variable:
-            return {.kind = node.kind, .leaf = node.storage, .chain = nullptr, .last = nullptr};
         case Form::bare_call:
-            return {.kind = node.kind, .leaf = node.built_in, .chain = nullptr, .last = nullptr};
+        case Form::bare_user_call:
+            return {.kind = node.kind, .leaf = node.storage, .chain = nullptr, .last = nullptr};
         case Form::literal:
             return {.kind = node.kind,
                     .leaf = emit_literal(node.token, node.kind),

@@ -9,8 +9,6 @@
 #include "fast/text_sides.h"
 #include "numbers/kernels.h"
 #include "numbers/rounding.h"
-#include "platform/stack.h"
-#include "screen/keyboard.h"
 #include "values/functions.h"
 #include "values/random.h"
 #include "values/string_functions.h"
@@ -27,49 +25,54 @@ using RealFunction = double (*)(double);
 template <RealFunction function>
 double real_function(double, Token* at) {
     const double x = quick_right_real(at);
-    return is_finite(x) ? go_on(function(x), at) : x;
+    if (!is_finite(x)) return x;
+    KORVANE_JUMP return go_on(function(x), at);
 }
 
 // One that gives a SINGLE for a SINGLE.
 template <RealFunction function>
 float single_function(float, Token* at) {
     const double x = right_real(at);
-    return is_finite(x) ? go_on_single(static_cast<float>(function(x)), at) : static_cast<float>(x);
+    if (!is_finite(x)) return static_cast<float>(x);
+    KORVANE_JUMP return go_on_single(static_cast<float>(function(x)), at);
 }
 
 double absolute(double x) {
     return __builtin_fabs(x);
 }
 
-Whole absolute_whole(std::int64_t, Token* at) {
+WholeResult absolute_whole(std::int64_t, Token* at) {
     const Whole x = right_whole(at);
     if (x.failed != 0 || x.value == INT64_MIN) return no_whole;
-    return go_on_whole(x.value < 0 ? -x.value : x.value, at);
+    KORVANE_JUMP return go_on_whole(x.value < 0 ? -x.value : x.value, at);
 }
 
 // INT and FIX of an integer, and CINT of any number: whole_side() rounds.
-Whole same_whole(std::int64_t, Token* at) {
+WholeResult same_whole(std::int64_t, Token* at) {
     const Whole x = right_whole(at);
-    return x.failed != 0 ? x : go_on_whole(x.value, at);
+    if (x.failed != 0) return x;
+    KORVANE_JUMP return go_on_whole(x.value, at);
 }
 
-Whole sign_of_real(std::int64_t, Token* at) {
+WholeResult sign_of_real(std::int64_t, Token* at) {
     const double x = right_real(at);
     if (!is_finite(x)) return no_whole;
-    return go_on_whole((x > 0) - (x < 0), at);
+    KORVANE_JUMP return go_on_whole((x > 0) - (x < 0), at);
 }
 
-Whole length_of_text(std::int64_t, Token* at) {
+WholeResult length_of_text(std::int64_t, Token* at) {
     const Value text = right_text(at);
-    return failed(text) ? no_whole : go_on_whole(text.length, at);
+    if (failed(text)) return no_whole;
+    KORVANE_JUMP return go_on_whole(text.length, at);
 }
 
-Whole code_of_text(std::int64_t, Token* at) {
+WholeResult code_of_text(std::int64_t, Token* at) {
     const Value text = right_text(at);
-    return failed(text) || text.length == 0 ? no_whole : go_on_whole(text.bytes[0], at);
+    if (failed(text) || text.length == 0) return no_whole;
+    KORVANE_JUMP return go_on_whole(text.bytes[0], at);
 }
 
-Whole position_in_text(std::int64_t, Token* at) {
+WholeResult position_in_text(std::int64_t, Token* at) {
     const Token* mark = at;
     const Token* second = as<MarkRecord>(at).next_mark;
     Whole start{1, 0};
@@ -82,7 +85,7 @@ Whole position_in_text(std::int64_t, Token* at) {
     if (failed(text)) return no_whole;
     const Value wanted = right_text(as<MarkRecord>(mark).next_mark);
     if (failed(wanted)) return no_whole;
-    return go_on_whole(find_text(text, wanted, start.value), at);
+    KORVANE_JUMP return go_on_whole(find_text(text, wanted, start.value), at);
 }
 
 // VAL of what is certainly a DOUBLE.
@@ -90,7 +93,8 @@ double number_in_text(double, Token* at) {
     const Value text = right_text(at);
     if (failed(text)) return no_number();
     const std::string_view characters = text.text();
-    return cannot_overflow(characters) ? go_on(longest_number(characters).real, at) : no_number();
+    if (!cannot_overflow(characters)) return no_number();
+    KORVANE_JUMP return go_on(longest_number(characters).real, at);
 }
 
 double same(double x) {
@@ -101,15 +105,16 @@ double same(double x) {
 float random_number(float, Token* at) {
     const double x = right_real(at);
     if (!(__builtin_fabs(x) <= exact_integers)) return static_cast<float>(no_number());
-    return go_on_single(static_cast<float>(random_for(Value::of_real(x)).real), at);
+    KORVANE_JUMP return go_on_single(static_cast<float>(random_for(Value::of_real(x)).real), at);
 }
 
 // What any integer is an argument for: the function itself is called.
-Whole function_of_integer(std::int64_t, Token* at) {
+WholeResult function_of_integer(std::int64_t, Token* at) {
     const auto& call = as<CallRecord>(at);
     if (call.last_argument == Type::STRING) return no_whole;
     const Whole x = quick_right_index(at);
-    return x.failed != 0 ? x : go_on_whole(call.built_in->unary(Value::of_integer(x.value)).integer, at);
+    if (x.failed != 0) return x;
+    KORVANE_JUMP return go_on_whole(call.built_in->unary(Value::of_integer(x.value)).integer, at);
 }
 
 // The bytes of a number in a text, which must be so many.
@@ -118,17 +123,20 @@ Value image_value(const Token* at, std::uint32_t size) {
     return failed(image) || image.length < size ? no_text() : as<CallRecord>(at).built_in->unary(image);
 }
 
-Whole integer_image(std::int64_t, Token* at) {
+WholeResult integer_image(std::int64_t, Token* at) {
     const Value value = image_value(at, 2);
-    return failed(value) ? no_whole : go_on_whole(value.integer, at);
+    if (failed(value)) return no_whole;
+    KORVANE_JUMP return go_on_whole(value.integer, at);
 }
 float single_image(float, Token* at) {
     const Value value = image_value(at, 4);
-    return failed(value) ? static_cast<float>(no_number()) : go_on_single(static_cast<float>(value.real), at);
+    if (failed(value)) return static_cast<float>(no_number());
+    KORVANE_JUMP return go_on_single(static_cast<float>(value.real), at);
 }
 double double_image(double, Token* at) {
     const Value value = image_value(at, 8);
-    return failed(value) ? no_number() : go_on(value.real, at);
+    if (failed(value)) return no_number();
+    KORVANE_JUMP return go_on(value.real, at);
 }
 
 // A step of a function, in the domain that the step's type says. Functions with steps in several domains keep
@@ -205,79 +213,106 @@ const FunctionRow* find_row(std::string_view name, Domain domain) {
     return found;
 }
 
-// A parameter's own value while a call uses its variable.
-struct Saved {
-    std::uint8_t* storage;
-    std::int64_t bits;
+// What a parameter's variable holds.
+struct Content {
+    std::uint8_t bytes[sizeof(VariableEntry::storage)];
 };
 
-// Writes an argument with conversion to the parameter's type; false when it does not fit.
-bool bind(const VariableEntry& parameter, std::uint8_t* storage, const Token* mark) {
-    if (!is_integer(parameter.type)) return store_number(parameter.type, storage, right_real(mark));
-    const Whole x = right_whole(mark);
-    return x.failed == 0 && store_number(parameter.type, storage, x.value);
-}
-
-// Notes a call, as every call is. When Escape ends the statement, what is specialised gives up: the general
-// handler, which executes the statement anew, finds the Escape that is pending and can break.
-bool may_call_on() {
-    if (may_call()) return true;
-    keyboard.look_ahead = break_pending;
-    return false;
-}
-
-// The body's value with all parameters bound. Arguments are evaluated before any parameter is changed, so
-// they are collected first; parameters are put back in reverse.
-template <typename Body>
-bool call(const Token* bracket, Body body) {
-    UserFunction* function = as<CallRecord>(bracket).callee;
-    if (stack_exhausted() || !may_call_on()) return false;
-    std::uint8_t arguments[max_parameters][8];
-    std::int32_t count = 0;
-    for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark, ++count)
-        if (!bind(*function->entries[count], arguments[count], mark)) return false;
-    Saved saved[max_parameters];
-    for (std::int32_t i = 0; i < count; ++i) {
-        VariableEntry* entry = function->entries[i];
-        saved[i].storage = entry->storage;
-        saved[i].bits = read<std::int64_t>(entry->storage);
-        __builtin_memcpy(entry->storage, arguments[i], storage_size(entry->type));
+// Makes an argument the content of a parameter, converted to its type; false when it does not fit. A text
+// still is where the argument has it.
+bool take_argument(Type type, Content& content, const Token* mark) {
+    if (type == Type::DOUBLE) return store_number<double>(content.bytes, quick_right_real(mark));
+    if (type == Type::STRING) {
+        const Value text = right_text(mark);
+        write_text(content.bytes, text);
+        return !failed(text);
     }
-    body(&function->head);
-    while (count-- > 0)
-        __builtin_memcpy(saved[count].storage, &saved[count].bits, sizeof saved[count].bits);
+    if (!is_integer(type)) return store_number(type, content.bytes, right_real(mark));
+    const Whole x = right_whole(mark);
+    return x.failed == 0 && store_number(type, content.bytes, x.value);
+}
+
+// Copies the texts among the contents to string space.
+bool copy_texts(const UserFunction& function, Content* contents) {
+    for (std::int32_t i = 0; i < function.parameter_count; ++i) {
+        if (function.entries[i]->type != Type::STRING) continue;
+        const auto text = read_unaligned<StringDescriptor>(contents[i].bytes);
+        if (!store_text(contents[i].bytes, Value::of_string(text.bytes, text.length))) return false;
+    }
     return true;
 }
 
+// Binds the parameters to the arguments of a call, and keeps what they held; false when nothing is bound.
+// Arguments are evaluated before any parameter is changed, so they are collected first, and texts are copied
+// when all are there.
+[[gnu::noinline]] bool bind(const Token* bracket, Content* contents) {
+    const UserFunction& function = *as<CallRecord>(bracket).callee;
+    if (!may_call_user()) return false;
+    bool any_text = false;
+    VariableEntry* const* entry = function.entries;
+    Content* content = contents;
+    for (const Token* mark = bracket; mark != nullptr; mark = as<MarkRecord>(mark).next_mark) {
+        const Type type = (*entry)->type;
+        *content = read_unaligned<Content>((*entry++)->storage);
+        if (!take_argument(type, *content++, mark)) return false;
+        any_text |= type == Type::STRING;
+    }
+    if (any_text && !copy_texts(function, contents)) return false;
+    for (std::int32_t i = 0; i < function.parameter_count; ++i) {
+        const auto before = read_unaligned<Content>(function.entries[i]->storage);
+        write_unaligned(function.entries[i]->storage, contents[i]);
+        contents[i] = before;
+    }
+    return true;
+}
+
+// In reverse, so that of two parameters with one name the older content comes back. Of a text only the
+// variable's storage is put back, which takes no string space.
+void put_back(const Token* bracket, const Content* contents) {
+    const UserFunction& function = *as<CallRecord>(bracket).callee;
+    for (std::int32_t i = function.parameter_count; i-- > 0;)
+        write_unaligned(function.entries[i]->storage, contents[i]);
+}
+
+// The body's value with all parameters bound; `failed` when they cannot be.
+template <typename Result, typename Evaluate>
+inline Result call(const Token* bracket, Result failed, Evaluate evaluate) {
+    Content contents[max_parameters];
+    if (!bind(bracket, contents)) return failed;
+    const Result result = evaluate(&as<CallRecord>(bracket).callee->head);
+    put_back(bracket, contents);
+    return result;
+}
+
 double call_real(double, Token* at) {
-    double result = no_number();
-    call(at, [&result](const Token* head) { result = right_real(head); });
-    return go_on(result, at);
+    KORVANE_JUMP return go_on(call(at, no_number(), right_real), at);
 }
 
 // The frequent case: one DOUBLE parameter.
 double call_real_with_one(double, Token* at) {
     const UserFunction* function = as<CallRecord>(at).callee;
     const double argument = quick_right_real(at);
-    if (!is_finite(argument) || stack_exhausted() || !may_call_on()) return no_number();
+    if (!is_finite(argument) || !may_call_user()) return no_number();
     std::uint8_t* storage = function->entries[0]->storage;
     const double saved = read<double>(storage);
     __builtin_memcpy(storage, &argument, sizeof argument);
     const double result = quick_right_real(&function->head);
     __builtin_memcpy(storage, &saved, sizeof saved);
-    return go_on(result, at);
+    KORVANE_JUMP return go_on(result, at);
 }
 
 float call_single(float, Token* at) {
-    double result = no_number();
-    call(at, [&result](const Token* head) { result = right_real(head); });
-    return go_on_single(static_cast<float>(result), at);
+    KORVANE_JUMP return go_on_single(static_cast<float>(call(at, no_number(), right_real)), at);
 }
 
-Whole call_whole(std::int64_t, Token* at) {
-    Whole result = no_whole;
-    call(at, [&result](const Token* head) { result = right_whole(head); });
-    return result.failed != 0 ? result : go_on_whole(result.value, at);
+WholeResult call_whole(std::int64_t, Token* at) {
+    const Whole result = call(at, no_whole, right_whole);
+    if (result.failed != 0) return result;
+    KORVANE_JUMP return go_on_whole(result.value, at);
+}
+
+Value call_text(Token* at) {
+    return call(at, no_text(), right_text);
 }
 
 }  // namespace
@@ -333,6 +368,9 @@ void set_user_function_step(Token* bracket, UserFunction* function, Domain domai
         }
         case Domain::single:
             call.function.single = call_single;
+            break;
+        case Domain::text:
+            call.function.text = call_text;
             break;
         default:
             call.function.whole = call_whole;

@@ -39,7 +39,7 @@ bool draws_random(std::string_view name);
 void set_function_step(Token* bracket, const BuiltInFunction& function, Type last, Domain domain);
 
 // Sets the step of a call of a user function. The bracket and its commas hold the arguments like subscripts;
-// the function's head token holds its body as right side. All parameters are numeric.
+// the function's head token holds its body as right side.
 void set_user_function_step(Token* bracket, UserFunction* function, Domain domain);
 
 }  // namespace korvane::fast

@@ -24,6 +24,7 @@ enum class Form : std::uint8_t {
     variable,
     literal,
     bare_call,  // of a built-in function without arguments
+    bare_user_call,
     binary,
     relation,
     sign,
@@ -43,7 +44,7 @@ struct Node {
     Type type;
     Token* token;  // the operator, the literal, the bracket; of an argument, the mark in front of it
     union {
-        const void* storage;              // of a variable
+        const void* storage;              // of a variable; of any leaf, what it is read from
         const ArrayBlock* array;          // of an element
         UserFunction* function;           // of a user function's call
         const BuiltInFunction* built_in;  // of a built-in function's call

@@ -34,10 +34,11 @@ struct Reals {
     static double right_of_both(const Token* at) { return right_real(at); }
 
     template <int operation>
-    static double finish(double left, double right, Token* at) {
-        if constexpr (operation == '^') return go_on(raise_to(left, right), at);
-        if constexpr (operation != '^') return go_on(apply<operation>(left, right), at);
+    static double combine(double left, double right) {
+        if constexpr (operation == '^') return raise_to(left, right);
+        if constexpr (operation != '^') return apply<operation>(left, right);
     }
+    static double go_on(double result, Token* at) { KORVANE_JUMP return fast::go_on(result, at); }
 };
 
 // Where an operand may be something that a float cannot hold, it is taken as a double.
@@ -56,10 +57,11 @@ struct Singles {
     static double right_of_both(const Token* at) { return right_real(at); }
 
     template <int operation, typename Left, typename Right>
-    static float finish(Left left, Right right, Token* at) {
+    static float combine(Left left, Right right) {
         using Wider = std::common_type_t<Left, Right>;
-        return go_on_single(static_cast<float>(apply<operation, Wider>(left, right)), at);
+        return static_cast<float>(apply<operation, Wider>(left, right));
     }
+    static float go_on(float result, Token* at) { KORVANE_JUMP return go_on_single(result, at); }
 };
 
 template <int operation>
@@ -68,7 +70,7 @@ inline Whole apply_whole(std::int64_t left, std::int64_t right) {
     bool failed = false;
     if constexpr (operation == '+') failed = __builtin_add_overflow(left, right, &result);
     if constexpr (operation == '-') failed = __builtin_sub_overflow(left, right, &result);
-    if constexpr (operation == '*') failed = __builtin_mul_overflow(left, right, &result);
+    if constexpr (operation == '*') failed = multiply_overflows(left, right, result);
     if constexpr (operation == '\\' || operation == KW_MOD) {
         if (right == 0 || right == -1) {
             if (right == 0 || left == INT64_MIN) return no_whole;
@@ -93,7 +95,7 @@ inline Whole apply_whole(std::int64_t left, std::int64_t right) {
 
 struct Wholes {
     using Number = std::int64_t;
-    using Result = Whole;
+    using Result = WholeResult;
     static constexpr Leaf own_leaf = I64;  // stands for the zero in front of a computed value
 
     template <Leaf leaf>
@@ -109,22 +111,39 @@ struct Wholes {
     static Whole right_of_both(const Token* at) { return quick_right_whole(at); }
 
     template <int operation>
-    static Whole finish(std::int64_t left, std::int64_t right, Token* at) {
-        const Whole result = apply_whole<operation>(left, right);
-        return __builtin_expect(result.failed != 0, false) ? result : go_on_whole(result.value, at);
+    static Whole combine(std::int64_t left, std::int64_t right) {
+        return apply_whole<operation>(left, right);
     }
     template <int operation>
-    static Whole finish(std::int64_t left, Whole right, Token* at) {
-        return right.failed != 0 ? right : finish<operation>(left, right.value, at);
+    static Whole combine(std::int64_t left, Whole right) {
+        return right.failed != 0 ? right : apply_whole<operation>(left, right.value);
     }
+    static WholeResult go_on(std::int64_t result, Token* at) { KORVANE_JUMP return go_on_whole(result, at); }
 };
+
+// What an operand or a result is, in a domain that has failures of its own and in one that has none.
+constexpr bool has_failed(double) {
+    return false;
+}
+inline bool has_failed(const Whole& whole) {
+    return __builtin_expect(whole.failed != 0, false);
+}
+template <typename Number>
+constexpr Number number_in(Number number) {
+    return number;
+}
+constexpr std::int64_t number_in(const Whole& whole) {
+    return whole.value;
+}
 
 // ---- The forms ----------------------------------------------------------------------------------
 
 template <typename In, int operation, Leaf leaf>
 typename In::Result with_leaf(typename In::Number accumulator, Token* at) {
     const auto right = In::template read_leaf<leaf>(as<OperatorRecord>(at).right_leaf);
-    return In::template finish<operation>(accumulator, right, at);
+    const auto result = In::template combine<operation>(accumulator, right);
+    if (has_failed(result)) return result;
+    KORVANE_JUMP return In::go_on(number_in(result), at);
 }
 
 // The chain is of the same domain, behind a leaf, or begins with a value of its own behind any leaf.
@@ -132,12 +151,16 @@ template <typename In, int operation, Leaf leaf>
 typename In::Result with_chain(typename In::Number accumulator, Token* at) {
     const auto& record = as<OperatorRecord>(at);
     const auto right = In::chain(In::template read_leaf<leaf>(record.right_leaf), record.right_chain);
-    return In::template finish<operation>(accumulator, right, at);
+    const auto result = In::template combine<operation>(accumulator, right);
+    if (has_failed(result)) return result;
+    KORVANE_JUMP return In::go_on(number_in(result), at);
 }
 
 template <typename In, int operation>
 typename In::Result with_side(typename In::Number accumulator, Token* at) {
-    return In::template finish<operation>(accumulator, In::right(at), at);
+    const auto result = In::template combine<operation>(accumulator, In::right(at));
+    if (has_failed(result)) return result;
+    KORVANE_JUMP return In::go_on(number_in(result), at);
 }
 
 template <typename In, int operation>
@@ -145,10 +168,10 @@ typename In::Result with_both_sides(typename In::Number, Token* at) {
     const auto left = In::left(at);
     if constexpr (std::is_same_v<decltype(left), const Whole>) {
         if (left.failed != 0) return left;
-        return In::template finish<operation>(left.value, In::right_of_both(at), at);
-    } else {
-        return In::template finish<operation>(left, In::right_of_both(at), at);
     }
+    const auto result = In::template combine<operation>(number_in(left), In::right_of_both(at));
+    if (has_failed(result)) return result;
+    KORVANE_JUMP return In::go_on(number_in(result), at);
 }
 
 // ---- Which of them there are --------------------------------------------------------------------
@@ -225,20 +248,23 @@ StepOf<Wholes> pick_whole(const Token* at, bool chained) {
 // ---- Signs and NOT ------------------------------------------------------------------------------
 
 double negate_real(double, Token* at) {
-    return go_on(-right_real(at), at);
+    KORVANE_JUMP return go_on(-right_real(at), at);
 }
 
 float negate_single(float, Token* at) {
-    return go_on_single(static_cast<float>(-right_real(at)), at);
+    KORVANE_JUMP return go_on_single(static_cast<float>(-right_real(at)), at);
 }
 
-Whole negate_whole(std::int64_t, Token* at) {
-    return Wholes::finish<'-'>(0, right_whole(at), at);
+WholeResult negate_whole(std::int64_t, Token* at) {
+    const Whole result = Wholes::combine<'-'>(0, right_whole(at));
+    if (has_failed(result)) return result;
+    KORVANE_JUMP return go_on_whole(result.value, at);
 }
 
-Whole complement(std::int64_t, Token* at) {
+WholeResult complement(std::int64_t, Token* at) {
     const Whole operand = right_whole(at);
-    return operand.failed != 0 ? operand : go_on_whole(~operand.value, at);
+    if (operand.failed != 0) return operand;
+    KORVANE_JUMP return go_on_whole(~operand.value, at);
 }
 
 }  // namespace

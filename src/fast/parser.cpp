@@ -68,9 +68,25 @@ std::int16_t add_bare_call(const BuiltInFunction& function, Token* name) {
     return add(node);
 }
 
+bool specialise_body(UserFunction& function);
+
+std::int16_t add_bare_user_call(Token* name) {
+    UserFunction* function = find_user_function(name->name);
+    if (function == nullptr || function->parameter_count != 0 || !specialise_body(*function) ||
+        !note_levels(levels_of_call + function->depth))
+        return none;
+    const Type type = function->head.value_type;
+    if (type == Type::STRING) return none;
+    Node node = make(Form::bare_user_call, type, name, unbounded);
+    node.function = function;
+    node.allocates = function->allocates;
+    node.draws = function->draws;
+    return add(node);
+}
+
 std::int16_t parse_variable(Token*& at) {
     Token* name = at++;
-    if (is_user_function_name(name->name)) return none;
+    if (is_user_function_name(name->name)) return add_bare_user_call(name);
     if (const BuiltInFunction* function = find_bare_function(name->name))
         return add_bare_call(*function, name);
     const VariableEntry* entry = find_variable(name->name, false);
@@ -135,15 +151,17 @@ std::int16_t add_call(Form form, Type type, Token* bracket, const Arguments& arg
 
 // The definition's body, held by the function's head, and the parameters' variables.
 bool hold_body(UserFunction& function) {
+    bool takes_text = false;
     for (std::int32_t i = 0; i < function.parameter_count; ++i) {
         function.entries[i] = find_variable(function.parameters[i], false);
-        if (function.entries[i] == nullptr || !is_numeric(function.entries[i]->type)) return false;
+        if (function.entries[i] == nullptr) return false;
+        takes_text |= function.entries[i]->type == Type::STRING;
     }
     Token* at = function.body;
     const std::int16_t body = parse_expression(at, 1);
-    if (body == none || at->kind != END_OF_LINE || !is_numeric(node_at(body).type)) return false;
+    if (body == none || at->kind != END_OF_LINE) return false;
     function.head.value_type = node_at(body).type;
-    function.allocates = node_at(body).allocates;
+    function.allocates = takes_text || node_at(body).allocates;
     function.draws = node_at(body).draws;
     if (!plan(body, domain_of(function.head.value_type))) return false;
     hold(&function.head, emit(body));
@@ -172,8 +190,13 @@ std::int16_t parse_user_call(Token*& at) {
     UserFunction* function = find_user_function(at->name);
     if (function == nullptr || function->parameter_count == 0) return none;
     Arguments arguments;
+    VariableEntry* const* parameter = function->entries;
+    VariableEntry* const* const end = parameter + function->parameter_count;
+    const auto accept = [&](Type type) {
+        return parameter != end && (type == Type::STRING) == ((*parameter++)->type == Type::STRING);
+    };
     if (!specialise_body(*function) || !note_levels(levels_of_call + function->depth) ||
-        !parse_arguments(bracket, at, arguments, is_numeric) || arguments.count != function->parameter_count)
+        !parse_arguments(bracket, at, arguments, accept) || parameter != end)
         return none;
     const std::int16_t call =
         add_call(Form::user_call, function->head.value_type, bracket, arguments, unbounded);

@@ -19,7 +19,9 @@ std::uint8_t kind_of_number(const Node& literal, Domain wanted) {
 std::uint8_t kind_of_leaf(const Node& node, Domain wanted) {
     if (node.form != Form::literal) {
         const bool whole = wanted == Domain::whole && is_integer(node.type);
-        const Leaf leaf = node.form == Form::variable ? leaf_of(node.type) : FUNCTION;
+        const Leaf leaf = node.form == Form::variable    ? leaf_of(node.type)
+                          : node.form == Form::bare_call ? FUNCTION
+                                                         : USER_FUNCTION;
         return side_kind(leaf, false, whole ? Domain::whole : Domain::real);
     }
     return node.type == Type::STRING ? std::uint8_t{TEXT_LITERAL} : kind_of_number(node, wanted);
@@ -67,7 +69,7 @@ bool is_plain_single(const Node& operand) {
         first = &left;
     }
     if (first != &operand) return true;
-    if (operand.form == Form::bare_call) return false;
+    if (operand.form == Form::bare_call || operand.form == Form::bare_user_call) return false;
     return operand.form == Form::literal ? kind_of_number(operand, Domain::single) == F32
                                          : operand.type == Type::SINGLE;
 }
@@ -137,6 +139,7 @@ bool plan(std::int16_t index, Domain wanted) {
         case Form::variable:
         case Form::literal:
         case Form::bare_call:
+        case Form::bare_user_call:
             node.kind = kind_of_leaf(node, wanted);
             return true;
         case Form::binary:

@@ -1,5 +1,6 @@
 #include "fast/sides.h"
 
+#include "screen/keyboard.h"
 #include "values/functions.h"
 
 namespace korvane::fast {
@@ -21,6 +22,9 @@ double leaf_as_real(std::uint8_t leaf, const void* place) {
             const Value value = static_cast<const BuiltInFunction*>(place)->bare();
             return is_integer(value.type) ? static_cast<double>(value.integer) : value.real;
         }
+        case USER_FUNCTION:
+            return !may_call_user() ? no_number()
+                                    : right_real(&static_cast<const UserFunction*>(place)->head);
         default:
             return 0;
     }
@@ -43,6 +47,11 @@ std::int64_t leaf_as_whole(std::uint8_t leaf, const void* place) {
 
 }  // namespace
 
+[[gnu::cold]] bool refuse_call() {
+    keyboard.look_ahead = break_pending;
+    return false;
+}
+
 double real_side(std::uint8_t kind, const void* leaf, Token* chain) {
     const std::uint8_t type = kind & leaf_mask;
     if ((kind & has_chain) == 0) return leaf_as_real(type, leaf);
@@ -58,10 +67,13 @@ double real_side(std::uint8_t kind, const void* leaf, Token* chain) {
     }
 }
 
-Whole whole_side(std::uint8_t kind, const void* leaf, Token* chain) {
+WholeResult whole_side(std::uint8_t kind, const void* leaf, Token* chain) {
     if (domain_of_kind(kind) != Domain::whole) return round_whole(real_side(kind, leaf, chain));
+    if ((kind & leaf_mask) == USER_FUNCTION)
+        return !may_call_user() ? no_whole : right_whole(&static_cast<const UserFunction*>(leaf)->head);
     const std::int64_t start = leaf_as_whole(kind & leaf_mask, leaf);
-    return (kind & has_chain) == 0 ? Whole{start, 0} : call_chain(start, chain);
+    if ((kind & has_chain) == 0) return Whole{start, 0};
+    return call_chain(start, chain);
 }
 
 }  // namespace korvane::fast

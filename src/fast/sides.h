@@ -6,6 +6,9 @@
 #include "fast/records.h"
 #include "fast/step.h"
 #include "numbers/rounding.h"
+#include "platform/processor.h"
+#include "platform/stack.h"
+#include "values/user_functions.h"
 
 namespace korvane::fast {
 
@@ -18,27 +21,30 @@ inline Datum read(const void* address) {
 
 // Starts a chain with an accumulator of its domain.
 inline double call_chain(double accumulator, Token* first) {
-    return as<StepRecord>(first).function.real(accumulator, first);
+    KORVANE_JUMP return as<StepRecord>(first).function.real(accumulator, first);
 }
 inline float call_chain(float accumulator, Token* first) {
-    return as<StepRecord>(first).function.single(accumulator, first);
+    KORVANE_JUMP return as<StepRecord>(first).function.single(accumulator, first);
 }
-inline Whole call_chain(std::int64_t accumulator, Token* first) {
-    return as<StepRecord>(first).function.whole(accumulator, first);
+inline WholeResult call_chain(std::int64_t accumulator, Token* first) {
+    KORVANE_JUMP return as<StepRecord>(first).function.whole(accumulator, first);
 }
 
-// Hands the accumulator to the next step of the chain, if there is one.
+// Hands the accumulator to the next step of the chain, if there is one: the last thing that a step does.
 inline double go_on(double accumulator, Token* at) {
     Token* next = as<StepRecord>(at).next;
-    return next == nullptr ? accumulator : call_chain(accumulator, next);
+    if (next == nullptr) return accumulator;
+    KORVANE_JUMP return call_chain(accumulator, next);
 }
 inline float go_on_single(float accumulator, Token* at) {
     Token* next = as<StepRecord>(at).next;
-    return next == nullptr ? accumulator : call_chain(accumulator, next);
+    if (next == nullptr) return accumulator;
+    KORVANE_JUMP return call_chain(accumulator, next);
 }
-inline Whole go_on_whole(std::int64_t accumulator, Token* at) {
+inline WholeResult go_on_whole(std::int64_t accumulator, Token* at) {
     Token* next = as<StepRecord>(at).next;
-    return next == nullptr ? Whole{accumulator, 0} : call_chain(accumulator, next);
+    if (next == nullptr) return Whole{accumulator, 0};
+    KORVANE_JUMP return call_chain(accumulator, next);
 }
 
 // A leaf as a double, a float or an integer. Integers convert exactly or, beyond 2^53, rounded to nearest.
@@ -61,8 +67,16 @@ inline std::int64_t whole_leaf(const void* place) {
 
 // A Side of any kind in the domain that is wanted. Not inlined: the frequent kinds have steps of their own.
 double real_side(std::uint8_t kind, const void* leaf, Token* chain);  // a NaN when it failed
-Whole whole_side(std::uint8_t kind, const void* leaf,
-                 Token* chain);  // floats are rounded, halves away from 0
+WholeResult whole_side(std::uint8_t kind, const void* leaf,
+                       Token* chain);  // floats are rounded, halves away from 0
+
+// Notes a call of a user function, as every call is; false when it is not to be made. When Escape ends the
+// statement, what is specialised gives up: the general handler, which executes the statement anew, finds the
+// Escape that is pending and can break.
+bool refuse_call();
+inline bool may_call_user() {
+    return !stack_exhausted() && (may_call() || refuse_call());
+}
 
 // The plain sides: a leaf of the domain's own type with or without a chain of the domain, or such a chain
 // with a beginning of its own. They are evaluated without looking at their kind.

@@ -42,13 +42,14 @@ constexpr Domain domain_of(Type type) {
 
 // What a leaf in memory is.
 enum Leaf : std::uint8_t {
-    F64 = 0,       // a DOUBLE variable, or the double copy of a literal
-    F32 = 1,       // a SINGLE variable, or the float copy of a literal
-    I16 = 2,       // an INTEGER variable
-    I32 = 3,       // a LONG variable
-    I64 = 4,       // an INT64 variable, or an integer literal
-    COMPUTED = 5,  // no leaf: the chain makes its own beginning
-    FUNCTION = 6,  // a built-in function without arguments: its row
+    F64 = 0,            // a DOUBLE variable, or the double copy of a literal
+    F32 = 1,            // a SINGLE variable, or the float copy of a literal
+    I16 = 2,            // an INTEGER variable
+    I32 = 3,            // a LONG variable
+    I64 = 4,            // an INT64 variable, or an integer literal
+    COMPUTED = 5,       // no leaf: the chain makes its own beginning
+    FUNCTION = 6,       // a built-in function without arguments: its row
+    USER_FUNCTION = 7,  // the same, a user function
     // Of the text domain.
     TEXT_VARIABLE = 6,
     TEXT_LITERAL = 7,
@@ -87,12 +88,35 @@ struct Whole {
     std::uint64_t failed;
 };
 
+// A value of the whole domain as steps return it. Two words would go through memory in WebAssembly: there one
+// is returned, and a failure, which is rare, is told beside it until the result is looked at.
+#ifdef __wasm__
+class WholeResult {
+  public:
+    WholeResult(const Whole& whole) : value_(whole.value) {
+        if (__builtin_expect(whole.failed != 0, false)) has_failed_ = true;
+    }
+    operator Whole() const {
+        if (__builtin_expect(!has_failed_, true)) return {value_, 0};
+        has_failed_ = false;
+        return {0, 1};
+    }
+
+  private:
+    static inline bool has_failed_ = false;  // of the one result that is under way
+
+    std::int64_t value_;
+};
+#else
+using WholeResult = Whole;
+#endif
+
 // The function of a step: it is called with the accumulator and its own record, and hands its result to the
 // next step. Texts do not travel: a chain of that domain is one step long.
 union StepFunction {
     double (*real)(double accumulator, Token* at);
     float (*single)(float accumulator, Token* at);
-    Whole (*whole)(std::int64_t accumulator, Token* at);
+    WholeResult (*whole)(std::int64_t accumulator, Token* at);
     Value (*text)(Token* at);
 };
 

@@ -62,10 +62,10 @@ std::uint8_t equality_of(const Token* at) {
 }
 
 template <std::uint8_t (*compare)(const Token*), unsigned relation>
-Whole compare_texts(std::int64_t, Token* at) {
+WholeResult compare_texts(std::int64_t, Token* at) {
     const std::uint8_t outcome = compare(at);
     if (__builtin_expect(outcome == no_outcome, false)) return no_whole;
-    return go_on_whole((outcome & relation) != 0 ? -1 : 0, at);
+    KORVANE_JUMP return go_on_whole((outcome & relation) != 0 ? -1 : 0, at);
 }
 
 }  // namespace

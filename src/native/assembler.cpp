@@ -108,6 +108,10 @@ void Assembler::emit(Operation operation, Vector first, Operand second) {
     encode(static_cast<std::uint32_t>(operation), static_cast<unsigned>(first), second, 0);
 }
 
+void Assembler::emit_registers(std::uint32_t packed_form) {
+    encode(packed_form & 0xFFFF, packed_form >> 16 & 15, static_cast<Register>(packed_form >> 20), 0);
+}
+
 void Assembler::emit(Unary operation, Operand operand) {
     const auto word = static_cast<std::uint32_t>(operation);
     encode(word & 0xFFFF, word >> 16, operand, 0);
@@ -166,6 +170,11 @@ void Assembler::store_number_8(Operand place, std::uint8_t number) {
 void Assembler::store_number_32(Operand place, std::uint32_t number) {
     encode(0xC7, 0, place, 4);
     put_32(number);
+}
+
+void Assembler::store_number_64(Operand place, std::int32_t number) {
+    encode(wide | 0xC7, 0, place, 4);
+    put_32(static_cast<std::uint32_t>(number));
 }
 
 // ---- Jumps ----------------------------------------------------------------------------------------

@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <span>
+#include <type_traits>
 
 namespace korvane::native {
 
@@ -227,6 +228,15 @@ class Assembler {
 
     void emit(Operation operation, Register first, Operand second);
     void emit(Operation operation, Vector first, Operand second);
+
+    // Between registers: one number for all, where they are known when this is compiled, keeps the calls
+    // short.
+    template <typename First, typename Second>
+    void emit(Operation operation, First first,
+              Second second) requires(std::is_enum_v<First>&& std::is_enum_v<Second>) {
+        emit_registers(static_cast<std::uint32_t>(operation) | static_cast<std::uint32_t>(first) << 16 |
+                       static_cast<std::uint32_t>(second) << 20);
+    }
     void emit(Unary operation, Operand operand);
     void emit(WithNumber operation, Operand operand, std::int32_t number);
     void shift(Shift direction, Register which, int bits);
@@ -236,6 +246,7 @@ class Assembler {
     void load_number(Register target, std::uint64_t number);
     void store_number_8(Operand place, std::uint8_t number);
     void store_number_32(Operand place, std::uint32_t number);
+    void store_number_64(Operand place, std::int32_t number);  // which is extended
     void load_address(Register target, Label& label);
 
     void jump(Label& label);
@@ -247,6 +258,7 @@ class Assembler {
     void align(std::size_t boundary);  // with what is never executed
 
   private:
+    void emit_registers(std::uint32_t packed);
     void put(std::uint8_t value);
     void put_32(std::uint32_t value);
     void put_place(unsigned field, Operand operand, int bytes_behind);

@@ -7,6 +7,7 @@
 #include "native/state.h"
 #include "program/execution.h"
 #include "program/keywords.h"
+#include "run/control_stacks.h"
 
 namespace korvane::native {
 namespace {
@@ -60,7 +61,8 @@ bool Emitter::emit_region(std::span<std::byte> room) {
 }
 
 void Emitter::clear_labels(Place& place) {
-    place.head = place.body = place.fail = place.pause = place.branch = place.entry = Label();
+    place.head = place.body = place.fail = place.pause = place.pause_again = place.branch = place.entry =
+        Label();
     place.opener = nullptr;
 }
 
@@ -167,6 +169,11 @@ void Emitter::emit_leaving(Place& place) {
 // that it was one; until then nobody asks.
 void Emitter::emit_ends(Place& place) {
     current = &place;
+    if (place.pause_again.is_used()) {
+        code.bind(place.pause_again);
+        code.emit(Unary::dec_32, this->place(&control_stacks.while_count));
+        code.jump(place.pause);
+    }
     if (place.pause.is_used()) {
         code.bind(place.pause);
         load_token(Register::rdi, place.at);

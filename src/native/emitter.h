@@ -75,10 +75,12 @@ class Emitter {
     void emit_return();
     void emit_for(Token* at);
     void emit_next(Token* at);
-    Condition emit_sum_of_reals(const ForEntry& entry);
-    Condition emit_sum_of_wholes(const ForEntry& entry);
+    Condition emit_sum_of_reals(const ForEntry& entry, const VariableEntry& variable, std::int32_t sign);
+    Condition emit_sum_of_wholes(const ForEntry& entry, const VariableEntry& variable, std::int32_t sign);
     void emit_while(Token* at);
     void emit_wend();
+    bool emit_condition_of(Token* at, Condition& when_true);
+    void end_wend();
     void emit_else(Token* at);
     void write_scalar(const VariableEntry& variable, std::int16_t value);
     void prepare_real(Type type, const Node& value);

@@ -164,7 +164,8 @@ Operand Emitter::real_operand(std::int16_t index, int reals, int wholes) {
 void Emitter::real(std::int16_t index, int reals, int wholes) {
     const Node& node = node_at(index);
     const Vector target = real_register(reals);
-    if (has_failed) return;
+    // A text, the argument of VAL for example, is no number.
+    if (has_failed || node.type == Type::STRING) return give_up();
     if (!is_leaf(node) && node.form != Form::element && is_whole(node)) {
         whole(index, reals, wholes);
         whole_to_real(whole_register(wholes), target);

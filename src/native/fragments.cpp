@@ -232,6 +232,16 @@ void begin_generation() {
 
 }  // namespace
 
+void initialize() {
+    fragments = Fragments{};
+    executable_memory.forget();
+}
+
+void give_back_memory() {
+    fragments.is_off = true;
+    executable_memory.give_back();
+}
+
 std::array<Base, 3> bases() {
     return {{{Register::r15, reinterpret_cast<std::uint64_t>(variables.table)},
              {Register::r14, reinterpret_cast<std::uint64_t>(&execution)},

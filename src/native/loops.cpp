@@ -1,4 +1,5 @@
 // FOR and NEXT, WHILE and WEND.
+#include "fast/links.h"
 #include "fast/number_types.h"
 #include "fast/records.h"
 #include "fast/statement.h"
@@ -34,30 +35,68 @@ static Token* first_of_turn(Token* at) {
     return ends_line ? at->line_end.next_line : at;
 }
 
-// A NEXT is made for the loop that it has been seen in last. That it is in this one is looked at when the
-// loop is met for the first time (may_turn), which leaves its key in the loop's entry: nobody else leaves the
-// same there.
+// The FOR of a NEXT in the text of the program, as far as the lines between them are in the token cache; else
+// null.
+static Token* find_for(Token* at) {
+    constexpr int farthest = 1000;  // records
+    std::uint32_t line = as<fast::EndRecord>(fast::end_of_line(at)).line;
+    int open = 0;
+    for (int i = 0; i != farthest; ++i) {
+        if (at->kind == KW_NEXT) ++open;
+        if (at->kind == KW_FOR && --open == 0) return at;
+        const bool is_direct = line == direct_line;
+        if (at != (is_direct ? execution_buffer.direct : program.lines[line].tokens)) {
+            --at;
+            continue;
+        }
+        if (is_direct || line == 0 || program.lines[--line].tokens == nullptr) return nullptr;
+        at = fast::end_of_line(program.lines[line].tokens);
+    }
+    return nullptr;
+}
+
+// Which way the step of a loop goes, where that is plain; else as it went last.
+static std::int32_t sign_of_step(const Token* opener, const ForEntry& entry) {
+    const Token* step =
+        opener == nullptr ? nullptr : as<fast::BoundRecord>(as<fast::ForRecord>(opener).to).step;
+    if (opener != nullptr && step == nullptr) return 1;
+    if (step == nullptr) return entry.step_sign;
+    if (step[1].kind == NUMBER && step[1].number.as_double > 0) return 1;
+    return step[1].kind == '-' && step[2].kind == NUMBER && step[2].number.as_double > 0 ? -1
+                                                                                         : entry.step_sign;
+}
+
+// A NEXT is made for the loop that stands around it, or that it was last seen in. That it is in this one is
+// looked at when the loop is met for the first time (may_turn), which leaves its key in the loop's entry:
+// nobody else leaves the same there.
 void Emitter::emit_next(Token* at) {
     const auto& record = as<fast::NextRecord>(at);
     const ForEntry& entry = *record.entry;
-    if (entry.quick_variable != record.variable || entry.generation != arenas.generation) return give_up();
+    Token* opener = find_for(at);
+    if (opener != nullptr && (!fast::is_current(opener) || !fast::has_own_form(opener) ||
+                              as<fast::ForRecord>(opener).variable != record.variable))
+        opener = nullptr;
+    const bool is_seen = entry.quick_variable == record.variable && entry.generation == arenas.generation;
+    if (opener == nullptr && !is_seen) return give_up();
+    Token* first = first_of_turn(opener != nullptr ? as<fast::ForRecord>(opener).after : entry.loop_token);
     code.emit(WithNumber::cmp_32, place(&control_stacks.for_count), record.depth);
     fail_if(Condition::not_equal);
     Detour* detour = add_detour(Detour::verifying);
     if (detour == nullptr) return;
-    detour->loop = first_of_turn(entry.loop_token);
+    detour->loop = first;
     detour->key = is_rehearsal ? 1 : new_key();
-    detour->sign = entry.step_sign;
+    detour->sign = sign_of_step(opener, entry);
     code.emit(WithNumber::cmp_32, place(&entry.turn_key), static_cast<std::int32_t>(detour->key));
     code.jump_if(Condition::not_equal, detour->start);
     code.bind(detour->back);
-    use(entry.variable->storage, entry.variable_type);
-    const Condition past =
-        is_integer(entry.variable_type) ? emit_sum_of_wholes(entry) : emit_sum_of_reals(entry);
+    const VariableEntry& variable = *record.variable;
+    use(variable.storage, variable.type);
+    const Condition past = is_integer(variable.type) ? emit_sum_of_wholes(entry, variable, detour->sign)
+                                                     : emit_sum_of_reals(entry, variable, detour->sign);
     Label done;
     code.jump_if(past, done);
     end_then_part();
-    code.jump(lead_to(first_of_turn(entry.loop_token)));
+    code.jump(lead_to(first));
     code.bind(done);
     code.emit(Unary::dec_32, place(&control_stacks.for_count));
     go_on(record.after);
@@ -75,10 +114,11 @@ void Emitter::emit_verifying(const Detour& detour) {
 }
 
 // Adds the step, and gives what tells whether the variable is past the limit.
-Condition Emitter::emit_sum_of_reals(const ForEntry& entry) {
-    const std::uint8_t* storage = entry.variable->storage;
+Condition Emitter::emit_sum_of_reals(const ForEntry& entry, const VariableEntry& variable,
+                                     std::int32_t sign) {
+    const std::uint8_t* storage = variable.storage;
     const KeptVariable* kept = variables_kept.find(storage);
-    const Type type = entry.variable_type;
+    const Type type = variable.type;
     if (kept != nullptr)
         code.emit(Operation::movapd, Vector::xmm0, kept->where);
     else if (type == Type::DOUBLE)
@@ -91,12 +131,13 @@ Condition Emitter::emit_sum_of_reals(const ForEntry& entry) {
     if (kept != nullptr) code.emit(Operation::movapd, kept->where, Vector::xmm0);
     write_real(place(storage), type);
     code.emit(Operation::ucomisd, Vector::xmm0, place(&entry.limit_as_double));
-    return entry.step_sign < 0 ? Condition::below : Condition::above;
+    return sign < 0 ? Condition::below : Condition::above;
 }
 
-Condition Emitter::emit_sum_of_wholes(const ForEntry& entry) {
-    const std::uint8_t* storage = entry.variable->storage;
-    const Type type = entry.variable_type;
+Condition Emitter::emit_sum_of_wholes(const ForEntry& entry, const VariableEntry& variable,
+                                      std::int32_t sign) {
+    const std::uint8_t* storage = variable.storage;
+    const Type type = variable.type;
     const Register sum = whole_register(0);
     code.emit(type == Type::INTEGER ? Operation::movsx_16
               : type == Type::LONG  ? Operation::movsx_32
@@ -106,30 +147,56 @@ Condition Emitter::emit_sum_of_wholes(const ForEntry& entry) {
     fail_if(Condition::overflow);
     write_whole(place(storage), type, sum);
     code.emit(Operation::cmp, sum, place(&entry.limit.integer));
-    return entry.step_sign < 0 ? Condition::less : Condition::greater;
+    return sign < 0 ? Condition::less : Condition::greater;
 }
 
 // ---- WHILE and WEND -------------------------------------------------------------------------------
 
-void Emitter::emit_while(Token* at) {
+// The statement behind a WEND.
+static Token* behind(Token* wend) {
+    return first_of_turn(fast::following(wend + 1));
+}
+
+// The WEND of a WHILE, as far as control has passed the ends of the lines up to it; else null.
+static Token* find_wend(Token* at) {
+    constexpr int farthest = 1000;  // records
+    int open = 0;
+    for (int i = 0; i != farthest && at != nullptr; ++i) {
+        if (at->kind == END_OF_LINE) {
+            at = at->line_end.next_line;
+            continue;
+        }
+        if (at->kind == KW_WHILE) ++open;
+        if (at->kind == KW_WEND && --open == 0) return at;
+        ++at;
+    }
+    return nullptr;
+}
+
+// Computes the condition of the WHILE at `at`; false when there is no code for it.
+bool Emitter::emit_condition_of(Token* at, Condition& when_true) {
     fast::begin_statement();
     fast::Expression condition;
     if (!fast::read_expression(at + 1, fast::Domain::whole, condition) || condition.node().takes())
-        return give_up();
+        return false;
+    when_true = condition_of(condition.root);
+    return true;
+}
+
+void Emitter::emit_while(Token* at) {
+    Condition when_true;
+    if (!emit_condition_of(at, when_true)) return give_up();
     const auto& record = as<fast::WhileRecord>(at);
-    Token* behind = nullptr;
-    if (at->jump_known) behind = cached_statement({record.wend.line, record.wend.record + 1});
-    const Condition when_true = condition_of(condition.root);
-    Label is_true;
-    code.jump_if(when_true, is_true);
-    if (behind != nullptr) {
+    Token* wend = find_wend(at);
+    if (wend != nullptr) {
+        Label is_true;
+        code.jump_if(when_true, is_true);
         end_then_part();
-        code.jump(lead_to(behind));
+        code.jump(lead_to(behind(wend)));
+        code.bind(is_true);
     } else {
-        code.emit(Unary::inc_32, place(&missed));
-        code.jump(current->fail);
+        fail_if(opposite(when_true));
     }
-    code.bind(is_true);
     WhileEntry& entry = control_stacks.whiles[0];
     find_top(control_stacks.while_count, max_while_depth, sizeof entry);
     write_position(record.own, field(&entry.start, Register::rdx));
@@ -140,6 +207,8 @@ void Emitter::emit_while(Token* at) {
     go_on(record.after);
 }
 
+// Control goes to the WHILE of the last entry, which is taken away. While the condition is true it would be
+// put back as it was: so where that WHILE is known the condition is looked at here, and the entry stays.
 void Emitter::emit_wend() {
     WhileEntry& entry = control_stacks.whiles[0];
     find_last(control_stacks.while_count, sizeof entry);
@@ -147,11 +216,38 @@ void Emitter::emit_wend() {
               static_cast<std::int32_t>(program.cache_epoch));
     fail_if(Condition::not_equal);
     code.emit(Operation::mov, Register::rdi, field(&entry.token, Register::rdx));
+    Place* loop = nullptr;
+    for (Place* origin : region.natives())
+        if (!is_rehearsal && origin->at->kind == KW_WHILE && find_wend(origin->at) == current->at)
+            loop = origin;
+    Label elsewhere;
+    if (loop != nullptr) {
+        compare_token(loop->at);
+        code.jump_if(Condition::not_equal, elsewhere);
+        Condition when_true;
+        Label is_false;
+        if (!emit_condition_of(loop->at, when_true)) return give_up();
+        end_wend();
+        code.jump_if(opposite(when_true), is_false);
+        code.emit(Unary::dec_32, Register::rbx);
+        code.jump_if(Condition::equal, loop->pause_again);
+        code.jump(lead_to(as<fast::WhileRecord>(loop->at).after));
+        code.bind(is_false);
+        code.emit(Unary::dec_32, place(&control_stacks.while_count));
+        code.emit(Unary::dec_32, Register::rbx);
+        code.jump_if(Condition::equal, loop->pause);
+        code.jump(lead_to(behind(current->at)));
+        code.bind(elsewhere);
+        find_last(control_stacks.while_count, sizeof entry);
+    }
     code.emit(Operation::mov_store_32, Register::rax, place(&control_stacks.while_count));
-    code.emit(Operation::xor_32, Register::rax, Register::rax);
-    code.emit(Operation::mov_store, Register::rax, place(&execution.kept_token));
-    end_then_part();
+    end_wend();
     lead_to_one(KW_WHILE);
+}
+
+void Emitter::end_wend() {
+    code.store_number_64(place(&execution.kept_token), 0);
+    end_then_part();
 }
 
 }  // namespace korvane::native

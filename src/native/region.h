@@ -23,6 +23,7 @@ struct Place {
     Label body;          // behind that
     Label fail;          // to the general handler
     Label pause;         // no more statements are left
+    Label pause_again;   // of a WHILE: the same from its WEND, which has left the entry on the stack
     Label branch;        // of an IF: to a line that was not known
     Label entry;         // from elsewhere
 };

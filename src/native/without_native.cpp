@@ -4,6 +4,10 @@
 
 namespace korvane::native {
 
+void initialize() {}
+
+void give_back_memory() {}
+
 void look(Token*) {}
 
 void note_specialised(Token*) {}

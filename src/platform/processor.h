@@ -40,6 +40,19 @@ inline double processor_sqrt(double x) {
     return __builtin_sqrt(x);
 }
 
+// The product of integers; true when it does not fit. To multiply with 128 bits takes long there. The product
+// of both as doubles is off by some 2^-52 of it, and so tells almost always that it fits.
+inline bool multiply_overflows(std::int64_t left, std::int64_t right, std::int64_t& product) {
+    constexpr double certain = 9.2e18;  // below 2^63
+    const double estimate = static_cast<double>(left) * static_cast<double>(right);
+    if (__builtin_expect(__builtin_fabs(estimate) < certain, true)) {
+        product =
+            static_cast<std::int64_t>(static_cast<std::uint64_t>(left) * static_cast<std::uint64_t>(right));
+        return false;
+    }
+    return __builtin_mul_overflow(left, right, &product);
+}
+
 inline std::uint32_t byte_bits(ByteVector comparison) {
     return __builtin_wasm_bitmask_i8x16(
         reinterpret_cast<signed char __attribute__((vector_size(16)))>(comparison));
@@ -79,6 +92,11 @@ inline double processor_sqrt(double x) {
     double root;
     asm("sqrtsd %1, %0" : "=x"(root) : "x"(x));
     return root;
+}
+
+// The product of integers; true when it does not fit.
+inline bool multiply_overflows(std::int64_t left, std::int64_t right, std::int64_t& product) {
+    return __builtin_mul_overflow(left, right, &product);
 }
 
 // The result of a comparison of bytes or words, whose lanes are all ones or 0, as bits: bit i is lane i's.

@@ -36,9 +36,11 @@ class NameIndex {
         head = entry;
     }
 
-    // Takes an entry out of the table; those behind it get the number before their own.
-    void remove(const char* name, std::uint16_t entry) {
+    // Takes an entry out of a table of `count`; those behind it, which are hardly ever any where an array
+    // comes and goes, get the number before their own.
+    void remove(const char* name, std::uint16_t entry, std::uint32_t count) {
         *link_to(name, entry) = next_[entry];
+        if (entry + 1U == count) return;
         move_bytes(next_.data() + entry, next_.data() + entry + 1, (capacity - 1 - entry) * sizeof next_[0]);
         move_down(heads_, entry);
         move_down(next_, entry);

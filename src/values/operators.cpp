@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/memory.h"
+#include "platform/processor.h"
 #include "program/arenas.h"
 #include "program/errors.h"
 #include "program/keywords.h"
@@ -42,7 +43,7 @@ bool exact_integer(std::uint8_t operation, std::int64_t left, std::int64_t right
         case '-':
             return !__builtin_sub_overflow(left, right, &result);
         default:
-            return !__builtin_mul_overflow(left, right, &result);
+            return !multiply_overflows(left, right, result);
     }
 }
 

@@ -112,7 +112,7 @@ VariableEntry* create_variable(const char* name, bool is_array) {
 void remove_variable(VariableEntry* entry) {
     refresh_index();
     VariableEntry* end = variables.table + variables.count;
-    names.remove(entry->name, static_cast<std::uint16_t>(entry - variables.table));
+    names.remove(entry->name, static_cast<std::uint16_t>(entry - variables.table), variables.count);
     move_bytes(entry, entry + 1, static_cast<std::size_t>(end - (entry + 1)) * sizeof(VariableEntry));
     --variables.count;
     ++arenas.generation;

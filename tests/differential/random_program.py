@@ -156,6 +156,8 @@ class ProgramMaker:
             f"IF {self.relation(2)} THEN {name}={name}+1 ELSE J={self.number(1)}", "GOSUB 9100",
             f"IF {self.relation(1)} THEN {name}=0", f"V!({self.subscript(1)})=V!({self.subscript(1)})*3+{name}",
         ])
+        # A handler that resumes, or a RETURN or WEND among the statements, may keep control in the loop.
+        body += ":T6=T6+1:ON -(T6>700) GOTO 8000"
         more = choose(["", f":{self.statement(0)}", f":{choose(NUMBERS)}={self.number(2)}"])
         kind = self.random.randint(0, 2)
         if kind == 0:

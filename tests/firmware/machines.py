@@ -58,7 +58,6 @@ class VirtualPC:
     medium: Medium = SATA
     memory: int = 1024  # MiB
     mode: tuple = None  # that SCREEN changes to
-    display: str = None  # the id of the device that shows the picture, when there are several
     says: str = None  # on the firmware's console, when nothing can be shown
     options: str = None  # the command line; then it is started from the UEFI shell
 

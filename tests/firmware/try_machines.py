@@ -169,7 +169,7 @@ def main():
         try:
             with tempfile.TemporaryDirectory(prefix="korvane-firmware-") as folder:
                 outcome = try_machine(pc, pathlib.Path(folder))
-        except (Wrong, MachineError, DiskImageError) as error:
+        except (Wrong, MachineError, DiskImageError, OSError) as error:
             outcome = f"FAILED: {error}"
             failed += 1
         keep_outcome(pc, outcome)

@@ -174,23 +174,18 @@ COUNTED_AHEAD = 4  # statements that a session counts before it executes them
 
 
 class Bound(Relation):
-    """Escape at the N-th look for a key ends the run within 256 statements of the look before, and at the same one
-    with native code as without: the counter that the last line prints counts statements."""
+    """Escape at the N-th look for a key ends the run within 256 statements of the look before: the counter that the
+    last line prints counts statements."""
 
     def variants(self, lines):
         self.polls = next((int(line.split()[1]) for line in lines if line.startswith("@escape ")), 0)
         return super().variants(lines)
 
     def difference(self, results):
-        counts = []
         for result in results:
             rows = [row for row in result.steps[-1].rows if re.match(r" \d+$", row)] if result.steps else []
-            counts.append(int(rows[-1]) if rows and self.polls else None)
-            if counts[-1] is not None and counts[-1] > 256 * self.polls + COUNTED_AHEAD:
-                return f"{counts[-1]} statements until look {self.polls}"
-        # What is executed for the first time counts as another number of statements where nothing is specialised.
-        if counts[0] != counts[PLAYERS.index("native")]:
-            return f"{counts} statements until look {self.polls}"
+            if rows and self.polls and int(rows[-1]) > 256 * self.polls + COUNTED_AHEAD:
+                return f"{rows[-1].strip()} statements until look {self.polls}"
         return None
 
 

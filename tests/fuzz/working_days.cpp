@@ -18,6 +18,7 @@
 #include "played_image.h"
 #include "program_words.h"
 #include "screen_text.h"
+#include "stack_use.h"
 #include "temporary_folder.h"
 #include "working_day.h"
 
@@ -29,9 +30,6 @@ using std::string_view;
 
 constexpr std::chrono::milliseconds patience{20'000};  // for one action, in processor time
 constexpr uefi::InputKey escape{uefi::scan_escape, 0};
-// Of the 128 KiB that firmware promises, what the interpreter and the hosted services below it may use.
-constexpr std::size_t most_stack = 100 * 1024;
-
 struct Options {
     test::PlayedImage image;
     std::uint64_t seed = 1;
@@ -110,11 +108,11 @@ class Office {
             counted = keystrokes_;
             tenth += options_.keystrokes / 10;
         }
-        const std::size_t stack = stack_used();
+        const std::size_t stack = test::stack_used(firmware());
         std::printf("%llu actions, %llu of them broken by Escape; stack: %zu bytes\n",
                     static_cast<unsigned long long>(actions_), static_cast<unsigned long long>(broken_),
                     stack);
-        if (!options_.image.linked && stack > most_stack) wrong("it uses too much of the stack");
+        if (!options_.image.linked && stack > test::most_stack) wrong("it uses too much of the stack");
         return wrong_ == 0 ? 0 : 1;
     }
 
@@ -245,15 +243,6 @@ class Office {
     string screen_row(std::size_t row) {
         const transcript::ScreenText screen = transcript::read_screen(*firmware().display(), false);
         return row < screen.rows.size() ? screen.rows[row] : "";
-    }
-
-    // Nothing has written below: the firmware's stack begins as zeros.
-    std::size_t stack_used() {
-        const auto bytes = firmware().stack().bytes();
-        std::size_t untouched = 0;
-        while (untouched < bytes.size() && bytes[untouched] == 0)
-            ++untouched;
-        return bytes.size() - untouched;
     }
 
     void wrong(const string& what) {

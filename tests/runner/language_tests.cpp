@@ -14,6 +14,7 @@
 #include "played_image.h"
 #include "player.h"
 #include "program_words.h"
+#include "stack_use.h"
 #include "temporary_folder.h"
 #include "transcript.h"
 
@@ -133,7 +134,17 @@ class Worker {
         ForkedResult result;
         result.report = player.play();
         result.shown = player.shown();
+        // A sanitizer's stack frames are many times larger.
+        if (result.report.empty() && image_.linked_code == nullptr && machine != nullptr)
+            result.report = check_stack(machine->firmware());
         return result;
+    }
+
+    static std::string check_stack(host::Firmware& firmware) {
+        const std::size_t used = test::stack_used(firmware);
+        if (used <= test::most_stack) return "";
+        return std::to_string(used) + " bytes of the stack were used, of which " +
+               std::to_string(test::most_stack) + " may be\n";
     }
 
     static std::string describe(const Case& test, const ForkedResult& result) {

@@ -127,6 +127,8 @@ void Player::check_cursor(const Step& step) {
 void Player::check_exit(const Step& step) {
     if (last_stop_ != host::Stop::returned) fail("the application has not ended");
     if (machine_->status() != step.numbers[0]) fail("it ended with status " + in_hex(machine_->status()));
+    if (machine_->firmware().memory().executable_pages() != 0)
+        fail("memory for machine code was not given back");
 }
 
 void Player::check_given_back(const Step& step) {

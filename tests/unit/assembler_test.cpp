@@ -168,6 +168,12 @@ TEST_F(AssemblerTest, StoredNumbers) {
             [=](Assembler& assembler) { assembler.store_number_32(place, number); },
             "mov " + operand_text(place, Size::dword, Size::dword, "here") + ", " + std::to_string(number)};
     });
+    add_all_places([&](const Operand& place) {
+        const std::int32_t number = distances[next++ / 7 % std::size(distances)];
+        return Instruction{
+            [=](Assembler& assembler) { assembler.store_number_64(place, number); },
+            "mov " + operand_text(place, Size::qword, Size::qword, "here") + ", " + std::to_string(number)};
+    });
     compare();
 }
 

@@ -56,9 +56,11 @@ TEST(NameIndex, FindsWhatIsInTheTableHoweverItCameThere) {
                 table.push_back(padded("N" + std::to_string(random.below(names))));
                 index->add(table.back().data(), static_cast<std::uint16_t>(table.size() - 1));
             } else {
-                const int entry = random.below(static_cast<int>(table.size()));
+                const int last = static_cast<int>(table.size()) - 1;
+                const int entry = random.below(3) == 0 ? last : random.below(last + 1);
                 const Name name = table[static_cast<std::size_t>(entry)];
-                index->remove(name.data(), static_cast<std::uint16_t>(entry));
+                index->remove(name.data(), static_cast<std::uint16_t>(entry),
+                              static_cast<std::uint32_t>(table.size()));
                 table.erase(table.begin() + entry);
             }
             const Name wanted = padded("N" + std::to_string(random.below(names)));

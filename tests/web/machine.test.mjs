@@ -6,8 +6,8 @@ import assert from "node:assert";
 import fs from "node:fs";
 import path from "node:path";
 import { after, before, test } from "node:test";
-import { fileURLToPath } from "node:url";
-import { openBrowser, processorTime, serve } from "./page_browser.mjs";
+import { fileURLToPath, pathToFileURL } from "node:url";
+import { openBrowser, processorTime, serve, WEB } from "./page_browser.mjs";
 
 const ROOT = fileURLToPath(new URL("../..", import.meta.url));
 const LONG_MS = 60_000;
@@ -153,6 +153,31 @@ test("what becomes of the volume is told, and what is put there is there", async
     await page.evaluate((path) => worker.postMessage({ type: "put", path, bytes: new Uint8Array(1), modified: 0 }), name);
   }
   await page.waitForFunction(() => heard.filter(({ type }) => type === "rejected").length === 3, { polling: 20 });
+});
+
+test("the volume is as large as the page's, and what lies on it is not free", async () => {
+  const { LARGEST_VOLUME } = await import(pathToFileURL(path.join(WEB, "page/volume.js")));
+  await start({ files: [{ path: "/SUB", folder: true }, { path: "/SUB/A.TXT", text: "A".repeat(1000) }] });
+  await heard("ready");
+  const free = async (bytes) => {
+    await type("CLS");
+    await type("KORVANE");
+    await type("VOLUMES");
+    await type("X");
+    await rowsShow(new RegExp(`^Volume 0 +256 MiB +\\d+ MiB free  read/write  "BROWSER"\\n +bytes=${LARGEST_VOLUME}  free=${LARGEST_VOLUME - bytes}  `));
+  };
+  await free(1000);
+  const put = (file, size) => page.evaluate((file, size) =>
+    worker.postMessage({ type: "put", path: file, bytes: new Uint8Array(size), modified: 0 }), file, size);
+  await put("/B.BIN", 5000);
+  await put("/SUB/A.TXT", 10);
+  await free(5010);
+  await tell({ type: "remove", path: "/SUB" });
+  await free(5000);
+  for (const line of ['OPEN "C.TXT" FOR OUTPUT AS #1', 'PRINT #1,"12345678"', "CLOSE"]) await type(line);
+  await free(5010);
+  await type('KILL "B.BIN"');
+  await free(10);
 });
 
 test("pasted text is typed line by line, and what the machine does not have is told", async () => {

@@ -1,19 +1,18 @@
 // Debian's Chromium with the built pages in it, served from a folder of a plain file server: no header but the type of a
 // file, as the simplest places for pages have them.
 //
-// KORVANE_WEB names the folder of the pages, KORVANE_WEB_PACKAGES that of the packages of tests/web/package.json,
-// KORVANE_WEB_PICTURES one that gets pictures of what the tests see (none are made without it).
+// KORVANE_WEB names the folder of the pages, KORVANE_WEB_PACKAGES that of the packages (chromium.mjs), KORVANE_WEB_PICTURES
+// one that gets pictures of what the tests see (none are made without it).
 
 import assert from "node:assert";
 import fs from "node:fs";
 import http from "node:http";
-import { createRequire } from "node:module";
-import os from "node:os";
 import path from "node:path";
+import { placeOfPackage } from "./chromium.mjs";
 
-const require = createRequire(path.join(path.resolve(process.env.KORVANE_WEB_PACKAGES), "package.json"));
-const puppeteer = require("puppeteer-core");
-const AXE = require.resolve("axe-core/axe.min.js");
+export { openBrowser } from "./chromium.mjs";
+
+const AXE = placeOfPackage("axe-core/axe.min.js");
 
 export const WEB = path.resolve(process.env.KORVANE_WEB);
 const PICTURES = process.env.KORVANE_WEB_PICTURES;
@@ -53,28 +52,6 @@ export async function serve(instead = {}) {
       server.closeAllConnections();
     }),
   };
-}
-
-// The profiles of browsers, which still write into them for a moment when they have been closed.
-const profiles = [];
-process.on("exit", () => {
-  for (const profile of profiles) {
-    try {
-      fs.rmSync(profile, { recursive: true, force: true, maxRetries: 5 });
-    } catch {
-      // A folder for temporary files loses it some day.
-    }
-  }
-});
-
-// A browser with a profile of its own.
-export async function openBrowser(flags = []) {
-  const profile = fs.mkdtempSync(path.join(os.tmpdir(), "korvane-web-"));
-  profiles.push(profile);
-  return puppeteer.launch({
-    executablePath: "/usr/bin/chromium", headless: true, userDataDir: profile, pipe: true,
-    args: ["--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", ...flags],
-  });
 }
 
 // The processor time of a browser and all its processes so far, in seconds: what else the computer does is not in it.

@@ -166,6 +166,30 @@ void abort() {
     __builtin_trap();
 }
 
+// What the compiler calls for numbers of 128 bits.
+using Wide = unsigned __int128;
+
+Wide __multi3(Wide left, Wide right) {
+    constexpr std::uint64_t half = 0xFFFFFFFF;
+    const auto a = static_cast<std::uint64_t>(left);
+    const auto b = static_cast<std::uint64_t>(right);
+    const std::uint64_t low = (a & half) * (b & half);
+    const std::uint64_t middle = (a >> 32) * (b & half) + (low >> 32);
+    const std::uint64_t other_middle = (a & half) * (b >> 32) + (middle & half);
+    const std::uint64_t high = (a >> 32) * (b >> 32) + (middle >> 32) + (other_middle >> 32) +
+                               a * static_cast<std::uint64_t>(right >> 64) +
+                               static_cast<std::uint64_t>(left >> 64) * b;
+    return static_cast<Wide>(high) << 64 | other_middle << 32 | (low & half);
+}
+
+Wide __ashlti3(Wide number, int count) {
+    const auto low = static_cast<std::uint64_t>(number);
+    const auto high = static_cast<std::uint64_t>(number >> 64);
+    if (count == 0) return number;
+    if (count >= 64) return static_cast<Wide>(low << (count - 64)) << 64;
+    return static_cast<Wide>(high << count | low >> (64 - count)) << 64 | low << count;
+}
+
 }  // extern "C"
 
 // ---- The standard library's functions ----------------------------------------------------------------

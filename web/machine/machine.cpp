@@ -7,6 +7,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "code_page.h"
@@ -14,6 +15,7 @@
 #include "imports.h"
 #include "memory_folder.h"
 #include "picture.h"
+#include "program/execution.h"
 
 extern "C" korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle, korvane::uefi::SystemTable*);
 
@@ -42,6 +44,21 @@ std::vector<host::MemoryRegion> browser_memory() {
     };
 }
 
+// What the files of the volume may have together: as much as the page keeps (page/volume.js).
+constexpr std::uint64_t volume_size = 256 * 1024 * 1024;
+
+std::uint64_t bytes_in(const Node& node) {
+    std::uint64_t sum = node.bytes.size();
+    for (const auto& entry : node.entries)
+        sum += bytes_in(*entry);
+    return sum;
+}
+
+std::uint64_t room_on_volume() {
+    const Node* volume = find_node("volume");
+    return volume_size - std::min(volume_size, volume != nullptr ? bytes_in(*volume) : 0);
+}
+
 host::Config browser_config(std::uint32_t width, std::uint32_t height) {
     host::Config config;
     config.layout = browser_layout;
@@ -57,7 +74,11 @@ host::Config browser_config(std::uint32_t width, std::uint32_t height) {
         config.width = mode_width;
         config.height = mode_height;
     }
-    config.volumes.push_back({.folder = "volume", .label = u"BROWSER", .host_programs = true});
+    config.volumes.push_back({.folder = "volume",
+                              .size = volume_size,
+                              .capacity = room_on_volume(),
+                              .label = u"BROWSER",
+                              .host_programs = true});
     return config;
 }
 
@@ -77,10 +98,26 @@ host::HostTime to_host_time(double milliseconds) {
     return {whole / 1000, static_cast<std::uint32_t>(whole % 1000 * 1'000'000)};
 }
 
+// The page has put files onto the volume and taken others from it while the machine runs.
+void change_room(std::uint64_t put, std::uint64_t taken) {
+    if (!firmware) return;
+    firmware->volumes().front()->host_took(taken);
+    firmware->volumes().front()->host_put(put);
+}
+
+// Whether fewer statements have been executed since the last call than a program may execute unlooked at. One
+// that waits for a key looks for it itself; how long its statements take differs between computers.
+bool looks_soon() {
+    constexpr std::uint64_t few = 200;
+    static std::uint64_t before = 0;
+    const std::uint64_t now = execution.statement_count;
+    return now - std::exchange(before, now) < few;
+}
+
 void key_wanted(host::KeyWant want) {
     if (want == host::KeyWant::block)
         import_wait_for_key();
-    else if (import_is_turn_due() != 0)
+    else if (import_is_turn_due(looks_soon() ? 1 : 0) != 0)
         import_turn();
 }
 
@@ -101,6 +138,7 @@ KORVANE_EXPORT("put_file") std::uint32_t export_put_file(std::uint64_t length, d
     if (!is_legal_path(path)) return 0;
     Node* node = make_node(path, false);
     if (node == nullptr) return 0;
+    change_room(parcel.size() - length, node->bytes.size());
     node->bytes.assign(parcel.begin() + static_cast<std::ptrdiff_t>(length), parcel.end());
     node->modified = to_host_time(modified);
     parcel.clear();
@@ -114,7 +152,9 @@ KORVANE_EXPORT("put_folder") std::uint32_t export_put_folder(std::uint64_t lengt
 
 KORVANE_EXPORT("remove") void export_remove(std::uint64_t length) {
     Node* node = find_node(parcel_path(length));
-    if (node != nullptr && node->parent != &all_files()) drop(*node);
+    if (node == nullptr || node->parent == &all_files()) return;
+    change_room(0, bytes_in(*node));
+    drop(*node);
 }
 
 // The image that is packed into standalone programs: the parcel. It lies on the volume unseen.
@@ -139,10 +179,6 @@ KORVANE_EXPORT("press") void export_press(std::uint32_t scan, std::uint32_t char
 KORVANE_EXPORT("code_of") std::int32_t export_code_of(std::uint32_t character) {
     const auto code = host::unicode_to_code(character);
     return code ? *code : -1;
-}
-
-KORVANE_EXPORT("drop_keys") void export_drop_keys() {
-    firmware->keyboard().clear();
 }
 
 // Null until the machine has a screen.

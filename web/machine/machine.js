@@ -6,7 +6,8 @@
 // A program that runs lets the event loop have a turn so often, in milliseconds.
 const turnInterval = 8;
 
-// A program that only looks for keys does so many times between two turns; it is given a rest then, as it is waiting.
+// A program that only looks for keys, with few statements between two looks, does so many times between two turns; it is
+// given a rest then, as it is waiting.
 const looksOfAWait = 2000;
 const restOfAWait = 10;
 
@@ -49,7 +50,7 @@ export class Machine {
             minutes_ahead: (milliseconds) => -new Date(milliseconds).getTimezoneOffset(),
             stall: suspending((microseconds) => this.#stall(microseconds)),
             wait_for_key: suspending(() => this.#waitForKey()),
-            is_turn_due: () => this.#isTurnDue(),
+            is_turn_due: (soon) => this.#isTurnDue(soon),
             turn: suspending(() => this.#turn()),
             halt: suspending(() => this.#halt()),
             tell_file: (path, length, bytes, size, modified) =>
@@ -165,8 +166,8 @@ export class Machine {
         this.#nextTurn = performance.now() + turnInterval;
     }
 
-    #isTurnDue() {
-        ++this.#looks;
+    #isTurnDue(soon) {
+        this.#looks += soon;
         return performance.now() >= this.#nextTurn ? 1 : 0;
     }
 

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "firmware.h"
@@ -12,6 +13,7 @@
 #include "imports.h"
 #include "memory_folder.h"
 #include "parcel.h"
+#include "program/execution.h"
 
 extern "C" korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle, korvane::uefi::SystemTable*);
 
@@ -218,10 +220,55 @@ KORVANE_EXPORT("test_answer_size") std::uint64_t export_test_answer_size() {
 
 namespace korvane::host {
 
-// Node's clock tells whether an image only waits, which looks half as often here as on a processor of its
-// own.
+namespace {
+
+// Tells what is long again and again from what is long for once, with much that is short in between.
+class Repeated {
+  public:
+    explicit Repeated(int most_between) : most_between_(most_between) {}
+
+    bool is_long(bool now) {
+        const bool again = since_ <= most_between_;
+        since_ = now ? 0 : since_ + 1;
+        return now && again;
+    }
+
+  private:
+    int most_between_;
+    int since_ = 0;
+};
+
+}  // namespace
+
+// A browser's clock goes by steps in which an image looks many times: a look takes as much of a step as those
+// of the step before it did on average, so that an image that only waits is told from one that works. Where
+// the clock is fine, each look has a step of its own. It looks half as often here as on a processor of its
+// own. A long step between many short ones is another process's. Looks with hundreds of statements between
+// them are those for the break key, however fast these are: a program that looks for keys does so much more
+// often.
 std::uint64_t host_ticks() {
-    return static_cast<std::uint64_t>(web::import_ticks()) / 2;
+    constexpr double long_look = 4000;  // nanoseconds
+    constexpr std::uint64_t many_statements = 200;
+    static Repeated steps(20);
+    static Repeated runs(8);
+    static double last = 0;
+    static double time = 0;
+    static double pace = 0;
+    static double looks = 0;
+    static std::uint64_t statements = 0;
+    const double now = web::import_ticks();
+    ++looks;
+    if (now != last) {
+        const double found = (now - last) / looks;
+        const bool is_long = found > long_look;
+        if (steps.is_long(is_long) || !is_long) pace = found;
+        last = now;
+        looks = 0;
+    }
+    time += pace;
+    const std::uint64_t count = execution.statement_count;
+    if (runs.is_long(count - std::exchange(statements, count) >= many_statements)) time += 4 * long_look;
+    return static_cast<std::uint64_t>(time / 2);
 }
 
 }  // namespace korvane::host

@@ -1,4 +1,4 @@
-// A machine that runs in another process (tests/web/machine/server.mjs), for the player of transcripts: as
+// A machine that runs in another process (tests/web/machine/browser_server.mjs), for the player of transcripts: as
 // much of the hosted firmware's Machine as that uses, under the same names. What is done to it is noted down
 // and done when it goes on; what it is asked is what it told when it stopped.
 #pragma once

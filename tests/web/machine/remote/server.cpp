@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <thread>
 #include <utility>
 
 #include "piped_program.h"
@@ -19,7 +20,8 @@ Server::Server(std::string node, std::string script, std::string module)
 }
 
 Server::~Server() {
-    stop();
+    constexpr std::chrono::seconds of_a_browser{10};
+    stop(of_a_browser);
 }
 
 void Server::start() {
@@ -29,8 +31,17 @@ void Server::start() {
     from_ = program.from;
 }
 
-void Server::stop() {
+// It ends by itself when nothing more can come, if it can do anything at all.
+void Server::stop(std::chrono::milliseconds patience) {
     close(to_);
+    constexpr std::chrono::milliseconds step{20};
+    for (auto waited = step; waited <= patience; waited += step) {
+        if (waitpid(process_, nullptr, WNOHANG) == process_) {
+            close(from_);
+            return;
+        }
+        std::this_thread::sleep_for(step);
+    }
     close(from_);
     kill(process_, SIGKILL);
     waitpid(process_, nullptr, 0);
@@ -68,7 +79,7 @@ std::optional<std::string> Server::ask(std::string_view orders, std::chrono::mil
         answered = receive(answer.data(), answer.size(), end);
     }
     if (answered) return answer;
-    stop();
+    stop({});
     start();
     return std::nullopt;
 }

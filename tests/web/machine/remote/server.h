@@ -1,4 +1,4 @@
-// The process that runs machines.
+// The process that has machines run in a browser: Node with tests/web/machine/browser_server.mjs.
 #pragma once
 
 #include <sys/types.h>
@@ -23,7 +23,7 @@ class Server {
 
   private:
     void start();
-    void stop();
+    void stop(std::chrono::milliseconds patience);
     bool send(std::string_view bytes);
     bool receive(char* bytes, std::size_t count, std::chrono::steady_clock::time_point end);
 

@@ -1,5 +1,5 @@
-// Plays the transcripts of tests/language on the WebAssembly module, which runs under Node: the same cases,
-// read and played by the same code as on the hosted firmware.
+// Plays the transcripts of tests/language on the WebAssembly module, which runs in Debian's Chromium: the
+// same cases, read and played by the same code as on the hosted firmware.
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -23,7 +23,7 @@ namespace {
 
 struct Options {
     std::string node = "node";
-    std::string script = "tests/web/machine/server.mjs";
+    std::string server = "tests/web/machine/browser_server.mjs";
     std::string module = "build/wasm/korvane-test.wasm";
     std::string image = "build/korvane.efi";
     std::string exceptions = "tests/web/machine/exceptions.txt";
@@ -31,7 +31,7 @@ struct Options {
 };
 
 constexpr char usage[] = R"(usage: web_language_tests [options] FILE-OR-FOLDER...
-  --node PROGRAM     Node, 26 or newer (node)
+  --node PROGRAM     Node, which starts the browser (node)
   --module FILE      the module to test (build/wasm/korvane-test.wasm)
   --image FILE       the image that lies on the volumes (build/korvane.efi)
   --exceptions FILE  the cases that cannot pass here, with the reasons (tests/web/machine/exceptions.txt)
@@ -95,7 +95,9 @@ int play_share(const std::vector<Case>& cases, std::size_t first, std::size_t st
                const std::filesystem::path& folder) {
     const std::map<std::string, std::string> exceptions = read_exceptions(options.exceptions);
     std::filesystem::create_directories(folder);
-    web::Server server(options.node, options.script, options.module);
+    // What a browser leaves behind goes with the rest.
+    setenv("TMPDIR", folder.parent_path().c_str(), 1);
+    web::Server server(options.node, options.server, options.module);
     host::Machine::use(server, folder);
     int failures = 0;
     for (std::size_t i = first; i < cases.size(); i += step) {
