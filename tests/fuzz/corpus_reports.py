@@ -66,9 +66,30 @@ def print_coverage(files):
         print(f"{percent:5.1f} % of {file['summary']['lines']['count']} lines: {pathlib.Path(file['filename']).relative_to(ROOT)}")
 
 
+def wanted_wrapping():
+    """Pairs of a check and a file, or the folder of files, that it is not to tell."""
+    check = ""
+    for line in (ROOT / "tests/fuzz/wanted_wrapping.txt").read_text().splitlines():
+        if line.startswith("["):
+            check = line.strip("[]")
+        elif line and not line.startswith("#"):
+            yield check, line
+
+
+def check_of(message):
+    """The name of the check that tells this."""
+    if message.startswith("unsigned integer overflow") or message.startswith("negation"):
+        return "unsigned-integer-overflow"
+    if message.startswith("left shift"):
+        return "unsigned-shift-base"
+    bits = [int(one) for one in re.findall(r"\((\d+)-bit", message)]
+    return "implicit-integer-sign-change" if len(bits) == 2 and bits[1] >= bits[0] else "implicit-integer-truncation"
+
+
 def integers():
     """Findings are told by their place and kind, once each."""
     seen = collections.Counter()
+    wanted = set(wanted_wrapping())
     for target, folders in inputs():
         environment = dict(os.environ, UBSAN_OPTIONS="print_stacktrace=0:report_error_type=1")
         process = subprocess.Popen(
@@ -76,10 +97,13 @@ def integers():
             stderr=subprocess.PIPE, text=True, errors="replace",
         )  # fmt: skip
         for line in process.stderr:
-            if found := re.search(r"(src/\S+?:\d+:\d+): runtime error: (.*)", line):
-                place = found[1]
+            # The path of the input that is played stands in front of it.
+            if found := re.search(r"((?:src|/usr)/\S+?):(\d+:\d+): runtime error: (.*)", line):
+                place, message = f"{found[1]}:{found[2]}", found[3]
+                if any(check == check_of(message) and found[1].startswith(file) for check, file in wanted):
+                    continue
                 if place not in seen:
-                    print(f"{target}: {place}: {found[2]}", flush=True)
+                    print(f"{target}: {place}: {message}", flush=True)
                 seen[place] += 1
         if process.wait() != 0:
             sys.exit(f"corpus_reports.py: {target} ends with {process.returncode}")
