@@ -20,6 +20,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tools"))
 
+import qemu_machine  # noqa: E402
 from disk_image import DiskImageError  # noqa: E402
 from machines import VIRTUAL_PCS  # noqa: E402
 from media import check_file_system, make_medium, sign  # noqa: E402
@@ -107,6 +108,7 @@ def try_machine(pc, folder):
     path, disk = make_medium(folder, pc.medium.kind, image, pc.options)
     log = folder / "serial.txt"
     arguments = [word.replace("{}", str(path)) for word in (*pc.firmware.arguments, *pc.medium.arguments, *pc.arguments)]
+    qemu_machine.KEY_INTERVAL = pc.key_interval
     arguments += ["-chardev", f"file,id=log,path={log}", "-device", "isa-serial,chardev=log"]
     with Machine(None, memory=pc.memory, arguments=arguments, code=str(pc.firmware.code),
                  variables=str(pc.firmware.variables)) as machine:  # fmt: skip
