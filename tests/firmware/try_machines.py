@@ -4,7 +4,7 @@
 usage: try_machines.py [--write] [TEXT...]
 
 With words only the machines whose names contain one of them. What each came to is kept in build/firmware/outcomes.json;
---write makes docs/booting.md's table from it, when all of them have been tried.
+--write makes docs/booting.md's table from it.
 """
 
 import argparse
@@ -20,6 +20,7 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tools"))
 
+import qemu_machine  # noqa: E402
 from disk_image import DiskImageError  # noqa: E402
 from machines import VIRTUAL_PCS  # noqa: E402
 from media import check_file_system, make_medium, sign  # noqa: E402
@@ -29,6 +30,7 @@ IMAGE = ROOT / "build" / "korvane.efi"
 OUTCOMES = ROOT / "build" / "firmware" / "outcomes.json"
 PAGE = ROOT / "docs" / "booting.md"
 TABLE_HEAD = "| Virtual PC | Firmware | Started from | Outcome |"
+UNTRIED = "not tried yet"
 PATIENCE = 600  # seconds, for a machine that is emulated on one that is busy
 
 TEXT = "THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 0123456789"
@@ -107,6 +109,7 @@ def try_machine(pc, folder):
     path, disk = make_medium(folder, pc.medium.kind, image, pc.options)
     log = folder / "serial.txt"
     arguments = [word.replace("{}", str(path)) for word in (*pc.firmware.arguments, *pc.medium.arguments, *pc.arguments)]
+    qemu_machine.KEY_INTERVAL = pc.key_interval
     arguments += ["-chardev", f"file,id=log,path={log}", "-device", "isa-serial,chardev=log"]
     with Machine(None, memory=pc.memory, arguments=arguments, code=str(pc.firmware.code),
                  variables=str(pc.firmware.variables)) as machine:  # fmt: skip
@@ -133,7 +136,7 @@ def versions():
 def table(outcomes):
     rows = [TABLE_HEAD, "|---|---|---|---|"]
     for pc in VIRTUAL_PCS:
-        rows.append(f"| {pc.name} | {pc.firmware.name} | {pc.medium.name} | {outcomes[key_of(pc)]} |")
+        rows.append(f"| {pc.name} | {pc.firmware.name} | {pc.medium.name} | {outcomes.get(key_of(pc), UNTRIED)} |")
     return "\n".join(rows) + "\n"
 
 
@@ -175,11 +178,8 @@ def main():
         keep_outcome(pc, outcome)
         print(f"{key_of(pc)}: {outcome} ({time.monotonic() - begin:.0f} s)", flush=True)
     outcomes = read_outcomes()
-    missing = [key_of(pc) for pc in VIRTUAL_PCS if outcomes.get(key_of(pc), "FAILED").startswith("FAILED")]
-    if options.write and not missing:
+    if options.write:
         write_page(outcomes)
-    elif options.write:
-        print("docs/booting.md stays as it is; without an outcome: " + ", ".join(missing))
     print(f"{len(chosen)} virtual PCs, {failed} failed")
     sys.exit(1 if failed else 0)
 
