@@ -3,8 +3,8 @@
 set(KORVANE_HOT_NAMES
     dispatch
     fast/assignment fast/comparison_steps fast/conditions fast/data_statements fast/element_assignments
-    fast/element_steps fast/function_steps fast/jumps fast/links fast/loops fast/operator_steps
-    fast/places fast/run_fast fast/scalar_assignments fast/sides fast/statement_end fast/text_assignments
+    fast/element_steps fast/function_steps fast/jumps fast/loops fast/operator_steps
+    fast/places fast/run_fast fast/scalar_assignments fast/sides fast/text_assignments
     fast/text_comparisons fast/text_steps fast/truth
     files/output
     numbers/angle_reduction numbers/circular_kernels numbers/decimal numbers/exponential_kernels numbers/format

@@ -122,23 +122,9 @@ inline bool fits(const NextRecord& next) {
            next.entry->generation == next.generation;
 }
 
-// Takes the NEXT to the depth of the innermost loop if that is open for its variable; anything else is the
-// general handler's business.
-std::uint64_t next_elsewhere(Current at, std::uint64_t budget) {
-    auto& next = as<NextRecord>(at);
-    const std::uint32_t depth = control_stacks.for_count;
-    if (depth == 0 || depth == next.depth) KORVANE_JUMP return execute_general(at, budget);
-    ForEntry& entry = control_stacks.fors[depth - 1];
-    if (entry.quick_variable != next.variable || entry.generation != arenas.generation)
-        KORVANE_JUMP return execute_general(at, budget);
-    next.depth = static_cast<std::uint8_t>(depth);
-    next.entry = &entry;
-    KORVANE_JUMP return at->execute(at, budget);
-}
-
 template <typename Number>
 std::uint64_t next_real(Current at, std::uint64_t budget) {
-    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_elsewhere(at, budget);
+    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_at_any_depth(at, budget);
     const ForEntry& entry = *as<NextRecord>(at).entry;
     std::uint8_t* storage = entry.variable->storage;
     const auto sum = static_cast<Number>(read<Number>(storage) + entry.step_as_double);
@@ -151,7 +137,7 @@ std::uint64_t next_real(Current at, std::uint64_t budget) {
 
 template <typename Narrow>
 std::uint64_t next_whole(Current at, std::uint64_t budget) {
-    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_elsewhere(at, budget);
+    if (!fits(as<NextRecord>(at))) KORVANE_JUMP return next_at_any_depth(at, budget);
     const ForEntry& entry = *as<NextRecord>(at).entry;
     std::uint8_t* storage = entry.variable->storage;
     std::int64_t sum;
@@ -173,6 +159,24 @@ Execute choose_next(Type type) {
             if constexpr (is_floating(listed())) return guarded<next_real<NumberOf<listed()>>>;
         });
 }
+
+}  // namespace
+
+// Takes the NEXT to the depth of the innermost loop if that is open for its variable; anything else is the
+// general handler's business.
+std::uint64_t next_at_any_depth(Token* at, std::uint64_t budget) {
+    const std::uint32_t depth = control_stacks.for_count;
+    if (depth == 0) KORVANE_JUMP return execute_general(at, budget);
+    const ForEntry& entry = control_stacks.fors[depth - 1];
+    auto& next = as<NextRecord>(at);
+    if (entry.quick_variable != next.variable || entry.generation != arenas.generation)
+        KORVANE_JUMP return execute_general(at, budget);
+    next.depth = static_cast<std::uint8_t>(depth);
+    next.entry = &control_stacks.fors[depth - 1];
+    KORVANE_JUMP return choose_next(entry.variable_type)(at, budget);
+}
+
+namespace {
 
 // ---- WHILE --------------------------------------------------------------------------------------
 

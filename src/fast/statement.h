@@ -122,6 +122,9 @@ bool has_been_given_up(const Token* at);
 // Opens the loop of the specialised FOR at `at`; false when that is for the general handler to do.
 bool open_loop(Token* at);
 
+// Executes the specialised NEXT at `at` for the innermost loop, whatever depth and FOR it was made for.
+std::uint64_t next_at_any_depth(Token* at, std::uint64_t budget);
+
 // Makes the statement, which has its handler, one that draws random numbers: fall_back() gives them back.
 void keep_random(Token* at);
 

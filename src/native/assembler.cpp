@@ -100,21 +100,12 @@ void Assembler::encode(std::uint32_t operation, unsigned field, Operand operand,
     put_place(field, operand, bytes_behind);
 }
 
-void Assembler::emit(Operation operation, Register first, Operand second) {
-    encode(static_cast<std::uint32_t>(operation), static_cast<unsigned>(first), second, 0);
-}
-
-void Assembler::emit(Operation operation, Vector first, Operand second) {
-    encode(static_cast<std::uint32_t>(operation), static_cast<unsigned>(first), second, 0);
+void Assembler::emit(std::uint32_t with_first, Operand second) {
+    encode(with_first & 0xFFFF, with_first >> 16, second, 0);
 }
 
 void Assembler::emit_registers(std::uint32_t packed_form) {
-    encode(packed_form & 0xFFFF, packed_form >> 16 & 15, static_cast<Register>(packed_form >> 20), 0);
-}
-
-void Assembler::emit(Unary operation, Operand operand) {
-    const auto word = static_cast<std::uint32_t>(operation);
-    encode(word & 0xFFFF, word >> 16, operand, 0);
+    encode(packed_form & 0xFFFF, packed_form >> 16 & 15, static_cast<Register>(packed_form >> 20 & 15), 0);
 }
 
 void Assembler::emit(WithNumber operation, Operand operand, std::int32_t number) {

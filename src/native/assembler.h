@@ -226,18 +226,31 @@ class Assembler {
     std::size_t position() const { return used; }
     bool full() const { return overrun; }
 
-    void emit(Operation operation, Register first, Operand second);
-    void emit(Operation operation, Vector first, Operand second);
+    void emit(Operation operation, Register first, Operand second) {
+        emit(with_register(operation, first), second);
+    }
+    void emit(Operation operation, Vector first, Operand second) {
+        emit(with_register(operation, first), second);
+    }
 
-    // Between registers: one number for all, where they are known when this is compiled, keeps the calls
-    // short.
+    // The operation and its first operand as one number, which keeps calls short where both are known
+    // beforehand.
+    template <typename First>
+    static constexpr std::uint32_t with_register(Operation operation, First first) {
+        return static_cast<std::uint32_t>(operation) | static_cast<std::uint32_t>(first) << 16;
+    }
+    void emit(std::uint32_t with_first, Operand second);
+
+    // Between registers.
     template <typename First, typename Second>
     void emit(Operation operation, First first,
               Second second) requires(std::is_enum_v<First>&& std::is_enum_v<Second>) {
-        emit_registers(static_cast<std::uint32_t>(operation) | static_cast<std::uint32_t>(first) << 16 |
-                       static_cast<std::uint32_t>(second) << 20);
+        emit_registers(with_register(operation, first) | static_cast<std::uint32_t>(second) << 20);
     }
-    void emit(Unary operation, Operand operand);
+    void emit(Unary operation, Operand operand) { emit(static_cast<std::uint32_t>(operation), operand); }
+    void emit(Unary operation, Register which) {
+        emit_registers(static_cast<std::uint32_t>(operation) | static_cast<std::uint32_t>(which) << 20);
+    }
     void emit(WithNumber operation, Operand operand, std::int32_t number);
     void shift(Shift direction, Register which, int bits);
     void multiply(Register target, Operand operand, std::int32_t number);

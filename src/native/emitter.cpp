@@ -21,7 +21,8 @@ void Emitter::begin(std::span<std::byte> room) {
     variables_kept.clear();
     has_failed = false;
     detour_count = 0;
-    pausing = general = general_if = leaving = leaving_anywhere = branching = loading = Label();
+    pausing = general = general_if = next_elsewhere = leaving = leaving_anywhere = branching = loading =
+        Label();
 }
 
 bool Emitter::rehearse(Place& place) {
@@ -139,7 +140,7 @@ void Emitter::go_on(Token* at) {
 }
 
 void Emitter::load_token(Register target, const Token* token) {
-    code.emit(Operation::lea, target, place(token));
+    on(Operation::lea, target, token);
 }
 
 // All tokens of the cache lie so near to one another that the lower halves of their addresses differ.
@@ -197,12 +198,14 @@ void Emitter::emit_ends(Place& place) {
             load_token(Register::rax, place.opener);
             code.emit(Operation::cmp, Register::rax, kept);
             code.jump_if(Condition::equal, nested);
-            code.emit(Operation::mov_store, Register::rax, this->place(&execution.kept_start));
+            on(Operation::mov_store, Register::rax, &execution.kept_start);
             code.bind(nested);
             code.emit(Operation::mov_store, Register::rdi, kept);
             code.bind(known);
         }
-        code.jump(place.at->kind == KW_IF ? general_if : general);
+        code.jump(place.at->kind == KW_IF     ? general_if
+                  : place.at->kind == KW_NEXT ? next_elsewhere
+                                              : general);
     }
     if (has_entry(place.at)) {
         code.bind(place.entry);
@@ -225,6 +228,8 @@ void Emitter::emit_common_ends() {
     jump_to_function(fast::execute_general);
     code.bind(general_if);
     jump_to_function(fast::execute_general_if);
+    code.bind(next_elsewhere);
+    jump_to_function(fast::next_at_any_depth);
     code.bind(branching);
     jump_to_function(branch_anew);
     code.bind(leaving_anywhere);

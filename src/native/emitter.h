@@ -144,6 +144,13 @@ class Emitter {
     Vector real_register(int number);
     Register whole_register(int number);
     Operand place(const void* address);
+
+    // An operation with a place in memory as its second operand.
+    template <typename First>
+    void on(Operation operation, First first, const void* address) {
+        on_place(Assembler::with_register(operation, first), address);
+    }
+    void on_place(std::uint32_t operation, const void* address);
     void copy(Vector target, Operand source);
     void use(const void* storage, Type type);
 
@@ -174,6 +181,7 @@ class Emitter {
     Label pausing;
     Label general;
     Label general_if;
+    Label next_elsewhere;
     Label leaving;
     Label leaving_anywhere;
     Label branching;

@@ -65,6 +65,10 @@ Operand Emitter::place(const void* address) {
     return at(Register::r15, 0);
 }
 
+void Emitter::on_place(std::uint32_t operation, const void* address) {
+    code.emit(operation, place(address));
+}
+
 void Emitter::copy(Vector target, Operand source) {
     if (source.kind != Operand::REGISTER)
         code.emit(Operation::movsd, target, source);
@@ -99,8 +103,8 @@ void Emitter::finite_or_fail(Vector number) {
 // Fails when a double may not be the integer that it stands for (fast/comparison_steps.cpp).
 void Emitter::exact_or_fail(Vector number) {
     code.emit(Operation::movapd, scratch, number);
-    code.emit(Operation::andpd, scratch, place(other_bits));
-    code.emit(Operation::ucomisd, scratch, place(&fast::exact_integers));
+    on(Operation::andpd, scratch, other_bits);
+    on(Operation::ucomisd, scratch, &fast::exact_integers);
     fail_if(Condition::above);
     fail_if(Condition::parity);
 }
@@ -181,7 +185,7 @@ void Emitter::real(std::int16_t index, int reals, int wholes) {
             break;
         case Form::sign:
             real(node.right, reals, wholes);
-            code.emit(Operation::xorpd, target, place(sign_bits));
+            on(Operation::xorpd, target, sign_bits);
             break;
         case Form::element:
             if (node.type == Type::DOUBLE) {

@@ -199,7 +199,10 @@ void make() {
         return forget();
     }
     if (!made) {
-        if (!fits || emitter.is_full()) forget();
+        if (!fits || emitter.is_full()) {
+            executable_memory.grow();
+            forget();
+        }
         return;
     }
     fragments.used = start + emitter.size();
@@ -271,9 +274,8 @@ std::uint32_t new_key() {
 }
 
 bool may_turn(Token* at, const Token* loop, std::uint32_t key, std::int32_t sign) {
-    const auto& next = fast::as<fast::NextRecord>(at);
-    ForEntry& entry = *next.entry;
-    if (control_stacks.for_count != next.depth || entry.quick_variable != next.variable ||
+    ForEntry& entry = control_stacks.fors[control_stacks.for_count - 1];
+    if (entry.quick_variable != fast::as<fast::NextRecord>(at).variable ||
         entry.generation != arenas.generation || entry.step_sign != sign)
         return false;
     const Token* first = entry.loop_token;

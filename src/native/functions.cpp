@@ -88,11 +88,11 @@ void Emitter::round_down(Vector number, bool toward_zero) {
     code.emit(Operation::ucomisd, scratch, number);
     code.jump_if(Condition::equal, done);
     if (toward_zero) {
-        code.emit(Operation::andpd, number, place(sign_bit));
+        on(Operation::andpd, number, sign_bit);
         code.emit(Operation::orpd, number, scratch);
     } else {
         code.jump_if(Condition::below, is_less);
-        code.emit(Operation::subsd, scratch, place(&one));
+        on(Operation::subsd, scratch, &one);
         code.bind(is_less);
         code.emit(Operation::movapd, number, scratch);
     }
@@ -123,7 +123,7 @@ void Emitter::real_call(const Node& node, int reals, int wholes) {
     } else if (name == "SQR") {
         code.emit(Operation::sqrtsd, target, target);
     } else if (name == "ABS") {
-        code.emit(Operation::andpd, target, place(other_bits));
+        on(Operation::andpd, target, other_bits);
     } else if (name == "INT" || name == "FIX") {
         round_down(target, name == "FIX");
     } else if (name != "CDBL" && name != "CSNG") {

@@ -121,15 +121,15 @@ Condition Emitter::emit_sum_of_reals(const ForEntry& entry, const VariableEntry&
     if (kept != nullptr)
         code.emit(Operation::movapd, Vector::xmm0, kept->where);
     else if (type == Type::DOUBLE)
-        code.emit(Operation::movsd, Vector::xmm0, place(storage));
+        on(Operation::movsd, Vector::xmm0, storage);
     else
-        code.emit(Operation::cvtss2sd, Vector::xmm0, place(storage));
-    code.emit(Operation::addsd, Vector::xmm0, place(&entry.step_as_double));
+        on(Operation::cvtss2sd, Vector::xmm0, storage);
+    on(Operation::addsd, Vector::xmm0, &entry.step_as_double);
     if (type == Type::SINGLE) to_single(Vector::xmm0);
     finite_or_fail(Vector::xmm0);
     if (kept != nullptr) code.emit(Operation::movapd, kept->where, Vector::xmm0);
     write_real(place(storage), type);
-    code.emit(Operation::ucomisd, Vector::xmm0, place(&entry.limit_as_double));
+    on(Operation::ucomisd, Vector::xmm0, &entry.limit_as_double);
     return sign < 0 ? Condition::below : Condition::above;
 }
 
@@ -142,10 +142,10 @@ Condition Emitter::emit_sum_of_wholes(const ForEntry& entry, const VariableEntry
               : type == Type::LONG  ? Operation::movsx_32
                                     : Operation::mov,
               sum, place(storage));
-    code.emit(Operation::add, sum, place(&entry.step.integer));
+    on(Operation::add, sum, &entry.step.integer);
     fail_if(Condition::overflow);
     write_whole(place(storage), type, sum);
-    code.emit(Operation::cmp, sum, place(&entry.limit.integer));
+    on(Operation::cmp, sum, &entry.limit.integer);
     return sign < 0 ? Condition::less : Condition::greater;
 }
 
@@ -239,7 +239,7 @@ void Emitter::emit_wend() {
         code.bind(elsewhere);
         find_last(control_stacks.while_count, sizeof entry);
     }
-    code.emit(Operation::mov_store_32, Register::rax, place(&control_stacks.while_count));
+    on(Operation::mov_store_32, Register::rax, &control_stacks.while_count);
     end_wend();
     lead_to_one(KW_WHILE);
 }

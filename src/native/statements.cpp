@@ -111,7 +111,7 @@ void Emitter::keep_then_part(const Token* opener, const Token* first, bool is_lo
     load_token(Register::rax, opener);
     code.emit(Operation::cmp, Register::rax, kept);
     code.jump_if(Condition::equal, nested);
-    code.emit(Operation::mov_store, Register::rax, place(&execution.kept_start));
+    on(Operation::mov_store, Register::rax, &execution.kept_start);
     code.bind(nested);
     load_token(Register::rax, first);
     code.emit(Operation::mov_store, Register::rax, kept);
@@ -178,7 +178,7 @@ void Emitter::go_on_or_branch(Token* at) {
 
 // An ELSE ends the THEN part in front of it; anywhere else it is an error.
 void Emitter::emit_else(Token* at) {
-    code.emit(Operation::movzx_8, Register::rax, place(&execution.then_part));
+    on(Operation::movzx_8, Register::rax, &execution.then_part);
     code.emit(Operation::test, Register::rax, Register::rax);
     fail_if(Condition::equal);
     go_on(fast::end_of_line(at));
@@ -188,7 +188,7 @@ void Emitter::emit_else(Token* at) {
 
 // The next free entry of a stack, which is not full, in rdx: counted from the first one's address.
 void Emitter::find_top(const std::uint32_t& count, std::uint32_t most, int size) {
-    code.emit(Operation::mov_32, Register::rax, place(&count));
+    on(Operation::mov_32, Register::rax, &count);
     code.emit(WithNumber::cmp_32, Register::rax, static_cast<std::int32_t>(most));
     fail_if(Condition::equal);
     code.multiply(Register::rdx, Register::rax, size);
@@ -225,7 +225,7 @@ void Emitter::emit_gosub(Token* at) {
 
 // The last entry of a stack, as find_top().
 void Emitter::find_last(const std::uint32_t& count, int size) {
-    code.emit(Operation::mov_32, Register::rax, place(&count));
+    on(Operation::mov_32, Register::rax, &count);
     code.emit(WithNumber::sub, Register::rax, 1);
     fail_if(Condition::below);
     code.multiply(Register::rdx, Register::rax, size);
@@ -241,7 +241,7 @@ void Emitter::emit_return() {
               static_cast<std::int32_t>(program.cache_epoch));
     fail_if(Condition::not_equal);
     code.emit(Operation::mov, Register::rdi, field(&entry.token, Register::rdx));
-    code.emit(Operation::mov_store_32, Register::rax, place(&control_stacks.gosub_count));
+    on(Operation::mov_store_32, Register::rax, &control_stacks.gosub_count);
     end_then_part();
     lead_to_one(KW_GOSUB);
 }
