@@ -10,7 +10,7 @@ set(KORVANE_HOT_NAMES
     numbers/angle_reduction numbers/circular_kernels numbers/decimal numbers/exponential_kernels numbers/format
     numbers/scaled
     platform/clock platform/firmware platform/memory platform/stack
-    program/program_store program/tokenizer
+    program/tokenizer
     run/conditions run/control_stacks run/jumps run/loops run/run
     screen/console screen/framebuffer screen/gfx_line screen/plot screen/text_windows
     statements/data/data_statements statements/graphics/circle statements/graphics/image_array statements/graphics/paint

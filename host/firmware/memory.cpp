@@ -205,10 +205,18 @@ uefi::Status Memory::change_attributes(uefi::PhysicalAddress address, std::uint6
     return uefi::success;
 }
 
+std::vector<MemoryRegion> Memory::executable_regions() const {
+    std::vector<MemoryRegion> found;
+    for (const auto& [base, range] : ranges_)
+        if ((range.attributes & uefi::memory_execute_protect) == 0)
+            found.push_back({base, range.pages, range.type});
+    return found;
+}
+
 std::uint64_t Memory::executable_pages() const {
     std::uint64_t pages = 0;
-    for (const auto& [base, range] : ranges_)
-        if ((range.attributes & uefi::memory_execute_protect) == 0) pages += range.pages;
+    for (const MemoryRegion& region : executable_regions())
+        pages += region.pages;
     return pages;
 }
 

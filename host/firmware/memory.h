@@ -38,7 +38,8 @@ class Memory {
     uefi::Status change_attributes(uefi::PhysicalAddress address, std::uint64_t bytes, std::uint64_t set,
                                    std::uint64_t cleared);
 
-    // Allocated pages that may be executed.
+    // What may be executed, and how many pages that are.
+    std::vector<MemoryRegion> executable_regions() const;
     std::uint64_t executable_pages() const;
 
     // True for an address of its own memory, whatever that is used for.
