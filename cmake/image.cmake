@@ -11,33 +11,17 @@
 # does, because 32-bit Windows keeps it at multiples of 4; 64-bit UEFI firmware keeps it at multiples of 16.
 file(GLOB_RECURSE KORVANE_SOURCES CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/src/*.cpp)
 
-# Without the specialised statements: what the differential tests compare with. The linker proves that nothing else
-# knows of them than what stands in for them.
-option(KORVANE_GENERAL_ONLY "Run every statement by its general handler" OFF)
-if(KORVANE_GENERAL_ONLY)
-  list(FILTER KORVANE_SOURCES EXCLUDE REGEX "/src/fast/")
-  list(APPEND KORVANE_SOURCES ${CMAKE_SOURCE_DIR}/src/fast/general_only.cpp)
-else()
-  list(REMOVE_ITEM KORVANE_SOURCES ${CMAKE_SOURCE_DIR}/src/fast/general_only.cpp)
-endif()
-
-# Without native code alone: what a processor gets that it is not made for. Code that nobody asks for is left out with
-# the statements that would ask.
-option(KORVANE_WITHOUT_NATIVE "Make no machine code while programs run" OFF)
 include(cmake/native_sources.cmake)
-if(KORVANE_GENERAL_ONLY OR KORVANE_WITHOUT_NATIVE)
-  korvane_leave_out_native(KORVANE_SOURCES)
-else()
-  korvane_leave_in_native(KORVANE_SOURCES)
-endif()
-set(KORVANE_NATIVE_THRESHOLD "" CACHE STRING "Times a statement is executed before it becomes machine code, for tests; empty for as many as pay")
+korvane_leave_in_native(KORVANE_SOURCES)
+list(REMOVE_ITEM KORVANE_SOURCES ${CMAKE_SOURCE_DIR}/src/fast/general_only.cpp)
 
 add_executable(korvane.efi ${KORVANE_SOURCES} ${KORVANE_FONT_SOURCE})
 # Whatever does not run in a program's inner loops is compiled for size: the image is copied into every program
 # that is made standalone, and firmware reads it slowly. What is named here is compiled for speed; a name that
 # stands for no file stops the configuration.
 include(cmake/hot_sources.cmake)
-set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES})
+set(KORVANE_STAND_INS ${CMAKE_SOURCE_DIR}/src/fast/general_only.cpp ${CMAKE_SOURCE_DIR}/src/native/without_native.cpp)
+set(KORVANE_COLD_SOURCES ${KORVANE_SOURCES} ${KORVANE_STAND_INS})
 list(REMOVE_ITEM KORVANE_COLD_SOURCES ${KORVANE_HOT_SOURCES})
 set_source_files_properties(${KORVANE_COLD_SOURCES} PROPERTIES COMPILE_OPTIONS "-Oz;-flto")
 # The rest is compiled as one, which takes 5 KiB off it; the named files separately, so that the code of the inner loops
@@ -62,51 +46,67 @@ set_property(
   APPEND
   PROPERTY COMPILE_OPTIONS -falign-functions=32)
 
-target_include_directories(korvane.efi PRIVATE ${CMAKE_SOURCE_DIR}/src)
-target_link_libraries(korvane.efi PRIVATE korvane_warnings)
-target_compile_definitions(korvane.efi PRIVATE _WIN64 KORVANE_FREESTANDING)
-# With little room for token arrays: lines run from the execution buffer, as in programs that fill the arena.
-set(KORVANE_TOKEN_CACHE_LIMIT "" CACHE STRING "Bytes of the token cache, for tests; empty for all that is free")
-if(KORVANE_TOKEN_CACHE_LIMIT)
-  target_compile_definitions(korvane.efi PRIVATE KORVANE_TOKEN_CACHE_LIMIT=${KORVANE_TOKEN_CACHE_LIMIT})
-endif()
-if(KORVANE_NATIVE_THRESHOLD)
-  target_compile_definitions(korvane.efi PRIVATE KORVANE_NATIVE_THRESHOLD=${KORVANE_NATIVE_THRESHOLD})
-endif()
-target_compile_options(
-  korvane.efi
-  PRIVATE -O2
-          -fno-builtin
-          -fno-exceptions
-          -fno-rtti
-          -fno-threadsafe-statics
-          -fno-asynchronous-unwind-tables
-          -fno-strict-aliasing
-          -fno-ident
-          -ffp-contract=off
-          -mabi=sysv
-          -mcmodel=small
-          -mno-red-zone
-          -mno-stackrealign
-          -mno-stack-arg-probe
-          -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
-target_link_options(
-  korvane.efi
-  PRIVATE -nostdlib
-          -flto
-          -flto-partition=none
-          -s
-          -Wl,--subsystem,10
-          -Wl,-e,_ModuleEntryPoint
-          -Wl,--dynamicbase
-          -Wl,--no-insert-timestamp)
+# How an image is compiled and linked.
+function(korvane_set_up_image image)
+  target_include_directories(${image} PRIVATE ${CMAKE_SOURCE_DIR}/src)
+  target_link_libraries(${image} PRIVATE korvane_warnings)
+  target_compile_definitions(${image} PRIVATE _WIN64 KORVANE_FREESTANDING)
+  target_compile_options(
+    ${image}
+    PRIVATE -O2
+            -fno-builtin
+            -fno-exceptions
+            -fno-rtti
+            -fno-threadsafe-statics
+            -fno-asynchronous-unwind-tables
+            -fno-strict-aliasing
+            -fno-ident
+            -ffp-contract=off
+            -mabi=sysv
+            -mcmodel=small
+            -mno-red-zone
+            -mno-stackrealign
+            -mno-stack-arg-probe
+            -ffile-prefix-map=${CMAKE_SOURCE_DIR}/=)
+  target_link_options(
+    ${image}
+    PRIVATE -nostdlib
+            -flto
+            -flto-partition=none
+            -s
+            -Wl,--subsystem,10
+            -Wl,-e,_ModuleEntryPoint
+            -Wl,--dynamicbase
+            -Wl,--no-insert-timestamp)
+endfunction()
 
-if(NOT KORVANE_GENERAL_ONLY
-   AND NOT KORVANE_WITHOUT_NATIVE
-   AND NOT KORVANE_NATIVE_THRESHOLD
-   AND NOT KORVANE_TOKEN_CACHE_LIMIT)
-  add_custom_command(
-    TARGET korvane.efi
-    POST_BUILD
-    COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:korvane.efi> ${CMAKE_SOURCE_DIR}/build/korvane.efi)
-endif()
+korvane_set_up_image(korvane.efi)
+add_custom_command(
+  TARGET korvane.efi
+  POST_BUILD
+  COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:korvane.efi> ${CMAKE_SOURCE_DIR}/build/korvane.efi)
+
+# Variants of the image for tests and measurements, in folders of their names under build/, made when they are asked for:
+# of this image's own objects but for those `WITHOUT` names. That they link proves that nothing else knows of what they
+# leave out.
+function(korvane_add_variant name)
+  cmake_parse_arguments(VARIANT "" "WITHOUT;DEFINITION" "SOURCES" ${ARGN})
+  list(TRANSFORM VARIANT_SOURCES PREPEND ${CMAKE_SOURCE_DIR}/src/)
+  add_executable(${name} EXCLUDE_FROM_ALL ${VARIANT_SOURCES}
+                                          "$<FILTER:$<TARGET_OBJECTS:korvane.efi>,EXCLUDE,/src/${VARIANT_WITHOUT}>")
+  korvane_set_up_image(${name})
+  target_compile_definitions(${name} PRIVATE ${VARIANT_DEFINITION})
+  set_target_properties(${name} PROPERTIES OUTPUT_NAME korvane.efi RUNTIME_OUTPUT_DIRECTORY
+                                                                   ${CMAKE_SOURCE_DIR}/build/${name})
+endfunction()
+
+# Every statement by its general handler: what the differential tests compare with.
+korvane_add_variant(general WITHOUT "(fast|native)/" SOURCES fast/general_only.cpp native/without_native.cpp)
+# Without native code alone: what a processor gets that it is not made for.
+korvane_add_variant(without-native WITHOUT "native/" SOURCES native/without_native.cpp)
+# Native code of every statement as soon as it can be made.
+korvane_add_variant(native-at-once WITHOUT "native/fragments.cpp" SOURCES native/fragments.cpp
+                    DEFINITION KORVANE_NATIVE_THRESHOLD=1)
+# With little room for token arrays: lines run from the execution buffer, as in programs that fill the arena.
+korvane_add_variant(small-cache WITHOUT "program/program_store.cpp" SOURCES program/program_store.cpp
+                    DEFINITION KORVANE_TOKEN_CACHE_LIMIT=3000)
