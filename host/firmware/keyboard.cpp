@@ -11,9 +11,9 @@ namespace {
 
 // An image that spins asks again within this many ticks of the time-stamp counter: the line editor, and a
 // program that does nothing but look for a key, whose looks alternate with those for the break key. One that
-// only polls between statements does hundreds of statements in between, which are machine code at best: looks that
-// all come from one place have to follow one another at once. With the sanitizers all of that takes many times as
-// long.
+// only polls between statements does hundreds of statements in between, which are machine code at best: looks
+// that all come from one place have to follow one another at once. With the sanitizers all of that takes many
+// times as long.
 #ifdef __SANITIZE_ADDRESS__
 constexpr std::uint64_t quick_poll_ticks = 40000;
 constexpr std::uint64_t immediate_poll_ticks = 40000;
