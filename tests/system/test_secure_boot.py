@@ -27,6 +27,11 @@ def signed_image(tmp_path_factory):
     subprocess.run(
         [TERMINAL, "--image", IMAGE, "--volume", folder], input=LINES.encode(), check=True, stdout=subprocess.DEVNULL
     )
+    return sign(folder)
+
+
+def sign(folder):
+    """The folder's GAME.efi, signed."""
     key = folder / "key.pem"
     subprocess.run(["openssl", "rsa", "-in", KEY, "-passin", "pass:snakeoil", "-out", key], check=True)
     output = folder / "signed.efi"
