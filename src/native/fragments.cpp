@@ -150,6 +150,11 @@ void lead_to_loops() {
     }
 }
 
+// To come in and leave again at once would take longer than the specialised statement takes.
+bool is_worth_entering(const Place& place) {
+    return has_entry(place.at) && (place.run == longest_run || first_threshold == 1);
+}
+
 // Finds the statements that are to have code, at most so many. Gives how many of them had none.
 std::size_t find_region(Token* first, std::size_t most) {
     std::size_t fresh = 0;
@@ -168,9 +173,11 @@ std::size_t find_region(Token* first, std::size_t most) {
         place->may_become = (ready && is_left && has_entry(at)) || (!ready && may_become_ready(at));
         if (!place->is_native) continue;
         region.append(*place);
-        if (has_entry(at) && !is_native(at)) ++fresh;
     }
     region.find_loops();
+    region.find_runs();
+    for (const Place* place : region.natives())
+        if (is_worth_entering(*place) && !is_native(place->at)) ++fresh;
     return fresh;
 }
 
@@ -208,7 +215,7 @@ void make() {
     fragments.used = start + emitter.size();
     fragments.has_made = true;
     for (Place* place : region.natives())
-        if (has_entry(place->at))
+        if (is_worth_entering(*place))
             lead_in(place->at, reinterpret_cast<Execute>(memory.data() + start + place->entry.position()));
 }
 

@@ -5,6 +5,7 @@
 #include "fast/links.h"
 #include "fast/records.h"
 #include "program/execution.h"
+#include "program/keywords.h"
 
 namespace korvane::native {
 namespace {
@@ -72,6 +73,22 @@ bool Region::note_targets(const Place& place, std::size_t first) {
         jumps[jump_count++] = {from, static_cast<std::uint16_t>(target - places.data())};
     }
     return true;
+}
+
+// A NEXT most often goes on with its loop, which is what it leads to first.
+void Region::find_runs() {
+    for (std::size_t i = 0; i != used; ++i)
+        places[i].run = places[i].is_native ? longest_run : 0;
+    for (int round = 0; round != longest_run; ++round) {
+        std::array<std::uint8_t, most_places> longest{};
+        for (std::size_t j = 0; j != jump_count; ++j) {
+            std::uint8_t& best = longest[jumps[j].from];
+            if (best != 0 && places[jumps[j].from].at->kind == KW_NEXT) continue;
+            best = std::max<std::uint8_t>(best, static_cast<std::uint8_t>(places[jumps[j].to].run + 1));
+        }
+        for (std::size_t i = 0; i != used; ++i)
+            if (places[i].is_native && longest[i] != 0) places[i].run = std::min(longest[i], longest_run);
+    }
 }
 
 void Region::find_loops() {

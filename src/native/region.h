@@ -18,6 +18,7 @@ struct Place {
     bool is_seen;        // looked at
     bool is_native;      // has code; otherwise control leaves the code here
     bool may_become;     // not native, but it could be later
+    std::uint8_t run;    // how many statements with code follow one another from here on, at most longest_run
     std::uint8_t depth;  // how many loops it is in
     Label head;          // in front of it: a statement more is counted
     Label body;          // behind that
@@ -29,6 +30,7 @@ struct Place {
 };
 
 inline constexpr std::size_t most_places = 256;
+inline constexpr std::uint8_t longest_run = 3;
 
 class Region {
   public:
@@ -71,6 +73,9 @@ class Region {
 
     // Finds out how deep in loops the statements are: a jump back in the program is a loop's end.
     void find_loops();
+
+    // Finds out how long control stays in the code once it has come in.
+    void find_runs();
 
   private:
     static constexpr std::size_t slots = 1024;
