@@ -268,7 +268,7 @@ void Emitter::emit_detours() {
         Detour& detour = detours[i];
         current = detour.place;
         code.bind(detour.start);
-        if (detour.kind == Detour::rounding)
+        if (detour.kind == Detour::Kind::rounding)
             emit_rounding(detour);
         else
             emit_verifying(detour);

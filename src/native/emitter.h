@@ -56,7 +56,7 @@ class Emitter {
   private:
     // What is executed rarely, and stands behind everything else.
     struct Detour {
-        enum Kind : std::uint8_t { rounding, verifying } kind;
+        enum class Kind : std::uint8_t { rounding, verifying } kind;
         Vector number;    // to be rounded
         Register target;  // where it goes
         Place* place;

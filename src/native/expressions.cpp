@@ -114,7 +114,7 @@ void Emitter::round_to_whole(Vector number, Register target) {
     code.emit(Operation::cvttsd2si, target, number);
     whole_to_real(target, scratch);
     code.emit(Operation::ucomisd, scratch, number);
-    Detour* detour = add_detour(Detour::rounding);
+    Detour* detour = add_detour(Detour::Kind::rounding);
     if (detour == nullptr) return;
     detour->number = number;
     detour->target = target;

@@ -81,7 +81,7 @@ void Emitter::emit_next(Token* at) {
     Token* first = first_of_turn(opener != nullptr ? as<fast::ForRecord>(opener).after : entry.loop_token);
     code.emit(WithNumber::cmp_32, place(&control_stacks.for_count), record.depth);
     fail_if(Condition::not_equal);
-    Detour* detour = add_detour(Detour::verifying);
+    Detour* detour = add_detour(Detour::Kind::verifying);
     if (detour == nullptr) return;
     detour->loop = first;
     detour->key = is_rehearsal ? 1 : new_key();

@@ -96,7 +96,7 @@ int divide_by_tens(double& number) {
             ++count;
         }
     }
-    const auto biased = static_cast<std::uint64_t>(exponent + bias);
+    const auto biased = static_cast<std::uint64_t>(std::int64_t{exponent} + bias);
     number = std::bit_cast<double>(biased << 52 | (mantissa & (leading_bit - 1)));
     return count;
 }

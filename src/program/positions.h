@@ -17,7 +17,8 @@
 // Its statements are specialised like a program's, but keep no line of the program. What leads back into it
 // (open loops; RETURN ends the run instead) counts as older from the moment when the next line is typed
 // (forget_direct_line), however the line came to its end: an error, Escape or STOP in it, or in the program
-// that it has started.
+// that it has started. The clear generation ends then too, and with it the machine code for the line: the
+// next line's records lie in the same place, and nothing could tell the one from the other.
 //
 // Positions (line and record) outlive the epoch: they lie in the control stacks, in trap frames and in the
 // place for CONT, and are taken literally in whatever program is there when they are used. Those in the

@@ -1,5 +1,6 @@
 #include "run/control_stacks.h"
 
+#include "program/arenas.h"
 #include "program/errors.h"
 #include "program/messages.h"
 
@@ -22,6 +23,9 @@ void forget_direct_line() {
     }
     for (WhileEntry& entry : control_stacks.whiles)
         if (entry.start.line == direct_line) entry.epoch = no_epoch;
+    // Machine code for the line is good for the generation, and the next line's statements will lie in its
+    // place.
+    ++arenas.generation;
 }
 
 bool push_gosub(const GosubEntry& entry) {

@@ -90,12 +90,12 @@ bool on_screen(std::string_view text) {
 }
 
 // The places of a statement that are tried: all of them, but with the sanitizers, which make everything ten
-// times as slow, every third, and another third in each of the tests.
+// times as slow, every sixth, and others in each of the tests.
 std::vector<Interruption> tried_places(const InterruptedStatement& statement, [[maybe_unused]] int test) {
     std::vector<Interruption> places = interruptions_of(statement);
 #ifdef __SANITIZE_ADDRESS__
     static int counted = 0;
-    std::erase_if(places, [&](const Interruption&) { return (counted++ + test) % 3 != 0; });
+    std::erase_if(places, [&](const Interruption&) { return (counted++ + test) % 6 != 0; });
 #endif
     return places;
 }
