@@ -139,12 +139,17 @@ def report(machines, arguments, title, relation, lines, verdict):
 def play_random(machines, arguments):
     themes = arguments.theme or [theme for theme in THEMES if theme != "costs" or not arguments.no_costs]
     deadline = time.monotonic() + arguments.seconds
+
+    # However slow the machine is, every theme has its turn.
+    def is_time_up():
+        return time.monotonic() >= deadline and all(played.values())
+
     played, failures = dict.fromkeys(themes, 0), 0
     first = arguments.first
-    while time.monotonic() < deadline and first < arguments.first + arguments.count:
+    while not is_time_up() and first < arguments.first + arguments.count:
         seeds = range(first, min(first + BATCH, arguments.first + arguments.count))
         for theme in themes:
-            if time.monotonic() >= deadline or failures >= arguments.failures:
+            if is_time_up() or failures >= arguments.failures:
                 break
             relation = THEMES[theme][0]
             cases = [(relation, make_session(theme, seed)) for seed in seeds]
