@@ -20,8 +20,8 @@ struct PlayedImage {
 
     ProgramOptions options() { return {{"--image", &image}, {"--linked", &linked}}; }
 
-    // Ends the program when the interpreter is to be played that is linked into it, and none is: the image would pass
-    // for it.
+    // Ends the program when the interpreter is to be played that is linked into it, and none is: the image
+    // would pass for it.
     host::ImageSource source() const {
         if (linked && !_ModuleEntryPoint) {
             std::fputs("--linked: no interpreter is linked into this program\n", stderr);
