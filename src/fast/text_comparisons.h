@@ -6,6 +6,6 @@
 namespace korvane::fast {
 
 // The step of a relational operator at its first character, whose left and right sides are texts.
-void set_text_comparison_step(Token* at);
+[[gnu::cold]] void set_text_comparison_step(Token* at);
 
 }  // namespace korvane::fast

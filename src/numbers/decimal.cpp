@@ -137,7 +137,7 @@ BigNatural read_digits(const Decimal& decimal, std::int64_t& exponent) {
 }
 
 // Exact long division of the number's numerator by its denominator to 64 bits and a rest.
-Scaled scale(const Decimal& decimal) {
+[[gnu::cold]] Scaled scale(const Decimal& decimal) {
     std::int64_t exponent = decimal.exponent;
     BigNatural numerator = read_digits(decimal, exponent);
     BigNatural denominator(1);
