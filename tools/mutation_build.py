@@ -18,7 +18,7 @@ INTERPRETER = "libinterpreter.a"
 # the calls that it relies on. That of these objects does so too, at the level they are compiled with.
 NATIVE = {"native/fragments.cpp": ["-DKORVANE_FREESTANDING"]}
 # The places that a test reaches are noted with the lines that they come from.
-NOTED = ["-fsanitize-coverage=trace-pc", "-g1", "-O1", "-foptimize-sibling-calls"]
+NOTED = ["-fsanitize-coverage=trace-pc", "-g1"]
 
 
 class Builder:

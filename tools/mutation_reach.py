@@ -103,11 +103,16 @@ class Collector:
         names = ("sources", "lines", "functions", "breadth", "sums")
         self.kept.write_bytes(pickle.dumps({name: getattr(self, name) for name in names}))
 
-    def forget(self, file):
-        """All tests of a file."""
+    def forget(self, files):
+        """All tests of some files."""
+        old = {test for test in self.breadth if test.split(": ")[0] in files}
+        if not old:
+            return
+        for test in old:
+            del self.breadth[test]
         for lines in self.lines.values():
             for tests in lines.values():
-                tests -= {test for test in tests if test.split(": ")[0] == file}
+                tests -= old
 
     def note_functions(self, places):
         for frames in places.values():
@@ -175,8 +180,7 @@ def find_reach(collector, programs, transcripts, suites, run):
     has, of each other program, the sum of its sources and the words for each of its tests."""
     words, files = transcripts
     sums = {str(file): sum_of(programs.builder.tree / file) for file in files}
-    for file in collector.sums.keys() - sums.keys() - suites.keys():
-        collector.forget(file)
+    collector.forget(collector.sums.keys() - sums.keys() - suites.keys())
     plays = [("language_tests", [file for file in sums if sums[file] != collector.sums.get(file)])]
     plays += [(program, list(tests)) for program, (total, tests) in suites.items() if total != collector.sums.get(program)]
     for program, tests in plays:
@@ -187,8 +191,7 @@ def find_reach(collector, programs, transcripts, suites, run):
         collector.note_functions(places)
         noted = programs.folder / "noted"
         noted.mkdir(exist_ok=True)
-        for test in tests:
-            collector.forget(test)
+        collector.forget(set(tests))
         if program == "language_tests":
             run([made, *words, *tests], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY="the start")
             collector.sums |= {test: sums[test] for test in tests}
