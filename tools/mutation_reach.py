@@ -12,7 +12,7 @@ import re
 import shutil
 import subprocess
 
-from mutation_build import NATIVE, NOTED, sum_of
+from mutation_build import NATIVE, NOTED, THRESHOLDS, sum_of
 
 NAME_BYTES = 4096  # before the bits, in a file of tests/mutants/reached.cpp
 PLACED = re.compile(rb"[^\0]")
@@ -37,6 +37,11 @@ class Reach:
         near = self.lines[name][before[-1]] if before else set()
         others = set().union(*(self.lines[name][number] for number in known)) - near if known else set()
         return self.in_turn(near), self.in_turn(others)
+
+    def everything(self, first):
+        """All tests, those of a folder first."""
+        tests = self.in_turn(self.breadth)
+        return [test for test in tests if first in test], [test for test in tests if first not in test]
 
     def in_turn(self, tests):
         files = collections.defaultdict(list)
@@ -145,7 +150,7 @@ def compile_noted(builder, folder, jobs):
 
     def one(name):
         made = folder / (name.replace("/", "-") + ".o")
-        if not builder.compile(name, builder.source(name), made, [*NOTED, *NATIVE.get(name, [])]):
+        if not builder.compile(name, builder.source(name), made, [*NOTED, *(NATIVE if name == THRESHOLDS else [])]):
             raise RuntimeError(f"{name} does not compile with {NOTED}")
         return name, made
 
