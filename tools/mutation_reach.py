@@ -12,7 +12,7 @@ import re
 import shutil
 import subprocess
 
-from mutation_build import NATIVE, NOTED, sum_of
+from mutation_build import NATIVE, NOTED, THRESHOLDS, sum_of
 
 NAME_BYTES = 4096  # before the bits, in a file of tests/mutants/reached.cpp
 PLACED = re.compile(rb"[^\0]")
@@ -37,6 +37,11 @@ class Reach:
         near = self.lines[name][before[-1]] if before else set()
         others = set().union(*(self.lines[name][number] for number in known)) - near if known else set()
         return self.in_turn(near), self.in_turn(others)
+
+    def everything(self, first):
+        """All tests, those of a folder first."""
+        tests = self.in_turn(self.breadth)
+        return [test for test in tests if first in test], [test for test in tests if first not in test]
 
     def in_turn(self, tests):
         files = collections.defaultdict(list)
@@ -103,11 +108,16 @@ class Collector:
         names = ("sources", "lines", "functions", "breadth", "sums")
         self.kept.write_bytes(pickle.dumps({name: getattr(self, name) for name in names}))
 
-    def forget(self, file):
-        """All tests of a file."""
+    def forget(self, files):
+        """All tests of some files."""
+        old = {test for test in self.breadth if test.split(": ")[0] in files}
+        if not old:
+            return
+        for test in old:
+            del self.breadth[test]
         for lines in self.lines.values():
             for tests in lines.values():
-                tests -= {test for test in tests if test.split(": ")[0] == file}
+                tests -= old
 
     def note_functions(self, places):
         for frames in places.values():
@@ -140,7 +150,7 @@ def compile_noted(builder, folder, jobs):
 
     def one(name):
         made = folder / (name.replace("/", "-") + ".o")
-        if not builder.compile(name, builder.source(name), made, [*NOTED, *NATIVE.get(name, [])]):
+        if not builder.compile(name, builder.source(name), made, [*NOTED, *(NATIVE if name == THRESHOLDS else [])]):
             raise RuntimeError(f"{name} does not compile with {NOTED}")
         return name, made
 
@@ -175,8 +185,7 @@ def find_reach(collector, programs, transcripts, suites, run):
     has, of each other program, the sum of its sources and the words for each of its tests."""
     words, files = transcripts
     sums = {str(file): sum_of(programs.builder.tree / file) for file in files}
-    for file in collector.sums.keys() - sums.keys() - suites.keys():
-        collector.forget(file)
+    collector.forget(collector.sums.keys() - sums.keys() - suites.keys())
     plays = [("language_tests", [file for file in sums if sums[file] != collector.sums.get(file)])]
     plays += [(program, list(tests)) for program, (total, tests) in suites.items() if total != collector.sums.get(program)]
     for program, tests in plays:
@@ -187,8 +196,7 @@ def find_reach(collector, programs, transcripts, suites, run):
         collector.note_functions(places)
         noted = programs.folder / "noted"
         noted.mkdir(exist_ok=True)
-        for test in tests:
-            collector.forget(test)
+        collector.forget(set(tests))
         if program == "language_tests":
             run([made, *words, *tests], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY="the start")
             collector.sums |= {test: sums[test] for test in tests}
