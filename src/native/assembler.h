@@ -52,11 +52,11 @@ enum class Vector : std::uint8_t {
 
 // The second operand of an instruction.
 struct Operand {
-    enum Kind : std::uint8_t { REGISTER, MEMORY, CODE } kind;
-    std::uint8_t number;        // of the register; of a place, its base
-    std::uint8_t index;         // a register's number; no_index
-    std::uint8_t shift;         // the index counts so many times: 1 << shift
-    std::int32_t displacement;  // of CODE: the position in the code, at which a constant lies
+    enum Kind : std::uint8_t { REGISTER, MEMORY } kind;
+    std::uint8_t number;  // of the register; of a place, its base
+    std::uint8_t index;   // a register's number; no_index
+    std::uint8_t shift;   // the index counts so many times: 1 << shift
+    std::int32_t displacement;
 
     static constexpr std::uint8_t no_index = 0xFF;
 
@@ -93,10 +93,6 @@ constexpr Operand at(Register base, Register index, int shift, std::int32_t disp
     operand.index = static_cast<std::uint8_t>(index);
     operand.shift = static_cast<std::uint8_t>(shift);
     return operand;
-}
-// A constant that lies in the code itself.
-constexpr Operand constant_at(std::size_t position) {
-    return {Operand::CODE, Register::rax, static_cast<std::int32_t>(position)};
 }
 
 // How an operation is encoded: the opcode in the low byte, then these.
@@ -154,7 +150,6 @@ enum class Operation : std::uint32_t {
     mov_32 = 0x8B,
     mov_store_32 = 0x89,
     mov_store_16 = prefix_66 | 0x89,
-    xor_32 = 0x33,
     cmp_32 = 0x3B,
     movzx_8 = escape_0f | low_byte | 0xB6,
 };
@@ -208,7 +203,6 @@ constexpr Condition opposite(Condition condition) {
 // A place in the code that jumps lead to, before or after it is known.
 class Label {
   public:
-    bool is_bound() const { return bound; }
     bool is_used() const { return bound || last >= 0; }
     std::size_t position() const { return static_cast<std::size_t>(last); }
 
@@ -274,8 +268,8 @@ class Assembler {
     void emit_registers(std::uint32_t packed);
     void put(std::uint8_t value);
     void put_32(std::uint32_t value);
-    void put_place(unsigned field, Operand operand, int bytes_behind);
-    void encode(std::uint32_t operation, unsigned field, Operand operand, int bytes_behind);
+    void put_place(unsigned field, Operand operand);
+    void encode(std::uint32_t operation, unsigned field, Operand operand);
     void put_distance(Label& label);
     std::uint32_t read_32(std::size_t position) const;
     void write_32(std::size_t position, std::uint32_t value);

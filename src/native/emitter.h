@@ -104,7 +104,6 @@ class Emitter {
     void compare_token(const Token* at);  // with edi
     void emit_leaving(Place& place);
     void emit_ends(Place& place);
-    void emit_entry(Place& place);
     void emit_common_ends();
     void emit_detours();
     void emit_rounding(const Detour& detour);
