@@ -77,8 +77,9 @@ NumberReading text_to_double(std::string_view text, double& number) {
     } else {
         const bool single = !text.empty() && text.back() == '!';
         if (single || (!text.empty() && text.back() == '#')) text.remove_suffix(1);
-        if (text.empty() || scan_decimal(text).length != text.size()) return NumberReading::not_a_number;
-        magnitude = single ? decimal_to_single(text) : decimal_to_double(text);
+        const LeadingNumber leading = leading_decimal(text);
+        if (text.empty() || leading.length != text.size()) return NumberReading::not_a_number;
+        magnitude = single ? decimal_to_single(text) : leading.number;
         if (__builtin_isinf(magnitude)) return NumberReading::too_large;
     }
     number = negative && magnitude != 0 ? -magnitude : magnitude;
@@ -108,8 +109,7 @@ Value longest_number(std::string_view text) {
         if (negative) value.integer = negate(prefixed.bits);
         return value;
     }
-    const DecimalShape shape = scan_decimal(text);
-    const double magnitude = shape.length == 0 ? 0 : decimal_to_double(text.substr(0, shape.length));
+    const double magnitude = leading_decimal(text).number;
     if (__builtin_isinf(magnitude)) return too_large;
     return Value::of_real(negative && magnitude != 0 ? -magnitude : magnitude);
 }
