@@ -54,7 +54,7 @@ std::uint64_t read_places(Current at, std::uint64_t budget) {
 
 }  // namespace
 
-bool specialise_read(Token* at) {
+[[gnu::cold]] bool specialise_read(Token* at) {
     for (Token* host = at;;) {
         Place place;
         if (!read_place(host + 1, place)) return false;

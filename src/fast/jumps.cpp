@@ -88,13 +88,13 @@ Token* target_of(Token* literal) {
     return tokens;
 }
 
-bool specialise_goto(Token* at) {
+[[gnu::cold]] bool specialise_goto(Token* at) {
     if (!is_lone_literal(at + 1) || target_of(at + 1) == nullptr) return false;
     at->execute = goto_line;
     return true;
 }
 
-bool specialise_gosub(Token* at) {
+[[gnu::cold]] bool specialise_gosub(Token* at) {
     if (!is_lone_literal(at + 1) || target_of(at + 1) == nullptr) return false;
     auto& gosub = as<GosubRecord>(at);
     gosub.own = {execution.line, record_of(at + 2)};
@@ -103,7 +103,7 @@ bool specialise_gosub(Token* at) {
     return true;
 }
 
-bool specialise_on(Token* at) {
+[[gnu::cold]] bool specialise_on(Token* at) {
     Expression number;
     // What a direct line jumps to, it does not keep.
     if (execution.line == direct_line || (is_word(at + 1, "TIMER") && at[2].kind == '(') ||
