@@ -106,7 +106,7 @@ std::uint64_t swap_places(Current at, std::uint64_t budget) {
 
 }  // namespace
 
-bool specialise_assignment(Token* at) {
+[[gnu::cold]] bool specialise_assignment(Token* at) {
     if (at->kind == KW_LET) {
         if (at[1].kind != IDENTIFIER || !specialise_assignment(at + 1)) return false;
         enter_generation(at + 1);
@@ -118,7 +118,7 @@ bool specialise_assignment(Token* at) {
     return !is_word(at, "MID$") && !is_word(at, "TIMER") && specialise_array_element(at);
 }
 
-bool specialise_swap(Token* at) {
+[[gnu::cold]] bool specialise_swap(Token* at) {
     Place first;
     Place second;
     if (!read_place(at + 1, first) || first.end->kind != ',' || !read_place(first.end + 1, second) ||

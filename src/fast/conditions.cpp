@@ -74,7 +74,7 @@ Token* false_target(const Token* at, Token* behind_condition) {
 
 }  // namespace
 
-bool specialise_if(Token* at) {
+[[gnu::cold]] bool specialise_if(Token* at) {
     Expression condition;
     if (!read_expression(at + 1, Domain::whole, condition)) return false;
     Token* then = condition.end;

@@ -17,6 +17,6 @@ std::uint8_t* text_element_address(const Token* bracket);
 
 // The step that begins a chain with the value of an element whose bracket has been bound, in the domain of
 // its type (a SINGLE or integer element may also begin a real chain).
-void set_element_step(Token* bracket, Type type, Domain domain);
+[[gnu::cold]] void set_element_step(Token* bracket, Type type, Domain domain);
 
 }  // namespace korvane::fast

@@ -238,7 +238,7 @@ std::uint64_t wend(Token* at, std::uint64_t budget) {
 
 }  // namespace
 
-bool specialise_for(Token* at) {
+[[gnu::cold]] bool specialise_for(Token* at) {
     if (at[1].kind != IDENTIFIER || at[2].kind != '=') return false;
     VariableEntry* variable = find_variable(at[1].name, false);
     if (variable == nullptr || !is_numeric(variable->type)) return false;
@@ -263,7 +263,7 @@ bool specialise_for(Token* at) {
     return true;
 }
 
-bool specialise_next(Token* at) {
+[[gnu::cold]] bool specialise_next(Token* at) {
     const std::uint32_t depth = control_stacks.for_count;
     if (depth == 0) return false;
     ForEntry& entry = control_stacks.fors[depth - 1];
@@ -285,7 +285,7 @@ bool specialise_next(Token* at) {
     return true;
 }
 
-bool specialise_while(Token* at) {
+[[gnu::cold]] bool specialise_while(Token* at) {
     Expression condition;
     if (!read_expression(at + 1, Domain::whole, condition)) return false;
     auto& record = as<WhileRecord>(at);

@@ -19,10 +19,10 @@ struct Place {
 
 // Reads the place whose name is at `name`. False when the general handler has something to say about it, or a
 // new variable to create.
-bool read_place(Token* name, Place& place);
+[[gnu::cold]] bool read_place(Token* name, Place& place);
 
 // Makes the record in front of the place, which becomes a PlaceRecord, hold it.
-void hold_place(Token* host, const Place& place);
+[[gnu::cold]] void hold_place(Token* host, const Place& place);
 
 // The address of the place; null when a subscript is out of range.
 inline std::uint8_t* place_address(const PlaceRecord& host) {

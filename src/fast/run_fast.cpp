@@ -70,7 +70,7 @@ std::uint64_t meet_else(Token* at, std::uint64_t budget) {
 
 // ---- Meeting a statement for the first time -----------------------------------------------------
 
-bool specialise_statement(Token* at) {
+[[gnu::cold]] bool specialise_statement(Token* at) {
     switch (at->kind) {
         case IDENTIFIER:
         case KW_LET:
@@ -103,7 +103,7 @@ bool specialise_statement(Token* at) {
 }
 
 // What stays the same in every generation; null for statements that are worth specialising.
-Execute plain_form(std::uint8_t kind) {
+[[gnu::cold]] Execute plain_form(std::uint8_t kind) {
     switch (kind) {
         case END_OF_LINE:
             return end_line_first;

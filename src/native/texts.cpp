@@ -15,11 +15,6 @@ namespace {
 using fast::Form;
 using fast::none;
 
-// The same place in memory, farther on.
-Operand behind(Operand memory, int bytes) {
-    memory.displacement += bytes;
-    return memory;
-}
 constexpr int length_to_bytes = __builtin_offsetof(StringDescriptor, bytes);
 
 std::int16_t argument_of(const Node& call, int number) {
@@ -46,7 +41,7 @@ void Emitter::text(std::int16_t index, int reals, int wholes) {
             const bool is_variable = node.form == Form::variable;
             const Operand memory = is_variable ? place(node.storage) : element(node, reals, wholes);
             code.emit(Operation::mov_32, length, memory);
-            code.emit(Operation::mov, bytes, behind(memory, length_to_bytes));
+            code.emit(Operation::mov, bytes, memory.behind(length_to_bytes));
             break;
         }
         case Form::binary:
@@ -137,7 +132,7 @@ void Emitter::write_text(const VariableEntry* scalar, const Node* target, std::i
     const Register length = whole_register(wholes + 1);
     code.emit(Operation::mov_32, length, length);
     code.emit(Operation::mov_store, length, memory);
-    code.emit(Operation::mov_store, whole_register(wholes), behind(memory, length_to_bytes));
+    code.emit(Operation::mov_store, whole_register(wholes), memory.behind(length_to_bytes));
 }
 
 }  // namespace korvane::native
