@@ -104,9 +104,10 @@ void Emitter::keep(const KeptVariable& variable, Vector number) {
 void Emitter::find_whole(const KeptVariable& variable) {
     if (!variable.is_subscript()) return;
     Label is_whole;
+    // The other scratch register may hold what a function has given.
     code.emit(Operation::cvttsd2si, variable.whole, variable.where);
-    whole_to_real(variable.whole, scratch);
-    code.emit(Operation::ucomisd, scratch, variable.where);
+    whole_to_real(variable.whole, other_scratch);
+    code.emit(Operation::ucomisd, other_scratch, variable.where);
     code.jump_if(Condition::equal, is_whole);
     code.load_number(variable.whole, no_number);
     code.bind(is_whole);
