@@ -46,7 +46,7 @@ Token* listed_line(Token* literal) {
 std::uint64_t on_number(Current at, std::uint64_t budget) {
     const auto& on = as<OnRecord>(at);
     std::uint8_t* string_top = arenas.FREETOP;
-    const Whole number = right_whole(at);
+    const Whole number = quick_right_index(at);
     if (number.failed != 0 || number.value < 0) return fall_back(at, budget, string_top);
     if (number.value == 0 || number.value > on.count) KORVANE_JUMP return proceed(on.after, budget);
     Token* target = listed_line(on.lines + 2 * (number.value - 1));

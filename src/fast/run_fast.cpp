@@ -175,10 +175,16 @@ std::uint64_t execute_until_variables_change(Token* at, std::uint64_t budget) {
     return begins_watched_line(target) ? target : following(target);
 }
 
+// The same where no short statement's time is at stake.
+[[gnu::noinline]] Token* handle_apart(Token* at, bool holds) {
+    enter_line_of(at);
+    return handle(at, holds);
+}
+
 template <bool holds>
 std::uint64_t execute_by_handler(Token* at, std::uint64_t budget) {
-    enter_line_of(at);
-    Token* next = handle(at, holds);
+    if (holds) enter_line_of(at);
+    Token* next = holds ? handle(at, true) : handle_apart(at, false);
     if (next != nullptr) KORVANE_JUMP return proceed(next, budget);
     return budget - 1;
 }
@@ -192,9 +198,8 @@ struct Handled {
 [[gnu::noinline]] Handled handle_if(Token* at, std::uint64_t budget, bool holds) {
     if (budget <= max_tokens_per_line && budget < statements_of_if(at) && !execution.then_part)
         return {nullptr, pause(at)};
-    enter_line_of(at);
     const std::uint64_t before = execution.statement_count;
-    Token* next = handle(at, holds);
+    Token* next = handle_apart(at, holds);
     // The statements that it has executed are taken from the budget, as run() will count them.
     const std::uint64_t nested = execution.statement_count - before;
     execution.statement_count = before;
