@@ -12,8 +12,8 @@
 //   r15, r14, r13         the variable table, the interpreter's own state, the program arena
 //   r12                   what tells a number from an infinity
 //   xmm0 to xmm6          an expression's values, the first ones from xmm0 on
-//   rdi rsi rcx r8-r11    the same for integers, in the order in which a function takes its arguments; the
-//                         last ones, from r11 down, for variables that are subscripts
+//   rdi rsi rcx r8-r11    the same for integers, in the order in which a function takes its arguments; from
+//                         r11 down, as far as they do not need them, variables that are subscripts
 //   xmm7 to xmm13         variables
 //   rax rdx xmm14 xmm15   for a moment
 //

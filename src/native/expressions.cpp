@@ -101,10 +101,10 @@ void Emitter::keep(const KeptVariable& variable, Vector number) {
     find_whole(variable);
 }
 
-// Leaves the scratch register alone, which holds what a function has given.
 void Emitter::find_whole(const KeptVariable& variable) {
     if (!variable.is_subscript()) return;
     Label is_whole;
+    // The other scratch register may hold what a function has given.
     code.emit(Operation::cvttsd2si, variable.whole, variable.where);
     whole_to_real(variable.whole, other_scratch);
     code.emit(Operation::ucomisd, other_scratch, variable.where);

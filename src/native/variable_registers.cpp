@@ -12,6 +12,7 @@ struct Candidate {
     std::int32_t as_subscript;
 };
 
+constexpr int most_subscripts = 4;       // r11 to r8, where expressions do not need them
 constexpr int weight_bits_per_loop = 3;  // a loop is taken to have eight turns
 
 }  // namespace

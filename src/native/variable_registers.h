@@ -38,8 +38,7 @@ class VariableRegisters {
     std::span<const KeptVariable> all() const { return {kept.data(), used}; }
 
   private:
-    static constexpr std::size_t most = 7;     // xmm7 to xmm13
-    static constexpr int most_subscripts = 4;  // r11 to r8, where expressions do not need them
+    static constexpr std::size_t most = 7;  // xmm7 to xmm13
 
     std::array<KeptVariable, most> kept;
     std::size_t used = 0;
