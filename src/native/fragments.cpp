@@ -30,6 +30,7 @@
 namespace korvane::native {
 
 std::uint32_t missed;
+std::uint8_t* string_top;
 
 namespace {
 
@@ -292,6 +293,9 @@ bool has_entry(const Token* at) {
         case KW_NEXT:
         case KW_WHILE:
         case KW_WEND:
+        case KW_SWAP:
+        case KW_READ:
+        case KW_ON:
             return true;
         default:
             return false;
@@ -313,9 +317,14 @@ bool may_turn(Token* at, const Token* loop, std::uint32_t key, std::int32_t sign
     return true;
 }
 
-std::uint64_t branch_anew(Token* at, std::uint64_t budget) {
-    at->execute = execute_first;
-    return fast::execute_general_if(at, budget);
+void begin_drawing(Token* at) {
+    fast::state.drawing = at;
+    fast::state.random = random_state;
+}
+
+std::uint64_t fall_back_from_taking(Token* at, std::uint64_t budget) {
+    fast::give_back(at, string_top);
+    return at->kind == KW_IF ? fast::execute_general_if(at, budget) : fast::execute_general(at, budget);
 }
 
 void look(Token* at) {
