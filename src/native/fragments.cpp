@@ -23,6 +23,7 @@
 #include "program/line_starts.h"
 #include "run/control_stacks.h"
 #include "run/native.h"
+#include "values/array_keepers.h"
 #include "values/variables.h"
 
 namespace korvane::native {
@@ -214,6 +215,7 @@ void make() {
     }
     fragments.used = start + emitter.size();
     fragments.has_made = true;
+    note_unknown_array_keeper();
     for (Place* place : region.natives())
         if (is_worth_entering(*place))
             lead_in(place->at, reinterpret_cast<Execute>(memory.data() + start + place->entry.position()));
