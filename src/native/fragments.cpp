@@ -25,6 +25,7 @@
 #include "program/line_starts.h"
 #include "run/control_stacks.h"
 #include "run/native.h"
+#include "values/array_keepers.h"
 #include "values/variables.h"
 
 namespace korvane::native {
@@ -221,6 +222,7 @@ void make() {
     fragments.made += static_cast<std::int64_t>(region.natives().size()) + cost_of_writing;
     if (!made) return;
     fragments.used = start + emitter.size();
+    note_unknown_array_keeper();
     for (Place* place : region.natives())
         if (is_worth_entering(*place))
             lead_in(place->at, reinterpret_cast<Execute>(memory.data() + place->entry.position()));
