@@ -3,7 +3,7 @@
 change, up to the first that fails.
 
 usage: mutate.py [--seed N] [--count N] [--folder FOLDER] [--list]
-       mutate.py --again            the survivors once more, after tests have been added
+       mutate.py --again            the survivors once more, after tests have been added, and to all tests that reach them
        mutate.py --table            what has come of all mutants so far, by folder
 options: --jobs N                   mutants at a time (2)
          --hours H                  begin no mutant after so long
@@ -16,7 +16,8 @@ tests/mutants/equivalent.txt tells.
 
 The tests are the transcripts and the manual's examples, the unit tests and those that look into the interpreter. One run
 of all of them tells which reach what (mutation_reach.py); a mutant is shown to those alone that reach its place or its
-function. What none of them has noticed is given to the fuzzers' inputs, and to every firmware service failing.
+function, those first that reach little else, and the first time not to all when there are many. --again shows it to all
+of them, and has every firmware service fail.
 
 It works in a copy of what is committed, build/mutants/tree, which is kept from run to run. What ninja and the tests say
 is in build/mutants/log.
@@ -53,6 +54,7 @@ PLAYING = ["--linked", "--image", "build/korvane.efi"]
 STEP = "3000"  # milliseconds of processor time that a transcript's step may take: what takes more hangs
 NOTED_STEP = "12000"
 FIRST_CASES = 60  # the cases that are played before the unit tests
+MOST_CASES = 250  # that a mutant is shown to the first time
 SUITE_SECONDS = 60  # of processor time
 LONGEST = 900  # seconds for one program of the tests, however busy the machine is
 MOST_FILE_BYTES = 1 << 28  # that a test which has gone mad may write
@@ -232,8 +234,8 @@ class Variant:
 
 
 class Campaign:
-    def __init__(self, jobs):
-        self.builder = Builder(TREE)
+    def __init__(self, jobs, thorough):
+        self.builder, self.thorough = Builder(TREE), thorough
         self.tests = Tests(self.builder, jobs)
         self.usual = Variant(self, "usual", NATIVE)
         self.at_once = Variant(self, "native-at-once", NATIVE_AT_ONCE)
@@ -271,6 +273,8 @@ class Campaign:
         elif not near and not others:  # what only the start reaches
             others = self.tests.reach.everything("")[0][:FIRST_CASES]
         cases = [test for test in near + others if not is_suite(test) and test != "the start"]
+        if not self.thorough:
+            return [cases[:FIRST_CASES], suites, cases[FIRST_CASES:MOST_CASES]]
         return [cases[:FIRST_CASES], suites, cases[FIRST_CASES:], ["failing-services"]]
 
     @staticmethod
@@ -423,7 +427,7 @@ def main():
     except OSError:
         sys.exit("mutate.py: another one is at work in build/mutants")
     prepare()
-    work(Campaign(options.jobs), chosen_places(options, TREE), options)
+    work(Campaign(options.jobs, options.again), chosen_places(options, TREE), options)
     print_table()
 
 
