@@ -134,7 +134,7 @@ class Tests:
             suites[program] = (commit_of(folder), {f"{program}:{name}": [f"--gtest_filter={name}.*"] for name in names})
         collector = Collector(WORK / "reach.pickle", commit_of("src"))
         words = [*PLAYING, "--jobs", str(jobs), "--patience", NOTED_STEP]
-        programs = NotedPrograms(builder, WORK / "noted", jobs)
+        programs = NotedPrograms(builder, WORK / "noted", jobs, collector.sources)
         say("finding out which tests reach what")
         self.reach = find_reach(collector, programs, (words, self.files), suites, run)
         known = json.loads(FAILING.read_text()) if FAILING.exists() else {}

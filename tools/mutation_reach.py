@@ -145,31 +145,36 @@ class Collector:
         return Reach(self.lines, {name: list(known.values()) for name, known in self.functions.items()}, self.breadth)
 
 
-def compile_noted(builder, folder, jobs):
-    """The interpreter's objects, that note what is reached."""
+def compile_noted(builder, folder, jobs, sources):
+    """The interpreter's objects, that note what is reached. They are kept as long as the sources stay the same."""
+    made_of = {name: folder / (name.replace("/", "-") + ".o") for name in builder.objects}
+    mark = folder / "sources"
+    if mark.exists() and mark.read_text() == sources:
+        return made_of
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
 
     def one(name):
-        made = folder / (name.replace("/", "-") + ".o")
+        made = made_of[name]
         if not builder.compile(name, builder.source(name), made, [*NOTED, *(NATIVE if name == THRESHOLDS else [])]):
             raise RuntimeError(f"{name} does not compile with {NOTED}")
-        return name, made
 
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-        return dict(pool.map(one, builder.objects))
+        list(pool.map(one, made_of))
+    mark.write_text(sources)
+    return made_of
 
 
 class NotedPrograms:
     """The tests' programs with an interpreter that notes what is reached, made when they are needed."""
 
-    def __init__(self, builder, folder, jobs):
-        self.builder, self.folder, self.jobs = builder, folder, jobs
+    def __init__(self, builder, folder, jobs, sources):
+        self.builder, self.folder, self.jobs, self.sources = builder, folder, jobs, sources
         self.objects = None
 
     def make(self, program):
         if self.objects is None:
-            shutil.rmtree(self.folder, ignore_errors=True)
-            self.folder.mkdir(parents=True)
-            self.objects = compile_noted(self.builder, self.folder, self.jobs)
+            self.objects = compile_noted(self.builder, self.folder, self.jobs, self.sources)
             source = self.builder.tree / "tests/mutants/reached.cpp"
             command = ["c++", "-std=gnu++20", "-O2", "-c", source, "-o", self.folder / "reached.o"]
             subprocess.run(command, check=True)
