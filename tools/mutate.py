@@ -41,7 +41,7 @@ import time
 
 from mutation_build import NATIVE, NATIVE_AT_ONCE, THRESHOLDS, Builder, sum_of
 from mutation_places import folder_of, places
-from mutation_reach import Collector, NotedPrograms, find_reach
+from mutation_reach import THE_START, Collector, NotedPrograms, find_reach
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 WORK = ROOT / "build/mutants"
@@ -270,9 +270,9 @@ class Campaign:
         if folder_of(name) == "native":
             # Which statements there is machine code of has not been noted.
             near, others = self.tests.reach.everything("/native/")
-        elif not near and not others:  # what only the start reaches
-            others = self.tests.reach.everything("")[0][:FIRST_CASES]
-        cases = [test for test in near + others if not is_suite(test) and test != "the start"]
+        elif THE_START in near + others or not near + others:  # what comes of it may be seen anywhere
+            others += [test for test in self.tests.reach.everything("")[0] if test not in near and test not in others]
+        cases = [test for test in near + others if not is_suite(test) and test != THE_START]
         if not self.thorough:
             quick = [test for test in suites if test.startswith("unit_tests")]
             return [cases[:FIRST_CASES], quick, cases[FIRST_CASES:MOST_CASES]]

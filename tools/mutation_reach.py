@@ -14,6 +14,7 @@ import subprocess
 
 from mutation_build import NATIVE, NOTED, THRESHOLDS, sum_of
 
+THE_START = "the start"  # of the machines that cases are played on, in place of a case
 NAME_BYTES = 4096  # before the bits, in a file of tests/mutants/reached.cpp
 PLACED = re.compile(rb"[^\0]")
 
@@ -203,7 +204,7 @@ def find_reach(collector, programs, transcripts, suites, run):
         noted.mkdir(exist_ok=True)
         collector.forget(set(tests))
         if program == "language_tests":
-            run([made, *words, *tests], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY="the start")
+            run([made, *words, *tests], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY=THE_START)
             collector.sums |= {test: sums[test] for test in tests}
         else:
             for test, chosen in suites[program][1].items():
