@@ -268,10 +268,11 @@ class Campaign:
         near, others = self.tests.reach.of(name, line)
         suites = [test for test in near if is_suite(test)]
         if folder_of(name) == "native":
-            # Which statements there is machine code of has not been noted.
-            near, others = self.tests.reach.everything("/native/")
+            # Which statements there is machine code of has not been noted: of those, most likely, that are specialised.
+            near, others = self.tests.reach.everything("/native/", "fast/")
         elif THE_START in near + others or not near + others:  # what comes of it may be seen anywhere
-            others += [test for test in self.tests.reach.everything("")[0] if test not in near and test not in others]
+            known = {*near, *others}
+            others += [test for test in self.tests.reach.everything("", "")[0] if test not in known]
         cases = [test for test in near + others if not is_suite(test) and test != THE_START]
         if not self.thorough:
             quick = [test for test in suites if test.startswith("unit_tests")]

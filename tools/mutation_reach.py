@@ -39,10 +39,16 @@ class Reach:
         others = set().union(*(self.lines[name][number] for number in known)) - near if known else set()
         return self.in_turn(near), self.in_turn(others)
 
-    def everything(self, first):
-        """All tests, those of a folder first."""
+    def everything(self, first, folder):
+        """All tests: those whose name holds `first`, then the others, those first that reach most of a folder of src/."""
+        reached = collections.Counter()
+        for name, lines in self.lines.items():
+            if name.startswith(folder):
+                for tests in lines.values():
+                    reached.update(tests)
         tests = self.in_turn(self.breadth)
-        return [test for test in tests if first in test], [test for test in tests if first not in test]
+        others = [test for test in tests if first not in test]
+        return [test for test in tests if first in test], sorted(others, key=lambda test: -reached[test])
 
     def in_turn(self, tests):
         files = collections.defaultdict(list)

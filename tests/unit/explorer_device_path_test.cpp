@@ -130,14 +130,15 @@ TEST(DevicePathText, AddressesOfTheNetwork) {
     EXPECT_EQ(text_of(3, 11, address + Bytes{0}), "MAC(010203040506,0x0)");
     EXPECT_EQ(text_of(3, 11, address + Bytes{2}),
               "MAC(0102030405060708090A0B0C0D0E0F100102030405060708090A0B0C0D0E0F10,0x2)");
+    // A protocol without a name is left out.
     const auto ip_version_4 = [](std::uint8_t protocol, std::uint8_t protocol_high, std::uint8_t is_static) {
         return text_of(3, 12,
                        {10, 0, 0, 2, 192, 168, 1, 254, 0, 0, 0, 0, protocol, protocol_high, is_static});
     };
     EXPECT_EQ(ip_version_4(6, 0, 1), "IPv4(192.168.1.254,TCP,Static,10.0.0.2)");
     EXPECT_EQ(ip_version_4(17, 0, 0), "IPv4(192.168.1.254,UDP,DHCP,10.0.0.2)");
-    EXPECT_EQ(ip_version_4(17, 1, 0), "IPv4(192.168.1.254,,DHCP,10.0.0.2)");
-    EXPECT_EQ(ip_version_4(5, 0, 1), "IPv4(192.168.1.254,,Static,10.0.0.2)");
+    EXPECT_EQ(ip_version_4(17, 1, 0), "IPv4(192.168.1.254,DHCP,10.0.0.2)");
+    EXPECT_EQ(ip_version_4(5, 0, 1), "IPv4(192.168.1.254,Static,10.0.0.2)");
 }
 
 TEST(DevicePathText, OlderWaysToBoot) {
@@ -168,6 +169,27 @@ TEST(DevicePathText, UnknownAndTooShortNodesAreShownAsTheyAre) {
     EXPECT_EQ(text_of(1, 1, {2}), "Path(1,1,02)");
     EXPECT_EQ(text_of(4, 1, Bytes(37, 0)).substr(0, 14), "Path(4,1,00000");
     EXPECT_EQ(text_of(3, 11, Bytes(32, 0)).substr(0, 10), "Path(3,11,");
+}
+
+TEST(DevicePathText, EveryKindOfNodeNeedsAllItsFields) {
+    struct Kind {
+        std::uint8_t type, sub_type;
+        std::size_t
+            least;  // bytes of the body, by UEFI 2.10, section 10.3, up to the last field that is shown
+    };
+    const Kind kinds[] = {{1, 1, 2},  {1, 2, 1},   {1, 3, 20},  {1, 4, 16},  {1, 5, 4},   {1, 6, 9},
+                          {2, 1, 8},  {2, 2, 12},  {2, 3, 4},   {3, 1, 4},   {3, 2, 4},   {3, 5, 2},
+                          {3, 6, 4},  {3, 10, 16}, {3, 11, 33}, {3, 12, 15}, {3, 13, 32}, {3, 15, 7},
+                          {3, 16, 6}, {3, 17, 1},  {3, 18, 6},  {3, 19, 14}, {3, 20, 2},  {3, 23, 12},
+                          {3, 25, 2}, {3, 26, 1},  {3, 29, 1},  {4, 1, 38},  {4, 2, 20},  {4, 3, 16},
+                          {4, 5, 16}, {4, 6, 16},  {4, 7, 16},  {4, 9, 34},  {5, 1, 4}};
+    for (const Kind& kind : kinds) {
+        const auto shown = [&](std::size_t length) {
+            return text_of(kind.type, kind.sub_type, Bytes(length, 1)).substr(0, 5);
+        };
+        EXPECT_EQ(shown(kind.least - 1), "Path(") << int{kind.type} << ' ' << int{kind.sub_type};
+        EXPECT_NE(shown(kind.least), "Path(") << int{kind.type} << ' ' << int{kind.sub_type};
+    }
 }
 
 TEST(DevicePathText, NodesOfAnyBytesAreShown) {
