@@ -29,6 +29,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "companion.h"
@@ -149,6 +150,7 @@ class Typist {
             play_one();
             if (!options_.counts.empty()) write_counts(counts_file_, target_.name, false);
         }
+        compare_begun();
         if (!options_.counts.empty()) write_counts(counts_file_, target_.name, true);
         std::printf("%s: %llu inputs, %llu lines, %llu compared, %llu of these with native code\n",
                     target_.name.data(), static_cast<unsigned long long>(counts.inputs),
@@ -167,6 +169,13 @@ class Typist {
     }
 
   private:
+    // An input that the companion has been given.
+    struct Begun {
+        std::string input;
+        std::string state;
+        bool has_code;
+    };
+
     void know(const fs::path& place) {
         if (fs::is_directory(place)) {
             for (const fs::directory_entry& entry : fs::directory_iterator(place))
@@ -186,7 +195,18 @@ class Typist {
         alarm(most_seconds_of_input);
         const bool played = play(playing);
         if (!compares || !companion_ || !played || !is_comparable(playing)) return;
-        if (const auto state = companion_->play(playing)) compare(describe_state(), *state);
+        companion_->begin(playing);
+        begun_.push_back({playing, describe_state(), machine->firmware().has_code()});
+        if (begun_.size() == companion_->most_begun()) compare_begun();
+    }
+
+    // All at once: to change from one process to the other and back for each takes longer than to play it.
+    void compare_begun() {
+        for (Begun& one : begun_) {
+            playing = std::move(one.input);
+            if (const auto state = companion_->end()) compare(one.state, *state, one.has_code);
+        }
+        begun_.clear();
     }
 
     std::string next(bool compares) {
@@ -201,6 +221,7 @@ class Typist {
     const Target& target_;
     Mixer mixer_;
     std::optional<Companion> companion_;
+    std::vector<Begun> begun_;
     fs::path counts_file_;
 };
 
