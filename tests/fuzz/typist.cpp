@@ -54,8 +54,7 @@ constexpr unsigned most_seconds_of_input = 60;
 constexpr std::size_t fewest_lines = 40;  // of a session that is not compared; of one that is, at most
 constexpr std::size_t more_lines = 200;
 constexpr std::uint32_t few_looks = 2;  // for a key, before a program is broken
-constexpr std::uint32_t usual_looks = 6;
-constexpr char first_happening = 28;  // player.h
+constexpr char first_happening = 28;    // player.h
 constexpr char last_happening = 31;
 constexpr char pull_stick = 31;
 
@@ -191,7 +190,7 @@ class Typist {
         playing = next(compares);
         const bool is_long = target_.typed && !compares;
         text_is_unseen = is_long;
-        machine->firmware().be_patient_for(is_long ? few_looks : usual_looks);
+        machine->firmware().be_patient_for(is_long ? few_looks : Firmware::usual_patience);
         alarm(most_seconds_of_input);
         const bool played = play(playing);
         if (!compares || !companion_ || !played || !is_comparable(playing)) return;
