@@ -143,17 +143,17 @@ inline Token* cached_tokens(std::uint32_t line) {
 // Try to specialise the statement at `at`, which is in the current line, by its kind: true when at->execute
 // has been set to something better than the general handler. They may be called again for the same statement,
 // in a later generation or when variables have been created since.
-bool specialise_assignment(Token* at);
-bool specialise_if(Token* at);
-bool specialise_goto(Token* at);
-bool specialise_gosub(Token* at);
-bool specialise_on(Token* at);
-bool specialise_return(Token* at);
-bool specialise_for(Token* at);
-bool specialise_next(Token* at);
-bool specialise_while(Token* at);
-bool specialise_wend(Token* at);
-bool specialise_swap(Token* at);
-bool specialise_read(Token* at);
+[[gnu::cold]] bool specialise_assignment(Token* at);
+[[gnu::cold]] bool specialise_if(Token* at);
+[[gnu::cold]] bool specialise_goto(Token* at);
+[[gnu::cold]] bool specialise_gosub(Token* at);
+[[gnu::cold]] bool specialise_on(Token* at);
+[[gnu::cold]] bool specialise_return(Token* at);
+[[gnu::cold]] bool specialise_for(Token* at);
+[[gnu::cold]] bool specialise_next(Token* at);
+[[gnu::cold]] bool specialise_while(Token* at);
+[[gnu::cold]] bool specialise_wend(Token* at);
+[[gnu::cold]] bool specialise_swap(Token* at);
+[[gnu::cold]] bool specialise_read(Token* at);
 
 }  // namespace korvane::fast

@@ -18,13 +18,13 @@ namespace korvane::fast {
 Value joined(const Token* plus, unsigned copies);
 
 // "+" between its left and right sides.
-void set_concatenation_step(Token* at);
+[[gnu::cold]] void set_concatenation_step(Token* at);
 
 // Whether a built-in function has a step and gives a text.
-bool gives_text(std::string_view name);
+[[gnu::cold]] bool gives_text(std::string_view name);
 
 // Sets the step of a call of such a function. The bracket and its commas hold the arguments like subscripts;
 // `last` is the type of the last one.
-void set_text_function_step(Token* bracket, const BuiltInFunction& function, Type last);
+[[gnu::cold]] void set_text_function_step(Token* bracket, const BuiltInFunction& function, Type last);
 
 }  // namespace korvane::fast

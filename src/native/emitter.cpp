@@ -268,12 +268,32 @@ void Emitter::emit_detours() {
         Detour& detour = detours[i];
         current = detour.place;
         code.bind(detour.start);
-        if (detour.kind == Detour::Kind::rounding)
-            emit_rounding(detour);
-        else
-            emit_verifying(detour);
+        switch (detour.kind) {
+            case Detour::Kind::rounding:
+                emit_rounding(detour);
+                break;
+            case Detour::Kind::subscript:
+                emit_subscript(detour);
+                break;
+            case Detour::Kind::verifying:
+                emit_verifying(detour);
+                break;
+            case Detour::Kind::opening:
+                load_token(Register::rdi, current->at);
+                call_or_fail(reinterpret_cast<const void*>(fast::open_loop));
+                break;
+        }
         code.jump(detour.back);
     }
+}
+
+// A subscript that is beyond the bound, or whose variable is no whole number: then that is rounded, and kept.
+void Emitter::emit_subscript(const Detour& detour) {
+    code.emit(WithNumber::cmp, detour.target, 1);
+    fail_if(opposite(Condition::overflow));
+    code.emit(Operation::cvttsd2si, detour.target, detour.number);
+    whole_to_real(detour.target, Vector::xmm15);
+    emit_rounding(detour);
 }
 
 // A half is added away from zero: twice the fraction is 1 or -1 at least then.

@@ -12,7 +12,8 @@
 //   r15, r14, r13         the variable table, the interpreter's own state, the program arena
 //   r12                   what tells a number from an infinity
 //   xmm0 to xmm6          an expression's values, the first ones from xmm0 on
-//   rcx rsi rdi r8-r11    the same for integers
+//   rcx rsi rdi r8-r11    the same for integers; from r11 down, as far as they do not need them, variables
+//                         that are subscripts
 //   xmm7 to xmm13         variables
 //   rax rdx xmm14 xmm15   for a moment
 //
@@ -56,12 +57,11 @@ class Emitter {
   private:
     // What is executed rarely, and stands behind everything else.
     struct Detour {
-        enum class Kind : std::uint8_t { rounding, verifying } kind;
+        enum class Kind : std::uint8_t { rounding, subscript, verifying, opening } kind;
         Vector number;    // to be rounded
         Register target;  // where it goes
         Place* place;
         const Token* loop;  // of a NEXT: the statement that its turns begin with
-        std::uint32_t key;
         std::int32_t sign;  // of the loop's step
         Label start;
         Label back;
@@ -74,6 +74,9 @@ class Emitter {
     void emit_gosub(Token* at);
     void emit_return();
     void emit_for(Token* at);
+    bool emit_opening(Token* at, Place* closer);
+    void write_loop_variable(const VariableEntry& variable);
+    std::uint32_t key_of(Place& place);
     void emit_next(Token* at);
     Condition emit_sum_of_reals(const ForEntry& entry, const VariableEntry& variable, std::int32_t sign);
     Condition emit_sum_of_wholes(const ForEntry& entry, const VariableEntry& variable, std::int32_t sign);
@@ -85,6 +88,7 @@ class Emitter {
     void write_scalar(const VariableEntry& variable, std::int16_t value);
     void prepare_real(Type type, const Node& value);
     void write_real(Operand memory, Type type);
+    void write_real_variable(const VariableEntry& variable);
     void write_element(const Node& element, std::int16_t value);
     void write_whole(Operand memory, Type type, Register number);
     void end_then_part();
@@ -104,11 +108,12 @@ class Emitter {
     void compare_token(const Token* at);  // with edi
     void emit_leaving(Place& place);
     void emit_ends(Place& place);
-    void emit_entry(Place& place);
     void emit_common_ends();
     void emit_detours();
     void emit_rounding(const Detour& detour);
+    void emit_subscript(const Detour& detour);
     void emit_verifying(const Detour& detour);
+    void call_or_fail(const void* function);
     void jump_to_function(std::uint64_t (*function)(Token* at, std::uint64_t budget));
     void begin(std::span<std::byte> room);
     static void clear_labels(Place& place);
@@ -125,7 +130,8 @@ class Emitter {
     void whole_binary(const Node& node, int reals, int wholes);
     void divide(bool remainder, Register left, Register right);
     Operand element(const Node& node, int reals, int wholes);
-    void subscript(const Node& argument, std::int64_t bound, int reals, int wholes);
+    Register subscript(const Node& argument, std::int64_t bound, int reals, int wholes);
+    const KeptVariable* find_whole_of(const Node& node) const;
     Condition compare(const Node& relation, int reals, int wholes);
     Condition condition_of(std::int16_t index);
     void exact_or_fail(Vector number);
@@ -152,7 +158,11 @@ class Emitter {
     }
     void on_place(std::uint32_t operation, const void* address);
     void copy(Vector target, Operand source);
-    void use(const void* storage, Type type);
+    void load_real(Vector target, Type type, Operand memory);
+    void load_whole(Register target, Type type, Operand memory);
+    void keep(const KeptVariable& variable, Vector number);
+    void find_whole(const KeptVariable& variable);
+    void use(const void* storage, Type type, Region::Way way = Region::Way::read);
 
     void give_up() { has_failed = true; }
     void fail_if(Condition condition) { code.jump_if(condition, current->fail); }

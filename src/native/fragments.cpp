@@ -31,16 +31,16 @@ std::uint32_t missed;
 
 namespace {
 
-#ifndef KORVANE_NATIVE_THRESHOLD
-#define KORVANE_NATIVE_THRESHOLD 32
-#endif
 // Statements must follow one another by jumps, for whoever called them would miss its registers. Only the
-// image's own compiler has been told to see to that.
+// image's own compiler has been told to see to that, and that of whoever asks for native code by itself.
+#ifndef KORVANE_NATIVE_THRESHOLD
 #ifdef KORVANE_FREESTANDING
-constexpr std::uint32_t first_threshold = KORVANE_NATIVE_THRESHOLD;
+#define KORVANE_NATIVE_THRESHOLD 32
 #else
-constexpr std::uint32_t first_threshold = 0;
+#define KORVANE_NATIVE_THRESHOLD 0
 #endif
+#endif
+constexpr std::uint32_t first_threshold = KORVANE_NATIVE_THRESHOLD;
 constexpr std::uint32_t most_patience = 8;
 constexpr bool makes_code = first_threshold != 0;
 constexpr std::uint32_t statements_per_look = 4;  // for which code may be made

@@ -71,9 +71,10 @@ void Emitter::call(const void* function, int reals, int wholes) {
 }
 
 void Emitter::load_variables() {
-    for (const KeptVariable& variable : variables_kept.all())
-        code.emit(variable.type == Type::SINGLE ? Operation::cvtss2sd : Operation::movsd, variable.where,
-                  place(variable.storage));
+    for (const KeptVariable& variable : variables_kept.all()) {
+        load_real(variable.where, variable.type, place(variable.storage));
+        find_whole(variable);
+    }
 }
 
 // INT and FIX. What is whole already stays as it is, the sign of a zero too; so does what is beyond all
@@ -185,11 +186,11 @@ bool Emitter::enter_function(const Node& call, int& reals, int wholes, std::int1
         if (parameter->type != Type::DOUBLE) return false;
         Operand operand = real_operand(value, reals, wholes);
         const bool is_number = node_at(value).form == Form::literal;
-        if (operand.kind != Operand::REGISTER) {
+        if (!operand.is_register()) {
             copy(real_register(reals), operand);
             operand = real_register(reals);
         }
-        if (!is_number) finite_or_fail(static_cast<Vector>(operand.number));
+        if (!is_number) finite_or_fail(static_cast<Vector>(operand.number()));
         if (operand.is_register(real_register(reals))) ++reals;
         arguments[count] = {parameter->storage, operand};
     }

@@ -53,7 +53,7 @@ void Emitter::write_real(Operand memory, Type type) {
 }
 
 void Emitter::write_scalar(const VariableEntry& variable, std::int16_t value) {
-    use(variable.storage, variable.type);
+    use(variable.storage, variable.type, Region::Way::written);
     if (is_integer(variable.type)) {
         whole(value, 0, 0);
         write_whole(place(variable.storage), variable.type, whole_register(0));
@@ -61,8 +61,12 @@ void Emitter::write_scalar(const VariableEntry& variable, std::int16_t value) {
     }
     real(value, 0, 0);
     prepare_real(variable.type, node_at(value));
-    if (const KeptVariable* kept = variables_kept.find(variable.storage))
-        code.emit(Operation::movapd, kept->where, Vector::xmm0);
+    write_real_variable(variable);
+}
+
+// The number in xmm0, which has been prepared for it.
+void Emitter::write_real_variable(const VariableEntry& variable) {
+    if (const KeptVariable* kept = variables_kept.find(variable.storage)) keep(*kept, Vector::xmm0);
     write_real(place(variable.storage), variable.type);
 }
 
@@ -195,10 +199,7 @@ void Emitter::find_top(const std::uint32_t& count, std::uint32_t most, int size)
 }
 
 Operand Emitter::field(const void* address, Register offset) {
-    Operand operand = place(address);
-    operand.index = static_cast<std::uint8_t>(offset);
-    operand.shift = 0;
-    return operand;
+    return place(address).with_index(offset, 0);
 }
 
 void Emitter::write_position(const Position& position, Operand memory) {

@@ -61,15 +61,11 @@ int serve_companion() {
     return 0;
 }
 
-bool is_comparable(std::string_view input) {
-    if (!current_target().comparable) return false;
-    if (machine->firmware().depends_on_looks() ||
-        input.find_first_of("\x1c\x1d\x1f") != std::string_view::npos)
-        return false;
+bool is_alike_everywhere(std::string_view text) {
     // Addresses of the interpreter's own variables differ too, and what it has learned about its tokens.
     constexpr std::array<std::string_view, 6> words = {"TIME",   "KORVANE",   "PEEK",
                                                        "RANDOM", "CREATEEFI", "VARINFO"};
-    std::string upper(input);
+    std::string upper(text);
     std::transform(
         upper.begin(), upper.end(), upper.begin(),
         [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
@@ -77,8 +73,17 @@ bool is_comparable(std::string_view input) {
                         [&](std::string_view word) { return upper.find(word) != std::string::npos; });
 }
 
+bool is_comparable(std::string_view input) {
+    if (!current_target().comparable) return false;
+    if (machine->firmware().depends_on_looks() ||
+        input.find_first_of("\x1c\x1d\x1f") != std::string_view::npos)
+        return false;
+    return is_alike_everywhere(input);
+}
+
 void compare(std::string_view own, std::string_view other) {
     ++counts.compared;
+    if (machine->firmware().has_code()) ++counts.native;
     if (own == other) return;
     const auto [here, there] = std::mismatch(own.begin(), own.end(), other.begin(), other.end());
     const auto line_of = [](std::string_view text, std::string_view::const_iterator at) {

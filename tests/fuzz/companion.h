@@ -26,6 +26,9 @@ class Companion {
 // Plays what comes from standard input, and answers on standard output, until there is no more.
 int serve_companion();
 
+// Whether a text asks for nothing that is different on every interpreter.
+bool is_alike_everywhere(std::string_view text);
+
 // Whether the input that has just been played does the same on every interpreter: nobody asked for the time,
 // and nothing depended on when the keyboard was looked at.
 bool is_comparable(std::string_view input);

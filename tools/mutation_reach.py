@@ -1,0 +1,209 @@
+"""Which tests reach which lines of src/: one run of all of them with an interpreter that notes it.
+
+A test is a case of the transcripts ("tests/language/print/print.txt: PRINT separates with zones") or a suite of
+GoogleTest ("unit_tests:Console"). What is reached is known by the pieces of code that the compiler made, so of a changed
+line it tells which tests reached the piece that it is in, or the function."""
+
+import collections
+import concurrent.futures
+import os
+import pickle
+import re
+import shutil
+import subprocess
+
+from mutation_build import NATIVE, NOTED, THRESHOLDS, sum_of
+
+NAME_BYTES = 4096  # before the bits, in a file of tests/mutants/reached.cpp
+PLACED = re.compile(rb"[^\0]")
+
+
+class Reach:
+    """`lines` has the tests that reached a line, `functions` from which line to which they go, by file; `breadth` tells
+    how much a test reaches in all."""
+
+    def __init__(self, lines, functions, breadth):
+        self.lines, self.functions, self.breadth = lines, functions, breadth
+
+    def of(self, name, line):
+        """The tests that may notice a change of this line: those that reach it, then the others of its function. Of
+        each kind those first that reach little, for they are meant for what they reach, and of every file in turn."""
+        around = [(end - begin, begin, end) for begin, end in self.functions.get(name, ()) if begin <= line <= end]
+        known = sorted(self.lines.get(name, {}))
+        if around:
+            _, begin, end = min(around)
+            known = [number for number in known if begin <= number <= end]
+        before = [number for number in known if number <= line]
+        near = self.lines[name][before[-1]] if before else set()
+        others = set().union(*(self.lines[name][number] for number in known)) - near if known else set()
+        return self.in_turn(near), self.in_turn(others)
+
+    def everything(self, first):
+        """All tests, those of a folder first."""
+        tests = self.in_turn(self.breadth)
+        return [test for test in tests if first in test], [test for test in tests if first not in test]
+
+    def in_turn(self, tests):
+        files = collections.defaultdict(list)
+        for test in sorted(tests, key=lambda test: (self.breadth[test], test)):
+            files[test.split(": ")[0]].append(test)
+        queues, ordered = list(files.values()), []
+        for turn in range(max(map(len, queues), default=0)):
+            ordered += [queue[turn] for queue in queues if turn < len(queue)]
+        return ordered
+
+
+def places_of(program, tree):
+    """Of every piece of code: where it begins, and the files, lines and functions that it is from, the innermost
+    first."""
+    listing = subprocess.run(
+        ["objdump", "-d", "--no-show-raw-insn", program], capture_output=True, text=True, check=True
+    ).stdout.split("\n")
+    starts = []
+    for here, behind in zip(listing, listing[1:]):
+        if "__sanitizer_cov_trace_pc" in here and "call" in here and (start := re.match(r" *([0-9a-f]+):", behind)):
+            starts.append(int(start[1], 16))
+    asked = "\n".join(hex(start - 1) for start in starts)
+    symbolizer = shutil.which("llvm-symbolizer-19") or shutil.which("llvm-symbolizer") or "llvm-symbolizer"
+    answer = subprocess.run(
+        [symbolizer, "--inlines", "--functions=linkage", f"--obj={program}"],
+        input=asked, capture_output=True, text=True, check=True,
+    ).stdout  # fmt: skip
+    root = str(tree / "src") + "/"
+    places = {}
+    for start, block in zip(starts, answer.split("\n\n")):
+        lines = block.strip().split("\n")
+        frames = []
+        for function, where in zip(lines[::2], lines[1::2]):
+            file, line, _ = where.rsplit(":", 2)
+            file = os.path.normpath(file)
+            if file.startswith(root) and line.isdigit():
+                frames.append((file[len(root) :], int(line), function))
+        places[start] = frames
+    return places
+
+
+def base_of(program):
+    listing = subprocess.run(["nm", program], capture_output=True, text=True, check=True).stdout
+    return int(re.search(r"^([0-9a-f]+) \w __executable_start$", listing, re.MULTILINE)[1], 16)
+
+
+class Collector:
+    """Gathers the files that the tests' processes leave, and keeps what it has for the next time: only tests that have
+    changed are played again, as long as the sources of the interpreter have not."""
+
+    def __init__(self, kept, sources):
+        self.kept, self.sources = kept, sources
+        self.lines = {}  # of each file, of each line: the tests
+        self.functions = {}
+        self.breadth = {}
+        self.sums = {}  # of each file of tests, as they were played
+        if kept.exists():
+            known = pickle.loads(kept.read_bytes())
+            if known["sources"] == sources:
+                self.lines, self.functions = known["lines"], known["functions"]
+                self.breadth, self.sums = known["breadth"], known["sums"]
+
+    def keep(self):
+        names = ("sources", "lines", "functions", "breadth", "sums")
+        self.kept.write_bytes(pickle.dumps({name: getattr(self, name) for name in names}))
+
+    def forget(self, files):
+        """All tests of some files."""
+        old = {test for test in self.breadth if test.split(": ")[0] in files}
+        if not old:
+            return
+        for test in old:
+            del self.breadth[test]
+        for lines in self.lines.values():
+            for tests in lines.values():
+                tests -= old
+
+    def note_functions(self, places):
+        for frames in places.values():
+            for file, line, function in frames:
+                known = self.functions.setdefault(file, {})
+                begin, end = known.get(function, (line, line))
+                known[function] = min(begin, line), max(end, line)
+
+    def read(self, folder, places, base):
+        for file in folder.iterdir():
+            content = file.read_bytes()
+            name = content[:NAME_BYTES].rstrip(b"\0").decode()
+            reached = set()
+            for byte in PLACED.finditer(content, NAME_BYTES):
+                for bit in range(8):
+                    if byte[0][0] >> bit & 1:
+                        at = base + (byte.start() - NAME_BYTES) * 8 + bit
+                        reached |= {(frame[0], frame[1]) for frame in places.get(at, ())}
+            for source, line in reached:
+                self.lines.setdefault(source, {}).setdefault(line, set()).add(name)
+            self.breadth[name] = max(self.breadth.get(name, 0), len(reached))
+            file.unlink()
+
+    def result(self):
+        return Reach(self.lines, {name: list(known.values()) for name, known in self.functions.items()}, self.breadth)
+
+
+def compile_noted(builder, folder, jobs):
+    """The interpreter's objects, that note what is reached."""
+
+    def one(name):
+        made = folder / (name.replace("/", "-") + ".o")
+        if not builder.compile(name, builder.source(name), made, [*NOTED, *(NATIVE if name == THRESHOLDS else [])]):
+            raise RuntimeError(f"{name} does not compile with {NOTED}")
+        return name, made
+
+    with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
+        return dict(pool.map(one, builder.objects))
+
+
+class NotedPrograms:
+    """The tests' programs with an interpreter that notes what is reached, made when they are needed."""
+
+    def __init__(self, builder, folder, jobs):
+        self.builder, self.folder, self.jobs = builder, folder, jobs
+        self.objects = None
+
+    def make(self, program):
+        if self.objects is None:
+            shutil.rmtree(self.folder, ignore_errors=True)
+            self.folder.mkdir(parents=True)
+            self.objects = compile_noted(self.builder, self.folder, self.jobs)
+            source = self.builder.tree / "tests/mutants/reached.cpp"
+            command = ["c++", "-std=gnu++20", "-O2", "-c", source, "-o", self.folder / "reached.o"]
+            subprocess.run(command, check=True)
+        made = self.folder / program
+        linked = self.builder.link(f"tests/{program}", made, self.objects, [self.folder / "reached.o"])
+        if linked.returncode != 0:
+            raise RuntimeError(linked.stderr[:2000])
+        return made
+
+
+def find_reach(collector, programs, transcripts, suites, run):
+    """Plays all tests that have changed. `transcripts` are the files of cases, behind the words that play them; `suites`
+    has, of each other program, the sum of its sources and the words for each of its tests."""
+    words, files = transcripts
+    sums = {str(file): sum_of(programs.builder.tree / file) for file in files}
+    collector.forget(collector.sums.keys() - sums.keys() - suites.keys())
+    plays = [("language_tests", [file for file in sums if sums[file] != collector.sums.get(file)])]
+    plays += [(program, list(tests)) for program, (total, tests) in suites.items() if total != collector.sums.get(program)]
+    for program, tests in plays:
+        if not tests:
+            continue
+        made = programs.make(program)
+        places, base = places_of(made, programs.builder.tree), base_of(made)
+        collector.note_functions(places)
+        noted = programs.folder / "noted"
+        noted.mkdir(exist_ok=True)
+        collector.forget(set(tests))
+        if program == "language_tests":
+            run([made, *words, *tests], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY="the start")
+            collector.sums |= {test: sums[test] for test in tests}
+        else:
+            for test, chosen in suites[program][1].items():
+                run([made, *chosen], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY=test)
+            collector.sums[program] = suites[program][0]
+        collector.read(noted, places, base)
+        collector.keep()
+    return collector.result()
