@@ -23,6 +23,11 @@ DRAWS = ["RND", "RND*9", "INT(RND*6)", "RND(1)", "RND(0)", "RND(-C%)", "FNR(6)",
 GROWING = [("A", "*1E60"), ("G!", "*1E9!"), ("C%", "+9999"), ("E&", "*700&"), ("K&&", "*70000&&"), ("L#", "*L#+1E9"),
            ("F&", "-999999999"), ("D%", "-D%*3-1"), ("K&&", "-4611686018427387904&&"), ("H!", "/.0000001")]
 STEPS = ["", " STEP 2", " STEP .5", " STEP -1", " STEP 3"]
+# Arrays that go and come back, some of another size, at the end of the table of variables.
+PASSING_ARRAYS = [
+    "ERASE Q%: DIM Q%(5)", "ERASE P: DIM P(5)", "ERASE P: DIM P(J AND 7)", "ERASE N$,V!: DIM N$(5),V!(6)",
+    "ERASE W: DIM W(4,5)", "ERASE V!,P: DIM P(5),V!(5)",
+]
 
 
 class ProgramMaker:
@@ -203,7 +208,7 @@ class ProgramMaker:
             (2, lambda: "GOSUB 9100"),
             (3, self.read),
             (1, lambda: "RESTORE"),
-            (2, lambda: "ERASE Q%: DIM Q%(5)"),
+            (4, lambda: self.random.choice(PASSING_ARRAYS)),
             (2, lambda: "PRINT FRE(0)"),
             (1, lambda: f"DEF FNA(X)=X*2+{self.number(1)}"),
             (2, lambda: "PRINT"),
