@@ -98,6 +98,7 @@ class Emitter {
     void write_element(const Node& element, std::int16_t value);
     void write_text(const VariableEntry* scalar, const Node* element, std::int16_t value);
     void write_whole(Operand memory, Type type, Register number);
+    void fit_or_fail(Type type, Register number);
     void end_then_part();
     void keep_then_part(const Token* opener, const Token* first, bool is_lone);
     Label& branch_to(Token* at);
@@ -146,6 +147,7 @@ class Emitter {
     void round_to_whole(Vector number, Register target);
     void real_call(const Node& node, int reals, int wholes);
     void whole_call(const Node& node, int reals, int wholes);
+    const Operand* find_bound(const Node& variable) const;
     bool enter_function(const Node& call, int& reals, int wholes, std::int16_t& body);
     void round_down(Vector number, bool toward_zero);
     void to_single(Vector number);

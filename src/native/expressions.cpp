@@ -160,8 +160,7 @@ void Emitter::round_to_whole(Vector number, Register target) {
 
 // A floating variable in its register or, if it is a DOUBLE, in memory; any other in the next register.
 Operand Emitter::variable_operand(const Node& node, int reals) {
-    for (std::size_t i = binding_count; i != 0; --i)
-        if (bindings[i - 1].storage == node.storage) return bindings[i - 1].value;
+    if (const Operand* bound = find_bound(node)) return *bound;
     if (const KeptVariable* kept = variables_kept.find(node.storage)) return kept->where;
     use(node.storage, node.type);
     const Operand memory = place(node.storage);
@@ -297,6 +296,10 @@ void Emitter::whole(std::int16_t index, int reals, int wholes) {
     switch (node.form) {
         case Form::variable:
         case Form::element: {
+            if (const Operand* bound = node.form == Form::variable ? find_bound(node) : nullptr) {
+                code.emit(Operation::cvttsd2si, target, *bound);
+                return;
+            }
             if (node.form == Form::variable) use(node.storage, node.type);
             const bool is_variable = node.form == Form::variable;
             const Operand memory = is_variable ? place(node.storage) : element(node, reals, wholes);
@@ -430,9 +433,7 @@ Register Emitter::subscript(const Node& argument, std::int64_t bound, int reals,
 
 // The variable that a node is, if its whole number has a register.
 const KeptVariable* Emitter::find_whole_of(const Node& node) const {
-    if (node.form != Form::variable) return nullptr;
-    for (std::size_t i = 0; i != binding_count; ++i)
-        if (bindings[i].storage == node.storage) return nullptr;
+    if (node.form != Form::variable || find_bound(node) != nullptr) return nullptr;
     const KeptVariable* kept = variables_kept.find(node.storage);
     return kept != nullptr && kept->is_subscript() ? kept : nullptr;
 }
