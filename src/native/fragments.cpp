@@ -25,11 +25,13 @@
 #include "program/line_starts.h"
 #include "run/control_stacks.h"
 #include "run/native.h"
+#include "values/array_keepers.h"
 #include "values/variables.h"
 
 namespace korvane::native {
 
 std::uint32_t missed;
+std::uint8_t* string_top;
 
 namespace {
 
@@ -45,12 +47,12 @@ namespace {
 constexpr std::uint32_t first_threshold = KORVANE_NATIVE_THRESHOLD;
 constexpr std::uint32_t most_patience = 8;
 constexpr bool makes_code = first_threshold != 0;
-constexpr std::uint32_t remembered_looks = 64;
+constexpr std::uint64_t remembered_looks = 64;
 constexpr std::uintptr_t nearness = 512 * sizeof(Token);  // of places that may be in one loop
-constexpr std::uint32_t least_near = 2;
-constexpr std::int32_t cost_of_writing = 8;  // in statements, however many there are
-constexpr std::int32_t enough_for_some = 2 * cost_of_writing;
-constexpr std::int32_t enough_for_all = most_places + cost_of_writing;
+constexpr std::uint64_t least_near = 2;
+constexpr std::int64_t cost_of_writing = 8;  // in statements, however many there are
+constexpr std::int64_t enough_for_some = 2 * cost_of_writing;
+constexpr std::int64_t enough_for_all = most_places + cost_of_writing;
 constexpr std::uint32_t first_missed = 64;
 constexpr std::size_t most_bytes_per_statement = 1024;
 
@@ -58,8 +60,8 @@ struct Fragments {
     std::uint32_t generation;                  // of all code that there is
     std::size_t used;                          // bytes of the memory for code
     std::uint32_t saved;                       // times that the run loop has passed since code was made
-    std::uint32_t passed;                      // the same in this generation
-    std::uint32_t made;                        // what the code cost that was made in it, in statements
+    std::uint64_t passed;                      // the same in this generation, which may last for days
+    std::int64_t made;                         // what the code cost that was made in it, in statements
     const Token* passed_at[remembered_looks];  // the last places
     std::uint32_t patience;                    // doublings of how many are to be saved up in a generation
     std::uint32_t needed;       // how many now: more when the last look found nothing to be made
@@ -217,9 +219,10 @@ void make() {
         fragments.is_off = true;
         return forget();
     }
-    fragments.made += static_cast<std::uint32_t>(region.natives().size()) + cost_of_writing;
+    fragments.made += static_cast<std::int64_t>(region.natives().size()) + cost_of_writing;
     if (!made) return;
     fragments.used = start + emitter.size();
+    note_unknown_array_keeper();
     for (Place* place : region.natives())
         if (is_worth_entering(*place))
             lead_in(place->at, reinterpret_cast<Execute>(memory.data() + place->entry.position()));
@@ -230,18 +233,18 @@ std::uint32_t threshold() {
 }
 
 // For how many statements code may be made at a place now; 0 where there is not enough for a loop of some.
-std::int32_t worth_of_code(const Token* at) {
+std::int64_t worth_of_code(const Token* at) {
     if (first_threshold == 1) return enough_for_all;
-    const std::uint32_t recent = std::min(fragments.passed, remembered_looks);
-    std::uint32_t near = 0;
-    for (std::uint32_t i = 0; i != recent; ++i) {
+    const std::uint64_t recent = std::min(fragments.passed, remembered_looks);
+    std::uint64_t near = 0;
+    for (std::uint64_t i = 0; i != recent; ++i) {
         const auto distance =
             reinterpret_cast<std::uintptr_t>(fragments.passed_at[i]) - reinterpret_cast<std::uintptr_t>(at);
         if (distance + nearness <= 2 * nearness) ++near;
     }
     const bool is_spread = 2 * near < recent;
     if (is_spread) near = std::max(near / 2, least_near);
-    const auto worth = static_cast<std::int32_t>(fragments.passed * near / recent - fragments.made);
+    const std::int64_t worth = static_cast<std::int64_t>(fragments.passed * near / recent) - fragments.made;
     return worth < (is_spread ? enough_for_all : enough_for_some) ? 0 : worth;
 }
 
@@ -292,6 +295,9 @@ bool has_entry(const Token* at) {
         case KW_NEXT:
         case KW_WHILE:
         case KW_WEND:
+        case KW_SWAP:
+        case KW_READ:
+        case KW_ON:
             return true;
         default:
             return false;
@@ -313,9 +319,14 @@ bool may_turn(Token* at, const Token* loop, std::uint32_t key, std::int32_t sign
     return true;
 }
 
-std::uint64_t branch_anew(Token* at, std::uint64_t budget) {
-    at->execute = execute_first;
-    return fast::execute_general_if(at, budget);
+void begin_drawing(Token* at) {
+    fast::state.drawing = at;
+    fast::state.random = random_state;
+}
+
+std::uint64_t fall_back_from_taking(Token* at, std::uint64_t budget) {
+    fast::give_back(at, string_top);
+    return at->kind == KW_IF ? fast::execute_general_if(at, budget) : fast::execute_general(at, budget);
 }
 
 void look(Token* at) {
@@ -326,11 +337,10 @@ void look(Token* at) {
     const bool has_missed = missed >= fragments.most_missed;
     if (is_native(at) && !has_missed) return;
     fragments.saved = 0;
-    const std::int32_t worth = worth_of_code(at);
+    const std::int64_t worth = worth_of_code(at);
     if (worth == 0) return;
     bool is_cut;
-    const std::uint32_t most =
-        std::min<std::uint32_t>(static_cast<std::uint32_t>(worth - cost_of_writing), most_places);
+    const auto most = static_cast<std::size_t>(std::min<std::int64_t>(worth - cost_of_writing, most_places));
     const bool is_useful = find_region(at, most, is_cut) != 0 || has_missed;
     // What there is not enough for yet is looked at again when there is twice as much.
     if (!is_useful || (is_cut && most != most_places)) {
