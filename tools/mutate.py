@@ -3,7 +3,7 @@
 change, up to the first that fails.
 
 usage: mutate.py [--seed N] [--count N] [--folder FOLDER] [--list]
-       mutate.py --again            the survivors once more, after tests have been added
+       mutate.py --again            the survivors once more, after tests have been added, and to all tests that reach them
        mutate.py --table            what has come of all mutants so far, by folder
 options: --jobs N                   mutants at a time (2)
          --hours H                  begin no mutant after so long
@@ -16,7 +16,8 @@ tests/mutants/equivalent.txt tells.
 
 The tests are the transcripts and the manual's examples, the unit tests and those that look into the interpreter. One run
 of all of them tells which reach what (mutation_reach.py); a mutant is shown to those alone that reach its place or its
-function. What none of them has noticed is given to the fuzzers' inputs, and to every firmware service failing.
+function, those first that reach little else, and the first time not to all when there are many. --again shows it to all
+of them, and has every firmware service fail.
 
 It works in a copy of what is committed, build/mutants/tree, which is kept from run to run. What ninja and the tests say
 is in build/mutants/log.
@@ -38,9 +39,9 @@ import sys
 import threading
 import time
 
-from mutation_build import NATIVE, Builder, sum_of
+from mutation_build import NATIVE, NATIVE_AT_ONCE, THRESHOLDS, Builder, sum_of
 from mutation_places import folder_of, places
-from mutation_reach import Collector, NotedPrograms, find_reach
+from mutation_reach import THE_START, Collector, NotedPrograms, find_reach
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 WORK = ROOT / "build/mutants"
@@ -51,8 +52,9 @@ FAILING = WORK / "failing.json"
 EQUIVALENT = ROOT / "tests/mutants/equivalent.txt"
 PLAYING = ["--linked", "--image", "build/korvane.efi"]
 STEP = "3000"  # milliseconds of processor time that a transcript's step may take: what takes more hangs
-NOTED_STEP = "60000"
+NOTED_STEP = "12000"
 FIRST_CASES = 60  # the cases that are played before the unit tests
+MOST_CASES = 150  # that a mutant is shown to the first time
 SUITE_SECONDS = 60  # of processor time
 LONGEST = 900  # seconds for one program of the tests, however busy the machine is
 MOST_FILE_BYTES = 1 << 28  # that a test which has gone mad may write
@@ -132,7 +134,7 @@ class Tests:
             suites[program] = (commit_of(folder), {f"{program}:{name}": [f"--gtest_filter={name}.*"] for name in names})
         collector = Collector(WORK / "reach.pickle", commit_of("src"))
         words = [*PLAYING, "--jobs", str(jobs), "--patience", NOTED_STEP]
-        programs = NotedPrograms(builder, WORK / "noted", jobs)
+        programs = NotedPrograms(builder, WORK / "noted", jobs, collector.sources)
         say("finding out which tests reach what")
         self.reach = find_reach(collector, programs, (words, self.files), suites, run)
         known = json.loads(FAILING.read_text()) if FAILING.exists() else {}
@@ -140,12 +142,11 @@ class Tests:
         self.key, self.verdicts = key, known["verdicts"] if known.get("key") == key else {}
         self.lock = threading.Lock()
 
-    def passes(self, test, play):
-        """Whether the unchanged sources pass a test that a mutant fails: it is tried the first time. One that fails
-        without any mutant, because stack frames are larger here than in the image, takes no part."""
+    def verdict(self, test, play):
+        """What playing the test with the unchanged sources came to; it is played the first time."""
         with self.lock:
             if test not in self.verdicts:
-                self.verdicts[test] = play(test)
+                self.verdicts[test] = play()
                 FAILING.write_text(json.dumps({"key": self.key, "verdicts": self.verdicts}))
             return self.verdicts[test]
 
@@ -153,8 +154,8 @@ class Tests:
 class Bench:
     """Where one mutant is built and played: a folder with its programs."""
 
-    def __init__(self, builder, tests, folder):
-        self.builder, self.tests, self.folder = builder, tests, folder
+    def __init__(self, builder, folder):
+        self.builder, self.folder = builder, folder
         folder.mkdir(parents=True, exist_ok=True)
         self.changed, self.built = {}, set()
 
@@ -193,36 +194,51 @@ class Bench:
         status, _ = run(limited(SUITE_SECONDS, [self.program(f"tests/{program}"), *words]), LONGEST)
         return status != 0
 
-    def fails_anything(self, test):
-        return self.fails(test) if is_suite(test) else bool(self.first_failing([test]))
-
 
 def is_suite(test):
     return test.split(":")[0] in SUITES
 
 
-class Campaign:
-    def __init__(self, jobs):
-        self.builder = Builder(TREE)
-        self.clean = WORK / "clean"
-        self.clean.mkdir(exist_ok=True)
+class Variant:
+    """The unchanged interpreter that a mutant is compared with: it makes machine code as the image does, or at once."""
+
+    def __init__(self, campaign, name, flags):
+        self.campaign, self.name, self.flags = campaign, name, flags
+        folder = WORK / name
+        folder.mkdir(exist_ok=True)
         self.sums = {}
-        self.native = {}  # the one object that is not the tree's, by its source's name
-        for name, extra in NATIVE.items():
-            self.native[name] = self.clean / (name.replace("/", "-") + ".o")
-            if not self.builder.compile(name, self.builder.source(name), self.native[name], extra):
-                sys.exit(f"mutate.py: {name} does not compile with {extra}")
-        self.tests = Tests(self.builder, jobs)
-        self.unchanged = Bench(self.builder, self.tests, self.clean / "programs")
-        self.unchanged.begin(self.native)
+        self.objects = {THRESHOLDS: folder / "thresholds.o"}
+        if not self.compile(THRESHOLDS, campaign.builder.source(THRESHOLDS), self.objects[THRESHOLDS]):
+            sys.exit(f"mutate.py: {THRESHOLDS} does not compile with {flags}")
+        self.bench = Bench(campaign.builder, folder)
+        self.bench.begin(self.objects)
         for program in TARGETS:
-            self.unchanged.program(program)
+            self.bench.program(program)
+
+    def compile(self, name, text, made):
+        return self.campaign.builder.compile(name, text, made, self.flags if name == THRESHOLDS else ())
 
     def clean_sum(self, name, made):
         if name not in self.sums:
-            self.builder.compile(name, self.builder.source(name), made, NATIVE.get(name, ()))
+            self.compile(name, self.campaign.builder.source(name), made)
             self.sums[name] = sum_of(made)
         return self.sums[name]
+
+    def passes(self, test):
+        """Whether the unchanged sources pass a test that a mutant fails: it is tried the first time. One that fails
+        without any mutant, because stack frames are larger here than in the image, takes no part."""
+        return self.campaign.tests.verdict(f"{self.name} {test}", lambda: not noticing(self.bench, [test]))
+
+    def is_known_to_fail(self, test):
+        return not self.campaign.tests.verdicts.get(f"{self.name} {test}", True)
+
+
+class Campaign:
+    def __init__(self, jobs, thorough):
+        self.builder, self.thorough = Builder(TREE), thorough
+        self.tests = Tests(self.builder, jobs)
+        self.usual = Variant(self, "usual", NATIVE)
+        self.at_once = Variant(self, "native-at-once", NATIVE_AT_ONCE)
 
     def judge(self, place, bench):
         name, number, begin, end, new, kind = place
@@ -234,44 +250,55 @@ class Campaign:
         start = time.monotonic()
         lines[number] = lines[number][:begin] + new + lines[number][end:]
         made = bench.folder / "changed.o"
-        unchanged = self.clean_sum(name, made)
-        if not self.builder.compile(name, "\n".join(lines), made, NATIVE.get(name, ())):
+        variant = self.at_once if folder_of(name) == "native" else self.usual
+        unchanged = variant.clean_sum(name, made)
+        if not variant.compile(name, "\n".join(lines), made):
             one |= {"outcome": "none", "by": "compiler"}
         elif sum_of(made) == unchanged:
             one |= {"outcome": "equivalent", "by": "same object"}
         else:
-            bench.begin({**self.native, name: made})
-            by, played = self.search(bench, *self.tests.reach.of(name, number + 1))
+            bench.begin({**variant.objects, name: made})
+            by, played = self.search(bench, variant, self.parts(name, number + 1))
             one |= {"outcome": "noticed" if by else "survived", "by": by, "played": played}
         one["seconds"] = round(time.monotonic() - start, 1)
         return one
 
-    def search(self, bench, near, others):
-        """The test that notices, and how many were played at most."""
-        cases = [test for test in near + others if not is_suite(test) and test != "the start"]
+    def parts(self, name, line):
+        """The tests in the order that they are played, part by part."""
+        near, others = self.tests.reach.of(name, line)
         suites = [test for test in near if is_suite(test)]
-        if not cases:  # what only the start reaches
-            cases = self.tests.reach.in_turn(self.tests.reach.breadth)[:FIRST_CASES]
-            cases = [test for test in cases if not is_suite(test) and test != "the start"]
-        for part in (cases[:FIRST_CASES], suites, cases[FIRST_CASES:], ["failing-services"]):
-            part = [test for test in part if self.tests.verdicts.get(test, True)]
-            while by := self.noticing(bench, part):
-                if self.tests.passes(by, self.passes_unchanged):
-                    return by, len(cases) + len(suites)
-                part.remove(by)
-        return "", len(cases) + len(suites)
-
-    def passes_unchanged(self, test):
-        return not self.noticing(self.unchanged, [test])
+        if folder_of(name) == "native":
+            # Which statements there is machine code of has not been noted: of those, most likely, that are specialised.
+            near, others = self.tests.reach.everything("/native/", "fast/")
+        elif THE_START in near + others or not near + others:  # what comes of it may be seen anywhere
+            known = {*near, *others}
+            others += [test for test in self.tests.reach.everything("", "")[0] if test not in known]
+        cases = [test for test in near + others if not is_suite(test) and test != THE_START]
+        if not self.thorough:
+            quick = [test for test in suites if test.startswith("unit_tests")]
+            return [cases[:FIRST_CASES], quick, cases[FIRST_CASES:MOST_CASES]]
+        return [cases[:FIRST_CASES], suites, cases[FIRST_CASES:], ["failing-services"]]
 
     @staticmethod
-    def noticing(bench, part):
-        if part == ["failing-services"]:
-            command = limited(10 * SUITE_SECONDS, [bench.program("tests/fuzz/failing-services")])
-            return part[0] if run(command, LONGEST)[0] != 0 else ""
-        if part and is_suite(part[0]):
-            return next((test for test in part if bench.fails(test)), "")
-        return bench.first_failing(part)
+    def search(bench, variant, parts):
+        """The test that notices, and how many were played at most."""
+        for part in parts:
+            part = [test for test in part if not variant.is_known_to_fail(test)]
+            while by := noticing(bench, part):
+                if variant.passes(by):
+                    return by, sum(map(len, parts))
+                part.remove(by)
+        return "", sum(map(len, parts))
+
+
+def noticing(bench, part):
+    """The first of the tests that fails."""
+    if part == ["failing-services"]:
+        command = limited(10 * SUITE_SECONDS, [bench.program("tests/fuzz/failing-services")])
+        return part[0] if run(command, LONGEST)[0] != 0 else ""
+    if part and is_suite(part[0]):
+        return next((test for test in part if bench.fails(test)), "")
+    return bench.first_failing(part)
 
 
 def results():
@@ -357,7 +384,7 @@ def work(campaign, chosen, options):
 
     def worker(number):
         nonlocal made
-        bench = Bench(campaign.builder, campaign.tests, WORK / f"bench-{number}")
+        bench = Bench(campaign.builder, WORK / f"bench-{number}")
         while time.monotonic() < end:
             with lock:
                 place = next(chosen, None)
@@ -402,7 +429,7 @@ def main():
     except OSError:
         sys.exit("mutate.py: another one is at work in build/mutants")
     prepare()
-    work(Campaign(options.jobs), chosen_places(options, TREE), options)
+    work(Campaign(options.jobs, options.again), chosen_places(options, TREE), options)
     print_table()
 
 

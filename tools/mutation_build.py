@@ -15,10 +15,13 @@ import subprocess
 
 INTERPRETER = "libinterpreter.a"
 # The interpreter inside a test makes no machine code, because only the image's compiler has been told to make jumps of
-# the calls that it relies on. That of these objects does so too, at the level they are compiled with.
-NATIVE = {"native/fragments.cpp": ["-DKORVANE_FREESTANDING"]}
+# the calls that it relies on. That of these objects does so too, at the level they are compiled with: so there is machine
+# code where the image would have it, and of every statement for mutants of what makes it.
+THRESHOLDS = "native/fragments.cpp"
+NATIVE = ["-DKORVANE_FREESTANDING"]
+NATIVE_AT_ONCE = [*NATIVE, "-DKORVANE_NATIVE_THRESHOLD=1"]
 # The places that a test reaches are noted with the lines that they come from.
-NOTED = ["-fsanitize-coverage=trace-pc", "-g1", "-O1", "-foptimize-sibling-calls"]
+NOTED = ["-fsanitize-coverage=trace-pc", "-g1"]
 
 
 class Builder:

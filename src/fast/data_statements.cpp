@@ -36,6 +36,8 @@ bool read_item(const PlaceRecord& host) {
     return store_text(place, Value::of_string(item));
 }
 
+}  // namespace
+
 bool read_items(const Token* host) {
     const DataPosition start = data_position;
     for (; host != nullptr; host = as<PlaceRecord>(host).next_place) {
@@ -46,6 +48,8 @@ bool read_items(const Token* host) {
     return true;
 }
 
+namespace {
+
 std::uint64_t read_places(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     if (!read_items(at)) return fall_back(at, budget, string_top);
@@ -54,7 +58,7 @@ std::uint64_t read_places(Current at, std::uint64_t budget) {
 
 }  // namespace
 
-bool specialise_read(Token* at) {
+[[gnu::cold]] bool specialise_read(Token* at) {
     for (Token* host = at;;) {
         Place place;
         if (!read_place(host + 1, place)) return false;

@@ -125,6 +125,10 @@ bool has_been_given_up(const Token* at);
 // Opens the loop of the specialised FOR at `at`; false when that is for the general handler to do.
 bool open_loop(Token* at);
 
+// Reads items into the places of the specialised READ at `at`; false when that is for the general handler to
+// do.
+bool read_items(const Token* at);
+
 // Executes the specialised NEXT at `at` for the innermost loop, whatever depth and FOR it was made for.
 std::uint64_t next_at_any_depth(Token* at, std::uint64_t budget);
 

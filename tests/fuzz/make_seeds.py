@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
-"""Writes inputs to begin with, for every target of the fuzzer: what the transcripts type, the examples, well-formed
-tables.
+"""Writes inputs to begin with, for every target of the fuzzer: what the transcripts type, the examples, random sessions
+about each theme, well-formed tables.
 
 usage: make_seeds.py FOLDER    writes FOLDER/TARGET/NAME
 """
@@ -10,6 +10,8 @@ import re
 import struct
 import sys
 
+from themes import THEMES, make_session
+
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 KEYS = {
     "ESC": b"\x1b", "UP": b"\x01", "DOWN": b"\x02", "RIGHT": b"\x03", "LEFT": b"\x04", "HOME": b"\x05", "END": b"\x06",
@@ -17,6 +19,7 @@ KEYS = {
     "LBRACE": b"{",
 }  # fmt: skip
 LONGEST_SESSION = 1500
+SESSIONS_ABOUT_EACH_THEME = 30
 
 
 def keys(text):
@@ -42,6 +45,12 @@ def sessions():
                 typed += keys(line[6:])
             elif match := re.match(r"@at-poll (\d+) \{ESC\}", line):
                 typed += bytes([28, int(match[1]) % 64])
+
+
+def sessions_about_themes():
+    for theme in THEMES:
+        for seed in range(SESSIONS_ABOUT_EACH_THEME):
+            yield "".join(line + "\n" for line in make_session(theme, seed) if not line.startswith("@")).encode("latin-1")
 
 
 def utf16(text):
@@ -167,7 +176,7 @@ def main():
         (folder / target).mkdir(parents=True, exist_ok=True)
         (folder / target / f"seed{number}").write_bytes(content)
 
-    for session in sessions():
+    for session in [*sessions(), *sessions_about_themes()]:
         write("session", session)
     for target, content in others():
         write(target, content)

@@ -122,13 +122,14 @@ std::string register_name(Size size, unsigned number) {
 }
 
 std::string operand_text(const Operand& operand, Size in_register, Size in_memory) {
-    if (operand.kind == Operand::REGISTER) return register_name(in_register, operand.number);
+    if (operand.is_register()) return register_name(in_register, operand.number());
     std::string text(memory_name(in_memory));
     text += " PTR [";
-    text += register_name(Size::qword, operand.number);
-    if (operand.index != Operand::no_index)
-        text += " + " + register_name(Size::qword, operand.index) + '*' + std::to_string(1 << operand.shift);
-    if (operand.displacement != 0) text += " + (" + number_text(operand.displacement) + ')';
+    text += register_name(Size::qword, operand.number());
+    if (operand.index() != Operand::no_index)
+        text +=
+            " + " + register_name(Size::qword, operand.index()) + '*' + std::to_string(1 << operand.shift());
+    if (operand.displacement() != 0) text += " + (" + number_text(operand.displacement()) + ')';
     return text + ']';
 }
 
@@ -136,7 +137,7 @@ Instruction make_instruction(const OperationForm& form, unsigned first, const Op
     const std::string source = operand_text(second, form.second, form.memory);
     const std::string reg = register_name(form.first, first);
     // Between registers there are two ways to write the same; the braces choose one.
-    std::string text = second.kind == Operand::REGISTER ? (form.stores ? "{store} " : "{load} ") : "";
+    std::string text = second.is_register() ? (form.stores ? "{store} " : "{load} ") : "";
     text += std::string(form.mnemonic) + ' ' + (form.stores ? source + ", " + reg : reg + ", " + source);
     const auto encode = [=](native::Assembler& assembler) {
         if (form.first == Size::xmm)
@@ -153,7 +154,7 @@ Instruction make_instruction(const UnaryForm& form, const Operand& operand) {
 }
 
 Instruction make_instruction(const NumberForm& form, const Operand& operand, std::int32_t number) {
-    const bool is_accumulator = operand.kind == Operand::REGISTER && operand.number == 0;
+    const bool is_accumulator = operand.is_register() && operand.number() == 0;
     return {[=](native::Assembler& assembler) { assembler.emit(form.operation, operand, number); },
             std::string(form.mnemonic) + ' ' + operand_text(operand, form.size, form.size) + ", " +
                 number_text(number),
@@ -191,7 +192,7 @@ Instruction random_instruction(RandomBits& random) {
     if (kind < 5) {
         const OperationForm& form = pick(operations);
         Operand second = random_operand(random);
-        while (second.kind == Operand::REGISTER ? !form.in_registers : !form.in_memory)
+        while (second.is_register() ? !form.in_registers : !form.in_memory)
             second = random_operand(random);
         return make_instruction(form, static_cast<unsigned>(random.below(16)), second);
     }
