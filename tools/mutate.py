@@ -5,6 +5,8 @@ change, up to the first that fails.
 usage: mutate.py [--seed N] [--count N] [--folder FOLDER] [--list]
        mutate.py --again            the survivors once more, after tests have been added, and to all tests that reach them
        mutate.py --table            what has come of all mutants so far, by folder
+       mutate.py --again --since COMMIT
+                                    the same, but only to the tests of files that have changed since then
 options: --jobs N                   mutants at a time (2)
          --hours H                  begin no mutant after so long
 
@@ -233,10 +235,24 @@ class Variant:
         return not self.campaign.tests.verdicts.get(f"{self.name} {test}", True)
 
 
+def tests_since(commit):
+    """The files of cases and the suites of unit tests that have changed since a commit."""
+    command = ["git", "diff", "--name-only", commit, "HEAD", "--", "tests"]
+    files = subprocess.run(command, cwd=TREE, capture_output=True, text=True, check=True).stdout.split()
+    changed = set(files)
+    for folder, program in (("tests/unit/", "unit_tests"), ("tests/hosted/", "hosted_tests")):
+        for file in files:
+            if file.startswith(folder) and (TREE / file).exists():
+                suites = re.findall(r"^TEST(?:_[FP])?\((\w+),", (TREE / file).read_text(), re.MULTILINE)
+                changed |= {f"{program}:{suite}" for suite in suites}
+    return changed
+
+
 class Campaign:
-    def __init__(self, jobs, thorough):
-        self.builder, self.thorough = Builder(TREE), thorough
-        self.tests = Tests(self.builder, jobs)
+    def __init__(self, options):
+        self.builder, self.thorough = Builder(TREE), options.again
+        self.changed = tests_since(options.since) if options.since else None
+        self.tests = Tests(self.builder, options.jobs)
         self.usual = Variant(self, "usual", NATIVE)
         self.at_once = Variant(self, "native-at-once", NATIVE_AT_ONCE)
 
@@ -274,6 +290,8 @@ class Campaign:
             known = {*near, *others}
             others += [test for test in self.tests.reach.everything("", "")[0] if test not in known]
         cases = [test for test in near + others if not is_suite(test) and test != THE_START]
+        if self.changed is not None:
+            return [[test for test in part if test.split(": ")[0] in self.changed] for part in (cases, suites)]
         if not self.thorough:
             quick = [test for test in suites if test.startswith("unit_tests")]
             return [cases[:FIRST_CASES], quick, cases[FIRST_CASES:MOST_CASES]]
@@ -412,6 +430,7 @@ def main():
     parser.add_argument("--jobs", type=int, default=2, help="mutants at a time")
     parser.add_argument("--list", action="store_true", help="only show the places that the seed chooses")
     parser.add_argument("--again", action="store_true")
+    parser.add_argument("--since", default="", help="a commit")
     parser.add_argument("--table", action="store_true")
     options = parser.parse_args()
     if options.table:
@@ -429,7 +448,7 @@ def main():
     except OSError:
         sys.exit("mutate.py: another one is at work in build/mutants")
     prepare()
-    work(Campaign(options.jobs, options.again), chosen_places(options, TREE), options)
+    work(Campaign(options), chosen_places(options, TREE), options)
     print_table()
 
 
