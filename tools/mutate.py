@@ -62,7 +62,7 @@ LONGEST = 900  # seconds for one program of the tests, however busy the machine 
 MOST_FILE_BYTES = 1 << 28  # that a test which has gone mad may write
 # Checks of the tests' own tools, of random numbers by the million, of the host: nothing of src/ is in them.
 LEFT_OUT = re.compile(r"^(HostileFolder|Linux|Terminal)")
-SUITES = ("unit_tests", "hosted_tests")
+SUITES = {"unit_tests": "tests/unit", "hosted_tests": "tests/hosted"}
 TARGETS = ["tests/language_tests", *(f"tests/{name}" for name in SUITES), "tests/fuzz/failing-services"]
 
 
@@ -132,13 +132,12 @@ class Tests:
         for program in SUITES:
             _, listing = run([HOST / "tests" / program, "--gtest_list_tests"])
             names = [name for name in re.findall(r"^([\w/]+)\.", listing, re.MULTILINE) if not LEFT_OUT.match(name)]
-            folder = {"unit_tests": "tests/unit", "hosted_tests": "tests/hosted"}[program]
-            suites[program] = (commit_of(folder), {f"{program}:{name}": [f"--gtest_filter={name}.*"] for name in names})
+            suites[program] = {f"{program}:{name}": [f"--gtest_filter={name}.*"] for name in names}
         collector = Collector(WORK / "reach.pickle", commit_of("src"))
         words = [*PLAYING, "--jobs", str(jobs), "--patience", NOTED_STEP]
         programs = NotedPrograms(builder, WORK / "noted", jobs, collector.sources)
         say("finding out which tests reach what")
-        self.reach = find_reach(collector, programs, (words, self.files), suites, run)
+        self.reach = find_reach(collector, programs, (words, self.files), suites, sums_of_suites(), run)
         known = json.loads(FAILING.read_text()) if FAILING.exists() else {}
         key = commit_of("src", "tests")
         self.key, self.verdicts = key, known["verdicts"] if known.get("key") == key else {}
@@ -235,16 +234,29 @@ class Variant:
         return not self.campaign.tests.verdicts.get(f"{self.name} {test}", True)
 
 
+def suites_in(file):
+    """The suites of GoogleTest that a source defines."""
+    return set(re.findall(r"^TEST(?:_[FP])?\((\w+),", file.read_text(), re.MULTILINE))
+
+
+def sums_of_suites():
+    """Of each suite the sum of the source that it is in."""
+    sums = {}
+    for program, folder in SUITES.items():
+        for file in (TREE / folder).glob("*.cpp"):
+            sums |= {f"{program}:{suite}": sum_of(file) for suite in suites_in(file)}
+    return sums
+
+
 def tests_since(commit):
     """The files of cases and the suites of unit tests that have changed since a commit."""
     command = ["git", "diff", "--name-only", commit, "HEAD", "--", "tests"]
     files = subprocess.run(command, cwd=TREE, capture_output=True, text=True, check=True).stdout.split()
     changed = set(files)
-    for folder, program in (("tests/unit/", "unit_tests"), ("tests/hosted/", "hosted_tests")):
+    for program, folder in SUITES.items():
         for file in files:
-            if file.startswith(folder) and (TREE / file).exists():
-                suites = re.findall(r"^TEST(?:_[FP])?\((\w+),", (TREE / file).read_text(), re.MULTILINE)
-                changed |= {f"{program}:{suite}" for suite in suites}
+            if file.startswith(folder + "/") and (TREE / file).exists():
+                changed |= {f"{program}:{suite}" for suite in suites_in(TREE / file)}
     return changed
 
 
@@ -334,18 +346,18 @@ def key_of(one):
 
 
 def known_equivalents():
-    """Places that were read and make no difference that anyone could see: file, the line's text, old and new."""
+    """Places that were read and make no difference that anyone could see: file, the line's text, column, old and new."""
     if not EQUIVALENT.exists():
         return set()
     known = set()
     for line in EQUIVALENT.read_text().splitlines():
         if line and not line.startswith("#"):
-            known.add(tuple(line.split("\t")[:4]))
+            known.add(tuple(line.split("\t")[:5]))
     return known
 
 
 def is_known_equivalent(one, known):
-    return (one["file"], one["source"], one["old"], one["new"]) in known
+    return (one["file"], one["source"], str(one["column"]), one["old"], one["new"]) in known
 
 
 def print_table():

@@ -33,7 +33,8 @@ class Reach:
         known = sorted(self.lines.get(name, {}))
         if around:
             _, begin, end = min(around)
-            known = [number for number in known if begin <= number <= end]
+            # What is compiled into its callers may leave no piece of its own.
+            known = [number for number in known if begin <= number <= end] or known
         before = [number for number in known if number <= line]
         near = self.lines[name][before[-1]] if before else set()
         others = set().union(*(self.lines[name][number] for number in known)) - near if known else set()
@@ -192,15 +193,15 @@ class NotedPrograms:
         return made
 
 
-def find_reach(collector, programs, transcripts, suites, run):
+def find_reach(collector, programs, transcripts, suites, sums, run):
     """Plays all tests that have changed. `transcripts` are the files of cases, behind the words that play them; `suites`
-    has, of each other program, the sum of its sources and the words for each of its tests."""
+    has, of each other program, the words for each of its tests; `sums` tell the state of those that have a known source."""
     words, files = transcripts
-    sums = {str(file): sum_of(programs.builder.tree / file) for file in files}
-    collector.forget(collector.sums.keys() - sums.keys() - suites.keys())
-    plays = [("language_tests", [file for file in sums if sums[file] != collector.sums.get(file)])]
-    plays += [(program, list(tests)) for program, (total, tests) in suites.items() if total != collector.sums.get(program)]
-    for program, tests in plays:
+    sums = {str(file): sum_of(programs.builder.tree / file) for file in files} | sums
+    played = {*map(str, files), *(test for tests in suites.values() for test in tests)}
+    collector.forget(collector.sums.keys() - played)
+    for program, tests in (("language_tests", map(str, files)), *suites.items()):
+        tests = [test for test in tests if sums.get(test, "") != collector.sums.get(test)]
         if not tests:
             continue
         made = programs.make(program)
@@ -211,11 +212,10 @@ def find_reach(collector, programs, transcripts, suites, run):
         collector.forget(set(tests))
         if program == "language_tests":
             run([made, *words, *tests], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY=THE_START)
-            collector.sums |= {test: sums[test] for test in tests}
         else:
-            for test, chosen in suites[program][1].items():
-                run([made, *chosen], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY=test)
-            collector.sums[program] = suites[program][0]
+            for test in tests:
+                run([made, *suites[program][test]], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY=test)
+        collector.sums |= {test: sums.get(test, "") for test in tests}
         collector.read(noted, places, base)
         collector.keep()
     return collector.result()
