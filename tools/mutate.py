@@ -6,7 +6,8 @@ usage: mutate.py [--seed N] [--count N] [--folder FOLDER] [--list]
        mutate.py --again            the survivors once more, after tests have been added, and to all tests that reach them
        mutate.py --table            what has come of all mutants so far, by folder
        mutate.py --again --since COMMIT
-                                    the same, but only to the tests of files that have changed since then
+                                    the same, first to the tests of files that have changed since then, then to some
+                                    that they have not been shown to
 options: --jobs N                   mutants at a time (2)
          --hours H                  begin no mutant after so long
 
@@ -57,6 +58,7 @@ STEP = "3000"  # milliseconds of processor time that a transcript's step may tak
 NOTED_STEP = "12000"
 FIRST_CASES = 60  # the cases that are played before the unit tests
 MOST_CASES = 150  # that a mutant is shown to the first time
+SECOND_CASES = 120  # that it is shown to besides tests that have changed
 SUITE_SECONDS = 60  # of processor time
 LONGEST = 900  # seconds for one program of the tests, however busy the machine is
 MOST_FILE_BYTES = 1 << 28  # that a test which has gone mad may write
@@ -200,6 +202,11 @@ def is_suite(test):
     return test.split(":")[0] in SUITES
 
 
+def words_of(path):
+    """The words of a path, in the singular."""
+    return set(re.split(r"[/_.]|s\b", path)) - {"", "cpp", "txt", "test", "language"}
+
+
 class Variant:
     """The unchanged interpreter that a mutant is compared with: it makes machine code as the image does, or at once."""
 
@@ -303,7 +310,11 @@ class Campaign:
             others += [test for test in self.tests.reach.everything("", "")[0] if test not in known]
         cases = [test for test in near + others if not is_suite(test) and test != THE_START]
         if self.changed is not None:
-            return [[test for test in part if test.split(": ")[0] in self.changed] for part in (cases, suites)]
+            is_ordered_anew = folder_of(name) == "native" or THE_START in near + others
+            rest = cases if is_ordered_anew else cases[MOST_CASES:]
+            rest = sorted(rest, key=lambda test: -len(words_of(name) & words_of(test.split(": ")[0])))
+            new = [[test for test in part if test.split(": ")[0] in self.changed] for part in (cases, suites)]
+            return [*new, [test for test in rest if test not in new[0]][:SECOND_CASES]]
         if not self.thorough:
             quick = [test for test in suites if test.startswith("unit_tests")]
             return [cases[:FIRST_CASES], quick, cases[FIRST_CASES:MOST_CASES]]
