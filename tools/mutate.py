@@ -301,7 +301,7 @@ class Campaign:
     def parts(self, name, line):
         """The tests in the order that they are played, part by part."""
         near, others = self.tests.reach.of(name, line)
-        suites = [test for test in near if is_suite(test)]
+        suites = [test for test in near + others if is_suite(test)]
         if folder_of(name) == "native":
             # Which statements there is machine code of has not been noted: of those, most likely, that are specialised.
             near, others = self.tests.reach.everything("/native/", "fast/")
@@ -313,8 +313,9 @@ class Campaign:
             is_ordered_anew = folder_of(name) == "native" or THE_START in near + others
             rest = cases if is_ordered_anew else cases[MOST_CASES:]
             rest = sorted(rest, key=lambda test: -len(words_of(name) & words_of(test.split(": ")[0])))
-            new = [[test for test in part if test.split(": ")[0] in self.changed] for part in (cases, suites)]
-            return [*new, [test for test in rest if test not in new[0]][:SECOND_CASES]]
+            changed, new = ([test for test in part if test.split(": ")[0] in self.changed] for part in (cases, suites))
+            others = [test for test in suites if test.startswith("unit_tests") and test not in new]
+            return [changed, new, others, [test for test in rest if test not in changed][:SECOND_CASES]]
         if not self.thorough:
             quick = [test for test in suites if test.startswith("unit_tests")]
             return [cases[:FIRST_CASES], quick, cases[FIRST_CASES:MOST_CASES]]

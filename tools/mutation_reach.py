@@ -27,18 +27,20 @@ class Reach:
         self.lines, self.functions, self.breadth = lines, functions, breadth
 
     def of(self, name, line):
-        """The tests that may notice a change of this line: those that reach it, then the others of its function. Of
-        each kind those first that reach little, for they are meant for what they reach, and of every file in turn."""
+        """The tests that may notice a change of this line: those that reach it, then the others of its function, then
+        those of its file, for what is compiled into its callers, or is no code, leaves no piece of its own. Of each kind
+        those first that reach little, for they are meant for what they reach, and of every file in turn."""
         around = [(end - begin, begin, end) for begin, end in self.functions.get(name, ()) if begin <= line <= end]
-        known = sorted(self.lines.get(name, {}))
+        lines = self.lines.get(name, {})
+        known = sorted(lines)
         if around:
             _, begin, end = min(around)
-            # What is compiled into its callers may leave no piece of its own.
-            known = [number for number in known if begin <= number <= end] or known
+            known = [number for number in known if begin <= number <= end]
         before = [number for number in known if number <= line]
-        near = self.lines[name][before[-1]] if before else set()
-        others = set().union(*(self.lines[name][number] for number in known)) - near if known else set()
-        return self.in_turn(near), self.in_turn(others)
+        near = lines[before[-1]] if around and before else set()
+        others = set().union(*(lines[number] for number in known)) - near
+        rest = set().union(*lines.values()) - near - others
+        return self.in_turn(near), self.in_turn(others) + self.in_turn(rest)
 
     def everything(self, first, folder):
         """All tests: those whose name holds `first`, then the others, those first that reach most of a folder of src/."""
