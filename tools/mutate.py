@@ -401,11 +401,11 @@ def chosen_places(options, root):
     if options.again:
         known = known_equivalents()
         survivors = [one for one in results() if one["outcome"] == "survived" and not is_known_equivalent(one, known)]
-        wanted = {(one["file"], one["source"], one["old"], one["new"]) for one in survivors}
+        wanted = {(one["file"], one["source"], one["column"], one["new"]) for one in survivors}
         for place in places(root, ""):
-            name, number, begin, end, new, _ = place
+            name, number, begin, _, new, _ = place
             line = (root / "src" / name).read_text().split("\n")[number]
-            if (name, line.strip(), line[begin:end], new) in wanted:
+            if (name, line.strip(), begin, new) in wanted:
                 yield place
         return
     chosen = list(places(root, options.folder))
