@@ -109,6 +109,11 @@ class Growth {
         compare_names("Z(3) = Z(2) + 1", "DIM Z(10)", "DIM ", "(1)");
         compare_erasing();
         compare_creation();
+        compare_loading(
+            "in descending order", [](int index, int count) { return count - 1 - index; });
+        compare_loading("in no order", [](int index, int count) {
+            return static_cast<int>(std::int64_t{index} * 7919 % count);  // no common divisor with the count
+        });
         compare_typed("X = X + 1");
         compare_windows();
     }
@@ -142,16 +147,40 @@ class Growth {
         compare(statement + "; created after 4,000 names, before them", loop(true), loop(false), late_goal);
     }
 
-    // An array that comes and goes beside many names and few.
+    // An array that comes and goes beside many names and few, alone and among other statements.
     void compare_erasing() {
-        const auto beside = [](int names) {
+        const auto beside = [](int names, const std::string& statement) {
             std::vector<std::string> lines;
             for (int i = 0; i < names; ++i)
                 lines.push_back(std::string("N").append(std::to_string(i)).append(" = 0"));
-            return repeating_program(lines, "DIM Z(3): Z(1) = 2: ERASE Z", executions);
+            return repeating_program(lines, statement, executions);
         };
-        compare("DIM Z(3): Z(1) = 2: ERASE Z; beside 4,000 names, 40", beside(many_names),
-                beside(short_lines), linear_goal);
+        const std::string alone = "DIM Z(3): Z(1) = 2: ERASE Z";
+        std::string among = "DIM Z(3): ERASE Z";
+        for (int i = 0; i < 10; ++i)
+            among += ": X = X + N1";
+        compare(alone + "; beside 4,000 names, 40", beside(many_names, alone), beside(short_lines, alone),
+                linear_goal);
+        compare("DIM Z(3): ERASE Z and 10 sums; beside 4,000 names, 40", beside(many_names, among),
+                beside(short_lines, among), linear_goal);
+    }
+
+    // A line of a file in which they do not stand in their order. `place` gives the number of the line that
+    // stands at an index.
+    void compare_loading(const std::string& order, int (*place)(int index, int count)) {
+        constexpr int lines = 60000;
+        const auto write = [&](const std::string& name, int count) {
+            std::ofstream file(session_.file(name), std::ios::binary);
+            for (int i = 0; i < count; ++i)
+                file << place(i, count) + 1 << " PRINT \"Result\"; A(I), B$\r\n";
+        };
+        write("MANY.BAS", lines);
+        write("HALF.BAS", lines / 2);
+        table_.row("LOAD of a line, " + order + "; of 60,000, of 30,000",
+                   take_turns(
+                       options_.rounds, [&] { return session_.seconds_of("LOAD \"MANY.BAS\"") / lines; },
+                       [&] { return session_.seconds_of("LOAD \"HALF.BAS\"") / (lines / 2); }),
+                   linear_goal);
     }
 
     void compare_creation() {

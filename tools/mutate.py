@@ -3,7 +3,7 @@
 change, up to the first that fails.
 
 usage: mutate.py [--seed N] [--count N] [--folder FOLDER] [--list]
-       mutate.py --again            the survivors once more, after tests have been added
+       mutate.py --again            the survivors once more, after tests have been added, and to all tests that reach them
        mutate.py --table            what has come of all mutants so far, by folder
 options: --jobs N                   mutants at a time (2)
          --hours H                  begin no mutant after so long
@@ -16,7 +16,8 @@ tests/mutants/equivalent.txt tells.
 
 The tests are the transcripts and the manual's examples, the unit tests and those that look into the interpreter. One run
 of all of them tells which reach what (mutation_reach.py); a mutant is shown to those alone that reach its place or its
-function. What none of them has noticed is given to the fuzzers' inputs, and to every firmware service failing.
+function, those first that reach little else, and the first time not to all when there are many. --again shows it to all
+of them, and has every firmware service fail.
 
 It works in a copy of what is committed, build/mutants/tree, which is kept from run to run. What ninja and the tests say
 is in build/mutants/log.
@@ -40,7 +41,7 @@ import time
 
 from mutation_build import NATIVE, NATIVE_AT_ONCE, THRESHOLDS, Builder, sum_of
 from mutation_places import folder_of, places
-from mutation_reach import Collector, NotedPrograms, find_reach
+from mutation_reach import THE_START, Collector, NotedPrograms, find_reach
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 WORK = ROOT / "build/mutants"
@@ -53,6 +54,7 @@ PLAYING = ["--linked", "--image", "build/korvane.efi"]
 STEP = "3000"  # milliseconds of processor time that a transcript's step may take: what takes more hangs
 NOTED_STEP = "12000"
 FIRST_CASES = 60  # the cases that are played before the unit tests
+MOST_CASES = 150  # that a mutant is shown to the first time
 SUITE_SECONDS = 60  # of processor time
 LONGEST = 900  # seconds for one program of the tests, however busy the machine is
 MOST_FILE_BYTES = 1 << 28  # that a test which has gone mad may write
@@ -132,7 +134,7 @@ class Tests:
             suites[program] = (commit_of(folder), {f"{program}:{name}": [f"--gtest_filter={name}.*"] for name in names})
         collector = Collector(WORK / "reach.pickle", commit_of("src"))
         words = [*PLAYING, "--jobs", str(jobs), "--patience", NOTED_STEP]
-        programs = NotedPrograms(builder, WORK / "noted", jobs)
+        programs = NotedPrograms(builder, WORK / "noted", jobs, collector.sources)
         say("finding out which tests reach what")
         self.reach = find_reach(collector, programs, (words, self.files), suites, run)
         known = json.loads(FAILING.read_text()) if FAILING.exists() else {}
@@ -232,8 +234,8 @@ class Variant:
 
 
 class Campaign:
-    def __init__(self, jobs):
-        self.builder = Builder(TREE)
+    def __init__(self, jobs, thorough):
+        self.builder, self.thorough = Builder(TREE), thorough
         self.tests = Tests(self.builder, jobs)
         self.usual = Variant(self, "usual", NATIVE)
         self.at_once = Variant(self, "native-at-once", NATIVE_AT_ONCE)
@@ -266,11 +268,15 @@ class Campaign:
         near, others = self.tests.reach.of(name, line)
         suites = [test for test in near if is_suite(test)]
         if folder_of(name) == "native":
-            # Which statements there is machine code of has not been noted.
-            near, others = self.tests.reach.everything("/native/")
-        elif not near and not others:  # what only the start reaches
-            others = self.tests.reach.everything("")[0][:FIRST_CASES]
-        cases = [test for test in near + others if not is_suite(test) and test != "the start"]
+            # Which statements there is machine code of has not been noted: of those, most likely, that are specialised.
+            near, others = self.tests.reach.everything("/native/", "fast/")
+        elif THE_START in near + others or not near + others:  # what comes of it may be seen anywhere
+            known = {*near, *others}
+            others += [test for test in self.tests.reach.everything("", "")[0] if test not in known]
+        cases = [test for test in near + others if not is_suite(test) and test != THE_START]
+        if not self.thorough:
+            quick = [test for test in suites if test.startswith("unit_tests")]
+            return [cases[:FIRST_CASES], quick, cases[FIRST_CASES:MOST_CASES]]
         return [cases[:FIRST_CASES], suites, cases[FIRST_CASES:], ["failing-services"]]
 
     @staticmethod
@@ -423,7 +429,7 @@ def main():
     except OSError:
         sys.exit("mutate.py: another one is at work in build/mutants")
     prepare()
-    work(Campaign(options.jobs), chosen_places(options, TREE), options)
+    work(Campaign(options.jobs, options.again), chosen_places(options, TREE), options)
     print_table()
 
 

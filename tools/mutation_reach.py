@@ -14,6 +14,7 @@ import subprocess
 
 from mutation_build import NATIVE, NOTED, THRESHOLDS, sum_of
 
+THE_START = "the start"  # of the machines that cases are played on, in place of a case
 NAME_BYTES = 4096  # before the bits, in a file of tests/mutants/reached.cpp
 PLACED = re.compile(rb"[^\0]")
 
@@ -38,10 +39,16 @@ class Reach:
         others = set().union(*(self.lines[name][number] for number in known)) - near if known else set()
         return self.in_turn(near), self.in_turn(others)
 
-    def everything(self, first):
-        """All tests, those of a folder first."""
+    def everything(self, first, folder):
+        """All tests: those whose name holds `first`, then the others, those first that reach most of a folder of src/."""
+        reached = collections.Counter()
+        for name, lines in self.lines.items():
+            if name.startswith(folder):
+                for tests in lines.values():
+                    reached.update(tests)
         tests = self.in_turn(self.breadth)
-        return [test for test in tests if first in test], [test for test in tests if first not in test]
+        others = [test for test in tests if first not in test]
+        return [test for test in tests if first in test], sorted(others, key=lambda test: -reached[test])
 
     def in_turn(self, tests):
         files = collections.defaultdict(list)
@@ -145,31 +152,36 @@ class Collector:
         return Reach(self.lines, {name: list(known.values()) for name, known in self.functions.items()}, self.breadth)
 
 
-def compile_noted(builder, folder, jobs):
-    """The interpreter's objects, that note what is reached."""
+def compile_noted(builder, folder, jobs, sources):
+    """The interpreter's objects, that note what is reached. They are kept as long as the sources stay the same."""
+    made_of = {name: folder / (name.replace("/", "-") + ".o") for name in builder.objects}
+    mark = folder / "sources"
+    if mark.exists() and mark.read_text() == sources:
+        return made_of
+    shutil.rmtree(folder, ignore_errors=True)
+    folder.mkdir(parents=True)
 
     def one(name):
-        made = folder / (name.replace("/", "-") + ".o")
+        made = made_of[name]
         if not builder.compile(name, builder.source(name), made, [*NOTED, *(NATIVE if name == THRESHOLDS else [])]):
             raise RuntimeError(f"{name} does not compile with {NOTED}")
-        return name, made
 
     with concurrent.futures.ThreadPoolExecutor(jobs) as pool:
-        return dict(pool.map(one, builder.objects))
+        list(pool.map(one, made_of))
+    mark.write_text(sources)
+    return made_of
 
 
 class NotedPrograms:
     """The tests' programs with an interpreter that notes what is reached, made when they are needed."""
 
-    def __init__(self, builder, folder, jobs):
-        self.builder, self.folder, self.jobs = builder, folder, jobs
+    def __init__(self, builder, folder, jobs, sources):
+        self.builder, self.folder, self.jobs, self.sources = builder, folder, jobs, sources
         self.objects = None
 
     def make(self, program):
         if self.objects is None:
-            shutil.rmtree(self.folder, ignore_errors=True)
-            self.folder.mkdir(parents=True)
-            self.objects = compile_noted(self.builder, self.folder, self.jobs)
+            self.objects = compile_noted(self.builder, self.folder, self.jobs, self.sources)
             source = self.builder.tree / "tests/mutants/reached.cpp"
             command = ["c++", "-std=gnu++20", "-O2", "-c", source, "-o", self.folder / "reached.o"]
             subprocess.run(command, check=True)
@@ -198,7 +210,7 @@ def find_reach(collector, programs, transcripts, suites, run):
         noted.mkdir(exist_ok=True)
         collector.forget(set(tests))
         if program == "language_tests":
-            run([made, *words, *tests], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY="the start")
+            run([made, *words, *tests], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY=THE_START)
             collector.sums |= {test: sums[test] for test in tests}
         else:
             for test, chosen in suites[program][1].items():

@@ -36,6 +36,8 @@ bool read_item(const PlaceRecord& host) {
     return store_text(place, Value::of_string(item));
 }
 
+}  // namespace
+
 bool read_items(const Token* host) {
     const DataPosition start = data_position;
     for (; host != nullptr; host = as<PlaceRecord>(host).next_place) {
@@ -45,6 +47,8 @@ bool read_items(const Token* host) {
     }
     return true;
 }
+
+namespace {
 
 std::uint64_t read_places(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;

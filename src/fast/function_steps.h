@@ -36,7 +36,8 @@ struct FunctionArguments {
 
 // Sets the step of a call, whose "(" is `bracket`; `last` is the type of the last argument. The bracket and
 // its commas hold the arguments like subscripts.
-[[gnu::cold]] void set_function_step(Token* bracket, const BuiltInFunction& function, Type last, Domain domain);
+[[gnu::cold]] void set_function_step(Token* bracket, const BuiltInFunction& function, Type last,
+                                     Domain domain);
 
 // Sets the step of a call of a user function. The bracket and its commas hold the arguments like subscripts;
 // the function's head token holds its body as right side.

@@ -36,13 +36,6 @@ std::uint64_t gosub_line(Token* at, std::uint64_t budget) {
     KORVANE_JUMP return jump(at[1].number.target, budget);
 }
 
-// The line that a literal of a list leads to; null when the general handler has to find it. What that has
-// remembered need not be in the cache.
-Token* listed_line(Token* literal) {
-    if (literal->number.target == nullptr) return target_of(literal);
-    return cached_tokens(literal->number.target_line);
-}
-
 std::uint64_t on_number(Current at, std::uint64_t budget) {
     const auto& on = as<OnRecord>(at);
     std::uint8_t* string_top = arenas.FREETOP;
@@ -68,6 +61,11 @@ std::uint64_t return_to_line(Token* at, std::uint64_t budget) {
 }
 
 }  // namespace
+
+Token* listed_line(Token* literal) {
+    if (literal->number.target == nullptr) return target_of(literal);
+    return cached_tokens(literal->number.target_line);
+}
 
 Token* target_of(Token* literal) {
     // A direct line remembers no lines of the program, which it may change.

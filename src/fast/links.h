@@ -35,6 +35,10 @@ Token* link_behind_assignment(const Token* at, const Token* equals, Token* end);
 // not exist or is left to the general handler, or when it does not stay in the token cache.
 [[gnu::cold]] Token* target_of(Token* literal);
 
+// The line that a literal in the list of an ON leads to; null when the general handler has to find it. What
+// that has remembered need not be in the cache.
+Token* listed_line(Token* literal);
+
 // For the end record of the current line, when the next line's tokens have become known: leads on who
 // leads there.
 void link_line(Token* end);

@@ -329,7 +329,9 @@ std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     enter_line_of(at);
     state.target_not_ready = false;
     begin_statement();
+    state.specialised = at;
     const bool specialised = specialise_statement(at);
+    state.specialised = nullptr;
     enter_generation(at);
     if (specialised) {
         native::note_specialised(at);

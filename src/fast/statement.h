@@ -22,6 +22,7 @@ namespace korvane::fast {
 struct State {
     bool target_not_ready;  // a line was not tokenized yet when a statement that leads there was looked at
     Token* look_at;         // where the run loop goes on
+    Token* specialised;     // the statement that is being specialised; null when none is
     Token* drawing;         // the last statement that has drawn random numbers; null when it is gone
     RandomState random;     // what it found
 };
@@ -79,8 +80,10 @@ inline bool is_current(const Token* at) {
 //
 // The clear generation (arenas.generation), in which no variable moves, goes or changes its type. For as
 // long, addresses of variables, array blocks and user functions may be kept, and what was decided by a type
-// or by the absence of a variable. Whatever clears or removes variables ends it (CLEAR, ERASE, CHAIN, the
-// first assignment to a name that was read before), and so does DEF FN; the records live on, with addresses
+// or by the absence of a variable. Whatever clears or moves variables ends it (CLEAR, CHAIN, the first
+// assignment to a name that was read before, ERASE of an array that has scalars behind it), and so does DEF
+// FN. ERASE of any other array takes only those statements out of it that keep the array's address
+// (values/array_keepers.h). In both cases the records live on, with addresses
 // that must not be followed any more. So a statement that keeps any of these runs behind a guard, which looks
 // whether the generation is still the one that it was specialised in, and has it specialised again when not.
 // No statement with a guard ends a generation itself; only general handlers do.
@@ -121,6 +124,10 @@ bool has_been_given_up(const Token* at);
 
 // Opens the loop of the specialised FOR at `at`; false when that is for the general handler to do.
 bool open_loop(Token* at);
+
+// Reads items into the places of the specialised READ at `at`; false when that is for the general handler to
+// do.
+bool read_items(const Token* at);
 
 // Executes the specialised NEXT at `at` for the innermost loop, whatever depth and FOR it was made for.
 std::uint64_t next_at_any_depth(Token* at, std::uint64_t budget);

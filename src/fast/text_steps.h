@@ -13,8 +13,16 @@ struct BuiltInFunction;
 
 namespace korvane::fast {
 
-// The left and right sides of "+" joined, in as many adjacent copies in string space; gives the last
-// one taken.
+// What makes a new text of texts and numbers, for the steps and for native code. Each gives a Value of type
+// NONE when there is no room for it, or a number is out of range.
+Value copied(Value text);
+Value middle_of(Value text, std::int64_t start, std::int64_t length);
+Value end_of(Value text, std::int64_t length);
+Value character_of(std::int64_t code);
+// As many adjacent copies in string space; gives the last one taken.
+Value joined(Value left, Value right, unsigned copies);
+
+// The same of the left and right sides of "+".
 Value joined(const Token* plus, unsigned copies);
 
 // "+" between its left and right sides.

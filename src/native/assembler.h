@@ -75,6 +75,11 @@ class Operand {
         return {static_cast<Register>(number()), displacement(), static_cast<unsigned>(index), shift};
     }
 
+    // The same place some bytes farther on.
+    constexpr Operand behind(std::int32_t bytes) const {
+        return {static_cast<Register>(number()), displacement() + bytes, index(), shift()};
+    }
+
   private:
     static constexpr std::uint64_t memory = 1U << 24;
 

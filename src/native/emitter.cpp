@@ -21,19 +21,23 @@ void Emitter::begin(std::span<std::byte> room) {
     variables_kept.clear();
     has_failed = false;
     detour_count = 0;
-    pausing = general = general_if = next_elsewhere = leaving = leaving_anywhere = branching = loading =
+    pausing = general = general_if = general_taking = next_elsewhere = leaving = leaving_anywhere = loading =
         Label();
 }
 
+// A user function whose body cannot be part of the code is called.
 bool Emitter::rehearse(Place& place) {
-    begin(nowhere);
-    is_rehearsal = true;
     const std::size_t first = region.pending.count;
-    emit_statement(place);
-    is_rehearsal = false;
-    clear_labels(place);
-    if (!has_failed && !code.full() && region.note_targets(place, first)) return true;
-    region.pending.count = first;
+    do {
+        begin(nowhere);
+        is_rehearsal = true;
+        emit_statement(place);
+        is_rehearsal = false;
+        clear_labels(place);
+        if (!has_failed && !code.full() && region.note_targets(place, first)) return true;
+        region.pending.count = first;
+        place.calls_users = !place.calls_users;
+    } while (place.calls_users && calls_entered != 0);
     return false;
 }
 
@@ -120,6 +124,15 @@ void Emitter::emit_statement(Place& place) {
         case KW_WEND:
             emit_wend();
             break;
+        case KW_SWAP:
+            emit_swap(at);
+            break;
+        case KW_READ:
+            emit_read(at);
+            break;
+        case KW_ON:
+            emit_on(at);
+            break;
         default:
             give_up();
     }
@@ -180,11 +193,13 @@ void Emitter::emit_ends(Place& place) {
         load_token(Register::rdi, place.at);
         code.jump(pausing);
     }
+    // The general handler goes there, and the statement is looked at again.
     if (place.branch.is_used()) {
         code.bind(place.branch);
-        load_token(Register::rdi, place.at);
+        code.load_number(Register::rax, reinterpret_cast<std::uint64_t>(execute_first));
+        on(Operation::mov_store, Register::rax, &place.at->execute);
         code.emit(Unary::inc_32, this->place(&missed));
-        code.jump(branching);
+        code.jump(place.fail);
     }
     if (place.fail.is_used()) {
         code.bind(place.fail);
@@ -203,7 +218,8 @@ void Emitter::emit_ends(Place& place) {
             code.emit(Operation::mov_store, Register::rdi, kept);
             code.bind(known);
         }
-        code.jump(place.at->kind == KW_IF     ? general_if
+        code.jump(place.takes                 ? general_taking
+                  : place.at->kind == KW_IF   ? general_if
                   : place.at->kind == KW_NEXT ? next_elsewhere
                                               : general);
     }
@@ -228,10 +244,10 @@ void Emitter::emit_common_ends() {
     jump_to_function(fast::execute_general);
     code.bind(general_if);
     jump_to_function(fast::execute_general_if);
+    code.bind(general_taking);
+    jump_to_function(fall_back_from_taking);
     code.bind(next_elsewhere);
     jump_to_function(fast::next_at_any_depth);
-    code.bind(branching);
-    jump_to_function(branch_anew);
     code.bind(leaving_anywhere);
     code.emit(Unary::dec_32, Register::rbx);
     code.jump_if(Condition::equal, pausing);
@@ -269,6 +285,9 @@ void Emitter::emit_detours() {
         current = detour.place;
         code.bind(detour.start);
         switch (detour.kind) {
+            case Detour::Kind::record:
+                put_record(detour.loop);
+                continue;
             case Detour::Kind::rounding:
                 emit_rounding(detour);
                 break;

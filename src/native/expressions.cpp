@@ -46,7 +46,7 @@ Vector Emitter::real_register(int number) {
 }
 
 Register Emitter::whole_register(int number) {
-    constexpr Register registers[] = {Register::rcx, Register::rsi, Register::rdi, Register::r8,
+    constexpr Register registers[] = {Register::rdi, Register::rsi, Register::rcx, Register::r8,
                                       Register::r9,  Register::r10, Register::r11};
     static_assert(std::size(registers) == most_whole_registers);
     const bool fits = number < most_whole_registers;
@@ -104,9 +104,10 @@ void Emitter::keep(const KeptVariable& variable, Vector number) {
 void Emitter::find_whole(const KeptVariable& variable) {
     if (!variable.is_subscript()) return;
     Label is_whole;
+    // The other scratch register may hold what a function has given.
     code.emit(Operation::cvttsd2si, variable.whole, variable.where);
-    whole_to_real(variable.whole, scratch);
-    code.emit(Operation::ucomisd, scratch, variable.where);
+    whole_to_real(variable.whole, other_scratch);
+    code.emit(Operation::ucomisd, other_scratch, variable.where);
     code.jump_if(Condition::equal, is_whole);
     code.load_number(variable.whole, no_number);
     code.bind(is_whole);
@@ -220,7 +221,7 @@ void Emitter::real(std::int16_t index, int reals, int wholes) {
             real_call(node, reals, wholes);
             break;
         default:
-            give_up();
+            real_by_steps(node, reals, wholes);
     }
 }
 
@@ -326,7 +327,7 @@ void Emitter::whole(std::int16_t index, int reals, int wholes) {
             whole_call(node, reals, wholes);
             break;
         default:
-            give_up();
+            whole_by_steps(node, reals, wholes);
     }
 }
 
@@ -456,7 +457,11 @@ Operand Emitter::element(const Node& node, int reals, int wholes) {
     }
     const Operand first = place(array->bounds + array->dimensions);
     const auto size = storage_size(node.type);
-    if (size > 8) give_up();
+    if (size == 16) {
+        if (index != target) code.emit(Operation::mov, target, index);
+        code.shift(Shift::left, target, 1);
+        index = target;
+    }
     return first.with_index(index, size == 2 ? 1 : size == 4 ? 2 : 3);
 }
 
@@ -468,7 +473,7 @@ Condition Emitter::compare(const Node& relation, int reals, int wholes) {
     const std::uint8_t mask = read_relation(operation);
     const Node& left = node_at(relation.left);
     const Node& right = node_at(relation.right);
-    if (relation.domain == Domain::text) give_up();
+    if (relation.domain == Domain::text) return compare_texts(relation, reals, wholes);
     if (relation.domain == Domain::whole) {
         whole(relation.left, reals, wholes);
         whole(relation.right, reals, wholes + 1);
@@ -513,7 +518,7 @@ Condition Emitter::condition_of(std::int16_t index) {
     if (node.form == Form::relation) return compare(node, 0, 0);
     if (is_whole(node)) {
         whole(index, 0, 0);
-        code.emit(Operation::test, Register::rcx, Register::rcx);
+        code.emit(Operation::test, whole_register(0), whole_register(0));
         return Condition::not_equal;
     }
     real(index, 0, 0);

@@ -277,8 +277,8 @@ static Token* find_wend(Token* at) {
 bool Emitter::emit_condition_of(Token* at, Condition& when_true) {
     fast::begin_statement();
     fast::Expression condition;
-    if (!fast::read_expression(at + 1, fast::Domain::whole, condition) || condition.node().takes())
-        return false;
+    if (!fast::read_expression(at + 1, fast::Domain::whole, condition)) return false;
+    begin_taking(condition.node().allocates, condition.node().draws);
     when_true = condition_of(condition.root);
     return true;
 }
@@ -308,7 +308,8 @@ void Emitter::emit_while(Token* at) {
 }
 
 // Control goes to the WHILE of the last entry, which is taken away. While the condition is true it would be
-// put back as it was: so where that WHILE is known the condition is looked at here, and the entry stays.
+// put back as it was: so where that WHILE is known the condition is looked at here, and the entry stays. The
+// WHILE may look again, which can be noticed when that takes anything.
 void Emitter::emit_wend() {
     WhileEntry& entry = control_stacks.whiles[0];
     find_last(control_stacks.while_count, sizeof entry);
@@ -318,7 +319,8 @@ void Emitter::emit_wend() {
     code.emit(Operation::mov, Register::rdi, field(&entry.token, Register::rdx));
     Place* loop = nullptr;
     for (Place* origin : region.natives())
-        if (!is_rehearsal && origin->at->kind == KW_WHILE && find_wend(origin->at) == current->at)
+        if (!is_rehearsal && origin->at->kind == KW_WHILE && !origin->takes &&
+            find_wend(origin->at) == current->at)
             loop = origin;
     Label elsewhere;
     if (loop != nullptr) {

@@ -22,6 +22,8 @@ struct Place {
     bool is_seen;        // looked at
     bool is_native;      // has code; otherwise control leaves the code here
     bool may_become;     // not native, but it could be later
+    bool takes;          // string space or random numbers, which are given back when it fails
+    bool calls_users;    // user functions are called, by their steps
     std::uint8_t run;    // how many statements with code follow one another from here on, at most longest_run
     std::uint8_t depth;  // how many loops it is in
     Label head;          // in front of it: a statement more is counted

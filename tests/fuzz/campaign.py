@@ -30,7 +30,7 @@ NATIVE_COMPARED = "2"  # by the second one, which is for what is compared
 KEPT = ROOT / "tests/fuzz/corpus"
 MINUTES_EACH = 3  # of a target's turn
 COMPARED_WHEN_PLAIN = "8"  # only one of so many inputs is played by both interpreters, which takes twice as long
-MIXED_SECONDS = collections.defaultdict(lambda: 40, session=150)  # the same for unguided ones
+MIXED_SECONDS = collections.defaultdict(lambda: 40, session=240)  # the same for unguided ones
 MOST_BREAKS = 10  # in one turn: the same again and again is nothing new
 LONGEST = {"session": 3000, "explorer": 1000, "program": 6000, "packed-image": 4000, "disk": 4096}
 WITH_PROGRAMS = ("session", "program", "startup")

@@ -1,5 +1,6 @@
 #include "companion.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -34,11 +35,18 @@ Companion::Companion(const std::string& program, std::string_view target) {
     to_ = other.to;
     from_ = other.from;
     signal(SIGPIPE, SIG_IGN);
+    // Room for all inputs and states on their way, so that neither side waits for the other for nothing.
+    constexpr int room = 1 << 20;
+    if (fcntl(to_, F_SETPIPE_SZ, room) >= room && fcntl(from_, F_SETPIPE_SZ, room) >= room) most_begun_ = 64;
 }
 
-std::optional<std::string> Companion::play(std::string_view input) {
+void Companion::begin(std::string_view input) {
+    if (!write_text(to_, input)) complain("the interpreter without specialised statements breaks down");
+}
+
+std::optional<std::string> Companion::end() {
     std::uint32_t size = 0;
-    if (!write_text(to_, input) || !read_all(from_, &size, sizeof size))
+    if (!read_all(from_, &size, sizeof size))
         complain("the interpreter without specialised statements breaks down");
     if (size == not_comparable) return std::nullopt;
     std::string state(size, '\0');
@@ -81,9 +89,9 @@ bool is_comparable(std::string_view input) {
     return is_alike_everywhere(input);
 }
 
-void compare(std::string_view own, std::string_view other) {
+void compare(std::string_view own, std::string_view other, bool has_code) {
     ++counts.compared;
-    if (machine->firmware().has_code()) ++counts.native;
+    if (has_code) ++counts.native;
     if (own == other) return;
     const auto [here, there] = std::mismatch(own.begin(), own.end(), other.begin(), other.end());
     const auto line_of = [](std::string_view text, std::string_view::const_iterator at) {

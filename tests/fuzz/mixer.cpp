@@ -18,6 +18,30 @@ constexpr std::uint64_t bounds[] = {0,      1,      2,       0x7F,       0x80,  
                                     0x7FFF, 0x8000, 0xFFFF,  0x10000,    0x7FFFFFFF, 0x80000000, 0xFFFFFFFF,
                                     511,    512,    1 << 20, ~0ULL >> 1, ~0ULL};
 
+// And what arithmetic does.
+constexpr std::string_view numbers[] = {"0",
+                                        "-1",
+                                        "2",
+                                        ".5",
+                                        "255",
+                                        "256",
+                                        "32767",
+                                        "32768",
+                                        "2147483647&",
+                                        "-2147483648&",
+                                        "9223372036854775807&&",
+                                        "(-9223372036854775807&&-1)",
+                                        "4611686018427387904&&",
+                                        "1E38",
+                                        "3.4E38",
+                                        "1D308",
+                                        "1D-308",
+                                        "&HFFFFFFFFFFFFFFFF"};
+
+bool is_digit(char c) {
+    return c >= '0' && c <= '9';
+}
+
 }  // namespace
 
 void Mixer::know(std::string text) {
@@ -49,9 +73,26 @@ std::string Mixer::changed_lines(bool (*is_wanted)(std::string_view line)) {
 
 std::string Mixer::changed(std::vector<std::string> lines, bool (*is_wanted)(std::string_view line)) {
     for (std::size_t changes = lines.size() / lines_for_each_change + below(2); changes != 0; --changes)
-        change_one(random_, lines);
+        if (below(4) == 0)
+            change_number(lines[below(lines.size())]);
+        else
+            change_one(random_, lines);
     std::erase_if(lines, [&](const std::string& line) { return !is_wanted(line); });
     return join(lines, line_end);
+}
+
+// Not the line's own number, nor a digit in a name.
+void Mixer::change_number(std::string& line) {
+    const auto first = std::find_if_not(line.begin(), line.end(), is_digit);
+    std::vector<std::size_t> places;
+    for (auto at = first; at != line.end(); ++at)
+        if (is_digit(*at) && at != line.begin() &&
+            std::string_view("=+-*/(<>, ").find(at[-1]) != std::string_view::npos)
+            places.push_back(static_cast<std::size_t>(at - line.begin()));
+    if (places.empty()) return;
+    const std::size_t begin = places[below(places.size())];
+    const std::size_t end = line.find_first_not_of("0123456789.", begin);
+    line.replace(begin, end == std::string::npos ? end : end - begin, numbers[below(std::size(numbers))]);
 }
 
 std::string Mixer::changed_bytes() {

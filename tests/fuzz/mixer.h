@@ -35,6 +35,7 @@ class Mixer {
 
   private:
     std::string changed(std::vector<std::string> lines, bool (*is_wanted)(std::string_view line));
+    void change_number(std::string& line);
     void change_bytes(std::string& bytes);
 
     Random random_;

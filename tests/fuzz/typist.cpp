@@ -29,6 +29,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "companion.h"
@@ -53,8 +54,7 @@ constexpr unsigned most_seconds_of_input = 60;
 constexpr std::size_t fewest_lines = 40;  // of a session that is not compared; of one that is, at most
 constexpr std::size_t more_lines = 200;
 constexpr std::uint32_t few_looks = 2;  // for a key, before a program is broken
-constexpr std::uint32_t usual_looks = 6;
-constexpr char first_happening = 28;  // player.h
+constexpr char first_happening = 28;    // player.h
 constexpr char last_happening = 31;
 constexpr char pull_stick = 31;
 
@@ -149,6 +149,7 @@ class Typist {
             play_one();
             if (!options_.counts.empty()) write_counts(counts_file_, target_.name, false);
         }
+        compare_begun();
         if (!options_.counts.empty()) write_counts(counts_file_, target_.name, true);
         std::printf("%s: %llu inputs, %llu lines, %llu compared, %llu of these with native code\n",
                     target_.name.data(), static_cast<unsigned long long>(counts.inputs),
@@ -167,6 +168,13 @@ class Typist {
     }
 
   private:
+    // An input that the companion has been given.
+    struct Begun {
+        std::string input;
+        std::string state;
+        bool has_code;
+    };
+
     void know(const fs::path& place) {
         if (fs::is_directory(place)) {
             for (const fs::directory_entry& entry : fs::directory_iterator(place))
@@ -182,11 +190,22 @@ class Typist {
         playing = next(compares);
         const bool is_long = target_.typed && !compares;
         text_is_unseen = is_long;
-        machine->firmware().be_patient_for(is_long ? few_looks : usual_looks);
+        machine->firmware().be_patient_for(is_long ? few_looks : Firmware::usual_patience);
         alarm(most_seconds_of_input);
         const bool played = play(playing);
         if (!compares || !companion_ || !played || !is_comparable(playing)) return;
-        if (const auto state = companion_->play(playing)) compare(describe_state(), *state);
+        companion_->begin(playing);
+        begun_.push_back({playing, describe_state(), machine->firmware().has_code()});
+        if (begun_.size() == companion_->most_begun()) compare_begun();
+    }
+
+    // All at once: to change from one process to the other and back for each takes longer than to play it.
+    void compare_begun() {
+        for (Begun& one : begun_) {
+            playing = std::move(one.input);
+            if (const auto state = companion_->end()) compare(one.state, *state, one.has_code);
+        }
+        begun_.clear();
     }
 
     std::string next(bool compares) {
@@ -201,6 +220,7 @@ class Typist {
     const Target& target_;
     Mixer mixer_;
     std::optional<Companion> companion_;
+    std::vector<Begun> begun_;
     fs::path counts_file_;
 };
 

@@ -98,6 +98,7 @@ class Firmware {
     // So many looks for a key find none before Escape is pressed: programs do not run for ever. Each look
     // stands for up to 256 statements.
     void be_patient_for(std::uint32_t looks) { patience_ = looks; }
+    static constexpr std::uint32_t usual_patience = 6;
     // Forgets waiting keys and how long nobody has found any.
     void begin_line();
     std::size_t waiting_keys() const { return keys_.size() - next_key_; }
@@ -201,7 +202,7 @@ class Firmware {
     std::function<void(Stop)> stop_;
     std::vector<uefi::InputKey> keys_;
     std::size_t next_key_ = 0;
-    std::uint32_t patience_ = 6;
+    std::uint32_t patience_ = usual_patience;
     std::uint32_t empty_looks_ = 0;  // since the last key
     std::uint32_t escapes_ = 0;      // pressed because nothing else ended the line
     std::uint32_t escape_at_look_ = 0;
