@@ -205,23 +205,22 @@ namespace {
 
 // ---- WHILE --------------------------------------------------------------------------------------
 
-// The loop is not entered: its condition is false, or it is for the general handler to say what is wrong.
-[[gnu::noinline]] std::uint64_t pass_loop(Token* at, std::uint64_t budget, bool is_false,
-                                          std::uint8_t* string_top) {
-    if (is_false && at->jump_known) {
-        const Position wend = as<WhileRecord>(at).wend;
-        Token* behind = cached_statement({wend.line, wend.record + 1});
-        if (behind != nullptr) KORVANE_JUMP return jump(behind, budget);
-    }
-    return fall_back(at, budget, string_top);
+// Where control goes on when the condition is false; null when that is for the general handler to find out.
+[[gnu::noinline]] Token* behind_loop(const Token* at) {
+    if (!at->jump_known) return nullptr;
+    const Position wend = as<WhileRecord>(at).wend;
+    return cached_statement({wend.line, wend.record + 1});
 }
 
 template <typename Condition>
 std::uint64_t while_true(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     const Truth truth = Condition::of(at);
-    if (truth != Truth::is_true || control_stacks.while_count == max_while_depth)
-        KORVANE_JUMP return pass_loop(at, budget, truth == Truth::is_false, string_top);
+    if (truth != Truth::is_true || control_stacks.while_count == max_while_depth) {
+        Token* behind = truth == Truth::is_false ? behind_loop(at) : nullptr;
+        if (behind != nullptr) KORVANE_JUMP return jump(behind, budget);
+        return fall_back(at, budget, string_top);
+    }
     control_stacks.whiles[control_stacks.while_count++] = {
         .start = as<WhileRecord>(at).own, .token = at, .epoch = program.cache_epoch};
     KORVANE_JUMP return proceed(as<WhileRecord>(at).after, budget);

@@ -216,7 +216,8 @@ std::uint64_t execute_if_by_handler(Token* at, std::uint64_t budget) {
 
 }  // namespace
 
-std::uint64_t execute_general(Token* at, std::uint64_t budget) {
+// Not inlined: what falls back has other parameters and could not jump on.
+[[gnu::noinline]] std::uint64_t execute_general(Token* at, std::uint64_t budget) {
     KORVANE_JUMP return execute_by_handler<false>(at, budget);
 }
 
