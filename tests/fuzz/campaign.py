@@ -6,6 +6,7 @@ usage: campaign.py [TARGET] [MINUTES]      fuzz one target, or all in turns; 10 
        campaign.py --counts                what has been played in all runs together
        campaign.py --keep                  write the smallest inputs that reach all that is known into tests/fuzz/corpus
 options: --plain                           the build without sanitizers, which is many times quicker
+         --mixed                           inputs mixed of known ones, unguided, which is several times quicker still
 
 build/fuzz/campaign/corpus/TARGET   inputs that reach something new
 build/fuzz/campaign/found/TARGET    inputs that broke something, made smaller
@@ -16,6 +17,7 @@ import collections
 import json
 import os
 import pathlib
+import secrets
 import subprocess
 import sys
 import time
@@ -23,11 +25,16 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 CAMPAIGN = ROOT / "build/fuzz/campaign"
 COMPANION = ROOT / "build/host/tests/fuzz/korvane-companion"
+TYPISTS = [ROOT / "build/host/tests/fuzz" / name for name in ("korvane-typist", "korvane-native-typist")]
+NATIVE_COMPARED = "2"  # by the second one, which is for what is compared
 KEPT = ROOT / "tests/fuzz/corpus"
 MINUTES_EACH = 3  # of a target's turn
 COMPARED_WHEN_PLAIN = "8"  # only one of so many inputs is played by both interpreters, which takes twice as long
+MIXED_SECONDS = collections.defaultdict(lambda: 40, session=240)  # the same for unguided ones
 MOST_BREAKS = 10  # in one turn: the same again and again is nothing new
 LONGEST = {"session": 3000, "explorer": 1000, "program": 6000, "packed-image": 4000, "disk": 4096}
+TYPED = ("session", "explorer")  # all others are read
+WITH_PROGRAMS = ("session", "program", "startup")
 LONGEST_KEPT = 4000  # bytes of an input in the repository
 MOST_KEPT = {"session": 150, "explorer": 50}  # inputs of a target in the repository
 MOST_KEPT_ELSE = 25
@@ -37,27 +44,29 @@ def fuzzer(plain):
     return ROOT / ("build/fuzz-plain" if plain else "build/fuzz") / "tests/fuzz/korvane-fuzzer"
 
 
-def target_names(plain):
-    listing = subprocess.run([fuzzer(plain)], capture_output=True, text=True).stderr
-    return [line.split()[0] for line in listing.splitlines()[1:]]
+def target_names():
+    return sorted(folder.name for folder in KEPT.iterdir())
 
 
 def counts():
     total = collections.defaultdict(collections.Counter)
     for file in (CAMPAIGN / "counts").glob("*.json"):
         one = json.loads(file.read_text())
-        for key in ("inputs", "lines", "compared", "seconds"):
-            total[one["target"]][key] += one[key]
+        for key in ("inputs", "lines", "compared", "native", "seconds"):
+            total[one["target"]][key] += one.get(key, 0)
     return total
 
 
 def print_counts():
     total = counts()
-    for target in sorted(total):
-        one = total[target]
-        print(f"{target:16} {one['inputs']:>12,} inputs {one['lines']:>13,} lines {one['compared']:>12,} compared {one['seconds'] / 3600:8.2f} hours")
-    whole = sum(total.values(), collections.Counter())
-    print(f"{'all':16} {whole['inputs']:>12,} inputs {whole['lines']:>13,} lines {whole['compared']:>12,} compared {whole['seconds'] / 3600:8.2f} hours")
+    rows = [(target, total[target]) for target in sorted(total)]
+    for target, one in [*rows, ("all", sum(total.values(), collections.Counter()))]:
+        print(
+            f"{target:16} {one['inputs']:>12,} inputs {one['lines']:>13,} lines {one['compared']:>12,} compared "
+            f"{one['native']:>10,} with native code {one['seconds'] / 3600:8.2f} hours"
+        )
+    read = sum(one["inputs"] for target, one in total.items() if target not in TYPED)
+    print(f"{read:,} inputs are files, records, disks, tables and the like")
 
 
 def prepare():
@@ -95,6 +104,35 @@ def run(target, seconds, plain):
     return breaks
 
 
+def folders_of(target):
+    folders = (KEPT / target, CAMPAIGN / "corpus" / target, CAMPAIGN / "seeds" / target)
+    return [folder for folder in folders if folder.exists() and any(folder.iterdir())]
+
+
+def run_mixed(target, seconds, native):
+    """One turn without guidance; what breaks the interpreter is left as it is."""
+    found = CAMPAIGN / "found" / target
+    found.mkdir(exist_ok=True)
+    end = time.monotonic() + seconds
+    breaks = 0
+    while (rest := end - time.monotonic()) > 3 and breaks < MOST_BREAKS:
+        log = CAMPAIGN / f"mixed-{target}.log"
+        command = [
+            TYPISTS[native], "--target", target, "--seconds", str(rest), "--seed", str(secrets.randbelow(2**31)),
+            "--companion", COMPANION, "--compared", NATIVE_COMPARED if native else COMPARED_WHEN_PLAIN,
+            "--counts", CAMPAIGN / "counts", "--found", found, *folders_of(target),
+        ]  # fmt: skip
+        before = set(found.iterdir())
+        with open(log, "w") as output:
+            ended = subprocess.run(command, stdout=output, stderr=output)
+        if ended.returncode == 0:
+            break
+        breaks += 1
+        for file in set(found.iterdir()) - before:
+            file.with_name("why-" + file.name).write_bytes(log.read_bytes()[-8000:])
+    return breaks
+
+
 def environment(plain):
     compared = {"KORVANE_FUZZ_COMPARED": COMPARED_WHEN_PLAIN} if plain else {}
     return dict(os.environ, KORVANE_FUZZ_COUNTS=str(CAMPAIGN / "counts"), KORVANE_FUZZ_COMPANION=str(COMPANION), **compared)
@@ -109,10 +147,30 @@ def make_smaller(target, file, plain):
     subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment(plain))
 
 
+def mixed_campaign(names, minutes):
+    prepare()
+    names = names or [name for other in target_names() if other != "session" for name in ("session", other)]
+    # Each has had its turn at the end, however few minutes there are.
+    seconds = minutes * 60
+    turn = min(1, seconds / sum(MIXED_SECONDS[target] for target in names))
+    end = time.monotonic() + seconds
+    found = 0
+    while (rest := end - time.monotonic()) > 5:
+        target = names[0]
+        names = names[1:] + names[:1]
+        with_native = target in WITH_PROGRAMS and secrets.randbelow(4) == 0
+        fresh = run_mixed(target, min(MIXED_SECONDS[target] * turn, rest), with_native)
+        found += fresh
+        if fresh:
+            print(f"{target}: {fresh} found", flush=True)
+    print_counts()
+    return 1 if found else 0
+
+
 def campaign(names, minutes, plain):
     prepare()
     # Sessions hold most of the interpreter: every other turn is theirs.
-    names = names or [name for other in target_names(plain) if other != "session" for name in ("session", other)]
+    names = names or [name for other in target_names() if other != "session" for name in ("session", other)]
     end = time.monotonic() + minutes * 60
     found = 0
     turn = max(20, min(MINUTES_EACH * 60, minutes * 60 / len(names)))
@@ -129,7 +187,7 @@ def campaign(names, minutes, plain):
 def keep(plain):
     """Of a small set that reaches everything, those that are not long, spread over all lengths."""
     prepare()
-    for target in target_names(plain):
+    for target in target_names():
         sources = [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target, CAMPAIGN / "corpus" / target) if folder.exists()]
         merged = CAMPAIGN / "merged" / target
         merged.mkdir(parents=True, exist_ok=True)
@@ -152,8 +210,8 @@ def keep(plain):
 
 def main():
     words = sys.argv[1:]
-    plain = "--plain" in words
-    words = [word for word in words if word != "--plain"]
+    plain, mixed = "--plain" in words, "--mixed" in words
+    words = [word for word in words if word not in ("--plain", "--mixed")]
     if words == ["--counts"]:
         print_counts()
         return 0
@@ -162,10 +220,11 @@ def main():
         return 0
     names = [word for word in words if not word.replace(".", "").isdigit()]
     minutes = [float(word) for word in words if word not in names]
-    unknown = [name for name in names if name not in target_names(plain)]
+    unknown = [name for name in names if name not in target_names()]
     if unknown or len(minutes) > 1 or len(names) > 1:
-        sys.exit(f"campaign.py: there are the targets {', '.join(target_names(plain))}")
-    return campaign(names, minutes[0] if minutes else 10, plain)
+        sys.exit(f"campaign.py: there are the targets {', '.join(target_names())}")
+    minutes = minutes[0] if minutes else 10
+    return mixed_campaign(names, minutes) if mixed else campaign(names, minutes, plain)
 
 
 if __name__ == "__main__":

@@ -1,5 +1,6 @@
 #include "companion.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -34,11 +35,18 @@ Companion::Companion(const std::string& program, std::string_view target) {
     to_ = other.to;
     from_ = other.from;
     signal(SIGPIPE, SIG_IGN);
+    // Room for all inputs and states on their way, so that neither side waits for the other for nothing.
+    constexpr int room = 1 << 20;
+    if (fcntl(to_, F_SETPIPE_SZ, room) >= room && fcntl(from_, F_SETPIPE_SZ, room) >= room) most_begun_ = 64;
 }
 
-std::optional<std::string> Companion::play(std::string_view input) {
+void Companion::begin(std::string_view input) {
+    if (!write_text(to_, input)) complain("the interpreter without specialised statements breaks down");
+}
+
+std::optional<std::string> Companion::end() {
     std::uint32_t size = 0;
-    if (!write_text(to_, input) || !read_all(from_, &size, sizeof size))
+    if (!read_all(from_, &size, sizeof size))
         complain("the interpreter without specialised statements breaks down");
     if (size == not_comparable) return std::nullopt;
     std::string state(size, '\0');
@@ -61,15 +69,11 @@ int serve_companion() {
     return 0;
 }
 
-bool is_comparable(std::string_view input) {
-    if (!current_target().comparable) return false;
-    if (machine->firmware().depends_on_looks() ||
-        input.find_first_of("\x1c\x1d\x1f") != std::string_view::npos)
-        return false;
+bool is_alike_everywhere(std::string_view text) {
     // Addresses of the interpreter's own variables differ too, and what it has learned about its tokens.
     constexpr std::array<std::string_view, 6> words = {"TIME",   "KORVANE",   "PEEK",
                                                        "RANDOM", "CREATEEFI", "VARINFO"};
-    std::string upper(input);
+    std::string upper(text);
     std::transform(
         upper.begin(), upper.end(), upper.begin(),
         [](unsigned char c) { return static_cast<char>(std::toupper(c)); });
@@ -77,8 +81,17 @@ bool is_comparable(std::string_view input) {
                         [&](std::string_view word) { return upper.find(word) != std::string::npos; });
 }
 
-void compare(std::string_view own, std::string_view other) {
+bool is_comparable(std::string_view input) {
+    if (!current_target().comparable) return false;
+    if (machine->firmware().depends_on_looks() ||
+        input.find_first_of("\x1c\x1d\x1f") != std::string_view::npos)
+        return false;
+    return is_alike_everywhere(input);
+}
+
+void compare(std::string_view own, std::string_view other, bool has_code) {
     ++counts.compared;
+    if (has_code) ++counts.native;
     if (own == other) return;
     const auto [here, there] = std::mismatch(own.begin(), own.end(), other.begin(), other.end());
     const auto line_of = [](std::string_view text, std::string_view::const_iterator at) {

@@ -20,11 +20,11 @@ void write_counts(const std::filesystem::path& file, std::string_view target, bo
     if (out == nullptr) return;
     std::fprintf(
         out,
-        "{\"target\": \"%.*s\", \"inputs\": %llu, \"lines\": %llu, \"compared\": %llu, \"steps\": %llu, "
-        "\"seconds\": %.1f}\n",
+        "{\"target\": \"%.*s\", \"inputs\": %llu, \"lines\": %llu, \"compared\": %llu, \"native\": %llu, "
+        "\"steps\": %llu, \"seconds\": %.1f}\n",
         static_cast<int>(target.size()), target.data(), static_cast<unsigned long long>(counts.inputs),
         static_cast<unsigned long long>(counts.lines), static_cast<unsigned long long>(counts.compared),
-        static_cast<unsigned long long>(counts.most_steps),
+        static_cast<unsigned long long>(counts.native), static_cast<unsigned long long>(counts.most_steps),
         std::chrono::duration<double>(now - begin).count());
     std::fclose(out);
     std::rename(fresh.c_str(), file.c_str());

@@ -91,6 +91,7 @@ class Table {
         begin_input();
         Firmware& firmware = machine->firmware();
         firmware.volume().set_room(room);
+        firmware.be_patient_for(Firmware::usual_patience);
         if (reach.prepare != nullptr) reach.prepare(n);
         if (!reach.file.empty()) firmware.volume().put_file("F.BAS", with_quantity(reach.file, n));
         const string typed = with_quantity(reach.typed, n);

@@ -58,6 +58,11 @@ void make_variables(std::int64_t n) {
     }
 }
 
+void make_variables_with_file(std::int64_t n) {
+    type("OPEN \"T.TXT\" FOR INPUT AS 1");
+    make_variables(n);
+}
+
 void make_functions(std::int64_t n) {
     for (std::int64_t i = 1; i < n; ++i)
         type("DEF FN" + string(1, static_cast<char>('A' + i % 26)) + std::to_string(i) + "=1");
@@ -180,7 +185,12 @@ std::vector<Limit> limits_of_programs() {
         {"GOSUB levels",
          128,
          {{"NEW\n10 IF N<{n} THEN N=N+1:GOSUB 10\nRUN", no_memory},
-          {"NEW\n10 IF N<{n} THEN N=N+1:ON 1 GOSUB 10\nRUN", no_memory}}},
+          {"NEW\n10 IF N<{n} THEN N=N+1:ON 1 GOSUB 10\nRUN", no_memory},
+          // The last level is the timer's.
+          {"NEW\n10 IF N<{n}-1 THEN N=N+1:GOSUB 10\n20 ON TIMER(0) GOSUB 40:TIMER(0)=1:TIMER(0) ON\n"
+           "30 GOTO 30\n40 PRINT \"T\":END\nRUN",
+           no_memory, "", false, "", [](std::int64_t) { machine->firmware().be_patient_for(1'000'000); },
+           nullptr, [](std::int64_t n) { return string(n <= 128 ? "T" : "!T"); }}}},
         {"FOR levels", 64, {{"NEW\n10 IF N<{n} THEN N=N+1:FOR I=1 TO 9:GOTO  10\nRUN", no_memory}}},
         {"WHILE levels", 64, {{"NEW\n10 IF N<{n} THEN N=N+1:WHILE 1:GOTO 10\nRUN", no_memory}}},
         {"handlers in handlers",
@@ -217,6 +227,14 @@ std::vector<Limit> limits_of_programs() {
           {"LET Z$=\"\"", "Too many variables", "", false, "", make_variables},
           {"DIM Z(1)", "Too many variables", "", false, "", make_variables},
           {"FOR Z=1 TO 2", "Too many variables", "", false, "", make_variables},
+          // Before anything is asked.
+          {"INPUT Z", "Too many variables", "", false, "", make_variables, nullptr,
+           [](std::int64_t n) { return string(n <= 4096 ? "?" : "!?"); }},
+          {"LINE INPUT Z$", "Too many variables", "", false, "", make_variables},
+          {"INPUT V1,Z\n6,7\nPRINT Z", "", "", false, "", make_variables, nullptr,
+           [](std::int64_t n) { return string(n <= 4096 ? " 7" : " 0"); }},
+          {"INPUT #1,Z", "Too many variables", "", false, "", make_variables_with_file},
+          {"LINE INPUT #1,Z$", "Too many variables", "", false, "", make_variables_with_file},
           {"SWAP V1,Z", "Too many variables", "", false, "", make_variables},
           {"X=VARPTR(Z)", "Too many variables", "", false, "",
            [](std::int64_t n) {

@@ -2,25 +2,37 @@
 
 #include <algorithm>
 #include <cstring>
-#include <random>
-#include <string>
-#include <string_view>
-#include <vector>
 
 namespace korvane::fuzz {
 
 namespace {
 
-constexpr char line_end = 10;
 constexpr std::size_t most_known_lines = 20'000;
-
-// The engine is libFuzzer's own: the same seed makes the same change, of the same known lines.
-using Random = std::minstd_rand;
 
 std::vector<std::string>& known_lines() {
     static std::vector<std::string> lines;
     return lines;
 }
+
+const std::string& any(Random& random, const std::vector<std::string>& from) {
+    return from[below(random, from.size())];
+}
+
+// A statement of one line becomes, or comes behind, one of another.
+void mix_statements(Random& random, std::vector<std::string>& lines) {
+    std::string& line = lines[below(random, lines.size())];
+    std::vector<std::string> statements = split(line, ':');
+    const std::vector<std::string> others = split(any(random, known_lines()), ':');
+    if (statements.empty() || others.empty()) return;
+    const std::size_t at = below(random, statements.size());
+    if (below(random, 2) == 0)
+        statements[at] = any(random, others);
+    else
+        statements.insert(statements.begin() + static_cast<std::ptrdiff_t>(at) + 1, any(random, others));
+    line = join(statements, ':');
+}
+
+}  // namespace
 
 std::vector<std::string> split(std::string_view text, char separator) {
     std::vector<std::string> parts;
@@ -41,15 +53,7 @@ std::string join(const std::vector<std::string>& parts, char separator) {
     return text;
 }
 
-std::size_t below(Random& random, std::size_t bound) {
-    return random() % bound;
-}
-
-const std::string& any(Random& random, const std::vector<std::string>& from) {
-    return from[below(random, from.size())];
-}
-
-void learn(Random& random, const std::vector<std::string>& lines) {
+void learn_line(Random& random, const std::vector<std::string>& lines) {
     const std::string& line = any(random, lines);
     if (line.empty()) return;
     std::vector<std::string>& known = known_lines();
@@ -59,21 +63,7 @@ void learn(Random& random, const std::vector<std::string>& lines) {
         known[below(random, known.size())] = line;
 }
 
-// A statement of one line becomes, or comes behind, one of another.
-void mix_statements(Random& random, std::vector<std::string>& lines) {
-    std::string& line = lines[below(random, lines.size())];
-    std::vector<std::string> statements = split(line, ':');
-    const std::vector<std::string> others = split(any(random, known_lines()), ':');
-    if (statements.empty() || others.empty()) return;
-    const std::size_t at = below(random, statements.size());
-    if (below(random, 2) == 0)
-        statements[at] = any(random, others);
-    else
-        statements.insert(statements.begin() + static_cast<std::ptrdiff_t>(at) + 1, any(random, others));
-    line = join(statements, ':');
-}
-
-void change(Random& random, std::vector<std::string>& lines) {
+void change_one(Random& random, std::vector<std::string>& lines) {
     const auto place = [&](std::size_t at) { return lines.begin() + static_cast<std::ptrdiff_t>(at); };
     const std::size_t at = below(random, lines.size());
     switch (below(random, 7)) {
@@ -102,16 +92,14 @@ void change(Random& random, std::vector<std::string>& lines) {
     }
 }
 
-}  // namespace
-
 std::size_t change_lines(std::uint8_t* data, std::size_t size, std::size_t most, unsigned seed) {
     Random random(seed);
     std::vector<std::string> lines = split({reinterpret_cast<const char*>(data), size}, line_end);
     if (lines.empty()) return 0;
-    learn(random, lines);
+    learn_line(random, lines);
     if (known_lines().empty() || below(random, 3) == 0) return 0;
     for (std::size_t changes = below(random, 3) + 1; changes != 0; --changes)
-        change(random, lines);
+        change_one(random, lines);
     const std::string changed = join(lines, line_end).substr(0, most);
     std::memcpy(data, changed.data(), changed.size());
     return changed.size();

@@ -14,6 +14,7 @@ struct Counts {
     std::uint64_t inputs = 0;
     std::uint64_t lines = 0;       // typed
     std::uint64_t compared = 0;    // inputs, with what another interpreter makes of them
+    std::uint64_t native = 0;      // of these, with machine code
     std::uint64_t most_steps = 0;  // between two looks for a key, where steps are counted
 };
 extern Counts counts;

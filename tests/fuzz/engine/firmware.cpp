@@ -19,9 +19,6 @@ using uefi::Status;
 
 Firmware* active = nullptr;  // services are given no context
 
-// Looks for a key without finding one, after which Escape is pressed: programs do not run for ever. Each look
-// stands for up to 256 statements.
-constexpr std::uint32_t patience = 6;
 // After so many presses nothing will end the line.
 constexpr std::uint32_t most_escapes = 16;
 // Looks that fail in one line, after which the keyboard is sound again.
@@ -33,6 +30,19 @@ char handle_marks[64];
 
 void set_access(std::uint64_t page, bool allowed) {
     mprotect(reinterpret_cast<void*>(page), uefi::page_size, allowed ? PROT_READ | PROT_WRITE : PROT_NONE);
+}
+
+// What the firmware gives pages: nobody may execute them.
+constexpr std::uint64_t first_attributes = uefi::memory_execute_protect;
+
+int access_of(std::uint64_t attributes) {
+    if ((attributes & uefi::memory_read_protect) != 0) return PROT_NONE;
+    return PROT_READ | ((attributes & uefi::memory_read_only) != 0 ? 0 : PROT_WRITE) |
+           ((attributes & uefi::memory_execute_protect) != 0 ? 0 : PROT_EXEC);
+}
+
+void set_attributes(std::uint64_t address, std::uint64_t bytes, std::uint64_t attributes) {
+    mprotect(reinterpret_cast<void*>(address), bytes, access_of(attributes));
 }
 
 uefi::Handle handle_of(std::size_t number) {
@@ -172,6 +182,25 @@ struct Firmware::Services {
         if (auto failure = active->faults_.strike(Service::SetMemoryAttributes)) return *failure;
         return base % uefi::page_size == 0 && length % uefi::page_size == 0 ? uefi::success
                                                                             : uefi::invalid_parameter;
+    }
+
+    static Status EFIAPI get_attributes(uefi::MemoryAttributeProtocol*, uefi::PhysicalAddress base,
+                                        std::uint64_t length, std::uint64_t* attributes) {
+        if (auto failure = active->faults_.strike(Service::MemoryAttributesGet)) return *failure;
+        *attributes = active->pages_at(base, length).attributes;
+        return uefi::success;
+    }
+
+    static Status EFIAPI set_attributes(uefi::MemoryAttributeProtocol*, uefi::PhysicalAddress base,
+                                        std::uint64_t length, std::uint64_t attributes) {
+        if (auto failure = active->faults_.strike(Service::MemoryAttributesSet)) return *failure;
+        return active->change_attributes(base, length, attributes, 0);
+    }
+
+    static Status EFIAPI clear_attributes(uefi::MemoryAttributeProtocol*, uefi::PhysicalAddress base,
+                                          std::uint64_t length, std::uint64_t attributes) {
+        if (auto failure = active->faults_.strike(Service::MemoryAttributesClear)) return *failure;
+        return active->change_attributes(base, length, 0, attributes);
     }
 
     static Status EFIAPI get_time(uefi::Time* time, void*) {
@@ -362,6 +391,7 @@ Firmware::Firmware()
                Services::enable_cursor,
                &output_mode_};
     cpu_.SetMemoryAttributes = Services::set_memory_attributes;
+    attributes_ = {Services::get_attributes, Services::set_attributes, Services::clear_attributes};
     graphics_ = {Services::query_mode, Services::set_mode, nullptr, &graphics_mode_};
     volume_.put_file("EFI/BOOT/BOOTX64.EFI", "MZ");
 }
@@ -456,11 +486,39 @@ bool Firmware::owns(std::uint64_t address, std::uint64_t bytes) const {
            inside(tables_base, tables_base + tables_size) || inside(now_.next_page, pages_base + pages_size);
 }
 
+bool Firmware::has_code() const {
+    return std::any_of(
+        protected_.begin(), protected_.end(),
+        [](const ProtectedPages& pages) { return (pages.attributes & uefi::memory_execute_protect) == 0; });
+}
+
+// Whoever asks for attributes asks for the same pages each time.
+Firmware::ProtectedPages& Firmware::pages_at(std::uint64_t address, std::uint64_t bytes) {
+    if (!owns(address, bytes)) complain("attributes of pages that are not allocated");
+    for (ProtectedPages& pages : protected_) {
+        if (pages.address == address && pages.bytes == bytes) return pages;
+        if (address < pages.address + pages.bytes && pages.address < address + bytes)
+            complain("attributes of a part of some pages");
+    }
+    return protected_.emplace_back(ProtectedPages{address, bytes, first_attributes});
+}
+
+uefi::Status Firmware::change_attributes(std::uint64_t address, std::uint64_t bytes, std::uint64_t set,
+                                         std::uint64_t cleared) {
+    ProtectedPages& pages = pages_at(address, bytes);
+    pages.attributes = (pages.attributes | set) & ~cleared;
+    if ((pages.attributes & (uefi::memory_execute_protect | uefi::memory_read_only)) == 0)
+        complain("pages that may be both written and executed");
+    set_attributes(address, bytes, pages.attributes);
+    return uefi::success;
+}
+
 void* Firmware::find(uefi::Handle handle, const uefi::Guid& protocol) {
     if (handle == handle_of(console_handle)) {
         if (protocol == uefi::simple_text_input_guid) return &input_;
         if (protocol == uefi::simple_text_output_guid) return &output_;
         if (protocol == uefi::cpu_arch_guid) return &cpu_;
+        if (protocol == uefi::memory_attribute_guid) return &attributes_;
         if (protocol == uefi::graphics_output_guid && !hardware_.modes.empty()) return &graphics_;
         return nullptr;
     }
@@ -509,7 +567,7 @@ void Firmware::begin_line() {
 // Of a look that finds no key.
 void Firmware::look() {
     const bool pressed = escape_at_look_ != 0 && --escape_at_look_ == 0;
-    if (!pressed && ++empty_looks_ < patience) return;
+    if (!pressed && ++empty_looks_ < patience_) return;
     depends_on_looks_ = true;
     if (++escapes_ > most_escapes) stop_(Stop::given_up);
     empty_looks_ = 0;
@@ -526,11 +584,16 @@ void Firmware::count_failed_look() {
 void Firmware::save() {
     for (const std::uint64_t guard : guards_)
         set_access(guard, true);
+    for (const ProtectedPages& pages : protected_)
+        set_attributes(pages.address, pages.bytes, first_attributes);
     for (SavedMemory* memory : {&pages_, &data_, &scratch_, &tables_})
         memory->save(guards_);
     for (const std::uint64_t guard : guards_)
         set_access(guard, false);
+    for (const ProtectedPages& pages : protected_)
+        set_attributes(pages.address, pages.bytes, pages.attributes);
     saved_guards_ = guards_.size();
+    saved_protected_ = protected_;
     volume_.save();
     std::erase_if(pool_, [](const Block& block) { return block.freed; });
     for (Block& block : pool_)
@@ -545,8 +608,13 @@ void Firmware::put_back() {
     for (std::size_t i = saved_guards_; i < guards_.size(); ++i)
         set_access(guards_[i], true);
     guards_.resize(saved_guards_);
+    for (const ProtectedPages& pages : protected_)
+        set_attributes(pages.address, pages.bytes, first_attributes);
     for (SavedMemory* memory : {&pages_, &data_, &scratch_, &tables_})
         memory->put_back();
+    protected_ = saved_protected_;
+    for (const ProtectedPages& pages : protected_)
+        set_attributes(pages.address, pages.bytes, pages.attributes);
     volume_.put_back();
     for (std::size_t i = saved_blocks_; i < pool_.size(); ++i)
         if (!pool_[i].freed) std::free(pool_[i].at);

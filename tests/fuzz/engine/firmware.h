@@ -95,6 +95,10 @@ class Firmware {
     void press(uefi::InputKey key) { keys_.push_back(key); }
     // Escape comes at this look for a key that finds none, counted from now.
     void press_escape_at_look(std::uint32_t look) { escape_at_look_ = look; }
+    // So many looks for a key find none before Escape is pressed: programs do not run for ever. Each look
+    // stands for up to 256 statements.
+    void be_patient_for(std::uint32_t looks) { patience_ = looks; }
+    static constexpr std::uint32_t usual_patience = 6;
     // Forgets waiting keys and how long nobody has found any.
     void begin_line();
     std::size_t waiting_keys() const { return keys_.size() - next_key_; }
@@ -106,6 +110,8 @@ class Firmware {
     // Pool blocks that are in use beyond those at the time of save().
     std::size_t pool_blocks() const;
     bool owns(std::uint64_t address, std::uint64_t bytes) const;
+    // Whether machine code has been made in this input.
+    bool has_code() const;
     // What was shown on the firmware's console when the interpreter stopped for good.
     const std::string& last_words() const { return last_words_; }
     // True when what was done in this input depends on when the interpreter looked for a key.
@@ -130,6 +136,12 @@ class Firmware {
         std::uint64_t key_of_map = 1;
         bool editor_waits = false;
     };
+    // Pages whose attributes somebody has changed.
+    struct ProtectedPages {
+        std::uint64_t address;
+        std::uint64_t bytes;
+        std::uint64_t attributes;
+    };
     struct DiskProtocol : uefi::BlockIoProtocol {
         Disk* disk;
     };
@@ -138,6 +150,9 @@ class Firmware {
     void count_failed_look();
     void enter_mode(std::uint32_t mode);
     std::vector<uefi::MemoryDescriptor> map() const;
+    ProtectedPages& pages_at(std::uint64_t address, std::uint64_t bytes);
+    uefi::Status change_attributes(std::uint64_t address, std::uint64_t bytes, std::uint64_t set,
+                                   std::uint64_t cleared);
     void* find(uefi::Handle handle, const uefi::Guid& protocol);
     std::vector<uefi::Handle> all_with(const uefi::Guid* protocol);
     void* allocate(std::uint64_t size);
@@ -151,6 +166,8 @@ class Firmware {
     SavedMemory framebuffer_;
     std::vector<std::uint64_t> guards_;  // pages without access between those handed out
     std::size_t saved_guards_ = 0;
+    std::vector<ProtectedPages> protected_;
+    std::vector<ProtectedPages> saved_protected_;
 
     Hardware hardware_;
     std::vector<Disk> disks_;
@@ -172,6 +189,7 @@ class Firmware {
     uefi::GraphicsOutputMode graphics_mode_{};
     uefi::GraphicsOutputModeInformation mode_information_{};
     uefi::CpuArchProtocol cpu_{};
+    uefi::MemoryAttributeProtocol attributes_{};
     uefi::LoadedImageProtocol image_{};
     std::vector<uefi::ConfigurationTable> entries_;
     char16_t vendor_[8] = u"fuzz";
@@ -184,6 +202,7 @@ class Firmware {
     std::function<void(Stop)> stop_;
     std::vector<uefi::InputKey> keys_;
     std::size_t next_key_ = 0;
+    std::uint32_t patience_ = usual_patience;
     std::uint32_t empty_looks_ = 0;  // since the last key
     std::uint32_t escapes_ = 0;      // pressed because nothing else ended the line
     std::uint32_t escape_at_look_ = 0;

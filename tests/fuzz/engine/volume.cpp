@@ -14,7 +14,7 @@ using host::Service;
 using uefi::Status;
 
 constexpr std::uint64_t revision = 0x00010000;
-constexpr std::size_t most_handles = 4096;  // of one session
+constexpr std::size_t most_handles = 200'000;  // of one session
 
 bool same_name(std::string_view left, std::string_view right) {
     return std::equal(
