@@ -357,18 +357,18 @@ def key_of(one):
 
 
 def known_equivalents():
-    """Places that were read and make no difference that anyone could see: file, the line's text, column, old and new."""
+    """Places that were read and make no difference that anyone could see: file, line, its text, column, old and new."""
     if not EQUIVALENT.exists():
         return set()
     known = set()
     for line in EQUIVALENT.read_text().splitlines():
         if line and not line.startswith("#"):
-            known.add(tuple(line.split("\t")[:5]))
+            known.add(tuple(line.split("\t")[:6]))
     return known
 
 
 def is_known_equivalent(one, known):
-    return (one["file"], one["source"], str(one["column"]), one["old"], one["new"]) in known
+    return (one["file"], str(one["line"]), one["source"], str(one["column"]), one["old"], one["new"]) in known
 
 
 def print_table():
