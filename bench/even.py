@@ -2,13 +2,14 @@
 named, beside another image, and prints a table.
 
     python3 bench/even.py [--rounds N] [--only WORD]... [--peers lua,brandy] [--image KORVANE.EFI] [--beside KORVANE.EFI]
-                          [--seconds S]
+                          [--without-native KORVANE.EFI] [--seconds S]
 
 A statement stands ten times in a loop; the time of the same loop without it is taken off. Each language repeats the loop
 until it takes so many seconds. In a round all of them run one after the other; the table shows medians of the
 times and of the rounds' ratios. X is a checksum, the same in all languages. Where no other language has the statement, or
-none does the same work for it, a neighbour of it stands for what a statement of its kind may take. An image without
-specialised statements as the other one tells what the general handlers take.
+none does the same work for it, a neighbour of it stands for what a statement of its kind may take: both in the image without
+native code, for what is compared is the general path with a specialised one, and the neighbour may be a few machine
+instructions otherwise. An image without specialised statements as the other one tells what the general handlers take.
 """
 
 import argparse
@@ -194,13 +195,14 @@ class Subject:
 
 
 def median_ratio(rounds, subject, other):
-    ratios = [times[subject] / times[other] for times in rounds if other in times]
+    ratios = [times[subject] / times[other] for times in rounds if subject in times and other in times]
     return statistics.median(ratios) if ratios else None
 
 
 def measure(subjects, statements, count, most=10_000_000):
     """The rounds of one statement: nanoseconds by subject."""
-    chosen = {name: subject for name, subject in subjects.items() if subject.kind in statements}
+    chosen = {name: subject for name, subject in subjects.items()
+              if subject.kind in statements and (name != "specialised" or "neighbour" in statements)}
     turns = {name: subject.turns_for(statements[subject.kind], most) for name, subject in chosen.items()}
     rounds = []
     for _ in range(count):
@@ -211,7 +213,7 @@ def measure(subjects, statements, count, most=10_000_000):
     return rounds
 
 
-PEERS = ("beside", "brandy", "yabasic", "lua", "neighbour")
+PEERS = ("beside", "brandy", "yabasic", "lua")
 # A tangent that is nearly always the nearest number takes as long as those of the others, which are not.
 OWN_BASIC_GOALS = {"TAN": 1.25}
 
@@ -219,6 +221,7 @@ OWN_BASIC_GOALS = {"TAN": 1.25}
 def row(what, rounds):
     time = statistics.median(times["korvane"] for times in rounds)
     ratios = {peer: median_ratio(rounds, "korvane", peer) for peer in PEERS}
+    ratios["neighbour"] = median_ratio(rounds, "specialised", "neighbour")
     basics = [ratio for ratio in (ratios["brandy"], ratios["yabasic"]) if ratio is not None]
     missed = (max(basics, default=0) > OWN_BASIC_GOALS.get(what, BASIC_GOAL) or (ratios["lua"] or 0) > LUA_GOAL
               or (ratios["neighbour"] or 0) > NEIGHBOUR_GOAL)
@@ -234,6 +237,8 @@ def parse_arguments():
     parser.add_argument("--image", type=pathlib.Path, default=ROOT / "build/korvane.efi")
     parser.add_argument("--seconds", type=float, default=0.2, help="that a loop takes at least")
     parser.add_argument("--beside", type=pathlib.Path, help="another image")
+    parser.add_argument("--without-native", type=pathlib.Path, default=ROOT / "build/without-native/korvane.efi",
+                        help="the image in which neighbours are compared")
     return parser.parse_args()
 
 
@@ -248,8 +253,10 @@ def main():
     failures = missed = 0
     with tempfile.TemporaryDirectory(prefix="korvane-bench-") as name:
         folder = pathlib.Path(name)
+        plain = compare.interpreters(arguments.without_native.resolve())["korvane"]
         subjects = {"korvane": Subject(chosen["korvane"], "korvane", folder, seconds),
-                    "neighbour": Subject(chosen["korvane"], "korvane", folder, seconds, "neighbour")}
+                    "specialised": Subject(plain, "korvane", folder, seconds),
+                    "neighbour": Subject(plain, "korvane", folder, seconds, "neighbour")}
         if arguments.beside:
             other = compare.interpreters(arguments.beside.resolve())["korvane"]
             subjects["beside"] = Subject(other, "korvane", folder, seconds)

@@ -35,7 +35,8 @@ def parse_arguments():
     parser.add_argument("--part", action="append", choices=list(PARTS), help="may be given again")
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--into", type=pathlib.Path, help="a page whose tables are replaced")
-    parser.add_argument("--image", type=pathlib.Path, default=ROOT / "build/korvane.efi")
+    parser.add_argument("--image", type=pathlib.Path,
+                        help="build/korvane.efi; of the part web, build/without-native/korvane.efi")
     arguments, for_tasks = parser.parse_known_args()
     if not arguments.part:
         arguments.part = ["tasks"] if for_tasks else EVERYTHING
@@ -58,15 +59,16 @@ def run(part, title, command, page):
 def main():
     arguments, for_tasks = parse_arguments()
     common = ["--rounds", str(arguments.rounds)]
-    scripted = [*common, "--image", arguments.image, *for_tasks]
+    image = arguments.image or ROOT / "build/korvane.efi"
+    scripted = [*common, *for_tasks, *(["--image", arguments.image] if arguments.image else [])]
     if "tasks" not in arguments.part:
-        print("\n".join(machine_facts.machine_lines(arguments.image, arguments.rounds)))
+        print("\n".join(machine_facts.machine_lines(image, arguments.rounds)))
     failures = 0
     for part, (title, program) in PARTS.items():
         if part in arguments.part:
             is_script = program.endswith(".py")
             command = ([sys.executable, ROOT / "bench" / program, *scripted] if is_script
-                       else [ROOT / "build/host/bench" / program, *common, arguments.image])
+                       else [ROOT / "build/host/bench" / program, *common, image])
             failures += run(part, title, command, arguments.into)
     return 1 if failures else 0
 

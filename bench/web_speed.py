@@ -3,8 +3,10 @@ firmware, in turns, and prints a table of the ratios of their times.
 
     python3 bench/web_speed.py [--rounds N] [--only NAME]... [--image KORVANE.EFI]
 
-In the browser the time is the processor time of all its processes from RUN to the prompt, compiling and drawing
-included; of the image it is that of its process less that of an empty program, as in compare.py. Both print the same checksum.
+In the browser the time is the processor time of all its processes from RUN to the prompt, drawing included, and so is what
+the browser compiles meanwhile: as the page does, all machines share a module, so that is most of it in the first round. Of
+the image it is that of its process less that of an empty program, as in compare.py. It is the image without native code,
+which the browser does not have either. Both print the same checksum.
 """
 
 import argparse
@@ -92,7 +94,7 @@ def table_lines(results):
         web = statistics.median(web for _, web in rounds)
         ratio = statistics.median(web / native for native, web in rounds)
         lines.append(f"| {name} | {native * 1e6:.2f} | {web * 1e6:.2f} | {ratio:.2f} |")
-    return lines
+    return [*lines, f"| **geometric mean** | | | {mean(results):.2f} |"]
 
 
 def mean(results):
@@ -104,7 +106,7 @@ def main():
     parser = argparse.ArgumentParser(description="Compares the machine for browsers with the image.")
     parser.add_argument("--rounds", type=int, default=5)
     parser.add_argument("--only", action="append", help="a task; may be given again")
-    parser.add_argument("--image", type=pathlib.Path, default=ROOT / "build/korvane.efi")
+    parser.add_argument("--image", type=pathlib.Path, default=ROOT / "build/without-native/korvane.efi")
     arguments = parser.parse_args()
     native = compare.interpreters(arguments.image.resolve())["korvane"]
     native.arguments += ["--size", CELLS]
@@ -131,7 +133,7 @@ def main():
         if not results:
             continue
         print(f"\n{title}\n\n" + "\n".join(table_lines(results)))
-        print(f"geometric mean {mean(results):.2f}, goal {goal}")
+        print(f"goal: a mean of {goal} at most")
     return 1 if failures else 0
 
 

@@ -11,7 +11,7 @@ set(KORVANE_HOT_NAMES
     numbers/scaled
     platform/clock platform/firmware platform/memory platform/stack
     program/tokenizer
-    run/conditions run/control_stacks run/jumps run/loops run/run
+    run/control_stacks run/run
     screen/console screen/framebuffer screen/gfx_line screen/plot screen/text_windows
     statements/data/data_statements statements/graphics/circle statements/graphics/image_array statements/graphics/paint
     statements/graphics/plot_statements

@@ -40,11 +40,13 @@ set_property(
   APPEND
   PROPERTY COMPILE_OPTIONS -fno-align-functions)
 
-# The steps of operators are shorter than a line of the processor's cache, and should lie in one.
+# Between those 8 bytes are enough: 16 take 1.5 KiB more and gain nothing measurable.
+set(KORVANE_PADDED_SOURCES ${KORVANE_HOT_SOURCES})
+list(FILTER KORVANE_PADDED_SOURCES INCLUDE REGEX "/src/fast/")
 set_property(
-  SOURCE ${CMAKE_SOURCE_DIR}/src/fast/operator_steps.cpp
+  SOURCE ${KORVANE_PADDED_SOURCES}
   APPEND
-  PROPERTY COMPILE_OPTIONS -falign-functions=32)
+  PROPERTY COMPILE_OPTIONS -falign-functions=8)
 
 # How an image is compiled and linked.
 function(korvane_set_up_image image)

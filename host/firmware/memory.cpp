@@ -207,9 +207,13 @@ uefi::Status Memory::change_attributes(uefi::PhysicalAddress address, std::uint6
 
 std::vector<MemoryRegion> Memory::executable_regions() const {
     std::vector<MemoryRegion> found;
-    for (const auto& [base, range] : ranges_)
-        if ((range.attributes & uefi::memory_execute_protect) == 0)
+    for (const auto& [base, range] : ranges_) {
+        if ((range.attributes & uefi::memory_execute_protect) != 0) continue;
+        if (!found.empty() && end_of(found.back().base, found.back().pages) == base)
+            found.back().pages += range.pages;
+        else
             found.push_back({base, range.pages, range.type});
+    }
     return found;
 }
 

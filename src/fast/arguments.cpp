@@ -105,13 +105,13 @@ Value evaluate_argument(Cursor& cursor) {
     using namespace fast;
     Token* first = cursor;
     auto& argument = first->argument;
-    const bool known = argument.state != 0 && argument.generation == arenas.generation;
+    const bool known = argument.state != 0 && argument.stamp == array_stamp();
     if (__builtin_expect(known, true)) {
         if (argument.state < held) look_at_argument(first);
         if (argument.state >= held) return evaluate_held(cursor);
     } else if (begins_operand(first)) {
         argument = {};
-        argument.generation = arenas.generation;
+        argument.stamp = array_stamp();
         argument.state = met;
     }
     return evaluate_unheld(cursor);

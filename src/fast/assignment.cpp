@@ -65,33 +65,48 @@ std::uint64_t let_with_word(Current at, std::uint64_t budget) {
 
 // The keyword holds the first place, the comma the second one.
 
-template <int size>
-struct Datum {
-    std::uint8_t bytes[size];
-};
+template <typename Datum>
+inline void exchange(std::uint8_t* first, std::uint8_t* second) {
+    const auto kept = read_unaligned<Datum>(first);
+    write_unaligned(first, read_unaligned<Datum>(second));
+    write_unaligned(second, kept);
+}
 
-template <int size>
+inline void exchange_numbers(Type type, std::uint8_t* first, std::uint8_t* second) {
+    switch (storage_size(type)) {
+        case 8:
+            return exchange<std::uint64_t>(first, second);
+        case 4:
+            return exchange<std::uint32_t>(first, second);
+        default:
+            return exchange<std::uint16_t>(first, second);
+    }
+}
+
+template <bool texts>
+inline std::uint8_t* find_place(const Token* host) {
+    const auto& place = as<PlaceRecord>(host);
+    if (!place.is_element) return place.storage;
+    return texts ? text_element_address(place.bracket) : element_address(place.bracket, place.type);
+}
+
+template <bool texts>
 std::uint64_t swap_places(Current at, std::uint64_t budget) {
     // Subscripts may take string space.
     std::uint8_t* string_top = arenas.FREETOP;
-    std::uint8_t* first = place_address<size>(as<PlaceRecord>(at));
-    std::uint8_t* second =
-        first == nullptr ? nullptr : place_address<size>(as<PlaceRecord>(as<PlaceRecord>(at).next_place));
+    std::uint8_t* first = find_place<texts>(at);
+    std::uint8_t* second = first == nullptr ? nullptr : find_place<texts>(as<PlaceRecord>(at).next_place);
     if (__builtin_expect(second == nullptr, false)) return fall_back(at, budget, string_top);
-    const auto kept = read_unaligned<Datum<size>>(first);
-    write_unaligned(first, read_unaligned<Datum<size>>(second));
-    write_unaligned(second, kept);
+    if (texts)
+        exchange<StringDescriptor>(first, second);
+    else
+        exchange_numbers(as<PlaceRecord>(at).type, first, second);
     KORVANE_JUMP return proceed(as<PlaceRecord>(at).after, budget);
-}
-
-Execute choose_swap(Type type) {
-    return choose<2, 4, 8, 16>(
-        storage_size(type), [](auto size) -> Execute { return guarded<swap_places<size()>>; });
 }
 
 }  // namespace
 
-bool specialise_assignment(Token* at) {
+[[gnu::cold]] bool specialise_assignment(Token* at) {
     if (at->kind == KW_LET) {
         if (at[1].kind != IDENTIFIER || !specialise_assignment(at + 1)) return false;
         enter_generation(at + 1);
@@ -103,7 +118,7 @@ bool specialise_assignment(Token* at) {
     return !is_word(at, "MID$") && !is_word(at, "TIMER") && specialise_array_element(at);
 }
 
-bool specialise_swap(Token* at) {
+[[gnu::cold]] bool specialise_swap(Token* at) {
     Place first;
     Place second;
     if (!read_place(at + 1, first) || first.end->kind != ',' || !read_place(first.end + 1, second) ||
@@ -113,7 +128,7 @@ bool specialise_swap(Token* at) {
     hold_place(first.end, second);
     as<PlaceRecord>(at).next_place = first.end;
     as<PlaceRecord>(at).after = link_behind(at, second.end);
-    at->execute = choose_swap(first.type);
+    at->execute = first.type == Type::STRING ? guarded<swap_places<true>> : guarded<swap_places<false>>;
     return true;
 }
 

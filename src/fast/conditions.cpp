@@ -12,14 +12,14 @@
 namespace korvane::fast {
 namespace {
 
-std::uint64_t fall_back_if(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+[[gnu::noinline]] std::uint64_t fall_back_if(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
     give_back(at, string_top);
     return execute_general_if(at, budget);
 }
 
 // Fewer statements are left than the THEN part may take: as the keyboard is not looked at inside it, that is
 // done now. An IF within a THEN part has been counted by the one around it.
-std::uint64_t pause_before(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+[[gnu::noinline]] std::uint64_t pause_before(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
     if (execution.then_part) return fall_back_if(at, budget, string_top);
     give_back(at, string_top);
     return pause(at);
@@ -38,7 +38,7 @@ inline Token* enter_then_part(Token* at) {
 
 // A branch to a line that has not been tokenized, for which null stands: the general handler goes there, and
 // the statement is looked at again.
-std::uint64_t branch_first(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
+[[gnu::noinline]] std::uint64_t branch_first(Token* at, std::uint64_t budget, std::uint8_t* string_top) {
     at->execute = execute_first;
     return fall_back_if(at, budget, string_top);
 }
@@ -74,7 +74,7 @@ Token* false_target(const Token* at, Token* behind_condition) {
 
 }  // namespace
 
-bool specialise_if(Token* at) {
+[[gnu::cold]] bool specialise_if(Token* at) {
     Expression condition;
     if (!read_expression(at + 1, Domain::whole, condition)) return false;
     Token* then = condition.end;

@@ -17,15 +17,15 @@
 namespace korvane::fast {
 namespace {
 
-// Integers that the type does not hold exactly are rounded or refused by the general handler; so are those
-// that a double may not hold.
 bool store_item(std::uint8_t* place, Type type, std::string_view item) {
-    double number;
-    if (!cannot_overflow(item) || text_to_double(item, number) != NumberReading::number) return false;
-    if (!is_integer(type)) return store_number(type, place, number);
-    const Whole whole = round_whole(number);
-    return __builtin_fabs(number) <= exact_integers && static_cast<double>(whole.value) == number &&
-           store_number(type, place, whole.value);
+    if (!is_integer(type)) {
+        double number;
+        return text_to_double(item, number) == NumberReading::number && store_number(type, place, number);
+    }
+    Value number;
+    if (text_to_number(item, number) != NumberReading::number) return false;
+    const Whole whole = is_integer(number.type) ? Whole{number.integer, 0} : round_whole(number.real);
+    return whole.failed == 0 && store_number(type, place, whole.value);
 }
 
 bool read_item(const PlaceRecord& host) {
@@ -35,6 +35,8 @@ bool read_item(const PlaceRecord& host) {
     if (host.type != Type::STRING) return store_item(place, host.type, item);
     return store_text(place, Value::of_string(item));
 }
+
+}  // namespace
 
 bool read_items(const Token* host) {
     const DataPosition start = data_position;
@@ -46,6 +48,8 @@ bool read_items(const Token* host) {
     return true;
 }
 
+namespace {
+
 std::uint64_t read_places(Current at, std::uint64_t budget) {
     std::uint8_t* string_top = arenas.FREETOP;
     if (!read_items(at)) return fall_back(at, budget, string_top);
@@ -54,7 +58,7 @@ std::uint64_t read_places(Current at, std::uint64_t budget) {
 
 }  // namespace
 
-bool specialise_read(Token* at) {
+[[gnu::cold]] bool specialise_read(Token* at) {
     for (Token* host = at;;) {
         Place place;
         if (!read_place(host + 1, place)) return false;

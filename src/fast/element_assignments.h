@@ -8,6 +8,6 @@ namespace korvane::fast {
 
 // The handler of an assignment to an element. The bracket behind the array's name will hold the subscripts
 // and lead to "=", which will hold the value.
-Execute element_handler(const Node& element, const Node& value);
+[[gnu::cold]] Execute element_handler(const Node& element, const Node& value);
 
 }  // namespace korvane::fast

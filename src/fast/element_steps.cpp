@@ -63,16 +63,11 @@ WholeStep choose_whole(Type type, Subscripts subscripts) {
 
 }  // namespace
 
-template <int size>
-std::uint8_t* element_place(const Token* bracket) {
+std::uint8_t* text_element_address(const Token* bracket) {
     if (as<ElementRecord>(bracket).subscripts == Subscripts::one)
-        return find_element<size, Subscripts::one>(bracket);
-    return find_element<size, Subscripts::any>(bracket);
+        return find_element<16, Subscripts::one>(bracket);
+    return find_element<16, Subscripts::any>(bracket);
 }
-template std::uint8_t* element_place<2>(const Token*);
-template std::uint8_t* element_place<4>(const Token*);
-template std::uint8_t* element_place<8>(const Token*);
-template std::uint8_t* element_place<16>(const Token*);
 
 bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& offset) {
     offset = 0;
@@ -85,17 +80,12 @@ bool find_offset(const Token* bracket, const ArrayBlock* block, std::uint64_t& o
     return true;
 }
 
-std::uint8_t* element_address(Token* at, Type type) {
-    switch (storage_size(type)) {
-        case 2:
-            return element_place<2>(at);
-        case 4:
-            return element_place<4>(at);
-        case 8:
-            return element_place<8>(at);
-        default:
-            return element_place<16>(at);
-    }
+std::uint8_t* element_address(const Token* bracket, Type type) {
+    if (type == Type::STRING) return text_element_address(bracket);
+    const ArrayBlock* block = as<ElementRecord>(bracket).array;
+    std::uint64_t offset;
+    if (!find_offset(bracket, block, offset)) return nullptr;
+    return const_cast<ArrayBlock*>(block)->elements() + offset * storage_size(type);
 }
 
 void set_element_step(Token* bracket, Type type, Domain domain) {

@@ -10,14 +10,13 @@ namespace korvane::fast {
 
 // The address of the element of an array of the type whose "(" is `bracket`; null when a subscript is out
 // of range.
-std::uint8_t* element_address(Token* bracket, Type type);
+std::uint8_t* element_address(const Token* bracket, Type type);
 
-// The same for a type of so many bytes: 2, 4, 8 or 16.
-template <int size>
-std::uint8_t* element_place(const Token* bracket);
+// The same for an array of texts, which is faster.
+std::uint8_t* text_element_address(const Token* bracket);
 
 // The step that begins a chain with the value of an element whose bracket has been bound, in the domain of
 // its type (a SINGLE or integer element may also begin a real chain).
-void set_element_step(Token* bracket, Type type, Domain domain);
+[[gnu::cold]] void set_element_step(Token* bracket, Type type, Domain domain);
 
 }  // namespace korvane::fast

@@ -88,13 +88,13 @@ WholeResult position_in_text(std::int64_t, Token* at) {
     KORVANE_JUMP return go_on_whole(find_text(text, wanted, start.value), at);
 }
 
-// VAL of what is certainly a DOUBLE.
+// VAL of what is a DOUBLE, as all that has no prefix.
 double number_in_text(double, Token* at) {
     const Value text = right_text(at);
     if (failed(text)) return no_number();
-    const std::string_view characters = text.text();
-    if (!cannot_overflow(characters)) return no_number();
-    KORVANE_JUMP return go_on(longest_number(characters).real, at);
+    const Value number = longest_number(text.text());
+    if (number.type != Type::DOUBLE) return no_number();
+    KORVANE_JUMP return go_on(number.real, at);
 }
 
 double same(double x) {

@@ -23,23 +23,24 @@ struct FunctionArguments {
 };
 
 // Whether a built-in function has a step and gives a number.
-bool gives_number(std::string_view name);
+[[gnu::cold]] bool gives_number(std::string_view name);
 
 // The type of its result, given the type of the last argument.
-Type function_result(std::string_view name, Type argument);
+[[gnu::cold]] Type function_result(std::string_view name, Type argument);
 
 // The type that a built-in function without arguments gives.
-Type bare_function_result(std::string_view name);
+[[gnu::cold]] Type bare_function_result(std::string_view name);
 
 // Whether evaluating the function changes what the next random number is.
-bool draws_random(std::string_view name);
+[[gnu::cold]] bool draws_random(std::string_view name);
 
 // Sets the step of a call, whose "(" is `bracket`; `last` is the type of the last argument. The bracket and
 // its commas hold the arguments like subscripts.
-void set_function_step(Token* bracket, const BuiltInFunction& function, Type last, Domain domain);
+[[gnu::cold]] void set_function_step(Token* bracket, const BuiltInFunction& function, Type last,
+                                     Domain domain);
 
 // Sets the step of a call of a user function. The bracket and its commas hold the arguments like subscripts;
 // the function's head token holds its body as right side.
-void set_user_function_step(Token* bracket, UserFunction* function, Domain domain);
+[[gnu::cold]] void set_user_function_step(Token* bracket, UserFunction* function, Domain domain);
 
 }  // namespace korvane::fast

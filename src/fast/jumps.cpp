@@ -36,17 +36,10 @@ std::uint64_t gosub_line(Token* at, std::uint64_t budget) {
     KORVANE_JUMP return jump(at[1].number.target, budget);
 }
 
-// The line that a literal of a list leads to; null when the general handler has to find it. What that has
-// remembered need not be in the cache.
-Token* listed_line(Token* literal) {
-    if (literal->number.target == nullptr) return target_of(literal);
-    return cached_tokens(literal->number.target_line);
-}
-
 std::uint64_t on_number(Current at, std::uint64_t budget) {
     const auto& on = as<OnRecord>(at);
     std::uint8_t* string_top = arenas.FREETOP;
-    const Whole number = right_whole(at);
+    const Whole number = quick_right_index(at);
     if (number.failed != 0 || number.value < 0) return fall_back(at, budget, string_top);
     if (number.value == 0 || number.value > on.count) KORVANE_JUMP return proceed(on.after, budget);
     Token* target = listed_line(on.lines + 2 * (number.value - 1));
@@ -69,6 +62,11 @@ std::uint64_t return_to_line(Token* at, std::uint64_t budget) {
 
 }  // namespace
 
+Token* listed_line(Token* literal) {
+    if (literal->number.target == nullptr) return target_of(literal);
+    return cached_tokens(literal->number.target_line);
+}
+
 Token* target_of(Token* literal) {
     // A direct line remembers no lines of the program, which it may change.
     if (!remembers_lines(literal)) return nullptr;
@@ -88,13 +86,13 @@ Token* target_of(Token* literal) {
     return tokens;
 }
 
-bool specialise_goto(Token* at) {
+[[gnu::cold]] bool specialise_goto(Token* at) {
     if (!is_lone_literal(at + 1) || target_of(at + 1) == nullptr) return false;
     at->execute = goto_line;
     return true;
 }
 
-bool specialise_gosub(Token* at) {
+[[gnu::cold]] bool specialise_gosub(Token* at) {
     if (!is_lone_literal(at + 1) || target_of(at + 1) == nullptr) return false;
     auto& gosub = as<GosubRecord>(at);
     gosub.own = {execution.line, record_of(at + 2)};
@@ -103,7 +101,7 @@ bool specialise_gosub(Token* at) {
     return true;
 }
 
-bool specialise_on(Token* at) {
+[[gnu::cold]] bool specialise_on(Token* at) {
     Expression number;
     // What a direct line jumps to, it does not keep.
     if (execution.line == direct_line || (is_word(at + 1, "TIMER") && at[2].kind == '(') ||

@@ -33,7 +33,11 @@ Token* link_behind_assignment(const Token* at, const Token* equals, Token* end);
 
 // The first token of the line that a number literal names, which the literal keeps; null when the line does
 // not exist or is left to the general handler, or when it does not stay in the token cache.
-Token* target_of(Token* literal);
+[[gnu::cold]] Token* target_of(Token* literal);
+
+// The line that a literal in the list of an ON leads to; null when the general handler has to find it. What
+// that has remembered need not be in the cache.
+Token* listed_line(Token* literal);
 
 // For the end record of the current line, when the next line's tokens have become known: leads on who
 // leads there.

@@ -205,19 +205,21 @@ namespace {
 
 // ---- WHILE --------------------------------------------------------------------------------------
 
-// `takes`: evaluating the condition takes what a failure gives back.
-template <typename Condition, bool takes>
+// Where control goes on when the condition is false; null when that is for the general handler to find out.
+[[gnu::noinline]] Token* behind_loop(const Token* at) {
+    if (!at->jump_known) return nullptr;
+    const Position wend = as<WhileRecord>(at).wend;
+    return cached_statement({wend.line, wend.record + 1});
+}
+
+template <typename Condition>
 std::uint64_t while_true(Current at, std::uint64_t budget) {
-    std::uint8_t* string_top = takes ? arenas.FREETOP : nullptr;
+    std::uint8_t* string_top = arenas.FREETOP;
     const Truth truth = Condition::of(at);
-    if (truth == Truth::is_false && at->jump_known) {
-        const Position wend = as<WhileRecord>(at).wend;
-        Token* behind = cached_statement({wend.line, wend.record + 1});
-        if (behind != nullptr) KORVANE_JUMP return jump(behind, budget);
-    }
     if (truth != Truth::is_true || control_stacks.while_count == max_while_depth) {
-        if (takes) return fall_back(at, budget, string_top);
-        KORVANE_JUMP return execute_general(at, budget);
+        Token* behind = truth == Truth::is_false ? behind_loop(at) : nullptr;
+        if (behind != nullptr) KORVANE_JUMP return jump(behind, budget);
+        return fall_back(at, budget, string_top);
     }
     control_stacks.whiles[control_stacks.while_count++] = {
         .start = as<WhileRecord>(at).own, .token = at, .epoch = program.cache_epoch};
@@ -235,7 +237,7 @@ std::uint64_t wend(Token* at, std::uint64_t budget) {
 
 }  // namespace
 
-bool specialise_for(Token* at) {
+[[gnu::cold]] bool specialise_for(Token* at) {
     if (at[1].kind != IDENTIFIER || at[2].kind != '=') return false;
     VariableEntry* variable = find_variable(at[1].name, false);
     if (variable == nullptr || !is_numeric(variable->type)) return false;
@@ -260,7 +262,7 @@ bool specialise_for(Token* at) {
     return true;
 }
 
-bool specialise_next(Token* at) {
+[[gnu::cold]] bool specialise_next(Token* at) {
     const std::uint32_t depth = control_stacks.for_count;
     if (depth == 0) return false;
     ForEntry& entry = control_stacks.fors[depth - 1];
@@ -282,20 +284,14 @@ bool specialise_next(Token* at) {
     return true;
 }
 
-bool specialise_while(Token* at) {
+[[gnu::cold]] bool specialise_while(Token* at) {
     Expression condition;
     if (!read_expression(at + 1, Domain::whole, condition)) return false;
     auto& record = as<WhileRecord>(at);
     record.own = {execution.line, record_of(at)};
     record.after = link_behind(at, condition.end);
-    const bool takes = condition.node().takes();
-    at->execute = hold_condition(at, condition, [takes](auto form) -> Execute {
-        using Condition = decltype(form);
-        if constexpr (Condition::may_take) {
-            if (takes) return guarded<while_true<Condition, true>>;
-        }
-        return guarded<while_true<Condition, false>>;
-    });
+    at->execute = hold_condition(at, condition,
+                                 [](auto form) -> Execute { return guarded<while_true<decltype(form)>>; });
     if (condition.node().draws) keep_random(at);
     return true;
 }

@@ -8,14 +8,14 @@ namespace korvane::fast {
 // Sets the step function of the operator token `at` for the domain of its result: + - * / and ^ in the real
 // domain, + - * / in the single domain, + - * \ and the keyword operators in the whole domain. The
 // accumulator carries the left operand; the right one is the record's right side.
-void set_chained_step(Token* at, Domain domain);
+[[gnu::cold]] void set_chained_step(Token* at, Domain domain);
 
 // The same for a left operand that the accumulator cannot carry, because it belongs to another domain: it is
 // the record's left side, and the step begins a chain.
-void set_computed_step(Token* at, Domain domain);
+[[gnu::cold]] void set_computed_step(Token* at, Domain domain);
 
 // "-" as a sign and NOT: the operand is the token's right side, and the step begins a chain.
-void set_sign_step(Token* at, Domain domain);
-void set_not_step(Token* at);
+[[gnu::cold]] void set_sign_step(Token* at, Domain domain);
+[[gnu::cold]] void set_not_step(Token* at);
 
 }  // namespace korvane::fast

@@ -5,9 +5,11 @@
 #include "fast/expression.h"
 #include "fast/function_steps.h"
 #include "fast/nodes.h"
+#include "fast/statement.h"
 #include "fast/text_steps.h"
 #include "program/arenas.h"
 #include "program/keywords.h"
+#include "values/array_keepers.h"
 #include "values/functions.h"
 #include "values/operator_strength.h"
 #include "values/promotion.h"
@@ -91,7 +93,7 @@ std::int16_t parse_variable(Token*& at) {
         return add_bare_call(*function, name);
     const VariableEntry* entry = find_variable(name->name, false);
     // A name without a variable reads as 0 or the empty text until somebody creates the variable.
-    if (entry == nullptr) variables.absence_assumed = true;
+    if (entry == nullptr) assume_absence(name->name);
     const Type type = entry == nullptr ? type_of_name(name->name) : entry->type;
     Node node = make(Form::variable, type, name, bound_of(type));
     node.storage = entry == nullptr ? static_cast<const void*>(&absent) : entry->storage;
@@ -333,11 +335,21 @@ std::int16_t parse_binary(Token*& at, std::int16_t left) {
                         result_bound(operation->kind, a.bound, b.bound));
 }
 
+// Notes that the array's address is about to be kept. Arguments look at more than the generation, and machine
+// code has been noted as a whole.
+void note_keeper_of(const VariableEntry& array, const Token* name) {
+    if (record_of(name) >= max_token_records)
+        note_unknown_array_keeper();  // a user function's body, which all that call it share
+    else if (state.specialised != nullptr)
+        note_array_keeper(array.array, state.specialised);
+}
+
 }  // namespace
 
 std::int16_t parse_element(Token*& at) {
     const VariableEntry* array = find_variable(at->name, true);
     if (array == nullptr) return none;
+    note_keeper_of(*array, at);
     Token* bracket = at + 1;
     Arguments subscripts;
     if (!parse_arguments(bracket, at, subscripts, is_numeric) ||

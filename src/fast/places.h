@@ -19,16 +19,12 @@ struct Place {
 
 // Reads the place whose name is at `name`. False when the general handler has something to say about it, or a
 // new variable to create.
-bool read_place(Token* name, Place& place);
+[[gnu::cold]] bool read_place(Token* name, Place& place);
 
 // Makes the record in front of the place, which becomes a PlaceRecord, hold it.
-void hold_place(Token* host, const Place& place);
+[[gnu::cold]] void hold_place(Token* host, const Place& place);
 
-// The address of the place; null when a subscript is out of range. `size`: the bytes that its type takes.
-template <int size>
-inline std::uint8_t* place_address(const PlaceRecord& host) {
-    return host.is_element ? element_place<size>(host.bracket) : host.storage;
-}
+// The address of the place; null when a subscript is out of range.
 inline std::uint8_t* place_address(const PlaceRecord& host) {
     return host.is_element ? element_address(host.bracket, host.type) : host.storage;
 }

@@ -70,7 +70,7 @@ std::uint64_t meet_else(Token* at, std::uint64_t budget) {
 
 // ---- Meeting a statement for the first time -----------------------------------------------------
 
-bool specialise_statement(Token* at) {
+[[gnu::cold]] bool specialise_statement(Token* at) {
     switch (at->kind) {
         case IDENTIFIER:
         case KW_LET:
@@ -103,7 +103,7 @@ bool specialise_statement(Token* at) {
 }
 
 // What stays the same in every generation; null for statements that are worth specialising.
-Execute plain_form(std::uint8_t kind) {
+[[gnu::cold]] Execute plain_form(std::uint8_t kind) {
     switch (kind) {
         case END_OF_LINE:
             return end_line_first;
@@ -175,10 +175,16 @@ std::uint64_t execute_until_variables_change(Token* at, std::uint64_t budget) {
     return begins_watched_line(target) ? target : following(target);
 }
 
+// The same where no short statement's time is at stake.
+[[gnu::noinline]] Token* handle_apart(Token* at, bool holds) {
+    enter_line_of(at);
+    return handle(at, holds);
+}
+
 template <bool holds>
 std::uint64_t execute_by_handler(Token* at, std::uint64_t budget) {
-    enter_line_of(at);
-    Token* next = handle(at, holds);
+    if (holds) enter_line_of(at);
+    Token* next = holds ? handle(at, true) : handle_apart(at, false);
     if (next != nullptr) KORVANE_JUMP return proceed(next, budget);
     return budget - 1;
 }
@@ -192,9 +198,8 @@ struct Handled {
 [[gnu::noinline]] Handled handle_if(Token* at, std::uint64_t budget, bool holds) {
     if (budget <= max_tokens_per_line && budget < statements_of_if(at) && !execution.then_part)
         return {nullptr, pause(at)};
-    enter_line_of(at);
     const std::uint64_t before = execution.statement_count;
-    Token* next = handle(at, holds);
+    Token* next = handle_apart(at, holds);
     // The statements that it has executed are taken from the budget, as run() will count them.
     const std::uint64_t nested = execution.statement_count - before;
     execution.statement_count = before;
@@ -211,7 +216,8 @@ std::uint64_t execute_if_by_handler(Token* at, std::uint64_t budget) {
 
 }  // namespace
 
-std::uint64_t execute_general(Token* at, std::uint64_t budget) {
+// Not inlined: what falls back has other parameters and could not jump on.
+[[gnu::noinline]] std::uint64_t execute_general(Token* at, std::uint64_t budget) {
     KORVANE_JUMP return execute_by_handler<false>(at, budget);
 }
 
@@ -324,7 +330,9 @@ std::uint64_t execute_first(Token* at, std::uint64_t budget) {
     enter_line_of(at);
     state.target_not_ready = false;
     begin_statement();
+    state.specialised = at;
     const bool specialised = specialise_statement(at);
+    state.specialised = nullptr;
     enter_generation(at);
     if (specialised) {
         native::note_specialised(at);

@@ -22,6 +22,7 @@ namespace korvane::fast {
 struct State {
     bool target_not_ready;  // a line was not tokenized yet when a statement that leads there was looked at
     Token* look_at;         // where the run loop goes on
+    Token* specialised;     // the statement that is being specialised; null when none is
     Token* drawing;         // the last statement that has drawn random numbers; null when it is gone
     RandomState random;     // what it found
 };
@@ -79,8 +80,10 @@ inline bool is_current(const Token* at) {
 //
 // The clear generation (arenas.generation), in which no variable moves, goes or changes its type. For as
 // long, addresses of variables, array blocks and user functions may be kept, and what was decided by a type
-// or by the absence of a variable. Whatever clears or removes variables ends it (CLEAR, ERASE, CHAIN, the
-// first assignment to a name that was read before), and so does DEF FN; the records live on, with addresses
+// or by the absence of a variable. Whatever clears or moves variables ends it (CLEAR, CHAIN, the first
+// assignment to a name that was read before, ERASE of an array that has scalars behind it), and so does DEF
+// FN. ERASE of any other array takes only those statements out of it that keep the array's address
+// (values/array_keepers.h). In both cases the records live on, with addresses
 // that must not be followed any more. So a statement that keeps any of these runs behind a guard, which looks
 // whether the generation is still the one that it was specialised in, and has it specialised again when not.
 // No statement with a guard ends a generation itself; only general handlers do.
@@ -122,6 +125,10 @@ bool has_been_given_up(const Token* at);
 // Opens the loop of the specialised FOR at `at`; false when that is for the general handler to do.
 bool open_loop(Token* at);
 
+// Reads items into the places of the specialised READ at `at`; false when that is for the general handler to
+// do.
+bool read_items(const Token* at);
+
 // Executes the specialised NEXT at `at` for the innermost loop, whatever depth and FOR it was made for.
 std::uint64_t next_at_any_depth(Token* at, std::uint64_t budget);
 
@@ -143,17 +150,17 @@ inline Token* cached_tokens(std::uint32_t line) {
 // Try to specialise the statement at `at`, which is in the current line, by its kind: true when at->execute
 // has been set to something better than the general handler. They may be called again for the same statement,
 // in a later generation or when variables have been created since.
-bool specialise_assignment(Token* at);
-bool specialise_if(Token* at);
-bool specialise_goto(Token* at);
-bool specialise_gosub(Token* at);
-bool specialise_on(Token* at);
-bool specialise_return(Token* at);
-bool specialise_for(Token* at);
-bool specialise_next(Token* at);
-bool specialise_while(Token* at);
-bool specialise_wend(Token* at);
-bool specialise_swap(Token* at);
-bool specialise_read(Token* at);
+[[gnu::cold]] bool specialise_assignment(Token* at);
+[[gnu::cold]] bool specialise_if(Token* at);
+[[gnu::cold]] bool specialise_goto(Token* at);
+[[gnu::cold]] bool specialise_gosub(Token* at);
+[[gnu::cold]] bool specialise_on(Token* at);
+[[gnu::cold]] bool specialise_return(Token* at);
+[[gnu::cold]] bool specialise_for(Token* at);
+[[gnu::cold]] bool specialise_next(Token* at);
+[[gnu::cold]] bool specialise_while(Token* at);
+[[gnu::cold]] bool specialise_wend(Token* at);
+[[gnu::cold]] bool specialise_swap(Token* at);
+[[gnu::cold]] bool specialise_read(Token* at);
 
 }  // namespace korvane::fast

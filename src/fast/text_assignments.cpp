@@ -11,7 +11,7 @@ namespace {
 // The place that is assigned to; null when a subscript is out of range.
 template <bool to_element>
 inline std::uint8_t* target(Token* at, const Token* equals) {
-    if constexpr (to_element) return element_place<16>(at + 1);
+    if constexpr (to_element) return text_element_address(at + 1);
     return place_of(equals);
 }
 

@@ -8,7 +8,7 @@ namespace korvane::fast {
 
 // The handlers of an assignment whose "=" will hold a text: to a scalar, and to an element, whose bracket
 // will lead to "=".
-Execute choose_text_assignment(const Node& value);
-Execute choose_text_element_assignment(const Node& value);
+[[gnu::cold]] Execute choose_text_assignment(const Node& value);
+[[gnu::cold]] Execute choose_text_element_assignment(const Node& value);
 
 }  // namespace korvane::fast

@@ -31,12 +31,26 @@ inline std::uint64_t leading_bytes(const std::uint8_t* bytes, std::uint32_t leng
     return __builtin_bswap64(word) >> unused_bits << unused_bits;
 }
 
-// A text that is the beginning of the other one comes first.
-std::uint8_t order_of(const Token* at) {
+// The sides of the comparison at `at`.
+std::uint8_t order_of_sides(const Token* at) {
     const Value left = left_text(at);
     if (failed(left)) return no_outcome;
     const Value right = right_text(at);
     if (failed(right)) return no_outcome;
+    return order_of_texts(left, right);
+}
+
+template <unsigned relation>
+WholeResult compare_texts(std::int64_t, Token* at) {
+    const std::uint8_t outcome = order_of_sides(at);
+    if (__builtin_expect(outcome == no_outcome, false)) return no_whole;
+    KORVANE_JUMP return go_on_whole((outcome & relation) != 0 ? -1 : 0, at);
+}
+
+}  // namespace
+
+// A text that is the beginning of the other one comes first.
+std::uint8_t order_of_texts(Value left, Value right) {
     const std::uint64_t left_word = leading_bytes(left.bytes, left.length);
     const std::uint64_t right_word = leading_bytes(right.bytes, right.length);
     if (left_word != right_word) return left_word < right_word ? LESS : GREATER;
@@ -49,43 +63,11 @@ std::uint8_t order_of(const Token* at) {
     return left.length < right.length ? LESS : GREATER;
 }
 
-// The same for "=" and "<>", which need no order: LESS stands for every difference.
-std::uint8_t equality_of(const Token* at) {
-    const Value left = left_text(at);
-    if (failed(left)) return no_outcome;
-    const Value right = right_text(at);
-    if (failed(right)) return no_outcome;
-    if (left.length != right.length) return LESS;
-    if (leading_bytes(left.bytes, left.length) != leading_bytes(right.bytes, left.length)) return LESS;
-    if (left.length <= 8) return EQUAL;
-    return compare_bytes(left.bytes + 8, right.bytes + 8, left.length - 8) == 0 ? EQUAL : LESS;
-}
-
-template <std::uint8_t (*compare)(const Token*), unsigned relation>
-WholeResult compare_texts(std::int64_t, Token* at) {
-    const std::uint8_t outcome = compare(at);
-    if (__builtin_expect(outcome == no_outcome, false)) return no_whole;
-    KORVANE_JUMP return go_on_whole((outcome & relation) != 0 ? -1 : 0, at);
-}
-
-}  // namespace
-
 void set_text_comparison_step(Token* at) {
     StepFunction& function = as<OperatorRecord>(at).function;
     const Token* operation = at;
-    const std::uint8_t relation = read_relation(operation);
-    switch (relation) {
-        case EQUAL:
-            function.whole = compare_texts<equality_of, EQUAL>;
-            break;
-        case LESS | GREATER:
-            function.whole = compare_texts<equality_of, LESS>;
-            break;
-        default:
-            function.whole = choose<LESS, LESS | EQUAL, GREATER, GREATER | EQUAL>(
-                relation, [](auto listed) { return compare_texts<order_of, listed()>; });
-            break;
-    }
+    function.whole = choose<LESS, EQUAL, LESS | EQUAL, GREATER, LESS | GREATER, GREATER | EQUAL>(
+        read_relation(operation), [](auto listed) { return compare_texts<listed()>; });
 }
 
 }  // namespace korvane::fast

@@ -25,50 +25,35 @@ Value concatenate(Token* at) {
     return joined(at, 1);
 }
 
-// The number behind a bracket or comma, or failed when it is below `lowest`.
-Whole number_at(const Token* mark, std::int64_t lowest) {
+// The number behind a bracket or comma; one that no function takes when it failed.
+std::int64_t number_at(const Token* mark) {
     const Whole number = quick_right_index(mark);
-    return number.failed != 0 || number.value < lowest ? no_whole : number;
+    return number.failed != 0 ? INT64_MIN : number.value;
 }
 
 Value left_part(Token* at) {
     const Value text = right_text(at);
     if (failed(text)) return text;
-    const Whole count = number_at(as<MarkRecord>(at).next_mark, 0);
-    if (count.failed != 0) return no_text();
-    return copy_of(text.bytes, static_cast<std::uint64_t>(std::min<std::int64_t>(count.value, text.length)));
+    return middle_of(text, 1, number_at(as<MarkRecord>(at).next_mark));
 }
 
 Value right_part(Token* at) {
     const Value text = right_text(at);
     if (failed(text)) return text;
-    const Whole count = number_at(as<MarkRecord>(at).next_mark, 0);
-    if (count.failed != 0) return no_text();
-    const auto length = static_cast<std::uint64_t>(std::min<std::int64_t>(count.value, text.length));
-    return copy_of(text.bytes + (text.length - length), length);
+    return end_of(text, number_at(as<MarkRecord>(at).next_mark));
 }
 
 Value middle_part(Token* at) {
     const Value text = right_text(at);
     if (failed(text)) return text;
     const Token* start_mark = as<MarkRecord>(at).next_mark;
-    const Whole start = number_at(start_mark, 1);
-    if (start.failed != 0) return no_text();
-    Whole length{INT64_MAX, 0};
     const Token* length_mark = as<MarkRecord>(start_mark).next_mark;
-    if (length_mark != nullptr) length = number_at(length_mark, 0);
-    if (length.failed != 0) return no_text();
-    if (start.value > text.length) return copy_of(nullptr, 0);
-    const std::int64_t available = text.length - (start.value - 1);
-    return copy_of(text.bytes + (start.value - 1),
-                   static_cast<std::uint64_t>(std::min(length.value, available)));
+    const std::int64_t start = number_at(start_mark);
+    return middle_of(text, start, length_mark == nullptr ? INT64_MAX : number_at(length_mark));
 }
 
 Value character(Token* at) {
-    const Whole code = number_at(at, 0);
-    if (code.failed != 0 || code.value > 255) return no_text();
-    const auto byte = static_cast<std::uint8_t>(code.value);
-    return copy_of(&byte, 1);
+    return character_of(number_at(at));
 }
 
 Value number_text(Token* at) {
@@ -96,9 +81,9 @@ Value other_case(Token* at) {
     return Value::of_string(bytes, text.length);
 }
 
-Value repeated(std::uint8_t byte, const Whole& count) {
-    if (count.failed != 0 || count.value > UINT32_MAX) return no_text();
-    const auto length = static_cast<std::uint32_t>(count.value);
+Value repeated(std::uint8_t byte, std::int64_t count) {
+    if (count < 0 || count > UINT32_MAX) return no_text();
+    const auto length = static_cast<std::uint32_t>(count);
     std::uint8_t* bytes = take_string_space(length);
     if (bytes == nullptr) return no_text();
     fill_bytes(bytes, byte, length);
@@ -106,19 +91,18 @@ Value repeated(std::uint8_t byte, const Whole& count) {
 }
 
 Value blanks(Token* at) {
-    return repeated(' ', number_at(at, 0));
+    return repeated(' ', number_at(at));
 }
 
 Value repeated_character(Token* at) {
-    const Whole count = number_at(at, 0);
+    const std::int64_t count = number_at(at);
     const Token* mark = as<MarkRecord>(at).next_mark;
     if (as<CallRecord>(at).last_argument == Type::STRING) {
         const Value text = right_text(mark);
         return failed(text) || text.length == 0 ? no_text() : repeated(text.bytes[0], count);
     }
-    const Whole code = number_at(mark, 0);
-    return code.failed != 0 || code.value > 255 ? no_text()
-                                                : repeated(static_cast<std::uint8_t>(code.value), count);
+    const std::int64_t code = number_at(mark);
+    return code < 0 || code > 255 ? no_text() : repeated(static_cast<std::uint8_t>(code), count);
 }
 
 // The digits of an integer, which no function makes more of than these.
@@ -157,11 +141,38 @@ const TextFunction* find_row(std::string_view name) {
 
 }  // namespace
 
+Value copied(Value text) {
+    return copy_of(text.bytes, text.length);
+}
+
+Value middle_of(Value text, std::int64_t start, std::int64_t length) {
+    if (start < 1 || length < 0) return no_text();
+    if (start > text.length) return copy_of(nullptr, 0);
+    const std::int64_t available = text.length - (start - 1);
+    return copy_of(text.bytes + (start - 1), static_cast<std::uint64_t>(std::min(length, available)));
+}
+
+Value end_of(Value text, std::int64_t length) {
+    if (length < 0) return no_text();
+    const auto taken = static_cast<std::uint64_t>(std::min<std::int64_t>(length, text.length));
+    return copy_of(text.bytes + (text.length - taken), taken);
+}
+
+Value character_of(std::int64_t code) {
+    if (code < 0 || code > 255) return no_text();
+    const auto byte = static_cast<std::uint8_t>(code);
+    return copy_of(&byte, 1);
+}
+
 Value joined(const Token* plus, unsigned copies) {
     const Value left = left_text(plus);
     if (failed(left)) return left;
     const Value right = right_text(plus);
     if (failed(right)) return right;
+    return joined(left, right, copies);
+}
+
+Value joined(Value left, Value right, unsigned copies) {
     const std::uint64_t length = std::uint64_t{left.length} + right.length;
     std::uint8_t* bytes = length > UINT32_MAX ? nullptr : take_string_space(length * copies);
     if (bytes == nullptr) return no_text();

@@ -13,18 +13,26 @@ struct BuiltInFunction;
 
 namespace korvane::fast {
 
-// The left and right sides of "+" joined, in as many adjacent copies in string space; gives the last
-// one taken.
+// What makes a new text of texts and numbers, for the steps and for native code. Each gives a Value of type
+// NONE when there is no room for it, or a number is out of range.
+Value copied(Value text);
+Value middle_of(Value text, std::int64_t start, std::int64_t length);
+Value end_of(Value text, std::int64_t length);
+Value character_of(std::int64_t code);
+// As many adjacent copies in string space; gives the last one taken.
+Value joined(Value left, Value right, unsigned copies);
+
+// The same of the left and right sides of "+".
 Value joined(const Token* plus, unsigned copies);
 
 // "+" between its left and right sides.
-void set_concatenation_step(Token* at);
+[[gnu::cold]] void set_concatenation_step(Token* at);
 
 // Whether a built-in function has a step and gives a text.
-bool gives_text(std::string_view name);
+[[gnu::cold]] bool gives_text(std::string_view name);
 
 // Sets the step of a call of such a function. The bracket and its commas hold the arguments like subscripts;
 // `last` is the type of the last one.
-void set_text_function_step(Token* bracket, const BuiltInFunction& function, Type last);
+[[gnu::cold]] void set_text_function_step(Token* bracket, const BuiltInFunction& function, Type last);
 
 }  // namespace korvane::fast

@@ -18,13 +18,11 @@ inline Truth truth_of(const Whole& value) {
 
 // Any condition.
 struct AnyCondition {
-    static constexpr bool may_take = true;  // string space or random numbers
     static Truth of(const Token* at);
 };
 
 // A chain of the whole domain without a leaf in front, such as begins with a comparison.
 struct ComputedCondition {
-    static constexpr bool may_take = true;
     static Truth of(const Token* at) {
         return truth_of(call_chain(std::int64_t{0}, as<ConditionRecord>(at).chain));
     }
@@ -34,7 +32,6 @@ struct ComputedCondition {
 // literal with its value, so that a long program need not fetch the records of the comparison as well.
 template <int relation>
 struct LeafComparison {
-    static constexpr bool may_take = false;
     static Truth of(const Token* at) {
         const auto& condition = as<ConditionRecord>(at);
         const auto left = read<double>(condition.left_leaf);

@@ -50,53 +50,48 @@ enum class Vector : std::uint8_t {
     xmm15
 };
 
-// The second operand of an instruction.
-struct Operand {
-    enum Kind : std::uint8_t { REGISTER, MEMORY, CODE } kind;
-    std::uint8_t number;        // of the register; of a place, its base
-    std::uint8_t index;         // a register's number; no_index
-    std::uint8_t shift;         // the index counts so many times: 1 << shift
-    std::int32_t displacement;  // of CODE: the position in the code, at which a constant lies
+// The second operand of an instruction: a register, or a place in memory. It is one word, which for a
+// register is no more than its number, because hundreds of them are handed along.
+class Operand {
+  public:
+    static constexpr unsigned no_index = 0xFF;
 
-    static constexpr std::uint8_t no_index = 0xFF;
+    constexpr Operand(Register which) : bits(static_cast<std::uint64_t>(which)) {}
+    constexpr Operand(Vector which) : bits(static_cast<std::uint64_t>(which)) {}
+    // A place at a register and a distance, perhaps with an index, which counts 1 << shift times.
+    constexpr Operand(Register base, std::int32_t displacement, unsigned index = no_index, unsigned shift = 0)
+        : bits(static_cast<std::uint64_t>(base) | std::uint64_t{index} << 8 | std::uint64_t{shift} << 16 |
+               memory | std::uint64_t{static_cast<std::uint32_t>(displacement)} << 32) {}
 
-    constexpr Operand(Register which)
-        : kind(REGISTER),
-          number(static_cast<std::uint8_t>(which)),
-          index(no_index),
-          shift(0),
-          displacement(0) {}
-    constexpr Operand(Vector which)
-        : kind(REGISTER),
-          number(static_cast<std::uint8_t>(which)),
-          index(no_index),
-          shift(0),
-          displacement(0) {}
-    constexpr Operand(Kind which, Register base, std::int32_t distance)
-        : kind(which),
-          number(static_cast<std::uint8_t>(base)),
-          index(no_index),
-          shift(0),
-          displacement(distance) {}
+    constexpr bool is_register() const { return (bits & memory) == 0; }
+    constexpr bool is_register(Vector which) const { return bits == static_cast<std::uint64_t>(which); }
+    constexpr unsigned number() const { return bits & 0xFF; }  // of the register; of a place, its base
+    constexpr unsigned index() const { return bits >> 8 & 0xFF; }
+    constexpr unsigned shift() const { return bits >> 16 & 0xFF; }
+    constexpr std::int32_t displacement() const { return static_cast<std::int32_t>(bits >> 32); }
 
-    bool is_register(Vector which) const {
-        return kind == REGISTER && number == static_cast<std::uint8_t>(which);
+    // The same place with an index.
+    constexpr Operand with_index(Register index, unsigned shift) const {
+        return {static_cast<Register>(number()), displacement(), static_cast<unsigned>(index), shift};
     }
+
+    // The same place some bytes farther on.
+    constexpr Operand behind(std::int32_t bytes) const {
+        return {static_cast<Register>(number()), displacement() + bytes, index(), shift()};
+    }
+
+  private:
+    static constexpr std::uint64_t memory = 1U << 24;
+
+    std::uint64_t bits;
 };
 
 // A place in memory: at a register and a distance, perhaps with an index (any register but rsp).
 constexpr Operand at(Register base, std::int32_t displacement) {
-    return {Operand::MEMORY, base, displacement};
+    return {base, displacement};
 }
 constexpr Operand at(Register base, Register index, int shift, std::int32_t displacement) {
-    Operand operand = at(base, displacement);
-    operand.index = static_cast<std::uint8_t>(index);
-    operand.shift = static_cast<std::uint8_t>(shift);
-    return operand;
-}
-// A constant that lies in the code itself.
-constexpr Operand constant_at(std::size_t position) {
-    return {Operand::CODE, Register::rax, static_cast<std::int32_t>(position)};
+    return at(base, displacement).with_index(index, static_cast<unsigned>(shift));
 }
 
 // How an operation is encoded: the opcode in the low byte, then these.
@@ -154,7 +149,6 @@ enum class Operation : std::uint32_t {
     mov_32 = 0x8B,
     mov_store_32 = 0x89,
     mov_store_16 = prefix_66 | 0x89,
-    xor_32 = 0x33,
     cmp_32 = 0x3B,
     movzx_8 = escape_0f | low_byte | 0xB6,
 };
@@ -208,15 +202,16 @@ constexpr Condition opposite(Condition condition) {
 // A place in the code that jumps lead to, before or after it is known.
 class Label {
   public:
-    bool is_bound() const { return bound; }
-    bool is_used() const { return bound || last >= 0; }
-    std::size_t position() const { return static_cast<std::size_t>(last); }
+    bool is_used() const { return where != 0; }
+    std::size_t position() const { return static_cast<std::size_t>(~where); }
 
   private:
     friend class Assembler;
-    std::int32_t last =
-        -1;  // its position; until that is known the last jump to it, each leading to the one before
-    bool bound = false;
+    bool is_bound() const { return where < 0; }
+
+    // Its position, all bits turned over. Until that is known the place of the last jump's distance, where
+    // the one before that is kept; 0 at the first one, which cannot be there.
+    std::int32_t where = 0;
 };
 
 class Assembler {
@@ -274,8 +269,8 @@ class Assembler {
     void emit_registers(std::uint32_t packed);
     void put(std::uint8_t value);
     void put_32(std::uint32_t value);
-    void put_place(unsigned field, Operand operand, int bytes_behind);
-    void encode(std::uint32_t operation, unsigned field, Operand operand, int bytes_behind);
+    void put_place(unsigned field, Operand operand);
+    void encode(std::uint32_t operation, unsigned field, Operand operand);
     void put_distance(Label& label);
     std::uint32_t read_32(std::size_t position) const;
     void write_32(std::size_t position, std::uint32_t value);

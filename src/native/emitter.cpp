@@ -21,19 +21,23 @@ void Emitter::begin(std::span<std::byte> room) {
     variables_kept.clear();
     has_failed = false;
     detour_count = 0;
-    pausing = general = general_if = next_elsewhere = leaving = leaving_anywhere = branching = loading =
+    pausing = general = general_if = general_taking = next_elsewhere = leaving = leaving_anywhere = loading =
         Label();
 }
 
+// A user function whose body cannot be part of the code is called.
 bool Emitter::rehearse(Place& place) {
-    begin(nowhere);
-    is_rehearsal = true;
     const std::size_t first = region.pending.count;
-    emit_statement(place);
-    is_rehearsal = false;
-    clear_labels(place);
-    if (!has_failed && !code.full() && region.note_targets(place, first)) return true;
-    region.pending.count = first;
+    do {
+        begin(nowhere);
+        is_rehearsal = true;
+        emit_statement(place);
+        is_rehearsal = false;
+        clear_labels(place);
+        if (!has_failed && !code.full() && region.note_targets(place, first)) return true;
+        region.pending.count = first;
+        place.calls_users = !place.calls_users;
+    } while (place.calls_users && calls_entered != 0);
     return false;
 }
 
@@ -120,6 +124,15 @@ void Emitter::emit_statement(Place& place) {
         case KW_WEND:
             emit_wend();
             break;
+        case KW_SWAP:
+            emit_swap(at);
+            break;
+        case KW_READ:
+            emit_read(at);
+            break;
+        case KW_ON:
+            emit_on(at);
+            break;
         default:
             give_up();
     }
@@ -149,8 +162,17 @@ void Emitter::compare_token(const Token* token) {
     code.emit(WithNumber::cmp_32, Register::rdi, static_cast<std::int32_t>(low));
 }
 
+// A THEN part is open only behind an IF of the same line: whatever goes to another line has ended it.
+bool Emitter::may_be_then_part() const {
+    const Token* end = fast::end_of_line(current->at);
+    const Token* at = end - fast::as<fast::EndRecord>(end).record;
+    while (at != current->at && at->kind != KW_IF)
+        ++at;
+    return at != current->at;
+}
+
 void Emitter::end_then_part() {
-    code.store_number_8(place(&execution.then_part), 0);
+    if (may_be_then_part()) code.store_number_8(place(&execution.then_part), 0);
 }
 
 // ---- Ways out -------------------------------------------------------------------------------------
@@ -180,11 +202,13 @@ void Emitter::emit_ends(Place& place) {
         load_token(Register::rdi, place.at);
         code.jump(pausing);
     }
+    // The general handler goes there, and the statement is looked at again.
     if (place.branch.is_used()) {
         code.bind(place.branch);
-        load_token(Register::rdi, place.at);
+        code.load_number(Register::rax, reinterpret_cast<std::uint64_t>(execute_first));
+        on(Operation::mov_store, Register::rax, &place.at->execute);
         code.emit(Unary::inc_32, this->place(&missed));
-        code.jump(branching);
+        code.jump(place.fail);
     }
     if (place.fail.is_used()) {
         code.bind(place.fail);
@@ -203,7 +227,8 @@ void Emitter::emit_ends(Place& place) {
             code.emit(Operation::mov_store, Register::rdi, kept);
             code.bind(known);
         }
-        code.jump(place.at->kind == KW_IF     ? general_if
+        code.jump(place.takes                 ? general_taking
+                  : place.at->kind == KW_IF   ? general_if
                   : place.at->kind == KW_NEXT ? next_elsewhere
                                               : general);
     }
@@ -228,10 +253,10 @@ void Emitter::emit_common_ends() {
     jump_to_function(fast::execute_general);
     code.bind(general_if);
     jump_to_function(fast::execute_general_if);
+    code.bind(general_taking);
+    jump_to_function(fall_back_from_taking);
     code.bind(next_elsewhere);
     jump_to_function(fast::next_at_any_depth);
-    code.bind(branching);
-    jump_to_function(branch_anew);
     code.bind(leaving_anywhere);
     code.emit(Unary::dec_32, Register::rbx);
     code.jump_if(Condition::equal, pausing);
@@ -268,12 +293,35 @@ void Emitter::emit_detours() {
         Detour& detour = detours[i];
         current = detour.place;
         code.bind(detour.start);
-        if (detour.kind == Detour::Kind::rounding)
-            emit_rounding(detour);
-        else
-            emit_verifying(detour);
+        switch (detour.kind) {
+            case Detour::Kind::record:
+                put_record(detour.loop);
+                continue;
+            case Detour::Kind::rounding:
+                emit_rounding(detour);
+                break;
+            case Detour::Kind::subscript:
+                emit_subscript(detour);
+                break;
+            case Detour::Kind::verifying:
+                emit_verifying(detour);
+                break;
+            case Detour::Kind::opening:
+                load_token(Register::rdi, current->at);
+                call_or_fail(reinterpret_cast<const void*>(fast::open_loop));
+                break;
+        }
         code.jump(detour.back);
     }
+}
+
+// A subscript that is beyond the bound, or whose variable is no whole number: then that is rounded, and kept.
+void Emitter::emit_subscript(const Detour& detour) {
+    code.emit(WithNumber::cmp, detour.target, 1);
+    fail_if(opposite(Condition::overflow));
+    code.emit(Operation::cvttsd2si, detour.target, detour.number);
+    whole_to_real(detour.target, Vector::xmm15);
+    emit_rounding(detour);
 }
 
 // A half is added away from zero: twice the fraction is 1 or -1 at least then.

@@ -12,7 +12,8 @@
 //   r15, r14, r13         the variable table, the interpreter's own state, the program arena
 //   r12                   what tells a number from an infinity
 //   xmm0 to xmm6          an expression's values, the first ones from xmm0 on
-//   rcx rsi rdi r8-r11    the same for integers
+//   rdi rsi rcx r8-r11    the same for integers, in the order in which a function takes its arguments; from
+//                         r11 down, as far as they do not need them, variables that are subscripts
 //   xmm7 to xmm13         variables
 //   rax rdx xmm14 xmm15   for a moment
 //
@@ -25,6 +26,7 @@
 
 #include "fast/expression.h"
 #include "fast/nodes.h"
+#include "fast/places.h"
 #include "native/assembler.h"
 #include "native/region.h"
 #include "native/variable_registers.h"
@@ -56,12 +58,11 @@ class Emitter {
   private:
     // What is executed rarely, and stands behind everything else.
     struct Detour {
-        enum class Kind : std::uint8_t { rounding, verifying } kind;
+        enum class Kind : std::uint8_t { rounding, subscript, verifying, opening, record } kind;
         Vector number;    // to be rounded
         Register target;  // where it goes
         Place* place;
-        const Token* loop;  // of a NEXT: the statement that its turns begin with
-        std::uint32_t key;
+        const Token* loop;  // of a NEXT: the statement that its turns begin with; the record to be copied
         std::int32_t sign;  // of the loop's step
         Label start;
         Label back;
@@ -74,6 +75,9 @@ class Emitter {
     void emit_gosub(Token* at);
     void emit_return();
     void emit_for(Token* at);
+    bool emit_opening(Token* at, Place* closer);
+    void write_loop_variable(const VariableEntry& variable);
+    std::uint32_t key_of(Place& place);
     void emit_next(Token* at);
     Condition emit_sum_of_reals(const ForEntry& entry, const VariableEntry& variable, std::int32_t sign);
     Condition emit_sum_of_wholes(const ForEntry& entry, const VariableEntry& variable, std::int32_t sign);
@@ -82,11 +86,19 @@ class Emitter {
     bool emit_condition_of(Token* at, Condition& when_true);
     void end_wend();
     void emit_else(Token* at);
+    void emit_swap(Token* at);
+    void emit_read(Token* at);
+    void emit_on(Token* at);
+    void find_place(const fast::Place& target, int wholes);
+    void push_return(const Token* at);
     void write_scalar(const VariableEntry& variable, std::int16_t value);
     void prepare_real(Type type, const Node& value);
     void write_real(Operand memory, Type type);
+    void write_real_variable(const VariableEntry& variable);
     void write_element(const Node& element, std::int16_t value);
+    void write_text(const VariableEntry* scalar, const Node* element, std::int16_t value);
     void write_whole(Operand memory, Type type, Register number);
+    bool may_be_then_part() const;
     void end_then_part();
     void keep_then_part(const Token* opener, const Token* first, bool is_lone);
     Label& branch_to(Token* at);
@@ -104,11 +116,12 @@ class Emitter {
     void compare_token(const Token* at);  // with edi
     void emit_leaving(Place& place);
     void emit_ends(Place& place);
-    void emit_entry(Place& place);
     void emit_common_ends();
     void emit_detours();
     void emit_rounding(const Detour& detour);
+    void emit_subscript(const Detour& detour);
     void emit_verifying(const Detour& detour);
+    void call_or_fail(const void* function);
     void jump_to_function(std::uint64_t (*function)(Token* at, std::uint64_t budget));
     void begin(std::span<std::byte> room);
     static void clear_labels(Place& place);
@@ -125,7 +138,8 @@ class Emitter {
     void whole_binary(const Node& node, int reals, int wholes);
     void divide(bool remainder, Register left, Register right);
     Operand element(const Node& node, int reals, int wholes);
-    void subscript(const Node& argument, std::int64_t bound, int reals, int wholes);
+    Register subscript(const Node& argument, std::int64_t bound, int reals, int wholes);
+    const KeptVariable* find_whole_of(const Node& node) const;
     Condition compare(const Node& relation, int reals, int wholes);
     Condition condition_of(std::int16_t index);
     void exact_or_fail(Vector number);
@@ -138,7 +152,24 @@ class Emitter {
     void to_single(Vector number);
     void whole_to_real(Register number, Vector target);
     void call(const void* function, int reals, int wholes);
+    void begin_call(int reals, int wholes);
+    void end_call(const void* function, int reals, int wholes);
     void load_variables();
+
+    // ---- What has no code of its own is called (calls.cpp) ----
+    void call_with(const void* function, int count, int reals, int wholes);
+    void call_side(const Node& node, const void* function, int reals, int wholes);
+    void real_by_steps(const Node& node, int reals, int wholes);
+    void whole_by_steps(const Node& node, int reals, int wholes);
+    void put_record(const Token* at);
+    void begin_taking(bool allocates, bool draws);
+
+    // ---- Texts (texts.cpp): two registers for integers each, where its bytes are and how many ----
+    void text(std::int16_t index, int reals, int wholes);
+    void text_by_function(const Node& node, int reals, int wholes);
+    void text_from_call(const void* function, int count, int reals, int wholes);
+    void joined_text(const Node& plus, int copies, int reals, int wholes);
+    Condition compare_texts(const Node& relation, int reals, int wholes);
 
     // ---- What is where ----
     Vector real_register(int number);
@@ -152,7 +183,11 @@ class Emitter {
     }
     void on_place(std::uint32_t operation, const void* address);
     void copy(Vector target, Operand source);
-    void use(const void* storage, Type type);
+    void load_real(Vector target, Type type, Operand memory);
+    void load_whole(Register target, Type type, Operand memory);
+    void keep(const KeptVariable& variable, Vector number);
+    void find_whole(const KeptVariable& variable);
+    void use(const void* storage, Type type, Region::Way way = Region::Way::read);
 
     void give_up() { has_failed = true; }
     void fail_if(Condition condition) { code.jump_if(condition, current->fail); }
@@ -181,10 +216,10 @@ class Emitter {
     Label pausing;
     Label general;
     Label general_if;
+    Label general_taking;
     Label next_elsewhere;
     Label leaving;
     Label leaving_anywhere;
-    Label branching;
     Label loading;
 };
 

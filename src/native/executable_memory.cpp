@@ -1,5 +1,7 @@
 #include "native/executable_memory.h"
 
+#include <algorithm>
+
 #include "native/page_tables.h"
 #include "platform/firmware.h"
 #include "platform/processor.h"
@@ -67,21 +69,27 @@ bool ExecutableMemory::take() {
     return state_ == State::present;
 }
 
-std::span<std::byte> ExecutableMemory::begin_writing() {
+// To protect pages takes firmware the longer the more they are. But at first all are as it gave them, which
+// may be writable and executable.
+std::span<std::byte> ExecutableMemory::begin_writing(std::size_t from, std::size_t bytes) {
     if (state_ != State::present) return {};
-    if (!protect(pages_, uefi::memory_execute_protect)) {
+    const std::size_t end = std::min<std::size_t>(from + bytes, pages_.bytes);
+    const std::size_t first = from / uefi::page_size * uefi::page_size;
+    const std::size_t whole_pages = (end - first + uefi::page_size - 1) / uefi::page_size;
+    written_ = {pages_.address + first, whole_pages * uefi::page_size, 0};
+    if (!protect(is_proven_ ? written_ : pages_, uefi::memory_execute_protect)) {
         give_back();
         return {};
     }
-    return {reinterpret_cast<std::byte*>(pages_.address), pages_.bytes};
+    return {reinterpret_cast<std::byte*>(pages_.address + from), end - from};
 }
 
 bool ExecutableMemory::end_writing() {
     if (state_ != State::present) return false;
-    bool is_done = protect(pages_, uefi::memory_read_only);
+    bool is_done = protect(written_, uefi::memory_read_only);
     // Firmware that only says so would let the machine die at the first jump.
     if (is_done && attributes_ != nullptr && !is_proven_) {
-        Pages now = pages_;
+        Pages now = written_;
         is_done = read_attributes(now) && now.attributes == uefi::memory_read_only;
         is_proven_ = is_done;
     }

@@ -27,12 +27,16 @@ class ExecutableMemory {
     // True when there is memory for code. The first call takes it from the firmware, and notes the protocol.
     bool take();
 
-    // All of the memory, which can be written and not executed from now on. Empty when that was refused: what
-    // it held must then never be entered again.
-    std::span<std::byte> begin_writing();
+    // How much there is, in bytes.
+    std::size_t size() const { return pages_.bytes; }
 
-    // True when the memory may be executed from now on, and not be written where the firmware can see to
-    // that. False when that was refused: nothing of it may be entered.
+    // So much of the memory from a place in it on, as far as it reaches, and what lies in the same pages:
+    // this can be written and not executed from now on. Empty when that was refused: what the memory held
+    // must then never be entered again.
+    std::span<std::byte> begin_writing(std::size_t from = 0, std::size_t bytes = most_code_bytes);
+
+    // True when that may be executed from now on, and not be written where the firmware can see to it. False
+    // when that was refused: nothing of the memory may be entered.
     bool end_writing();
 
     // Gives the memory back and takes twice as much, up to `most_code_bytes`. What it held is gone when that
@@ -64,6 +68,7 @@ class ExecutableMemory {
     void release(const Pages& pages) const;
 
     Pages pages_;
+    Pages written_;                                        // between begin_writing() and end_writing()
     uefi::MemoryAttributeProtocol* attributes_ = nullptr;  // null: the firmware has none
     State state_ = State::none;
     bool is_proven_ = false;  // the firmware has once done what it said

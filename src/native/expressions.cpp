@@ -46,9 +46,11 @@ Vector Emitter::real_register(int number) {
 }
 
 Register Emitter::whole_register(int number) {
-    constexpr Register registers[] = {Register::rcx, Register::rsi, Register::rdi, Register::r8,
+    constexpr Register registers[] = {Register::rdi, Register::rsi, Register::rcx, Register::r8,
                                       Register::r9,  Register::r10, Register::r11};
-    const bool fits = number < static_cast<int>(std::size(registers));
+    static_assert(std::size(registers) == most_whole_registers);
+    const bool fits = number < most_whole_registers;
+    if (is_rehearsal) region.note_whole_register(number);
     if (!fits) give_up();
     return registers[fits ? number : 0];
 }
@@ -70,14 +72,45 @@ void Emitter::on_place(std::uint32_t operation, const void* address) {
 }
 
 void Emitter::copy(Vector target, Operand source) {
-    if (source.kind != Operand::REGISTER)
+    if (!source.is_register())
         code.emit(Operation::movsd, target, source);
     else if (!source.is_register(target))
         code.emit(Operation::movapd, target, source);
 }
 
-void Emitter::use(const void* storage, Type type) {
-    if (is_rehearsal) region.note_use(storage, type, *current);
+// A number from memory. What the register held the conversion of a float would wait for.
+void Emitter::load_real(Vector target, Type type, Operand memory) {
+    if (type == Type::SINGLE) code.emit(Operation::xorpd, target, target);
+    code.emit(type == Type::SINGLE ? Operation::cvtss2sd : Operation::movsd, target, memory);
+}
+
+void Emitter::load_whole(Register target, Type type, Operand memory) {
+    code.emit(type == Type::INTEGER ? Operation::movsx_16
+              : type == Type::LONG  ? Operation::movsx_32
+                                    : Operation::mov,
+              target, memory);
+}
+
+void Emitter::use(const void* storage, Type type, Region::Way way) {
+    if (is_rehearsal) region.note_use(storage, type, way, *current);
+}
+
+// Puts a number into the register of the variable that has got it.
+void Emitter::keep(const KeptVariable& variable, Vector number) {
+    code.emit(Operation::movapd, variable.where, number);
+    find_whole(variable);
+}
+
+void Emitter::find_whole(const KeptVariable& variable) {
+    if (!variable.is_subscript()) return;
+    Label is_whole;
+    // The other scratch register may hold what a function has given.
+    code.emit(Operation::cvttsd2si, variable.whole, variable.where);
+    whole_to_real(variable.whole, other_scratch);
+    code.emit(Operation::ucomisd, other_scratch, variable.where);
+    code.jump_if(Condition::equal, is_whole);
+    code.load_number(variable.whole, no_number);
+    code.bind(is_whole);
 }
 
 void Emitter::to_single(Vector number) {
@@ -134,24 +167,12 @@ Operand Emitter::variable_operand(const Node& node, int reals) {
     const Operand memory = place(node.storage);
     if (node.type == Type::DOUBLE) return memory;
     const Vector target = real_register(reals);
-    code.emit(Operation::xorpd, target, target);
-    switch (node.type) {
-        case Type::SINGLE:
-            code.emit(Operation::cvtss2sd, target, memory);
-            break;
-        case Type::INTEGER:
-            code.emit(Operation::movsx_16, Register::rax, memory);
-            code.emit(Operation::cvtsi2sd, target, Register::rax);
-            break;
-        case Type::LONG:
-            code.emit(Operation::movsx_32, Register::rax, memory);
-            code.emit(Operation::cvtsi2sd, target, Register::rax);
-            break;
-        case Type::INT64:
-            code.emit(Operation::cvtsi2sd, target, memory);
-            break;
-        default:
-            give_up();
+    if (node.type == Type::SINGLE) {
+        load_real(target, node.type, memory);
+    } else {
+        if (!is_integer(node.type)) give_up();
+        load_whole(Register::rax, node.type, memory);
+        whole_to_real(Register::rax, target);
     }
     return target;
 }
@@ -188,12 +209,8 @@ void Emitter::real(std::int16_t index, int reals, int wholes) {
             on(Operation::xorpd, target, sign_bits);
             break;
         case Form::element:
-            if (node.type == Type::DOUBLE) {
-                code.emit(Operation::movsd, target, element(node, reals, wholes));
-            } else if (node.type == Type::SINGLE) {
-                const Operand memory = element(node, reals, wholes);
-                code.emit(Operation::xorpd, target, target);
-                code.emit(Operation::cvtss2sd, target, memory);
+            if (is_floating(node.type)) {
+                load_real(target, node.type, element(node, reals, wholes));
             } else {
                 whole(index, reals, wholes);
                 whole_to_real(whole_register(wholes), target);
@@ -204,7 +221,7 @@ void Emitter::real(std::int16_t index, int reals, int wholes) {
             real_call(node, reals, wholes);
             break;
         default:
-            give_up();
+            real_by_steps(node, reals, wholes);
     }
 }
 
@@ -229,11 +246,11 @@ void Emitter::real_binary(const Node& node, int reals, int wholes) {
         case '/':
             // An infinite divisor would give a result that looks like a number.
             if (node_at(node.right).form != Form::literal) {
-                if (right.kind != Operand::REGISTER) {
+                if (!right.is_register()) {
                     copy(scratch, right);
                     right = scratch;
                 }
-                finite_or_fail(static_cast<Vector>(right.number));
+                finite_or_fail(static_cast<Vector>(right.number()));
             }
             code.emit(Operation::divsd, target, right);
             break;
@@ -271,8 +288,8 @@ void Emitter::whole(std::int16_t index, int reals, int wholes) {
     const bool is_integer_element = node.form == Form::element && is_integer(node.type);
     if (!is_whole(node) && !is_integer_element) {
         const Operand number = real_operand(index, reals, wholes);
-        const bool in_register = number.kind == Operand::REGISTER;
-        const Vector where = in_register ? static_cast<Vector>(number.number) : real_register(reals);
+        const bool in_register = number.is_register();
+        const Vector where = in_register ? static_cast<Vector>(number.number()) : real_register(reals);
         if (!in_register) copy(where, number);
         round_to_whole(where, target);
         return;
@@ -283,10 +300,7 @@ void Emitter::whole(std::int16_t index, int reals, int wholes) {
             if (node.form == Form::variable) use(node.storage, node.type);
             const bool is_variable = node.form == Form::variable;
             const Operand memory = is_variable ? place(node.storage) : element(node, reals, wholes);
-            code.emit(node.type == Type::INTEGER ? Operation::movsx_16
-                      : node.type == Type::LONG  ? Operation::movsx_32
-                                                 : Operation::mov,
-                      target, memory);
+            load_whole(target, node.type, memory);
             break;
         }
         case Form::binary:
@@ -313,7 +327,7 @@ void Emitter::whole(std::int16_t index, int reals, int wholes) {
             whole_call(node, reals, wholes);
             break;
         default:
-            give_up();
+            whole_by_steps(node, reals, wholes);
     }
 }
 
@@ -387,40 +401,68 @@ void Emitter::whole_binary(const Node& node, int reals, int wholes) {
 
 // ---- Elements -------------------------------------------------------------------------------------
 
-// A subscript counted from the lower bound.
-void Emitter::subscript(const Node& argument, std::int64_t bound, int reals, int wholes) {
-    whole(argument.value, reals, wholes);
+// Gives the register of a subscript counted from the lower bound: the next one for integers, or the
+// variable's own.
+Register Emitter::subscript(const Node& argument, std::int64_t bound, int reals, int wholes) {
     const Register target = whole_register(wholes);
+    const Node& value = node_at(argument.value);
     const std::int64_t last = bound - variables.array_base;
     if (last != static_cast<std::int32_t>(last)) give_up();
-    if (variables.array_base != 0) code.emit(WithNumber::sub, target, 1);
-    code.emit(WithNumber::cmp, target, static_cast<std::int32_t>(last));
-    fail_if(Condition::above);
+    if (value.form == Form::variable) use(value.storage, value.type, Region::Way::subscript);
+    const KeptVariable* kept = find_whole_of(value);
+    Detour* detour = kept == nullptr ? nullptr : add_detour(Detour::Kind::subscript);
+    Register where = target;
+    if (detour != nullptr) {
+        where = detour->target = kept->whole;
+        detour->number = kept->where;
+        code.bind(detour->back);
+    } else {
+        whole(argument.value, reals, wholes);
+    }
+    if (variables.array_base != 0) {
+        code.emit(Operation::lea, target, at(where, -1));
+        where = target;
+    }
+    code.emit(WithNumber::cmp, where, static_cast<std::int32_t>(last));
+    code.jump_if(Condition::above, detour != nullptr ? detour->start : current->fail);
+    return where;
+}
+
+// The variable that a node is, if its whole number has a register.
+const KeptVariable* Emitter::find_whole_of(const Node& node) const {
+    if (node.form != Form::variable) return nullptr;
+    for (std::size_t i = 0; i != binding_count; ++i)
+        if (bindings[i].storage == node.storage) return nullptr;
+    const KeptVariable* kept = variables_kept.find(node.storage);
+    return kept != nullptr && kept->is_subscript() ? kept : nullptr;
 }
 
 // The place of an element, whose index takes the next register for integers.
 Operand Emitter::element(const Node& node, int reals, int wholes) {
     const ArrayBlock* array = node.array;
     const Register target = whole_register(wholes);
+    Register index = target;
     std::size_t dimension = 0;
     for (std::int16_t i = node.first_argument; i != none; i = node_at(i).next_argument, ++dimension) {
         const std::int64_t bound = array->bounds[dimension];
         if (dimension == 0) {
-            subscript(node_at(i), bound, reals, wholes);
+            index = subscript(node_at(i), bound, reals, wholes);
             continue;
         }
         const std::uint64_t extent = array_extent(bound);
         if (extent != static_cast<std::uint64_t>(static_cast<std::int32_t>(extent))) give_up();
-        subscript(node_at(i), bound, reals, wholes + 1);
-        code.multiply(target, target, static_cast<std::int32_t>(extent));
-        code.emit(Operation::add, target, whole_register(wholes + 1));
+        code.multiply(target, index, static_cast<std::int32_t>(extent));
+        index = target;
+        code.emit(Operation::add, target, subscript(node_at(i), bound, reals, wholes + 1));
     }
-    Operand first = place(array->bounds + array->dimensions);
+    const Operand first = place(array->bounds + array->dimensions);
     const auto size = storage_size(node.type);
-    first.index = static_cast<std::uint8_t>(target);
-    first.shift = size == 2 ? 1 : size == 4 ? 2 : 3;
-    if (size > 8) give_up();
-    return first;
+    if (size == 16) {
+        if (index != target) code.emit(Operation::mov, target, index);
+        code.shift(Shift::left, target, 1);
+        index = target;
+    }
+    return first.with_index(index, size == 2 ? 1 : size == 4 ? 2 : 3);
 }
 
 // ---- Comparisons ----------------------------------------------------------------------------------
@@ -431,7 +473,7 @@ Condition Emitter::compare(const Node& relation, int reals, int wholes) {
     const std::uint8_t mask = read_relation(operation);
     const Node& left = node_at(relation.left);
     const Node& right = node_at(relation.right);
-    if (relation.domain == Domain::text) give_up();
+    if (relation.domain == Domain::text) return compare_texts(relation, reals, wholes);
     if (relation.domain == Domain::whole) {
         whole(relation.left, reals, wholes);
         whole(relation.right, reals, wholes + 1);
@@ -444,21 +486,21 @@ Condition Emitter::compare(const Node& relation, int reals, int wholes) {
     const bool plain = relation.domain == Domain::single ||
                        (fast::is_plain<double>(left.kind) && fast::is_plain<double>(right.kind));
     Operand first = real_operand(relation.left, reals, wholes);
-    if (first.kind != Operand::REGISTER) {
+    if (!first.is_register()) {
         copy(real_register(reals), first);
         first = real_register(reals);
     }
-    const auto number = static_cast<Vector>(first.number);
+    const auto number = static_cast<Vector>(first.number());
     Operand second = real_operand(relation.right, reals + 1, wholes);
     const auto check = [&](const Node& side, Operand where) {
         if (relation.with_care)
-            exact_or_fail(static_cast<Vector>(where.number));
+            exact_or_fail(static_cast<Vector>(where.number()));
         else if (!(plain && is_leaf(side)) && side.form != Form::literal)
-            finite_or_fail(static_cast<Vector>(where.number));
+            finite_or_fail(static_cast<Vector>(where.number()));
     };
     check(left, number);
     const bool is_checked = relation.with_care || (!(plain && is_leaf(right)) && right.form != Form::literal);
-    if (is_checked && second.kind != Operand::REGISTER) {
+    if (is_checked && !second.is_register()) {
         copy(real_register(reals + 1), second);
         second = real_register(reals + 1);
     }
@@ -476,7 +518,7 @@ Condition Emitter::condition_of(std::int16_t index) {
     if (node.form == Form::relation) return compare(node, 0, 0);
     if (is_whole(node)) {
         whole(index, 0, 0);
-        code.emit(Operation::test, Register::rcx, Register::rcx);
+        code.emit(Operation::test, whole_register(0), whole_register(0));
         return Condition::not_equal;
     }
     real(index, 0, 0);

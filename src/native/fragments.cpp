@@ -4,12 +4,14 @@
 // time, so that is where code is made: for the statement and all that control may reach from it without
 // leaving what has been specialised. Nothing is counted for that while statements run.
 //
-// Making code for a statement takes about as long as some hundred specialised statements. So each time that
-// the run loop passes is worth code for a statement, and code is made when what has been saved up is enough
-// for some.
+// Making code for a statement takes nearly as long as the run loop stays away. So where the program has been
+// most of the time, as in a small loop, each time that the run loop passed is worth code for one statement:
+// code is made when running without it has cost about as much as it will. Where a program has been for less
+// than half of its time the look is worth less, down to a thirtieth of that, and code is made only for many
+// statements at a time: a program that goes through thousands of lines may end before it comes back here.
 //
 // All code is for one clear generation and is forgotten with it; statements look whether theirs is the
-// current one when they are entered. What ends generations often makes saving up take longer.
+// current one when they are entered. What ends generations often makes it take longer until the first look.
 #include <algorithm>
 #include <new>
 
@@ -23,11 +25,13 @@
 #include "program/line_starts.h"
 #include "run/control_stacks.h"
 #include "run/native.h"
+#include "values/array_keepers.h"
 #include "values/variables.h"
 
 namespace korvane::native {
 
 std::uint32_t missed;
+std::uint8_t* string_top;
 
 namespace {
 
@@ -43,20 +47,27 @@ namespace {
 constexpr std::uint32_t first_threshold = KORVANE_NATIVE_THRESHOLD;
 constexpr std::uint32_t most_patience = 8;
 constexpr bool makes_code = first_threshold != 0;
-constexpr std::uint32_t statements_per_look = 4;  // for which code may be made
+constexpr std::uint64_t remembered_looks = 64;
+constexpr std::uintptr_t nearness = 512 * sizeof(Token);  // of places that may be in one loop
+constexpr std::uint64_t least_near = 2;
+constexpr std::int64_t cost_of_writing = 8;  // in statements, however many there are
+constexpr std::int64_t enough_for_some = 2 * cost_of_writing;
+constexpr std::int64_t enough_for_all = most_places + cost_of_writing;
 constexpr std::uint32_t first_missed = 64;
+constexpr std::size_t most_bytes_per_statement = 1024;
 
 struct Fragments {
-    std::uint32_t generation;   // of all code that there is
-    std::size_t used;           // bytes of the memory for code
-    std::uint32_t saved;        // times that the run loop has passed since code was made
-    std::uint32_t passed;       // the same in this generation
-    std::uint32_t patience;     // doublings of how many are to be saved up in a generation
+    std::uint32_t generation;                  // of all code that there is
+    std::size_t used;                          // bytes of the memory for code
+    std::uint32_t saved;                       // times that the run loop has passed since code was made
+    std::uint64_t passed;                      // the same in this generation, which may last for days
+    std::int64_t made;                         // what the code cost that was made in it, in statements
+    const Token* passed_at[remembered_looks];  // the last places
+    std::uint32_t patience;                    // doublings of how many are to be saved up in a generation
     std::uint32_t needed;       // how many now: more when the last look found nothing to be made
     std::uint32_t most_missed;  // how often code may be left needlessly before it is made anew
     std::uint32_t last_key;
-    bool has_made;  // code in this generation
-    bool is_off;    // no code can be made
+    bool is_off;  // no code can be made
 };
 Fragments fragments;
 
@@ -155,9 +166,11 @@ bool is_worth_entering(const Place& place) {
     return has_entry(place.at) && (place.run == longest_run || first_threshold == 1);
 }
 
-// Finds the statements that are to have code, at most so many. Gives how many of them had none.
-std::size_t find_region(Token* first, std::size_t most) {
+// Finds the statements that are to have code, at most so many; `is_cut`: there are more. Gives how many of
+// them had none.
+std::size_t find_region(Token* first, std::size_t most, bool& is_cut) {
     std::size_t fresh = 0;
+    is_cut = false;
     new (emitter_room) Emitter(region);
     region.clear();
     lead_to_loops();
@@ -169,6 +182,7 @@ std::size_t find_region(Token* first, std::size_t most) {
         place->is_seen = true;
         const bool is_left = region.natives().size() == most;
         const bool ready = is_ready(at);
+        is_cut |= is_left && ready;
         place->is_native = ready && !is_left && emitter.rehearse(*place);
         place->may_become = (ready && is_left && has_entry(at)) || (!ready && may_become_ready(at));
         if (!place->is_native) continue;
@@ -192,41 +206,52 @@ void make() {
         fragments.is_off = true;
         return;
     }
-    const std::span<std::byte> memory = executable_memory.begin_writing();
-    if (memory.empty()) {
-        fragments.is_off = true;
-        return forget();
-    }
     constexpr std::size_t boundary = 64;
     const std::size_t start = (fragments.used + boundary - 1) / boundary * boundary;
-    const bool fits = start < memory.size();
-    const bool made = fits && emitter.emit_region(memory.subspan(start));
+    const std::size_t bytes = (region.natives().size() + 1) * most_bytes_per_statement;
+    if (start + bytes > executable_memory.size() && fragments.used != 0) {
+        executable_memory.grow();
+        return forget();
+    }
+    const std::span<std::byte> memory = executable_memory.begin_writing(start, bytes);
+    const bool made = !memory.empty() && emitter.emit_region(memory);
     if (!executable_memory.end_writing()) {
         fragments.is_off = true;
         return forget();
     }
-    if (!made) {
-        if (!fits || emitter.is_full()) {
-            executable_memory.grow();
-            forget();
-        }
-        return;
-    }
+    fragments.made += static_cast<std::int64_t>(region.natives().size()) + cost_of_writing;
+    if (!made) return;
     fragments.used = start + emitter.size();
-    fragments.has_made = true;
+    note_unknown_array_keeper();
     for (Place* place : region.natives())
         if (is_worth_entering(*place))
-            lead_in(place->at, reinterpret_cast<Execute>(memory.data() + start + place->entry.position()));
+            lead_in(place->at, reinterpret_cast<Execute>(memory.data() + place->entry.position()));
 }
 
 std::uint32_t threshold() {
     return first_threshold << fragments.patience;
 }
 
+// For how many statements code may be made at a place now; 0 where there is not enough for a loop of some.
+std::int64_t worth_of_code(const Token* at) {
+    if (first_threshold == 1) return enough_for_all;
+    const std::uint64_t recent = std::min(fragments.passed, remembered_looks);
+    std::uint64_t near = 0;
+    for (std::uint64_t i = 0; i != recent; ++i) {
+        const auto distance =
+            reinterpret_cast<std::uintptr_t>(fragments.passed_at[i]) - reinterpret_cast<std::uintptr_t>(at);
+        if (distance + nearness <= 2 * nearness) ++near;
+    }
+    const bool is_spread = 2 * near < recent;
+    if (is_spread) near = std::max(near / 2, least_near);
+    const std::int64_t worth = static_cast<std::int64_t>(fragments.passed * near / recent) - fragments.made;
+    return worth < (is_spread ? enough_for_all : enough_for_some) ? 0 : worth;
+}
+
 // Code that has not been used for much longer than it took to make was not worth it: the next time it has to
 // be waited for longer.
 void begin_generation() {
-    if (fragments.has_made && fragments.passed < 4 * threshold())
+    if (fragments.made != 0 && fragments.passed < 4 * threshold())
         fragments.patience = std::min(fragments.patience + 1, most_patience);
     else if (fragments.passed > 64 * threshold())
         fragments.patience = 0;
@@ -236,7 +261,7 @@ void begin_generation() {
     fragments.passed = 0;
     fragments.needed = threshold();
     fragments.most_missed = first_missed;
-    fragments.has_made = false;
+    fragments.made = 0;
     missed = 0;
 }
 
@@ -270,6 +295,9 @@ bool has_entry(const Token* at) {
         case KW_NEXT:
         case KW_WHILE:
         case KW_WEND:
+        case KW_SWAP:
+        case KW_READ:
+        case KW_ON:
             return true;
         default:
             return false;
@@ -291,32 +319,45 @@ bool may_turn(Token* at, const Token* loop, std::uint32_t key, std::int32_t sign
     return true;
 }
 
-std::uint64_t branch_anew(Token* at, std::uint64_t budget) {
-    at->execute = execute_first;
-    return fast::execute_general_if(at, budget);
+void begin_drawing(Token* at) {
+    fast::state.drawing = at;
+    fast::state.random = random_state;
+}
+
+std::uint64_t fall_back_from_taking(Token* at, std::uint64_t budget) {
+    fast::give_back(at, string_top);
+    return at->kind == KW_IF ? fast::execute_general_if(at, budget) : fast::execute_general(at, budget);
 }
 
 void look(Token* at) {
     if (!makes_code || fragments.is_off) return;
     if (fragments.generation != arenas.generation) begin_generation();
-    ++fragments.passed;
+    fragments.passed_at[fragments.passed++ % remembered_looks] = at;
     if (++fragments.saved < fragments.needed) return;
     const bool has_missed = missed >= fragments.most_missed;
     if (is_native(at) && !has_missed) return;
-    const std::size_t most = std::min<std::size_t>(fragments.saved * statements_per_look, most_places);
-    const bool useful = find_region(at, most) != 0 || has_missed;
-    if (useful) make();
-    fragments.needed =
-        useful ? threshold() : std::min(2 * fragments.needed, first_threshold << most_patience);
-    if (has_missed) fragments.most_missed *= 4;
     fragments.saved = 0;
+    const std::int64_t worth = worth_of_code(at);
+    if (worth == 0) return;
+    bool is_cut;
+    const auto most = static_cast<std::size_t>(std::min<std::int64_t>(worth - cost_of_writing, most_places));
+    const bool is_useful = find_region(at, most, is_cut) != 0 || has_missed;
+    // What there is not enough for yet is looked at again when there is twice as much.
+    if (!is_useful || (is_cut && most != most_places)) {
+        fragments.needed = std::min(2 * fragments.needed, first_threshold << most_patience);
+        return;
+    }
+    make();
+    fragments.needed = threshold();
+    if (has_missed) fragments.most_missed *= 4;
     missed = 0;
 }
 
 void note_specialised(Token* at) {
     if (first_threshold != 1 || fragments.is_off) return;
     if (fragments.generation != arenas.generation) begin_generation();
-    if (is_ready(at) && find_region(at, most_places) != 0) make();
+    bool is_cut;
+    if (is_ready(at) && find_region(at, most_places, is_cut) != 0) make();
 }
 
 }  // namespace korvane::native

@@ -41,6 +41,13 @@ RealFunction find_kernel(std::string_view name) {
     return nullptr;
 }
 
+// Whether a function of a number is part of the code, or called by it with the number.
+bool has_code(std::string_view name) {
+    for (const char* own : {"ABS", "INT", "FIX", "SQR", "CINT", "CDBL", "CSNG"})
+        if (name == own) return true;
+    return find_kernel(name) != nullptr;
+}
+
 std::int16_t first_value(const Node& call) {
     return node_at(call.first_argument).value;
 }
@@ -50,6 +57,13 @@ std::int16_t first_value(const Node& call) {
 // Calls a function whose arguments are in the scratch registers, and leaves its result there. All values that
 // are kept are saved around it, and variables loaded anew.
 void Emitter::call(const void* function, int reals, int wholes) {
+    begin_call(reals, wholes);
+    code.emit(Operation::movapd, Vector::xmm0, scratch);
+    code.emit(Operation::movapd, Vector::xmm1, other_scratch);
+    end_call(function, reals, wholes);
+}
+
+void Emitter::begin_call(int reals, int wholes) {
     // The stack lies 8 bytes off the boundary that a call needs.
     const int slots = (reals + wholes) | 1;
     code.emit(WithNumber::sub, Register::rsp, 8 * slots);
@@ -57,8 +71,10 @@ void Emitter::call(const void* function, int reals, int wholes) {
         code.emit(Operation::movsd_store, real_register(i), at(Register::rsp, 8 * i));
     for (int i = 0; i != wholes; ++i)
         code.emit(Operation::mov_store, whole_register(i), at(Register::rsp, 8 * (reals + i)));
-    code.emit(Operation::movapd, Vector::xmm0, scratch);
-    code.emit(Operation::movapd, Vector::xmm1, other_scratch);
+}
+
+void Emitter::end_call(const void* function, int reals, int wholes) {
+    const int slots = (reals + wholes) | 1;
     code.load_number(Register::rax, reinterpret_cast<std::uint64_t>(function));
     code.emit(Unary::call, Register::rax);
     code.emit(Operation::movapd, scratch, Vector::xmm0);
@@ -71,9 +87,10 @@ void Emitter::call(const void* function, int reals, int wholes) {
 }
 
 void Emitter::load_variables() {
-    for (const KeptVariable& variable : variables_kept.all())
-        code.emit(variable.type == Type::SINGLE ? Operation::cvtss2sd : Operation::movsd, variable.where,
-                  place(variable.storage));
+    for (const KeptVariable& variable : variables_kept.all()) {
+        load_real(variable.where, variable.type, place(variable.storage));
+        find_whole(variable);
+    }
 }
 
 // INT and FIX. What is whole already stays as it is, the sign of a zero too; so does what is beyond all
@@ -105,6 +122,7 @@ void Emitter::real_call(const Node& node, int reals, int wholes) {
         int above = reals;
         std::int16_t body;
         const std::size_t bound = binding_count;
+        if (current->calls_users) return real_by_steps(node, reals, wholes);
         if (!enter_function(node, above, wholes, body)) return give_up();
         real(body, above, wholes);
         binding_count = bound;
@@ -113,8 +131,8 @@ void Emitter::real_call(const Node& node, int reals, int wholes) {
         return;
     }
     const std::string_view name(node.token[-1].name);
-    const std::int16_t argument = first_value(node);
-    real(argument, reals, wholes);
+    if (!has_code(name)) return real_by_steps(node, reals, wholes);
+    real(first_value(node), reals, wholes);
     if (const RealFunction kernel = find_kernel(name)) {
         finite_or_fail(target);
         code.emit(Operation::movapd, scratch, target);
@@ -126,8 +144,6 @@ void Emitter::real_call(const Node& node, int reals, int wholes) {
         on(Operation::andpd, target, other_bits);
     } else if (name == "INT" || name == "FIX") {
         round_down(target, name == "FIX");
-    } else if (name != "CDBL" && name != "CSNG") {
-        give_up();
     }
     if (node.domain == Domain::single) to_single(target);
 }
@@ -138,6 +154,7 @@ void Emitter::whole_call(const Node& node, int reals, int wholes) {
         int above = reals;
         std::int16_t body;
         const std::size_t bound = binding_count;
+        if (current->calls_users) return whole_by_steps(node, reals, wholes);
         if (!enter_function(node, above, wholes, body)) return give_up();
         whole(body, above, wholes);
         binding_count = bound;
@@ -145,6 +162,19 @@ void Emitter::whole_call(const Node& node, int reals, int wholes) {
     }
     const std::string_view name(node.token[-1].name);
     const std::int16_t argument = first_value(node);
+    if (name == "LEN" || name == "ASC") {
+        text(argument, reals, wholes);
+        const Register length = whole_register(wholes + 1);
+        code.emit(Operation::mov_32, length, length);
+        if (name == "LEN") {
+            code.emit(Operation::mov, target, length);
+        } else {
+            code.emit(Operation::test, length, length);
+            fail_if(Condition::equal);
+            code.emit(Operation::movzx_8, target, at(target, 0));
+        }
+        return;
+    }
     if (name == "SGN") {
         const Vector number = real_register(reals);
         real(argument, reals, wholes);
@@ -158,7 +188,7 @@ void Emitter::whole_call(const Node& node, int reals, int wholes) {
         code.emit(Operation::sub, target, Register::rdx);
         return;
     }
-    if (name != "ABS" && name != "INT" && name != "FIX" && name != "CINT") return give_up();
+    if (!has_code(name)) return whole_by_steps(node, reals, wholes);
     whole(argument, reals, wholes);
     if (name != "ABS") return;
     Label positive;
@@ -185,11 +215,11 @@ bool Emitter::enter_function(const Node& call, int& reals, int wholes, std::int1
         if (parameter->type != Type::DOUBLE) return false;
         Operand operand = real_operand(value, reals, wholes);
         const bool is_number = node_at(value).form == Form::literal;
-        if (operand.kind != Operand::REGISTER) {
+        if (!operand.is_register()) {
             copy(real_register(reals), operand);
             operand = real_register(reals);
         }
-        if (!is_number) finite_or_fail(static_cast<Vector>(operand.number));
+        if (!is_number) finite_or_fail(static_cast<Vector>(operand.number()));
         if (operand.is_register(real_register(reals))) ++reals;
         arguments[count] = {parameter->storage, operand};
     }

@@ -19,16 +19,6 @@ using fast::as;
 
 // ---- FOR and NEXT ---------------------------------------------------------------------------------
 
-void Emitter::emit_for(Token* at) {
-    load_token(Register::rdi, at);
-    call(reinterpret_cast<const void*>(fast::open_loop), 0, 0);
-    code.emit(Operation::movzx_8, Register::rax, Register::rax);
-    code.emit(Operation::test, Register::rax, Register::rax);
-    fail_if(Condition::equal);
-    use(as<fast::ForRecord>(at).variable->storage, as<fast::ForRecord>(at).variable->type);
-    go_on(as<fast::ForRecord>(at).after);
-}
-
 // The first statement of a loop's turns, past the end of the line with its FOR.
 static Token* first_of_turn(Token* at) {
     const bool ends_line = at->kind == END_OF_LINE && at->line_end.next_line != nullptr;
@@ -66,6 +56,124 @@ static std::int32_t sign_of_step(const Token* opener, const ForEntry& entry) {
                                                                                          : entry.step_sign;
 }
 
+// The way that the step of a FOR always goes, which is a number or none at all; 0 where it may be any.
+static std::int32_t plain_step(const Token* step) {
+    if (step == nullptr) return 1;
+    const bool is_negative = step[1].kind == '-';
+    const Token* number = is_negative ? step + 2 : step + 1;
+    const bool is_all = number[1].kind == END_OF_LINE || number[1].kind == ':';
+    if (number->kind != NUMBER || !is_all || !(number->number.as_double > 0)) return 0;
+    return is_negative ? -1 : 1;
+}
+
+void Emitter::call_or_fail(const void* function) {
+    call(function, 0, 0);
+    code.emit(Operation::movzx_8, Register::rax, Register::rax);
+    code.emit(Operation::test, Register::rax, Register::rax);
+    fail_if(Condition::equal);
+}
+
+void Emitter::emit_for(Token* at) {
+    const auto& loop = as<fast::ForRecord>(at);
+    use(loop.variable->storage, loop.variable->type, Region::Way::written);
+    Place* closer = nullptr;
+    for (Place* place : region.natives())
+        if (place->loop == at) closer = place;
+    if (is_rehearsal) {
+        current->has_bounds = emit_opening(at, nullptr) && !has_failed;
+        has_failed = false;
+    } else if (current->has_bounds && closer != nullptr) {
+        emit_opening(at, closer);
+        return;
+    }
+    load_token(Register::rdi, at);
+    call_or_fail(reinterpret_cast<const void*>(fast::open_loop));
+    go_on(loop.after);
+}
+
+// The entry that the NEXT at `closer` was made for keeps its key from one opening of the loop to the next, if
+// nobody else has opened one there. Then it is as this FOR has left it: all that may be new are the variable
+// and the limit. Where it is not, or at another depth, the loop is opened as the specialised FOR does it.
+// False when there is no code for the bounds.
+bool Emitter::emit_opening(Token* at, Place* closer) {
+    const auto& loop = as<fast::ForRecord>(at);
+    const VariableEntry& variable = *loop.variable;
+    const std::int32_t sign = plain_step(as<fast::BoundRecord>(loop.to).step);
+    fast::begin_statement();
+    fast::Expression start;
+    fast::Expression limit;
+    if (sign == 0 || !fast::read_expression(at + 3, fast::Domain::whole, start) ||
+        !fast::read_expression(loop.to + 1, fast::Domain::whole, limit))
+        return false;
+    const Node& last = limit.node();
+    const bool is_real = is_floating(variable.type);
+    const bool is_whole_limit = is_integer(last.type);
+    // A limit that a double may not hold is compared as what it is.
+    if (is_real ? is_whole_limit && last.bound > fast::exact_integers : !is_whole_limit) return false;
+    const auto& turn = as<fast::NextRecord>(closer == nullptr ? at : closer->at);
+    ForEntry& entry = closer == nullptr ? control_stacks.fors[0] : *turn.entry;
+    Detour* detour = add_detour(Detour::Kind::opening);
+    if (detour == nullptr) return false;
+    code.emit(WithNumber::cmp_32, place(&control_stacks.for_count), turn.depth - 1);
+    code.jump_if(Condition::not_equal, detour->start);
+    const Register whole_limit = whole_register(is_real ? 0 : 1);
+    Condition past = sign < 0 ? Condition::less : Condition::greater;
+    if (is_real) {
+        real(start.root, 0, 0);
+        prepare_real(variable.type, start.node());
+        past = sign < 0 ? Condition::below : Condition::above;
+    } else {
+        whole(start.root, 0, 0);
+    }
+    if (is_whole_limit) {
+        whole(limit.root, 1, is_real ? 0 : 1);
+        whole_to_real(whole_limit, Vector::xmm1);
+    } else {
+        real(limit.root, 1, 0);
+        finite_or_fail(Vector::xmm1);
+    }
+    if (is_real) {
+        code.emit(Operation::ucomisd, Vector::xmm0, Vector::xmm1);
+        fail_if(Condition::parity);
+    } else {
+        code.emit(Operation::cmp, whole_register(0), whole_limit);
+    }
+    Label has_turns;
+    code.jump_if(opposite(past), has_turns);
+    if (closer != nullptr) {
+        write_loop_variable(variable);
+        if (fast::end_of_line(at) != fast::end_of_line(closer->at)) end_then_part();
+        code.jump(lead_to(turn.after));
+    }
+    code.bind(has_turns);
+    if (closer == nullptr) return true;
+    code.emit(WithNumber::cmp_32, place(&entry.turn_key), static_cast<std::int32_t>(key_of(*closer)));
+    code.jump_if(Condition::not_equal, detour->start);
+    write_loop_variable(variable);
+    if (is_whole_limit)
+        on(Operation::mov_store, whole_limit, &entry.limit.integer);
+    else
+        on(Operation::movsd_store, Vector::xmm1, &entry.limit.real);
+    on(Operation::movsd_store, Vector::xmm1, &entry.limit_as_double);
+    code.emit(Unary::inc_32, place(&control_stacks.for_count));
+    code.bind(detour->back);
+    go_on(loop.after);
+    return true;
+}
+
+// The number in the first register, which has been prepared for it, or found to be whole.
+void Emitter::write_loop_variable(const VariableEntry& variable) {
+    if (is_floating(variable.type))
+        write_real_variable(variable);
+    else
+        write_whole(place(variable.storage), variable.type, whole_register(0));
+}
+
+std::uint32_t Emitter::key_of(Place& closer) {
+    if (closer.key == 0) closer.key = new_key();
+    return closer.key;
+}
+
 // A NEXT is made for the loop that stands around it, or that it was last seen in. That it is in this one is
 // looked at when the loop is met for the first time (may_turn), which leaves its key in the loop's entry:
 // nobody else leaves the same there.
@@ -78,26 +186,31 @@ void Emitter::emit_next(Token* at) {
         opener = nullptr;
     const bool is_seen = entry.quick_variable == record.variable && entry.generation == arenas.generation;
     if (opener == nullptr && !is_seen) return give_up();
+    current->loop = opener;
     Token* first = first_of_turn(opener != nullptr ? as<fast::ForRecord>(opener).after : entry.loop_token);
     code.emit(WithNumber::cmp_32, place(&control_stacks.for_count), record.depth);
     fail_if(Condition::not_equal);
     Detour* detour = add_detour(Detour::Kind::verifying);
     if (detour == nullptr) return;
     detour->loop = first;
-    detour->key = is_rehearsal ? 1 : new_key();
     detour->sign = sign_of_step(opener, entry);
-    code.emit(WithNumber::cmp_32, place(&entry.turn_key), static_cast<std::int32_t>(detour->key));
+    code.emit(WithNumber::cmp_32, place(&entry.turn_key),
+              is_rehearsal ? 1 : static_cast<std::int32_t>(key_of(*current)));
     code.jump_if(Condition::not_equal, detour->start);
     code.bind(detour->back);
     const VariableEntry& variable = *record.variable;
-    use(variable.storage, variable.type);
+    use(variable.storage, variable.type, Region::Way::written);
     const Condition past = is_integer(variable.type) ? emit_sum_of_wholes(entry, variable, detour->sign)
                                                      : emit_sum_of_reals(entry, variable, detour->sign);
-    Label done;
-    code.jump_if(past, done);
-    end_then_part();
-    code.jump(lead_to(first));
-    code.bind(done);
+    if (may_be_then_part()) {
+        Label done;
+        code.jump_if(past, done);
+        end_then_part();
+        code.jump(lead_to(first));
+        code.bind(done);
+    } else {
+        code.jump_if(opposite(past), lead_to(first));
+    }
     code.emit(Unary::dec_32, place(&control_stacks.for_count));
     go_on(record.after);
 }
@@ -105,12 +218,9 @@ void Emitter::emit_next(Token* at) {
 void Emitter::emit_verifying(const Detour& detour) {
     load_token(Register::rdi, current->at);
     load_token(Register::rsi, detour.loop);
-    code.load_number(Register::rdx, detour.key);
+    code.load_number(Register::rdx, key_of(*current));
     code.load_number(Register::rcx, static_cast<std::uint32_t>(detour.sign));
-    call(reinterpret_cast<const void*>(may_turn), 0, 0);
-    code.emit(Operation::movzx_8, Register::rax, Register::rax);
-    code.emit(Operation::test, Register::rax, Register::rax);
-    fail_if(Condition::equal);
+    call_or_fail(reinterpret_cast<const void*>(may_turn));
 }
 
 // Adds the step, and gives what tells whether the variable is past the limit.
@@ -121,15 +231,12 @@ Condition Emitter::emit_sum_of_reals(const ForEntry& entry, const VariableEntry&
     const Type type = variable.type;
     if (kept != nullptr)
         code.emit(Operation::movapd, Vector::xmm0, kept->where);
-    else if (type == Type::DOUBLE)
-        on(Operation::movsd, Vector::xmm0, storage);
     else
-        on(Operation::cvtss2sd, Vector::xmm0, storage);
+        load_real(Vector::xmm0, type, place(storage));
     on(Operation::addsd, Vector::xmm0, &entry.step_as_double);
     if (type == Type::SINGLE) to_single(Vector::xmm0);
     finite_or_fail(Vector::xmm0);
-    if (kept != nullptr) code.emit(Operation::movapd, kept->where, Vector::xmm0);
-    write_real(place(storage), type);
+    write_real_variable(variable);
     on(Operation::ucomisd, Vector::xmm0, &entry.limit_as_double);
     return sign < 0 ? Condition::below : Condition::above;
 }
@@ -139,10 +246,7 @@ Condition Emitter::emit_sum_of_wholes(const ForEntry& entry, const VariableEntry
     const std::uint8_t* storage = variable.storage;
     const Type type = variable.type;
     const Register sum = whole_register(0);
-    code.emit(type == Type::INTEGER ? Operation::movsx_16
-              : type == Type::LONG  ? Operation::movsx_32
-                                    : Operation::mov,
-              sum, place(storage));
+    load_whole(sum, type, place(storage));
     on(Operation::add, sum, &entry.step.integer);
     fail_if(Condition::overflow);
     write_whole(place(storage), type, sum);
@@ -177,8 +281,8 @@ static Token* find_wend(Token* at) {
 bool Emitter::emit_condition_of(Token* at, Condition& when_true) {
     fast::begin_statement();
     fast::Expression condition;
-    if (!fast::read_expression(at + 1, fast::Domain::whole, condition) || condition.node().takes())
-        return false;
+    if (!fast::read_expression(at + 1, fast::Domain::whole, condition)) return false;
+    begin_taking(condition.node().allocates, condition.node().draws);
     when_true = condition_of(condition.root);
     return true;
 }
@@ -208,7 +312,8 @@ void Emitter::emit_while(Token* at) {
 }
 
 // Control goes to the WHILE of the last entry, which is taken away. While the condition is true it would be
-// put back as it was: so where that WHILE is known the condition is looked at here, and the entry stays.
+// put back as it was: so where that WHILE is known the condition is looked at here, and the entry stays. The
+// WHILE may look again, which can be noticed when that takes anything.
 void Emitter::emit_wend() {
     WhileEntry& entry = control_stacks.whiles[0];
     find_last(control_stacks.while_count, sizeof entry);
@@ -218,7 +323,8 @@ void Emitter::emit_wend() {
     code.emit(Operation::mov, Register::rdi, field(&entry.token, Register::rdx));
     Place* loop = nullptr;
     for (Place* origin : region.natives())
-        if (!is_rehearsal && origin->at->kind == KW_WHILE && find_wend(origin->at) == current->at)
+        if (!is_rehearsal && origin->at->kind == KW_WHILE && !origin->takes &&
+            find_wend(origin->at) == current->at)
             loop = origin;
     Label elsewhere;
     if (loop != nullptr) {

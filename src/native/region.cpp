@@ -1,7 +1,5 @@
 #include "native/region.h"
 
-#include <algorithm>
-
 #include "fast/links.h"
 #include "fast/records.h"
 #include "program/execution.h"
@@ -30,6 +28,7 @@ void Region::clear() {
     used = 0;
     sequence_count = 0;
     use_count = 0;
+    deepest_whole = 0;
     jump_count = 0;
     pending.count = 0;
     table.fill(0);
@@ -59,9 +58,9 @@ void Region::lead_to(Token* at) {
     if (pending.count != pending.tokens.size()) pending.tokens[pending.count++] = at;
 }
 
-void Region::note_use(const void* storage, Type type, const Place& place) {
+void Region::note_use(const void* storage, Type type, Way way, const Place& place) {
     if (use_count == uses.size()) return;
-    uses[use_count++] = {storage, type, static_cast<std::uint16_t>(&place - places.data())};
+    uses[use_count++] = {storage, type, way, static_cast<std::uint16_t>(&place - places.data())};
 }
 
 bool Region::note_targets(const Place& place, std::size_t first) {

@@ -2,6 +2,7 @@
 // without leaving what there is code for.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 
@@ -15,9 +16,14 @@ namespace korvane::native {
 struct Place {
     Token* at;
     Token* opener;       // of an assignment that is a whole THEN part: its IF
+    Token* loop;         // of a NEXT: its FOR, where that is known
+    std::uint32_t key;   // of a NEXT: what it leaves in its loop's entry, once it has got one
+    bool has_bounds;     // of a FOR: its bounds have code
     bool is_seen;        // looked at
     bool is_native;      // has code; otherwise control leaves the code here
     bool may_become;     // not native, but it could be later
+    bool takes;          // string space or random numbers, which are given back when it fails
+    bool calls_users;    // user functions are called, by their steps
     std::uint8_t run;    // how many statements with code follow one another from here on, at most longest_run
     std::uint8_t depth;  // how many loops it is in
     Label head;          // in front of it: a statement more is counted
@@ -50,7 +56,9 @@ class Region {
     // ---- What a rehearsal tells ----
 
     void lead_to(Token* at);
-    void note_use(const void* storage, Type type, const Place& place);
+    enum class Way : std::uint8_t { read, written, subscript };
+    void note_use(const void* storage, Type type, Way way, const Place& place);
+    void note_whole_register(int number) { deepest_whole = std::max(deepest_whole, number); }
 
     // Makes places of what the statement leads to from the `first` pending one on; false when there is no
     // room.
@@ -61,9 +69,11 @@ class Region {
     struct Use {
         const void* storage;
         Type type;
+        Way way;
         std::uint16_t place;
     };
     std::span<const Use> all_uses() const { return {uses.data(), use_count}; }
+    int most_wholes() const { return deepest_whole + 1; }  // that an expression keeps in registers at a time
 
     // Statements that are to be looked at, the last one first.
     struct Pending {
@@ -87,6 +97,7 @@ class Region {
     std::array<std::uint16_t, slots> table;  // places by token, plus 1
     std::array<Use, 1024> uses;
     std::size_t use_count;
+    int deepest_whole;
     struct Jump {
         std::uint16_t from;
         std::uint16_t to;

@@ -37,7 +37,13 @@ std::uint32_t new_key();
 // or another is opened in its place: it is the one that the code was made for, and its turns begin at `loop`.
 bool may_turn(Token* at, const Token* loop, std::uint32_t key, std::int32_t sign);
 
-// Leaves for an IF whose branch leads to a line that was not known when the code was made.
-std::uint64_t branch_anew(Token* at, std::uint64_t budget);
+// Where string space began in front of the statement that is taking some.
+extern std::uint8_t* string_top;
+
+// Begins the statement that draws random numbers.
+void begin_drawing(Token* at);
+
+// Leaves for the general handler of such a statement, which starts again with what it found.
+std::uint64_t fall_back_from_taking(Token* at, std::uint64_t budget);
 
 }  // namespace korvane::native

@@ -53,7 +53,7 @@ void Emitter::write_real(Operand memory, Type type) {
 }
 
 void Emitter::write_scalar(const VariableEntry& variable, std::int16_t value) {
-    use(variable.storage, variable.type);
+    use(variable.storage, variable.type, Region::Way::written);
     if (is_integer(variable.type)) {
         whole(value, 0, 0);
         write_whole(place(variable.storage), variable.type, whole_register(0));
@@ -61,20 +61,30 @@ void Emitter::write_scalar(const VariableEntry& variable, std::int16_t value) {
     }
     real(value, 0, 0);
     prepare_real(variable.type, node_at(value));
-    if (const KeptVariable* kept = variables_kept.find(variable.storage))
-        code.emit(Operation::movapd, kept->where, Vector::xmm0);
+    write_real_variable(variable);
+}
+
+// The number in xmm0, which has been prepared for it.
+void Emitter::write_real_variable(const VariableEntry& variable) {
+    if (const KeptVariable* kept = variables_kept.find(variable.storage)) keep(*kept, Vector::xmm0);
     write_real(place(variable.storage), variable.type);
 }
 
+// The element is found first where that can be noticed by what the two take.
 void Emitter::write_element(const Node& target, std::int16_t value) {
+    const int wholes = current->takes ? 1 : 0;
+    const auto find = [&](int reals, int used) {
+        return wholes != 0 ? at(whole_register(0), 0) : element(target, reals, used);
+    };
+    if (wholes != 0) code.emit(Operation::lea, whole_register(0), element(target, 0, 0));
     if (is_integer(target.type)) {
-        whole(value, 0, 0);
-        write_whole(element(target, 0, 1), target.type, whole_register(0));
+        whole(value, 0, wholes);
+        write_whole(find(0, 1), target.type, whole_register(wholes));
         return;
     }
-    real(value, 0, 0);
+    real(value, 0, wholes);
     prepare_real(target.type, node_at(value));
-    write_real(element(target, 1, 0), target.type);
+    write_real(find(1, 0), target.type);
 }
 
 void Emitter::emit_assignment(Token* at) {
@@ -92,10 +102,13 @@ void Emitter::emit_assignment(Token* at) {
         if (scalar == nullptr) return give_up();
     }
     const Type type = scalar != nullptr ? scalar->type : element.node().type;
-    if (!is_numeric(type) || !fast::read_expression(equals + 1, fast::domain_of(type), value))
-        return give_up();
-    if (value.node().takes() || (scalar == nullptr && element.node().takes())) return give_up();
-    if (scalar != nullptr)
+    if (!fast::read_expression(equals + 1, fast::domain_of(type), value)) return give_up();
+    Node taking = value.node();
+    if (scalar == nullptr) taking.take_too(element.node());
+    begin_taking(taking.allocates || type == Type::STRING, taking.draws);
+    if (type == Type::STRING)
+        write_text(scalar, scalar != nullptr ? nullptr : &element.node(), value.root);
+    else if (scalar != nullptr)
         write_scalar(*scalar, value.root);
     else
         write_element(element.node(), value.root);
@@ -122,8 +135,8 @@ void Emitter::emit_if(Token* at) {
     const auto& record = as<fast::IfRecord>(at);
     fast::begin_statement();
     fast::Expression condition;
-    if (!fast::read_expression(at + 1, fast::Domain::whole, condition) || condition.node().takes())
-        return give_up();
+    if (!fast::read_expression(at + 1, fast::Domain::whole, condition)) return give_up();
+    begin_taking(condition.node().allocates, condition.node().draws);
     const Token* then = condition.end;
     if (then->kind == KW_THEN || then->kind == KW_GOTO) ++then;
     const bool to_line = then->kind == NUMBER;
@@ -195,10 +208,7 @@ void Emitter::find_top(const std::uint32_t& count, std::uint32_t most, int size)
 }
 
 Operand Emitter::field(const void* address, Register offset) {
-    Operand operand = place(address);
-    operand.index = static_cast<std::uint8_t>(offset);
-    operand.shift = 0;
-    return operand;
+    return place(address).with_index(offset, 0);
 }
 
 void Emitter::write_position(const Position& position, Operand memory) {
@@ -207,6 +217,14 @@ void Emitter::write_position(const Position& position, Operand memory) {
 }
 
 void Emitter::emit_gosub(Token* at) {
+    push_return(at);
+    end_then_part();
+    if (is_rehearsal) static_cast<void>(lead_to(as<fast::GosubRecord>(at).after));
+    go_on(at[1].number.target);
+}
+
+// Stacks where the GOSUB at `at`, or that behind the ON, returns to.
+void Emitter::push_return(const Token* at) {
     const auto& gosub = as<fast::GosubRecord>(at);
     GosubEntry& entry = control_stacks.gosubs[0];
     static_assert(__builtin_offsetof(GosubEntry, kind) % 4 == 0 &&
@@ -218,9 +236,39 @@ void Emitter::emit_gosub(Token* at) {
     load_token(Register::rax, gosub.after);
     code.emit(Operation::mov_store, Register::rax, field(&entry.token, Register::rdx));
     code.emit(Unary::inc_32, place(&control_stacks.gosub_count));
+}
+
+// ON with a list of lines. One that is not known yet is for the general handler to find.
+void Emitter::emit_on(Token* at) {
+    const auto& on = as<fast::OnRecord>(at);
+    fast::begin_statement();
+    fast::Expression number;
+    if (!fast::read_expression(at + 1, fast::Domain::whole, number)) return give_up();
+    begin_taking(number.node().allocates, number.node().draws);
+    whole(number.root, 0, 0);
+    const Register chosen = whole_register(0);
+    Label none_of_them;
+    code.emit(WithNumber::cmp, chosen, 0);
+    fail_if(Condition::less);
+    code.emit(WithNumber::sub, chosen, 1);
+    code.emit(WithNumber::cmp, chosen, on.count);
+    code.jump_if(Condition::not_below, none_of_them);
+    for (int i = 0; i != on.count; ++i) {
+        if (fast::listed_line(on.lines + 2 * i) != nullptr) continue;
+        code.emit(WithNumber::cmp, chosen, i);
+        code.jump_if(Condition::equal, current->branch);
+    }
+    const bool is_gosub = on.lines[-1].kind == KW_GOSUB;
+    if (is_gosub) push_return(at);
     end_then_part();
-    if (is_rehearsal) static_cast<void>(lead_to(gosub.after));
-    go_on(at[1].number.target);
+    for (int i = 0; i != on.count; ++i) {
+        Token* target = fast::listed_line(on.lines + 2 * i);
+        if (target == nullptr) continue;
+        code.emit(WithNumber::cmp, chosen, i);
+        code.jump_if(Condition::equal, lead_to(target));
+    }
+    code.bind(none_of_them);
+    go_on(on.after);
 }
 
 // The last entry of a stack, as find_top().
@@ -249,12 +297,59 @@ void Emitter::emit_return() {
 // Control goes on at the token in rdi: most often behind one of the statements of a kind, or at it.
 void Emitter::lead_to_one(std::uint8_t kind) {
     for (const Place* origin : region.natives()) {
-        if (is_rehearsal || origin->at->kind != kind) continue;
+        const bool is_on = kind == KW_GOSUB && origin->at->kind == KW_ON;
+        if (is_rehearsal || (origin->at->kind != kind && !is_on)) continue;
         Token* target = kind == KW_GOSUB ? as<fast::GosubRecord>(origin->at).after : origin->at;
         compare_token(target);
         code.jump_if(Condition::equal, lead_to(target));
     }
     code.jump(leaving_anywhere);
+}
+
+// ---- SWAP and READ --------------------------------------------------------------------------------
+
+// The address of a place in a register.
+void Emitter::find_place(const fast::Place& target, int wholes) {
+    const Operand memory =
+        target.is_element ? element(target.element.node(), 0, wholes) : place(target.storage);
+    code.emit(Operation::lea, whole_register(wholes), memory);
+}
+
+void Emitter::emit_swap(Token* at) {
+    fast::begin_statement();
+    fast::Place first;
+    fast::Place second;
+    if (!fast::read_place(at + 1, first) || !fast::read_place(first.end + 1, second)) return give_up();
+    begin_taking((first.is_element && first.element.node().allocates) ||
+                     (second.is_element && second.element.node().allocates),
+                 false);
+    find_place(first, 0);
+    find_place(second, 1);
+    const auto size = static_cast<int>(storage_size(first.type));
+    const Operation load = size == 2 ? Operation::movsx_16 : size == 4 ? Operation::mov_32 : Operation::mov;
+    const Operation store = size == 2   ? Operation::mov_store_16
+                            : size == 4 ? Operation::mov_store_32
+                                        : Operation::mov_store;
+    for (int i = 0; i < size; i += 8) {
+        const Operand one = korvane::native::at(whole_register(0), i);
+        const Operand other = korvane::native::at(whole_register(1), i);
+        code.emit(load, Register::rax, one);
+        code.emit(load, Register::rdx, other);
+        code.emit(store, Register::rax, other);
+        code.emit(store, Register::rdx, one);
+    }
+    load_variables();
+    go_on(as<fast::PlaceRecord>(at).after);
+}
+
+void Emitter::emit_read(Token* at) {
+    begin_taking(true, false);
+    load_token(whole_register(0), at);
+    call_with(reinterpret_cast<const void*>(fast::read_items), 1, 0, 0);
+    code.emit(Operation::movzx_8, Register::rax, Register::rax);
+    code.emit(Operation::test, Register::rax, Register::rax);
+    fail_if(Condition::equal);
+    go_on(as<fast::PlaceRecord>(at).after);
 }
 
 }  // namespace korvane::native

@@ -25,56 +25,65 @@ constexpr std::array<double, 23> powers_of_ten = {1e0,  1e1,  1e2,  1e3,  1e4,  
 constexpr std::int64_t highest_magnitude = 309;
 constexpr std::int64_t lowest_magnitude = -323;
 
-std::size_t skip_digits(std::string_view text, std::size_t position) {
-    while (position < text.size() && is_digit(text[position]))
-        position++;
-    return position;
-}
-
 // Digits that 64 bits hold, and room for one more unit.
 constexpr std::int64_t head_digits = 19;
 
 // A number as text: its mantissa's digits (with the point among them) and exponent.
 struct Decimal {
+    DecimalShape shape;
     std::string_view mantissa;  // from the first digit that is not zero; empty for zero
     std::uint64_t head;         // value of the first 19 or fewer digits of it
     std::int64_t digits;        // digits in the mantissa
     std::int64_t exponent;      // the number is the mantissa, read as an integer, times 10^exponent
 };
 
-// The exponent's value; saturates far outside the range that a text's length could bring back.
-std::int64_t read_exponent(std::string_view text) {
-    const bool negative = text[0] == '-';
-    if (negative || text[0] == '+') text.remove_prefix(1);
+// The exponent, if there is one behind the mantissa. Its value saturates far outside the range that a text's
+// length could bring back.
+void read_exponent(std::string_view text, Decimal& decimal) {
+    std::size_t position = decimal.shape.length;
+    const char letter = fold_to_upper(text[position]);
+    if (letter != 'E' && letter != 'D') return;
+    ++position;
+    const bool negative = position < text.size() && text[position] == '-';
+    if (negative || (position < text.size() && text[position] == '+')) ++position;
+    const std::size_t start = position;
     std::int64_t exponent = 0;
-    for (const char digit : text)
-        if (exponent < 1'000'000'000'000'000) exponent = 10 * exponent + (digit - '0');
-    return negative ? -exponent : exponent;
+    for (; position < text.size() && is_digit(text[position]); ++position)
+        if (exponent < 1'000'000'000'000'000) exponent = 10 * exponent + (text[position] - '0');
+    if (position == start) return;
+    decimal.shape.length = position;
+    decimal.shape.exponent_letter = letter;
+    decimal.exponent += negative ? -exponent : exponent;
 }
 
-Decimal parse(std::string_view number) {
+// The longest number at the beginning of a text.
+Decimal parse(std::string_view text) {
     Decimal decimal{};
-    std::size_t end = 0;
-    while (end < number.size() && (is_digit(number[end]) || number[end] == '.'))
-        end++;
-    if (end < number.size())
-        decimal.exponent = read_exponent({number.data() + end + 1, number.size() - end - 1});
-
-    bool after_point = false;
-    std::size_t start = end;
-    for (std::size_t i = 0; i < end; i++) {
-        if (number[i] == '.') {
-            after_point = true;
+    std::size_t position = 0;
+    std::size_t point = 0;
+    std::size_t start = 0;
+    for (; position < text.size(); ++position) {
+        const char character = text[position];
+        if (!is_digit(character)) {
+            if (character != '.' || decimal.shape.point) break;
+            decimal.shape.point = true;
+            point = position;
             continue;
         }
-        if (after_point) decimal.exponent--;
-        if (decimal.digits == 0 && number[i] == '0') continue;
-        if (decimal.digits == 0) start = i;
-        decimal.digits++;
+        if (decimal.digits == 0) {
+            if (character == '0') continue;
+            start = position;
+        }
+        ++decimal.digits;
         if (decimal.digits <= head_digits)
-            decimal.head = 10 * decimal.head + static_cast<std::uint64_t>(number[i] - '0');
+            decimal.head = 10 * decimal.head + static_cast<std::uint64_t>(character - '0');
     }
-    decimal.mantissa = {number.data() + start, end - start};
+    decimal.shape.digits = position - (decimal.shape.point ? 1 : 0);
+    if (decimal.shape.digits == 0) return {};
+    decimal.shape.length = position;
+    if (decimal.shape.point) decimal.exponent = -static_cast<std::int64_t>(position - point - 1);
+    if (decimal.digits != 0) decimal.mantissa = text.substr(start, position - start);
+    if (position < text.size()) read_exponent(text, decimal);
     return decimal;
 }
 
@@ -137,7 +146,7 @@ BigNatural read_digits(const Decimal& decimal, std::int64_t& exponent) {
 }
 
 // Exact long division of the number's numerator by its denominator to 64 bits and a rest.
-Scaled scale(const Decimal& decimal) {
+[[gnu::cold]] Scaled scale(const Decimal& decimal) {
     std::int64_t exponent = decimal.exponent;
     BigNatural numerator = read_digits(decimal, exponent);
     BigNatural denominator(1);
@@ -194,34 +203,7 @@ std::uint64_t convert(const Decimal& decimal, const Format& format) {
     return convert_quickly(decimal, format, bits) ? bits : round_to(format, scale(decimal));
 }
 
-}  // namespace
-
-DecimalShape scan_decimal(std::string_view text) {
-    DecimalShape shape{};
-    std::size_t position = skip_digits(text, 0);
-    shape.digits = position;
-    if (position < text.size() && text[position] == '.') {
-        const std::size_t end = skip_digits(text, position + 1);
-        shape.digits += end - position - 1;
-        shape.point = true;
-        position = end;
-    }
-    if (shape.digits == 0) return {};
-    shape.length = position;
-    if (position == text.size()) return shape;
-    const char letter = fold_to_upper(text[position]);
-    if (letter != 'E' && letter != 'D') return shape;
-    position++;
-    if (position < text.size() && (text[position] == '+' || text[position] == '-')) position++;
-    const std::size_t end = skip_digits(text, position);
-    if (end == position) return shape;
-    shape.exponent_letter = letter;
-    shape.length = end;
-    return shape;
-}
-
-double decimal_to_double(std::string_view number) {
-    const Decimal decimal = parse(number);
+double to_double(const Decimal& decimal) {
     // Both operands exact: the one rounding of the operation is the right one.
     constexpr std::int64_t exact = static_cast<std::int64_t>(powers_of_ten.size()) - 1;
     if (decimal.digits <= head_digits && decimal.head <= std::uint64_t{1} << 53) {
@@ -232,6 +214,17 @@ double decimal_to_double(std::string_view number) {
             return head / powers_of_ten[static_cast<std::size_t>(-decimal.exponent)];
     }
     return std::bit_cast<double>(convert(decimal, binary64));
+}
+
+}  // namespace
+
+DecimalShape scan_decimal(std::string_view text) {
+    return parse(text).shape;
+}
+
+LeadingNumber leading_decimal(std::string_view text) {
+    const Decimal decimal = parse(text);
+    return {to_double(decimal), decimal.shape.length};
 }
 
 double decimal_to_single(std::string_view number) {

@@ -22,9 +22,19 @@ struct DecimalShape {
 // Finds the longest number at the beginning of a text. An exponent letter without digits is not part of it.
 DecimalShape scan_decimal(std::string_view text);
 
+// The longest number at the beginning of a text, rounded as below, and how many characters it has; 0 when the
+// text does not begin with one.
+struct LeadingNumber {
+    double number;
+    std::size_t length;
+};
+LeadingNumber leading_decimal(std::string_view text);
+
 // The number that a text, whole as delimited by scan_decimal(), stands for: rounded to nearest, ties to even;
 // beyond the range an infinity, below it zero.
-double decimal_to_double(std::string_view number);
+inline double decimal_to_double(std::string_view number) {
+    return leading_decimal(number).number;
+}
 
 // The same rounded once to binary32 (subnormals and range included), as a binary64 number.
 double decimal_to_single(std::string_view number);

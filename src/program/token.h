@@ -37,7 +37,7 @@ inline constexpr int max_identifier_characters = 37;  // before the type suffix
 enum Resolution : std::uint8_t {
     UNRESOLVED = 0,
     RESOLVED_SCALAR,    // a VariableEntry, while `generation` is current
-    RESOLVED_ARRAY,     // a VariableEntry, while `generation` is current
+    RESOLVED_ARRAY,     // a VariableEntry, while `generation` is current and no array has been removed
     RESOLVED_FUNCTION,  // a BuiltInFunction, for good
 };
 
@@ -54,7 +54,7 @@ struct Token {
         std::uint8_t resolution;  // of an IDENTIFIER: a Resolution
         bool jump_known;          // of FOR, WHILE and IF: `jump` is set
     };
-    std::uint8_t unused_kind;
+    std::uint8_t removals;  // of a RESOLVED_ARRAY: how many arrays had been removed (variables.h), modulo 256
     std::uint32_t generation;  // clear generation at which `cached` or `execute` was taken
     union {
         struct {
@@ -91,7 +91,7 @@ struct Token {
     union {
         Execute execute;  // of a statement's first token: how to execute the statement
         struct {
-            std::uint32_t generation;
+            std::uint32_t stamp;
             std::uint8_t side;
             std::uint8_t chain;
             std::uint8_t length;

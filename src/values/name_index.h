@@ -25,6 +25,18 @@ class NameIndex {
 
     void clear() { fill_bytes(heads_.data(), 0xFF, sizeof heads_); }
 
+    // What names with the same first and next entries have in common. Names are zero-padded, and most of them
+    // have no more than eight characters.
+    static std::uint32_t slot(const char* name) {
+        std::uint64_t hash = 0;
+        for (int i = 0; i < name_capacity; i += 8) {
+            const auto characters = read_unaligned<std::uint64_t>(name + i);
+            if (characters == 0) break;
+            hash = (hash ^ characters) * 0x9E3779B97F4A7C15;
+        }
+        return static_cast<std::uint32_t>(hash >> 32) & (capacity - 1);
+    }
+
     // The first and the next entry that a name may belong to, or none.
     std::uint16_t first(const char* name) const { return heads_[slot(name)]; }
     std::uint16_t next(std::uint16_t entry) const { return next_[entry]; }
@@ -48,17 +60,6 @@ class NameIndex {
 
   private:
     static_assert((capacity & (capacity - 1)) == 0 && capacity < none);
-
-    // Names are zero-padded, and most of them have no more than eight characters.
-    static std::uint32_t slot(const char* name) {
-        std::uint64_t hash = 0;
-        for (int i = 0; i < name_capacity; i += 8) {
-            const auto characters = read_unaligned<std::uint64_t>(name + i);
-            if (characters == 0) break;
-            hash = (hash ^ characters) * 0x9E3779B97F4A7C15;
-        }
-        return static_cast<std::uint32_t>(hash >> 32) & (capacity - 1);
-    }
 
     using Links = std::array<std::uint16_t, capacity>;
 

@@ -182,7 +182,9 @@ Value function_str(const Value& number) {
 }
 
 Value function_val(const Value& text) {
-    return require_string(text) ? longest_number(text.text()) : Value::nothing();
+    if (!require_string(text)) return Value::nothing();
+    const Value number = longest_number(text.text());
+    return number.type == Type::NONE ? fail(message::overflow) : number;
 }
 
 Value function_hex(const Value& number) {

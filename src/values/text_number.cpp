@@ -3,8 +3,6 @@
 #include "numbers/decimal.h"
 #include "numbers/prefixed_number.h"
 #include "platform/characters.h"
-#include "program/errors.h"
-#include "program/messages.h"
 
 namespace korvane {
 namespace {
@@ -28,11 +26,6 @@ bool take_sign(std::string_view& text) {
     const bool negative = text.front() == '-';
     text.remove_prefix(1);
     return negative;
-}
-
-Value fail_with_overflow() {
-    raise(message::overflow);
-    return Value::nothing();
 }
 
 // Decimal digits that end the text; a magnitude of 2^64 or more is marked as too large.
@@ -84,8 +77,9 @@ NumberReading text_to_double(std::string_view text, double& number) {
     } else {
         const bool single = !text.empty() && text.back() == '!';
         if (single || (!text.empty() && text.back() == '#')) text.remove_suffix(1);
-        if (text.empty() || scan_decimal(text).length != text.size()) return NumberReading::not_a_number;
-        magnitude = single ? decimal_to_single(text) : decimal_to_double(text);
+        const LeadingNumber leading = leading_decimal(text);
+        if (text.empty() || leading.length != text.size()) return NumberReading::not_a_number;
+        magnitude = single ? decimal_to_single(text) : leading.number;
         if (__builtin_isinf(magnitude)) return NumberReading::too_large;
     }
     number = negative && magnitude != 0 ? -magnitude : magnitude;
@@ -105,28 +99,18 @@ NumberReading text_to_number(std::string_view text, Value& number) {
     return as_real;
 }
 
-bool cannot_overflow(std::string_view text) {
-    constexpr std::size_t fits_a_single = 38;  // digits
-    if (text.size() > fits_a_single) return false;
-    for (const char character : text) {
-        const char letter = fold_to_upper(character);
-        if (letter == 'E' || letter == 'D' || letter == '&') return false;
-    }
-    return true;
-}
-
 Value longest_number(std::string_view text) {
+    constexpr Value too_large = Value::of_integer(0, Type::NONE);
     skip_blanks(text);
     const bool negative = take_sign(text);
     if (const PrefixedNumber prefixed = scan_prefixed(text); prefixed.length != 0) {
-        if (prefixed.too_large) return fail_with_overflow();
+        if (prefixed.too_large) return too_large;
         Value value = narrowest_of_bits(prefixed.bits);
         if (negative) value.integer = negate(prefixed.bits);
         return value;
     }
-    const DecimalShape shape = scan_decimal(text);
-    const double magnitude = shape.length == 0 ? 0 : decimal_to_double(text.substr(0, shape.length));
-    if (__builtin_isinf(magnitude)) return fail_with_overflow();
+    const double magnitude = leading_decimal(text).number;
+    if (__builtin_isinf(magnitude)) return too_large;
     return Value::of_real(negative && magnitude != 0 ? -magnitude : magnitude);
 }
 

@@ -28,13 +28,9 @@ NumberReading text_to_double(std::string_view text, double& number);
 // The integer form, else the floating form.
 NumberReading text_to_number(std::string_view text, Value& number);
 
-// Whether the text cannot be too large a number: it is short and has neither an exponent nor a prefix. Then
-// VAL gives a DOUBLE.
-bool cannot_overflow(std::string_view text);
-
 // What VAL gives: after blanks and tabs the longest beginning of the text that is a number, as a correctly
-// rounded DOUBLE; 0 when there is none. &H and &O forms give an integer, typed like a literal's. Raises
-// "Overflow" for what is too large for text_to_double().
+// rounded DOUBLE; 0 when there is none. &H and &O forms give an integer, typed like a literal's. Of type NONE
+// for what is too large for text_to_double(). Raises nothing.
 Value longest_number(std::string_view text);
 
 }  // namespace korvane

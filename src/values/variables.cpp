@@ -8,6 +8,7 @@
 #include "program/messages.h"
 #include "program/parse.h"
 #include "program/tokenizer.h"
+#include "values/array_keepers.h"
 #include "values/name_index.h"
 
 namespace korvane {
@@ -45,7 +46,7 @@ void clear_variables() {
     variables.array_base = 0;
     variables.index_stale = false;
     names.clear();
-    variables.absence_assumed = false;
+    variables.absent_names = 0;
     reset_default_types();
 }
 
@@ -86,9 +87,17 @@ void note_written_table(std::uint64_t offset, std::uint64_t size) {
     if (!value_only) note_written_names();
 }
 
+static std::uint64_t bit_of_name(const char* name) {
+    return std::uint64_t{1} << names.slot(name) % 64;
+}
+
+void assume_absence(const char* name) {
+    variables.absent_names |= bit_of_name(name);
+}
+
 void forget_absence() {
-    if (!variables.absence_assumed) return;
-    variables.absence_assumed = false;
+    if (variables.absent_names == 0) return;
+    variables.absent_names = 0;
     ++arenas.generation;
 }
 
@@ -97,7 +106,7 @@ VariableEntry* create_variable(const char* name, bool is_array) {
         raise(message::too_many_variables);
         return nullptr;
     }
-    forget_absence();
+    if (!is_array && (variables.absent_names & bit_of_name(name)) != 0) forget_absence();
     refresh_index();
     VariableEntry& entry = variables.table[variables.count++];
     fill_bytes(&entry, 0, sizeof entry);
@@ -109,13 +118,18 @@ VariableEntry* create_variable(const char* name, bool is_array) {
     return &entry;
 }
 
-void remove_variable(VariableEntry* entry) {
+void remove_array(VariableEntry* entry) {
     refresh_index();
     VariableEntry* end = variables.table + variables.count;
+    const ArrayBlock* array = entry->array;
+    const VariableEntry* scalar = entry;
+    while (scalar != end && scalar->is_array())
+        ++scalar;
     names.remove(entry->name, static_cast<std::uint16_t>(entry - variables.table), variables.count);
     move_bytes(entry, entry + 1, static_cast<std::size_t>(end - (entry + 1)) * sizeof(VariableEntry));
     --variables.count;
-    ++arenas.generation;
+    // Names tell the removals from one another modulo 256.
+    if (++variables.removals % 256 == 0 || scalar != end || !forget_array_keepers(array)) ++arenas.generation;
 }
 
 void remember_variable(Token& name, VariableEntry* entry) {
@@ -126,11 +140,13 @@ void remember_variable(Token& name, VariableEntry* entry) {
     }
     name.resolution = entry->is_array() ? RESOLVED_ARRAY : RESOLVED_SCALAR;
     name.generation = arenas.generation;
+    name.removals = static_cast<std::uint8_t>(variables.removals);
     name.cached = entry;
 }
 
 VariableEntry* find_array(Token& name) {
-    if (name.resolution == RESOLVED_ARRAY && name.generation == arenas.generation)
+    if (name.resolution == RESOLVED_ARRAY && name.generation == arenas.generation &&
+        name.removals == static_cast<std::uint8_t>(variables.removals))
         return static_cast<VariableEntry*>(name.cached);
     VariableEntry* entry = find_variable(name.name, true);
     if (entry != nullptr) remember_variable(name, entry);

@@ -46,8 +46,11 @@ struct Variables {
     std::uint32_t count;
     std::int64_t array_base;  // 0 or 1
     bool index_stale;         // names in the table have changed without the index
-    bool absence_assumed;     // a specialised statement reads a name that has no variable yet
-    Type default_types[26];   // of unsuffixed names, by first letter
+    // Of names without a variable that specialised statements read: a bit for each 64th of all names
+    // (forget_absence).
+    std::uint64_t absent_names;
+    std::uint32_t removals;  // arrays that have been removed, ever
+    Type default_types[26];  // of unsuffixed names, by first letter
 };
 extern Variables variables;
 
@@ -80,20 +83,31 @@ inline void note_written_memory(std::uint64_t address, std::uint64_t size) {
     if (offset < variable_table_size || offset + size < size) note_written_table(offset, size);
 }
 
-// Ends what was specialised on the assumption that names have no variable: before one is created, or the
-// types of unset names change.
+// Notes that a specialised statement reads the name as one without a variable.
+void assume_absence(const char* name);
+
+// Ends what was specialised on the assumption that names have no variable: before one of them gets one, or
+// the types of unset names change.
 void forget_absence();
 
 // Appends an entry; raises "Too many variables" and gives null when the table is full.
 VariableEntry* create_variable(const char* name, bool is_array);
 
-// Takes an entry out of the table; later ones move down a place, and cached references become stale.
-void remove_variable(VariableEntry* entry);
+// Takes an array out of the table; later entries move down a place. Names of arrays are found anew, and
+// statements that keep the array's address are specialised anew; the clear generation ends only when scalars
+// move, or when it is not known what keeps the address (values/array_keepers.h).
+void remove_array(VariableEntry* entry);
 
 // The scalar of the name at the cursor, found or created; skips the name. Null after an error.
 VariableEntry* find_or_create_scalar(Cursor& cursor);
 
-// Remembers in a name token what it resolved to, until the next clear generation.
+// What stays the same for as long as no array is removed and no clear generation ends.
+inline std::uint32_t array_stamp() {
+    return arenas.generation + variables.removals;
+}
+
+// Remembers in a name token what it resolved to, until the next clear generation; an array until one is
+// removed.
 void remember_variable(Token& name, VariableEntry* entry);
 
 // The array of a name token, remembered from the last time if that is still good; null when there is none.

@@ -23,6 +23,11 @@ DRAWS = ["RND", "RND*9", "INT(RND*6)", "RND(1)", "RND(0)", "RND(-C%)", "FNR(6)",
 GROWING = [("A", "*1E60"), ("G!", "*1E9!"), ("C%", "+9999"), ("E&", "*700&"), ("K&&", "*70000&&"), ("L#", "*L#+1E9"),
            ("F&", "-999999999"), ("D%", "-D%*3-1"), ("K&&", "-4611686018427387904&&"), ("H!", "/.0000001")]
 STEPS = ["", " STEP 2", " STEP .5", " STEP -1", " STEP 3"]
+# Arrays that go and come back, some of another size, at the end of the table of variables.
+PASSING_ARRAYS = [
+    "ERASE Q%: DIM Q%(5)", "ERASE P: DIM P(5)", "ERASE P: DIM P(J AND 7)", "ERASE N$,V!: DIM N$(5),V!(6)",
+    "ERASE W: DIM W(4,5)", "ERASE V!,P: DIM P(5),V!(5)",
+]
 
 
 class ProgramMaker:
@@ -57,7 +62,8 @@ class ProgramMaker:
             (5, lambda: f"({self.relation(depth - 1)})"),
             (6, lambda: self.element(depth)),
             (3, lambda: f"{choose(['INT', 'ABS', 'SGN', 'FIX', 'CINT', 'SQR', 'SIN'])}({inner()})"),
-            (2, lambda: f"{choose(['FNA', 'FNC'])}({inner()})"),
+            (2, lambda: f"{choose(['FNA', 'FNC', 'FND%', 'FNG!', 'FNK&&', 'FNH'])}({inner()})"),
+            (1, lambda: choose([f"FNL({self.text(depth - 1)})", f"FNM%({self.text(0)},{inner()})", "FNQ"])),
             (1, lambda: f"FNB({inner()},{inner()})"),
             (2, lambda: f"{choose(['LEN', 'ASC'])}({self.text(depth - 1)})"),
             (2, lambda: f"INSTR({choose(['', '', self.number(0) + ','])}{self.text(depth - 1)},{self.text(0)})"),
@@ -96,6 +102,7 @@ class ProgramMaker:
             (2, lambda: f"SPACE$({self.random.choice(COUNTS)})"),
             (2, lambda: f"STRING$({self.random.choice(COUNTS)},{self.pick([(1, inner), (1, lambda: '45')])})"),
             (5, lambda: f"N$({self.subscript(1)})"),
+            (2, lambda: f"FNT$({inner()},{self.number(0)})"),
         ])
 
     def relation(self, depth):
@@ -145,12 +152,33 @@ class ProgramMaker:
         return (f"T1=0: FOR {name}={self.number(1)} TO {self.number(1)}{step}: "
                 f"T1=T1+1: {self.statement(0)}: IF T1<20 THEN NEXT {name}")
 
+    def hot_text(self, counter):
+        """What native code does with texts, and what it calls: some of it fails at a turn that is not the first."""
+        choose, text = self.random.choice, self.random.choice(STRINGS)
+        return choose([
+            f"{text}={text}+{self.text(1)}:IF LEN({text})>200 THEN {text}=MID$({text},{counter},9)",
+            f"{text}=MID$({self.text(1)},{counter},{choose('0123')})+CHR$({choose(['65', '250', '-3'])}+{counter})",
+            f"N$({choose([counter, counter + ' MOD 6'])})={self.text(2)}",
+            "IF N$(I)<N$(J) THEN SWAP N$(I),N$(J)", f"IF {self.text(1)}{choose(RELATIONS)}{self.text(1)} THEN X=X+1",
+            f"IF MID$({text},{counter},1)=\"{choose('abxX')}\" THEN B=B+1 ELSE {text}={self.text(2)}",
+            self.swap(), f"SWAP N$({counter} AND {choose('37')}),{text}", f"SWAP P({counter} MOD 6),A",
+            self.read() + f":IF {counter} MOD 5=0 THEN RESTORE", f"READ N$({counter} MOD 6)",
+            f"ON {counter} MOD 4 GOSUB 9000,9100,9000", f"ON {self.number(1)} GOSUB 9100,9000",
+            f"ON {counter} GOTO 8000,8010,8010",
+            f"X=X+LEN({text})*ASC({self.text(0)})+INSTR({text},\"a\")", f"A={choose(DRAWS)}+{counter}",
+            f"P(INT(RND*6))={choose(['RND', self.number(1)])}",
+            f"Q%(LEN({self.text(1)}))={choose(['FRE(0)', counter])}",
+            f"X=FNL({text})+FNM%({text},{counter})+FNQ", f"{text}=FNT$({self.text(1)},{counter})",
+            f"G!=FNG!({counter})+FND%({counter}):K&&=FNK&&({counter})+FNH(X)",
+            f"X=PEEK(FREETOP)+PEEK16(VARPTR(B))+POS(0)+VAL(STR$({counter}))", f"IF RND>.5 THEN {text}={self.text(1)}",
+        ])
+
     def hot_loop(self):
         """A loop of many turns over what native code is made for: sums, elements in and out of bounds, overflow."""
         choose = self.random.choice
         name, growth = choose(GROWING)
         counter = choose(["T4", "T4%", "T4&", "T4!", "T4&&"])
-        body = choose([
+        body = self.hot_text(counter) if self.random.random() < 0.5 else choose([
             f"{name}={name}{growth}", f"{name}={self.number(2)}", f"P(T4 AND 7)=P({choose(['I', 'J', 'T4 AND 3'])})+{self.number(1)}",
             f"Q%({counter})={self.number(1)}", f"W({choose('012I')},{counter} MOD 6)={self.element(1)}+{name}",
             f"IF {self.relation(2)} THEN {name}={name}+1 ELSE J={self.number(1)}", "GOSUB 9100",
@@ -163,7 +191,8 @@ class ProgramMaker:
         if kind == 0:
             return f"FOR {counter}=0 TO {choose([6, 20, 60])}:{body}{more}:NEXT {choose(['', counter])}"
         if kind == 1:
-            return f"{counter}=0:WHILE {counter}<{choose([6, 20, 60])}:{counter}={counter}+1:{body}{more}:WEND"
+            limit = choose(["6", "20", "60", "LEN(S$)+5", "LEN(S$+T$)+9", "9+RND*9"])
+            return f"{counter}=0:WHILE {counter}<{limit}:{counter}={counter}+1:{body}{more}:WEND"
         return f"FOR T5=1 TO 3:FOR {counter}=T5 TO {choose([3, 9])}:{body}:NEXT{more}:NEXT"
 
     def statement(self, nesting=1):
@@ -179,7 +208,7 @@ class ProgramMaker:
             (2, lambda: "GOSUB 9100"),
             (3, self.read),
             (1, lambda: "RESTORE"),
-            (2, lambda: "ERASE Q%: DIM Q%(5)"),
+            (4, lambda: self.random.choice(PASSING_ARRAYS)),
             (2, lambda: "PRINT FRE(0)"),
             (1, lambda: f"DEF FNA(X)=X*2+{self.number(1)}"),
             (2, lambda: "PRINT"),
@@ -218,7 +247,9 @@ class ProgramMaker:
             "1 ON ERROR GOTO 9500",
             "2 DIM P(5),Q%(5),R&(4,4),V!(5),W(4,4),Z&&(5),N$(5)",
             "3 DEF FNA(X)=X*2+1: DEF FNB(X,Y%)=X/2+Y%: DEF FNC(M!)=FNA(M!)+1: DEF FNR(X)=INT(RND*X)+1",
-            "4 CNT=0: Y$=STRING$(3,45)",  # so that some string space is in use
+            "4 DEF FND%(X%)=X%*3: DEF FNG!(X!)=X!/3: DEF FNK&&(X&&)=X&&*X&&-1: DEF FNH(X)=X+LEN(S$)+RND",
+            "5 DEF FNL(T$)=LEN(T$+U$): DEF FNM%(T$,X%)=ASC(T$)+X%: DEF FNQ=RND+A: DEF FNT$(T$,X)=MID$(T$,X)+S$",
+            "6 CNT=0: Y$=STRING$(3,45)",  # so that some string space is in use
         ]
         count = self.random.randint(5, 25)
         for number in range(10, 10 + 10 * count, 10):

@@ -175,10 +175,6 @@ class Sweep {
   private:
     using Arm = std::function<void()>;
 
-    static std::uint64_t uses(std::size_t service) {
-        return machine->firmware().faults().uses(static_cast<Service>(service));
-    }
-
     static string program_text() {
         string text;
         for (std::uint32_t i = 0; i < program.count; ++i)
@@ -205,10 +201,9 @@ class Sweep {
 
     void sweep(const Tried& one) {
         ++lines_;
-        std::array<std::uint64_t, host::service_count> before{};
+        Uses used;
         const bool goes_on = play_line(one, [&] {
-            for (std::size_t i = 0; i < before.size(); ++i)
-                before[i] = uses(i);
+            used.begin();
             machine->firmware().volume().lie_at(0, Lie::none);
         });
         if (!goes_on) {
@@ -217,18 +212,15 @@ class Sweep {
         }
         program_after_ = program_text();
         said_undisturbed_ = said();
-        std::array<std::uint64_t, host::service_count> used{};
-        for (std::size_t i = 0; i < used.size(); ++i)
-            used[i] = uses(i) - before[i];
+        used.end();
         const std::uint64_t volume_uses = machine->firmware().volume().uses();
-        list(one, used);
-        for (std::size_t i = 0; i < used.size(); ++i)
-            if (used[i] != 0) fail_service(one, static_cast<Service>(i), std::min(used[i], most_uses));
+        if (lists_) used.print(one.line);
+        for (const Service service : used.services())
+            fail_service(one, service, std::min(used.of(service), most_uses));
         for (const Lie lie : lies)
             for (std::uint64_t use = 1; use <= std::min(volume_uses, most_uses); ++use)
-                try_failure(one,
-                            "lie " + std::to_string(static_cast<int>(lie)) + " at use " + std::to_string(use),
-                            lie == Lie::pulled_stick, [=] { machine->firmware().volume().lie_at(use, lie); });
+                try_failure(one, words_for(lie, use), lie == Lie::pulled_stick,
+                            [=] { machine->firmware().volume().lie_at(use, lie); });
     }
 
     void fail_service(const Tried& one, Service service, std::uint64_t count) {
@@ -238,9 +230,7 @@ class Sweep {
         for (std::uint64_t use = 1; use <= count; ++use) {
             for (const uefi::Status status : failing_statuses) {
                 for (const bool once : {true, false}) {
-                    const string how = string(host::service_name(service)) + " use " + std::to_string(use) +
-                                       (once ? " once" : " and on") + ", status " +
-                                       std::to_string(status & ~uefi::error_bit);
+                    const string how = words_for(service, use, once, status);
                     const std::uint64_t times = once ? 1 : for_good;
                     try_failure(
                         one, how, false,
@@ -298,16 +288,6 @@ class Sweep {
         if (wrong_ <= 60) std::printf("WRONG: %s (%s): %s\n", one.line.c_str(), how.c_str(), what.c_str());
     }
 
-    void list(const Tried& one, const std::array<std::uint64_t, host::service_count>& used) const {
-        if (!lists_) return;
-        std::printf("%s:", one.line.c_str());
-        for (std::size_t i = 0; i < used.size(); ++i)
-            if (used[i] != 0)
-                std::printf(" %s %llu", string(host::service_name(static_cast<Service>(i))).c_str(),
-                            static_cast<unsigned long long>(used[i]));
-        std::printf("\n");
-    }
-
     // Every statement of the table of handlers and every explorer command has a row.
     void require_every_word() {
         std::array<bool, 256> tried{};
@@ -342,7 +322,7 @@ class Sweep {
             const auto service = static_cast<Service>(i);
             if (swept_.contains(service) || at_start.contains(service) || of_native_code.contains(service))
                 continue;
-            const bool used = uses(i) != 0;
+            const bool used = uses_so_far(service) != 0;
             if (never.contains(service) && !used) continue;
             wrong({"", string(host::service_name(service)), ""}, "table", "a service without a sweep");
         }

@@ -110,10 +110,6 @@ class Sweep {
   private:
     using Arm = std::function<void()>;
 
-    static std::uint64_t uses(std::size_t service) {
-        return machine->firmware().faults().uses(static_cast<Service>(service));
-    }
-
     static Stop start_with(const Start& start, const Arm& arm) {
         begin_input();
         Hardware hardware = usual_hardware();
@@ -126,28 +122,24 @@ class Sweep {
     }
 
     void sweep(const Start& start) {
-        std::array<std::uint64_t, host::service_count> used{};
+        Uses used;
         const Stop why = start_with(start, [&] {
-            for (std::size_t i = 0; i < used.size(); ++i)
-                used[i] = uses(i);
+            used.begin();
             machine->firmware().volume().lie_at(0, Lie::none);
         });
-        for (std::size_t i = 0; i < used.size(); ++i)
-            used[i] = uses(i) - used[i];
+        used.end();
         const std::uint64_t volume_uses = machine->firmware().volume().uses();
-        list(start, used);
+        if (lists_) used.print(string(start.name));
         if (why != start.undisturbed) {
             wrong(start, "undisturbed", "it ends elsewhere");
             return;
         }
         if (why == Stop::waits) check_prompt(start, "undisturbed", false, false);
-        for (std::size_t i = 0; i < used.size(); ++i)
-            if (used[i] != 0) fail_service(start, static_cast<Service>(i), std::min(used[i], most_uses));
+        for (const Service service : used.services())
+            fail_service(start, service, std::min(used.of(service), most_uses));
         for (const Lie lie : lies)
             for (std::uint64_t use = 1; use <= std::min(volume_uses, most_uses); ++use)
-                try_failure(start,
-                            "lie " + std::to_string(static_cast<int>(lie)) + " at use " + std::to_string(use),
-                            nullptr, lie == Lie::pulled_stick,
+                try_failure(start, words_for(lie, use), nullptr, lie == Lie::pulled_stick,
                             [=] { machine->firmware().volume().lie_at(use, lie); });
     }
 
@@ -158,9 +150,7 @@ class Sweep {
         for (std::uint64_t use = 1; use <= count; ++use)
             for (const uefi::Status status : failing_statuses)
                 for (const bool once : {true, false}) {
-                    const string how = string(host::service_name(service)) + " use " + std::to_string(use) +
-                                       (once ? " once" : " and on") + ", status " +
-                                       std::to_string(status & ~uefi::error_bit);
+                    const string how = words_for(service, use, once, status);
                     try_failure(start, how, &service, false, [=] {
                         machine->firmware().faults().arm({{service, use, once ? 1 : for_good, status}});
                     });
@@ -228,16 +218,6 @@ class Sweep {
         if (wrong_ <= 60)
             std::printf("WRONG: %.*s (%s): %s\n", static_cast<int>(start.name.size()), start.name.data(),
                         how.c_str(), what.c_str());
-    }
-
-    void list(const Start& start, const std::array<std::uint64_t, host::service_count>& used) const {
-        if (!lists_) return;
-        std::printf("%.*s:", static_cast<int>(start.name.size()), start.name.data());
-        for (std::size_t i = 0; i < used.size(); ++i)
-            if (used[i] != 0)
-                std::printf(" %s %llu", string(host::service_name(static_cast<Service>(i))).c_str(),
-                            static_cast<unsigned long long>(used[i]));
-        std::printf("\n");
     }
 
     // What the tests of statements leave to these.

@@ -3,7 +3,10 @@
 
 #include <array>
 #include <cstdint>
+#include <string>
+#include <vector>
 
+#include "machine.h"
 #include "platform/uefi.h"
 #include "volume.h"
 
@@ -22,5 +25,26 @@ inline constexpr std::uint64_t most_uses = 40;
 
 // So often that nobody sees the end of it.
 inline constexpr std::uint64_t for_good = 1'000'000;
+
+// How often a service has been used since the program began.
+std::uint64_t uses_so_far(host::Service service);
+
+// How often each service is used, from begin() to end().
+class Uses {
+  public:
+    void begin();
+    void end();
+    std::uint64_t of(host::Service service) const { return counts_[static_cast<std::size_t>(service)]; }
+    std::vector<host::Service> services() const;  // that are used at all
+    // On a line of its own, behind what has used them.
+    void print(const std::string& user) const;
+
+  private:
+    std::array<std::uint64_t, host::service_count> counts_{};
+};
+
+// How a service fails, in words.
+std::string words_for(host::Service service, std::uint64_t use, bool once, uefi::Status status);
+std::string words_for(Lie lie, std::uint64_t use);
 
 }  // namespace korvane::fuzz

@@ -1,6 +1,6 @@
 """The theme "hot loops": loops of what native code is made for, and every way out of it. Numbers of all types grow until
-they overflow or leave the bounds of an array; arrays come and go, functions are defined anew and handlers resume while the
-loops run; the program is broken off, looked at, edited and gone on with."""
+they overflow or leave the bounds of an array; texts are cut, joined, compared and swapped; arrays come and go, functions
+are defined anew and handlers resume while the loops run; the program is broken off, looked at, edited and gone on with."""
 
 SUFFIXES = ["", "#", "!", "%", "&", "&&"]
 # A value from which a few doublings or squarings overflow, for each type.
@@ -29,7 +29,18 @@ class Loops:
 
     def leaf(self):
         return self.choose(self.variable(), self.variable(), self.variable(), "I", "J", self.literal(), self.literal(),
-                           self.element())
+                           self.element(), self.called() if self.chance(50) else "A")
+
+    def text(self):
+        number = self.choose("I", "J", "2", "0", "A", "B%", "J-2")
+        return self.choose("S$", "T$", "U$", f"P$({number})", '"abc"', 'S$+"x"', f"MID$(S$,{number},2)", f"LEFT$(T$,{number})",
+                           f"RIGHT$(S$,{number})", "CHR$(65+I)", "STR$(J)", "FND$(T$)", "T$+P$(J)+U$")
+
+    def called(self):
+        """A number that native code has a function for, or a step."""
+        return self.choose("RND", "RND(1)", "INT(RND*6)", "PEEK(VARPTR(A))", f"LEN({self.text()})", f"ASC({self.text()})",
+                           f'INSTR({self.text()},"x")', "VAL(STR$(I))", "ERR", "FNC%(B)", f"FNE!(A,{self.text()})", "FNG",
+                           'CVI(S$+"ab")')
 
     def subscript(self):
         return self.choose("I", "J", "1", "0", str(BOUND), "I AND 3", "I MOD 5", "A%", "J-1", "I+1", "K",
@@ -58,7 +69,7 @@ class Loops:
         sides = [self.number(depth), self.choose("=", "<>", "<", ">", "<=", ">="), self.number(depth)]
         more = self.choose("", "", " AND ", " OR ")
         if self.chance(15):
-            return f"{self.choose('S$', 'T$')}{sides[1]}{self.choose('T$', 'U$', chr(34) + 'abc' + chr(34))}"
+            return f"{self.text()}{sides[1]}{self.text()}"
         return "".join(sides) + (more + self.condition(0) if more else "")
 
     def assignment(self):
@@ -73,6 +84,12 @@ class Loops:
             *[self.assignment] * 12, lambda: "GOSUB 500", lambda: "GOSUB 520", lambda: f"ON 1+(I AND 1) GOSUB 500,520",
             lambda: f"SWAP A{self.kinds[0]},B{self.kinds[0]}", lambda: "READ D:RESTORE",
             lambda: self.choose('S$=S$+"x"', "T$=LEFT$(S$,3)", "U$=S$", "SWAP S$,T$", 'S$="abc"'),
+            lambda: f"{self.choose('S$', 'T$', 'P$(I)', 'P$(I AND 3)')}={self.text()}"
+                    ':IF LEN(S$+T$)>99 THEN S$="":T$=S$',
+            lambda: self.choose("IF P$(I)<P$(J) THEN SWAP P$(I),P$(J)", f"SWAP P$({self.subscript()}),U$",
+                                "READ P$(J):RESTORE",
+                                f"READ {self.variable()}", f"ON {self.leaf()} GOSUB 500,520",
+                                f"SWAP M({self.subscript()}),M(J)", f"{self.variable()}={self.called()}"),
             lambda: self.choose("ERASE M%:DIM M%(6)", "DIM L(2):ERASE L", f"DEF FNA(X)=X+{self.literal()}", "CN=CN+1",
                                 f"Z{self.choose('1', '2', '3')}={self.literal()}", "PRINT A;", "X=FRE(0)",
                                 f"ERROR {self.choose(5, 77)}"),
@@ -107,8 +124,9 @@ class Loops:
 
 def hot_loops(maker):
     loops, choose, chance = Loops(maker), maker.choose, maker.chance
-    dimensions = ",".join(f"{name}({','.join([str(BOUND)] * count)})" for name, count in ARRAYS)
-    lines = [f"10 DIM {dimensions}:T=0:E=0", "20 DEF FNA(X)=X*2+1:DEF FNB(X,Y)=X-Y/2"]
+    dimensions = ",".join(f"{name}({','.join([str(BOUND)] * count)})" for name, count in [*ARRAYS, ("P$", 1)])
+    lines = [f"10 DIM {dimensions}:T=0:E=0", "20 DEF FNA(X)=X*2+1:DEF FNB(X,Y)=X-Y/2",
+             "25 DEF FNC%(X%)=X%*3:DEF FND$(S$)=S$+\"!\":DEF FNE!(X!,S$)=X!/3+LEN(S$):DEF FNG=RND+A"]
     lines += ["30 ON ERROR GOTO 600"] * chance(85)
     lines += [f"40 {name}={loops.literal()}" for name in [choose("A", "B%", "C&", "B!", "A&&")]] * chance(50)
     lines += [choose("50 ON TIMER(1) GOSUB 560:TIMER ON", "50 ON TIMER(.01) GOSUB 560:TIMER ON")] * chance(5)

@@ -81,15 +81,13 @@ bool type_all(std::initializer_list<string_view> lines) {
         lines.begin(), lines.end(), [](string_view line) { return type(line); });
 }
 
-// ---- Sessions
-// -------------------------------------------------------------------------------------------------
+// ---- Sessions ---------------------------------------------------------------------------------------
 
 void prepare_explorer() {
     prepare_program({"10 A%=1", "20 A$=\"text\"", "RUN", "KORVANE"});
 }
 
-// ---- Files
-// ----------------------------------------------------------------------------------------------------
+// ---- Files ------------------------------------------------------------------------------------------
 
 bool play_program(string_view input) {
     machine->firmware().volume().put_file("F.BAS", string(input));
@@ -144,8 +142,7 @@ bool play_directory(string_view input) {
                      "KORVANE", "DIRFS 0", "DIRFS 0 D", "OS", "X"});
 }
 
-// ---- The machine
-// ----------------------------------------------------------------------------------------------
+// ---- The machine ------------------------------------------------------------------------------------
 
 // A byte of shape, then what the disk begins with; blocks in the middle and at the end can be given too.
 bool play_disk(string_view input) {

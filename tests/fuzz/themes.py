@@ -579,6 +579,34 @@ def direct(maker):
     return lines + ["VARINFO FULL"]
 
 
+def shared_loops(maker):
+    """Long loops that lie half in typed lines and half in the program, one after the other. What a line means has to end with
+    it: the next one lies in the same place, is as long, and often differs in nothing but a name or a number."""
+    choose, chance = maker.choose, maker.chance
+    turns = lambda: maker.random.randint(600, 900)
+    shapes = {
+        "for": lambda name, step: f"FOR I=1 TO {turns()}:{name}={name}+{step}:GOTO 100",
+        "back": lambda name, step: f"FOR I={turns()} TO 1 STEP -1:{name}={name}+{step}:GOTO 100",
+        "called": lambda name, step: f"FOR I=1 TO {turns()}:GOSUB 200:{name}={name}+{step}:NEXT",
+        "chosen": lambda name, step: f"FOR I=1 TO {turns()}:IF I AND 1 THEN {name}={name}+{step}:GOTO 100 ELSE GOTO 100",
+        "while": lambda name, step: f"W=0:WHILE W<{turns()}:{name}={name}+{step}:W=W+1:GOTO 120",
+        "inner": lambda name, step: f"FOR J=1 TO 3:FOR I=1 TO {turns() // 2}:{name}={name}+{step}:GOTO 100",
+        "whole": lambda name, step: f"FOR I=1 TO {turns()}:{name}={name}+{step}:NEXT:GOTO 110",
+        "jump": lambda name, step: f"I=0:{name}={name}+{step}:GOTO 130",
+        "text": lambda name, step: f'FOR I=1 TO {turns()}:{name}={name}+{step}:A$="{choose("x", "y")}":GOTO 100',
+    }
+    show = "PRINT A;B;C;X;Y;N%;S!;I;A$"
+    lines = ["5 A=0", f"100 {choose('NEXT', 'NEXT I', 'Y=Y+1:NEXT')}", f"110 {show}:END",
+             f"120 {choose('WEND', 'X=X+1:WEND')}", f"125 {show}:END", f"130 I=I+1:X=X+I:IF I<{turns()} THEN 130", f"140 {show}:END",
+             f"200 {choose('X=X+1', 'A=A+2', 'N%=N%+1', 'S!=S!*2')}:RETURN"]
+    kinds = [choose(*shapes) for _ in range(choose(1, 1, 2))]
+    lines += [choose("GOTO 110", "DIM M(9)", "RUN")] * chance(40)
+    for _ in range(maker.random.randint(3, 6)):
+        lines.append(":" * choose(0, 0, 0, 1) + shapes[choose(*kinds)](choose("A", "B", "C", "N%", "S!"), choose(*"123")))
+        lines += [choose(show, "NEXT", "WEND", "150 REM", "GOTO 100", "A=0", "A$=A$", "DEFINT B", "100 NEXT", "CLEAR")] * chance(25)
+    return lines + [show, "VARINFO FULL"]
+
+
 # ---- Arguments that are held
 
 def arguments(maker):
@@ -638,7 +666,8 @@ THEMES = {
     "input breaks": ("interrupted", input_breaks), "poll breaks": ("interrupted", poll_breaks),
     "counted loops": ("bound", counted_loops), "deep": ("images", deep), "hot loops": ("images", hot_loops),
     "failing files": ("fails like ERROR", failing_files), "chains": ("chained", chains),
-    "arguments": ("images", arguments), "direct": ("images", direct), "costs": ("costs", costs),
+    "arguments": ("images", arguments), "direct": ("images", direct),
+    "shared loops": ("images", shared_loops), "costs": ("costs", costs),
 }
 
 

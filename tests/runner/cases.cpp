@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
+#include <map>
 
 namespace korvane::transcript {
 
@@ -24,10 +26,24 @@ std::vector<std::filesystem::path> transcript_files(const std::vector<std::files
     return files;
 }
 
+// The cases that a file names, one on each line, in its order.
+std::vector<Case> named_cases(std::vector<Case> cases, const std::filesystem::path& names) {
+    std::map<std::string, std::size_t> places;
+    std::ifstream file(names);
+    for (std::string name; std::getline(file, name);)
+        places.emplace(name, places.size());
+    std::erase_if(
+        cases, [&](const Case& test) { return !places.contains(name_of(test)); });
+    std::stable_sort(cases.begin(), cases.end(), [&](const Case& left, const Case& right) {
+        return places.at(name_of(left)) < places.at(name_of(right));
+    });
+    return cases;
+}
+
 }  // namespace
 
 test::ProgramOptions CaseChoice::options() {
-    return {{"--filter", &filter}, {"--show", &play.show}, {"--jobs", &jobs}};
+    return {{"--filter", &filter}, {"--named", &named}, {"--show", &play.show}, {"--jobs", &jobs}};
 }
 
 std::string name_of(const Case& test) {
@@ -41,7 +57,7 @@ std::vector<Case> read_cases(const CaseChoice& choice, std::vector<std::string>&
             if (name_of(test).find(choice.filter) != std::string::npos) cases.push_back(std::move(test));
     for (const std::string& problem : problems)
         std::printf("%s\n", problem.c_str());
-    return cases;
+    return choice.named.empty() ? cases : named_cases(std::move(cases), choice.named);
 }
 
 std::string start_machine(const Case& like, std::unique_ptr<host::Machine>& machine,

@@ -17,6 +17,7 @@ namespace korvane::transcript {
 struct CaseChoice {
     std::vector<std::filesystem::path> inputs;  // files, and folders of files
     std::string filter;                         // only cases whose name contains this
+    std::filesystem::path named;                // only cases that this file names, in its order
     unsigned jobs = 4;                          // processes to use
     PlayOptions play;
 

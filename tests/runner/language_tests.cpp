@@ -18,6 +18,10 @@
 #include "temporary_folder.h"
 #include "transcript.h"
 
+// Is told of each case in the process that plays it, where something that wants to know is linked into this
+// program.
+extern "C" __attribute__((weak)) void korvane_case_begins(const char* name);
+
 namespace korvane::transcript {
 namespace {
 
@@ -31,6 +35,7 @@ constexpr char usage[] = R"(usage: language_tests [options] FILE-OR-FOLDER...
   --image FILE    the application to test (build/korvane.efi)
   --linked        test the interpreter that is linked into this program
   --filter TEXT   only cases whose "file: title" contains TEXT
+  --named FILE    only cases whose "file: title" is a line of FILE, in its order
   --first-failure stop at the first case that fails
   --show          print the screen after every step
   --jobs N        processes to use (4)
@@ -120,6 +125,7 @@ class Worker {
     }
 
     ForkedResult play_case(const Case& test, std::unique_ptr<host::Machine>& machine, bool own_start) {
+        if (korvane_case_begins != nullptr) korvane_case_begins(name_of(test).c_str());
         const std::filesystem::path folder = scratch_ / "case";
         std::filesystem::remove_all(folder);
         if (own_start) {

@@ -1,6 +1,8 @@
 // Which interpreter a program plays: that of an image, or the one that is linked into the program.
 #pragma once
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 #include "machine.h"
@@ -18,7 +20,15 @@ struct PlayedImage {
 
     ProgramOptions options() { return {{"--image", &image}, {"--linked", &linked}}; }
 
-    host::ImageSource source() const { return {image, linked ? _ModuleEntryPoint : nullptr}; }
+    // Ends the program when the interpreter is to be played that is linked into it, and none is: the image
+    // would pass for it.
+    host::ImageSource source() const {
+        if (linked && !_ModuleEntryPoint) {
+            std::fputs("--linked: no interpreter is linked into this program\n", stderr);
+            std::exit(2);
+        }
+        return {image, linked ? _ModuleEntryPoint : nullptr};
+    }
 };
 
 }  // namespace korvane::test

@@ -20,6 +20,9 @@ namespace korvane::transcript {
 struct PlayOptions {
     bool show = false;                           // report the screen after every step
     std::chrono::milliseconds patience{10'000};  // how long one step may take
+    // Of the uses of a service that fail in turn, every one; or fewer the later they come, where each takes a
+    // machine of its own.
+    bool every_failure = true;
 };
 
 class Player {

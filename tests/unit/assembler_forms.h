@@ -60,9 +60,7 @@ struct Instruction {
 };
 
 std::string register_name(Size size, unsigned number);
-// `start` is the name of the place at which the instruction begins, from which constants in the code count.
-std::string operand_text(const native::Operand& operand, Size in_register, Size in_memory,
-                         std::string_view start);
+std::string operand_text(const native::Operand& operand, Size in_register, Size in_memory);
 
 Instruction make_instruction(const OperationForm& form, unsigned first, const native::Operand& second);
 Instruction make_instruction(const UnaryForm& form, const native::Operand& operand);

@@ -98,6 +98,26 @@ TEST_F(ExecutableMemoryTest, ItIsNeverWritableAndExecutable) {
     EXPECT_EQ(firmware_->complaints(), std::vector<std::string>{});
 }
 
+TEST_F(ExecutableMemoryTest, OnlyThePagesThatAreWrittenChange) {
+    ASSERT_TRUE(memory_.take());
+    ASSERT_NE(make_function(), nullptr);
+    constexpr std::size_t place = uefi::page_size + 100;
+    const std::span<std::byte> memory = memory_.begin_writing(place, sizeof return_seven);
+    ASSERT_EQ(memory.size(), sizeof return_seven);
+    EXPECT_EQ(function_(), 7);
+    EXPECT_TRUE(dies_of([&] { *reinterpret_cast<volatile std::byte*>(function_) = std::byte{0}; }));
+    std::memcpy(memory.data(), return_seven, sizeof return_seven);
+    EXPECT_EQ(reinterpret_cast<std::byte*>(function_) + place, memory.data());
+    function_ = reinterpret_cast<int (*)()>(memory.data());
+    EXPECT_TRUE(dies_of_calling());
+    ASSERT_TRUE(memory_.end_writing());
+    EXPECT_EQ(function_(), 7);
+    EXPECT_EQ(memory_.begin_writing(memory_.size() - 10, 50).size(), 10U);
+    EXPECT_TRUE(memory_.end_writing());
+    memory_.give_back();
+    expect_nothing_left();
+}
+
 TEST_F(ExecutableMemoryTest, ItGrowsToFourTimesItsSize) {
     ASSERT_TRUE(memory_.take());
     ASSERT_NE(make_function(), nullptr);

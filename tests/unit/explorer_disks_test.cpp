@@ -1,10 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "explorer/storage/block_device.h"
 #include "explorer_session.h"
 #include "random_bits.h"
 
@@ -75,6 +77,65 @@ Lines partitions_of(DiskImage& image, std::uint32_t block_size = 512,
     const TemporaryFolder folder;
     ExplorerSession session(machine_with({device(folder.write("disk", image.bytes()), block_size)}));
     return session.run(command);
+}
+
+// ---- Reading by bytes ----------------------------------------------------------------------------
+
+// A device of blocks that hold their number, of which one cannot be read: the transfer breaks off when it has
+// begun.
+struct BreakingDevice {
+    static constexpr std::uint32_t block_size = 16;
+
+    uefi::BlockIoProtocol protocol{};  // first, so that `self` leads here
+    uefi::Lba broken = 2;
+    int reads = 0;
+
+    BreakingDevice() { protocol.ReadBlocks = read; }
+
+    static uefi::Status EFIAPI read(uefi::BlockIoProtocol* self, std::uint32_t, uefi::Lba lba,
+                                    std::uint64_t size, void* buffer) {
+        BreakingDevice& that = *reinterpret_cast<BreakingDevice*>(self);
+        ++that.reads;
+        const bool breaks = lba == that.broken;
+        std::memset(buffer, breaks ? 0xEE : static_cast<int>(lba + 1), breaks ? size / 2 : size);
+        return breaks ? uefi::device_error : uefi::success;
+    }
+};
+
+TEST(DiskReader, KeepsTheLastBlockThatWasReadWhole) {
+    const ExplorerSession session;
+    BreakingDevice device;
+    Disk disk{nullptr, &device.protocol, {}};
+    disk.media.BlockSize = BreakingDevice::block_size;
+    disk.media.LastBlock = 3;
+    DiskReader reader(disk);
+    std::array<std::uint8_t, 4> bytes{};
+    const auto all = [&](int value) {
+        return std::all_of(bytes.begin(), bytes.end(), [&](std::uint8_t byte) { return byte == value; });
+    };
+    EXPECT_TRUE(reader.read(16, bytes));
+    EXPECT_TRUE(all(2));
+    EXPECT_TRUE(reader.read(28, bytes));
+    EXPECT_TRUE(all(2));
+    EXPECT_EQ(device.reads, 1);
+    // What a failed transfer has left in the buffer is no block's content.
+    EXPECT_FALSE(reader.read(32, bytes));
+    EXPECT_TRUE(reader.read(16, bytes));
+    EXPECT_TRUE(all(2));
+    EXPECT_FALSE(reader.read(32, bytes));
+    EXPECT_FALSE(reader.read(32, bytes));
+    // Over the border of two blocks, up to the last byte and not beyond.
+    EXPECT_TRUE(reader.read(14, bytes));
+    EXPECT_EQ(bytes, (std::array<std::uint8_t, 4>{1, 1, 2, 2}));
+    EXPECT_TRUE(reader.read(60, bytes));
+    EXPECT_TRUE(all(4));
+    EXPECT_FALSE(reader.read(61, bytes));
+    EXPECT_FALSE(reader.read(30, bytes));
+    EXPECT_FALSE(reader.read(~std::uint64_t{0} - 1, bytes));
+    // Nor does a disk of 2^64 bytes go on at its beginning.
+    disk.media.LastBlock = ~std::uint64_t{0} / BreakingDevice::block_size;
+    EXPECT_TRUE(reader.read(~std::uint64_t{0} - 3, bytes));
+    EXPECT_FALSE(reader.read(~std::uint64_t{0} - 2, bytes));
 }
 
 // ---- DISKS and DISK -----------------------------------------------------------------------------

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 
 #include "explorer/storage/volumes.h"
@@ -91,6 +92,81 @@ TEST(ExplorerVolumes, LargeFilesAreShownToTheirEnd) {
     EXPECT_EQ(session.run("HEXFILE 0 B.BIN").back().substr(0, 24), "00003000  61 61 61 61 7A");
     folder.write("B.BIN", bytes.substr(0, 4096));
     EXPECT_EQ(session.run("HEXFILE 0 B.BIN").back().substr(0, 12), "00000FF0  61");
+}
+
+TEST(ExplorerVolumes, ASingleByteIsShownAtTheBeginningAndBehindAWholePiece) {
+    const TemporaryFolder folder;
+    folder.write("ONE.TXT", "x");
+    folder.write("MORE.TXT", std::string(4095, 'a') + "\nz");
+    folder.write("NONE.TXT", "");
+    ExplorerSession session(with_volume(folder));
+    EXPECT_EQ(session.run("CAT 0 ONE.TXT"), Lines{"x"});
+    EXPECT_EQ(session.run("HEXFILE 0 ONE.TXT").at(0).substr(0, 12), "00000000  78");
+    EXPECT_EQ(session.run("CAT 0 MORE.TXT").back(), "z");
+    EXPECT_EQ(session.run("HEXFILE 0 MORE.TXT").back().substr(0, 12), "00001000  7A");
+    EXPECT_EQ(session.run("CAT 0 NONE.TXT"), Lines{});
+    EXPECT_EQ(session.run("HEXFILE 0 NONE.TXT"), Lines{});
+}
+
+// Makes every file of the machine's first volume give at most seven bytes a call.
+class ShortReads {
+  public:
+    ShortReads() {
+        const HandleList handles(uefi::simple_file_system_guid);
+        file_system_ = static_cast<uefi::SimpleFileSystemProtocol*>(
+            find_interface(*handles.begin(), uefi::simple_file_system_guid));
+        open_volume_ = file_system_->OpenVolume;
+        file_system_->OpenVolume = open_volume;
+    }
+    ~ShortReads() { file_system_->OpenVolume = open_volume_; }
+    ShortReads(const ShortReads&) = delete;
+    ShortReads& operator=(const ShortReads&) = delete;
+
+  private:
+    static uefi::Status EFIAPI open_volume(uefi::SimpleFileSystemProtocol* self, uefi::FileProtocol** root) {
+        const uefi::Status status = open_volume_(self, root);
+        if (!uefi::is_error(status)) {
+            open_ = (*root)->Open;
+            (*root)->Open = open;
+        }
+        return status;
+    }
+    static uefi::Status EFIAPI open(uefi::FileProtocol* self, uefi::FileProtocol** opened,
+                                    const char16_t* name, std::uint64_t mode, std::uint64_t attributes) {
+        const uefi::Status status = open_(self, opened, name, mode, attributes);
+        if (!uefi::is_error(status)) {
+            read_ = (*opened)->Read;
+            (*opened)->Read = read;
+        }
+        return status;
+    }
+    static uefi::Status EFIAPI read(uefi::FileProtocol* self, std::uint64_t* size, void* buffer) {
+        *size = std::min<std::uint64_t>(*size, 7);
+        return read_(self, size, buffer);
+    }
+
+    uefi::SimpleFileSystemProtocol* file_system_;
+    static inline decltype(uefi::SimpleFileSystemProtocol::OpenVolume) open_volume_;
+    static inline decltype(uefi::FileProtocol::Open) open_;
+    static inline decltype(uefi::FileProtocol::Read) read_;
+};
+
+TEST(ExplorerVolumes, FilesThatComeInSmallPiecesAreShownWhole) {
+    const TemporaryFolder folder;
+    std::string bytes(4096 + 21, 'a');
+    bytes[4096] = 'b';
+    bytes.back() = 'z';
+    folder.write("B.BIN", bytes);
+    folder.write("L.TXT", numbered_lines(60));
+    ExplorerSession session(with_volume(folder));
+    const ShortReads short_reads;
+    const Lines lines = session.run("CAT 0 L.TXT");
+    ASSERT_EQ(lines.size(), 60u);
+    for (int i = 0; i < 60; ++i)
+        EXPECT_EQ(lines.at(static_cast<std::size_t>(i)), std::to_string(i + 1));
+    const Lines dump = session.run("HEXFILE 0 B.BIN");
+    EXPECT_EQ(dump.at(dump.size() - 2).substr(0, 16), "00001000  62 61 ");
+    EXPECT_EQ(dump.back().substr(0, 24), "00001010  61 61 61 61 7A");
 }
 
 TEST(ExplorerVolumes, ProbesWantTheRightKindOfObject) {

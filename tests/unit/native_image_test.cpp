@@ -42,14 +42,15 @@ TEST_F(NativeImageTest, AHotLoopBecomesMachineCode) {
     start();
     EXPECT_EQ(executable_pages(), 0U);
     type(hot_loop);
-    EXPECT_EQ(executable_pages(), 256U);
+    EXPECT_GE(executable_pages(), 1U);
+    EXPECT_LE(executable_pages(), 4U);  // no more than the code needs
 }
 
 TEST_F(NativeImageTest, StatementsThatAreExecutedOnceDoNot) {
     start();
     const std::uint64_t pages = machine_->firmware().memory().allocated_pages();
     std::string program;
-    for (int line = 10; line < 30000; line += 10)
+    for (int line = 10; line <= 200000; line += 10)
         program += std::to_string(line) + " A=A+B*2:IF A>5 THEN B=1\n";
     folder_.write("LONG.BAS", program);
     type("LOAD \"LONG.BAS\"\nRUN\n");

@@ -22,12 +22,12 @@ process.on("exit", () => {
   }
 });
 
-// A browser with a profile of its own.
-export async function openBrowser(flags = []) {
+// A browser with a profile of its own, with these flags, and without those of the library's own.
+export async function openBrowser(flags = [], without = []) {
   const profile = fs.mkdtempSync(path.join(os.tmpdir(), "korvane-web-"));
   profiles.push(profile);
   return packageOfTests("puppeteer-core").launch({
-    executablePath: "/usr/bin/chromium", headless: true, userDataDir: profile, pipe: true,
+    executablePath: "/usr/bin/chromium", headless: true, userDataDir: profile, pipe: true, ignoreDefaultArgs: without,
     args: ["--no-sandbox", "--disable-gpu", "--disable-dev-shm-usage", ...flags],
   });
 }

@@ -25,14 +25,18 @@ after(async () => {
 });
 
 // A machine of its own for each test: its messages are kept, by their types.
-async function start({ width = 640, height = 480, files = [], image = false } = {}) {
-  page = await browser.newPage();
+// `code` runs in the worker before its own.
+async function start({ width = 640, height = 480, files = [], image = false, code = "", tab = null } = {}) {
+  page = tab ?? await browser.newPage();
   page.setDefaultTimeout(LONG_MS);
   await page.goto(`${server.address}examples.json`);
   await page.evaluate(async (options) => {
-    const { width, height, files, image } = options;
+    const { width, height, files, image, code } = options;
     globalThis.heard = [];
-    globalThis.worker = new Worker("machine/worker.js", { type: "module" });
+    const address = new URL("machine/worker.js", location.href).href;
+    const beginning = new Blob([`${code} await import("${address}"); postMessage({ type: "loaded" });`], { type: "text/javascript" });
+    globalThis.worker = new Worker(URL.createObjectURL(beginning), { type: "module" });
+    await new Promise((loaded) => (worker.onmessage = loaded));
     worker.onmessage = ({ data }) => heard.push(data);
     const canvas = document.createElement("canvas");
     document.body.append(canvas);
@@ -48,7 +52,7 @@ async function start({ width = 640, height = 480, files = [], image = false } = 
       files: files.map((file) => ({ modified: Date.now(), ...file, bytes: file.text !== undefined ? new TextEncoder().encode(file.text) : undefined })),
       image: image ? await (await fetch("korvane.efi")).arrayBuffer() : null,
     }, [surface]);
-  }, { width, height, files, image });
+  }, { width, height, files, image, code });
   return page;
 }
 
@@ -290,23 +294,105 @@ test("the text is told ten times a second at most while a program prints", async
   assert.ok(count >= 2 && count <= 22, `${count} times in two seconds`);
 });
 
-// What a browser lacks is taken away before the worker's own code begins.
-for (const [reason, lack] of [
-  ["jspi", "delete WebAssembly.Suspending;"],
-  ["memory64", "const Memory = WebAssembly.Memory; WebAssembly.Memory = class { constructor(type) { if (type.address) throw new TypeError(); return new Memory(type); } };"],
-]) {
-  test(`it is refused where the browser lacks ${reason}`, async () => {
-    page = await browser.newPage();
-    await page.goto(`${server.address}examples.json`);
-    await page.evaluate((lack) => new Promise((loaded) => {
-      globalThis.heard = [];
-      const address = new URL("machine/worker.js", location.href).href;
-      const code = new Blob([`${lack} await import("${address}"); postMessage("loaded");`], { type: "text/javascript" });
-      globalThis.worker = new Worker(URL.createObjectURL(code), { type: "module" });
-      worker.onmessage = ({ data }) => (data === "loaded" ? loaded() : heard.push(data));
-    }), lack);
-    await tell({ type: "start", module: "../korvane.wasm", width: 640, height: 480, files: [], image: null, canvas: null });
-    await page.waitForFunction(() => heard.length > 0, { polling: 20 });
-    assert.deepEqual(await messages("refused"), [{ type: "refused", reason }]);
-  });
+// ---- Rests, which are for programs that wait ---------------------------------------------------------------------
+
+// Counts the rests that the worker gives a program, and tells them when it is asked.
+const COUNT_RESTS = `
+  let rests = 0;
+  const plain = globalThis.setTimeout;
+  globalThis.setTimeout = (work, milliseconds) => {
+    if (milliseconds === 10) ++rests;
+    return plain(work, milliseconds);
+  };
+  addEventListener("message", ({ data }) => data.type === "rests" && postMessage({ type: "rests", rests }));
+`;
+
+async function restsSoFar() {
+  const before = (await messages("rests")).length;
+  await tell({ type: "rests" });
+  await page.waitForFunction((count) => heard.filter(({ type }) => type === "rests").length > count, { polling: 20 }, before);
+  return (await messages("rests")).at(-1).rests;
 }
+
+async function restsOf(...lines) {
+  for (const line of ["NEW", ...lines, "RUN"]) await type(line);
+  await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === false, { polling: 20 });
+  await new Promise((done) => setTimeout(done, 500)); // the line editor has its rests too
+  const before = await restsSoFar();
+  await new Promise((done) => setTimeout(done, 1000));
+  const rests = await restsSoFar() - before;
+  await tell({ type: "key", scan: 23, character: 0 });
+  await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === true, { polling: 20 });
+  return rests;
+}
+
+test("a program that is busy is given no rest, whatever it does, and one that waits for a key is", async () => {
+  await start({ code: COUNT_RESTS });
+  await heard("ready");
+  const busy = [
+    ["10 X=X+1:GOTO 10"],
+    ["10 FOR I=1 TO 100:X=X+SIN(I):NEXT:GOTO 10"],
+    ["10 CIRCLE (320,240),200,I MOD 16:PAINT (320,240),I MOD 16,I MOD 16:I=I+1:GOTO 10"],
+    ["10 A$=STRING$(30000,65):B$=A$+A$:CLS:GOTO 10"],
+    ["10 PRINT RND:GOTO 10"],
+    ["10 FOR I=1 TO 500:NEXT:IF INKEY$=\"q\" THEN END", "20 GOTO 10"],
+  ];
+  for (const lines of busy) assert.equal(await restsOf(...lines), 0, lines[0]);
+  const waiting = [
+    ["10 IF INKEY$=\"\" THEN 10"],
+    ["10 A$=INKEY$:X=X+1:IF A$=\"\" THEN 10"],
+  ];
+  for (const lines of waiting) assert.ok(await restsOf(...lines) > 3, lines[0]);
+});
+
+// ---- Tabs that nobody sees ---------------------------------------------------------------------------------------
+
+test("behind another tab a program goes on as fast, nothing is drawn, and all of it is there when the tab is seen again", async () => {
+  // A browser as people have it: the library's own flags keep pages behind others awake.
+  const plain = await openBrowser([], ["--disable-background-timer-throttling", "--disable-backgrounding-occluded-windows",
+    "--disable-renderer-backgrounding"]);
+  try {
+    await start({ tab: await plain.newPage() });
+    await page.evaluate(() => document.addEventListener("visibilitychange", () =>
+      worker.postMessage({ type: "visible", visible: !document.hidden })));
+    await heard("ready");
+    await type("CLS");
+    await type("10 X=X+1:IF X MOD 1000=0 THEN LOCATE 1,1:PRINT X;SPACE$(70)");
+    await type("20 IF INKEY$=\"\" THEN 10");
+    await type("30 PRINT \"END OF IT\"");
+    const other = await plain.newPage();
+    await other.bringToFront();
+    await page.waitForFunction(() => document.hidden, { polling: 50 });
+    await new Promise((done) => setTimeout(done, 500)); // what was on its way comes
+    await type("RUN");
+    const before = await page.evaluate(() => heard.filter(({ type }) => type === "rows").length);
+    await new Promise((done) => setTimeout(done, 3000));
+    assert.equal(await page.evaluate(() => heard.filter(({ type }) => type === "rows").length), before, "nothing is told");
+    await tell({ type: "text-of-screen" });
+    await page.waitForFunction((count) => heard.filter(({ type }) => type === "rows").length > count, { polling: 50 }, before);
+    const counted = Number((await page.evaluate(() => rows()[0])));
+    assert.ok(counted >= 10_000, `it has counted to ${counted} in three seconds, rests included`);
+    await tell({ type: "key", scan: 0, character: 113 });
+    await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === true, { polling: 50 });
+    await page.bringToFront();
+    await rowsShow(/^END OF IT$/);
+  } finally {
+    await plain.close();
+  }
+});
+
+// What a browser lacks is taken away before the worker's own code begins.
+test("it is refused where the browser cannot wait in WebAssembly", async () => {
+  page = await browser.newPage();
+  await page.goto(`${server.address}examples.json`);
+  await page.evaluate(() => new Promise((loaded) => {
+    globalThis.heard = [];
+    const address = new URL("machine/worker.js", location.href).href;
+    const code = new Blob([`delete WebAssembly.Suspending; await import("${address}"); postMessage("loaded");`], { type: "text/javascript" });
+    globalThis.worker = new Worker(URL.createObjectURL(code), { type: "module" });
+    worker.onmessage = ({ data }) => (data === "loaded" ? loaded() : heard.push(data));
+  }));
+  await tell({ type: "start", module: "../korvane.wasm", width: 640, height: 480, files: [], image: null, canvas: null });
+  await page.waitForFunction(() => heard.length > 0, { polling: 20 });
+  assert.deepEqual(await messages("refused"), [{ type: "refused", reason: "jspi" }]);
+});

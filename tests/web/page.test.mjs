@@ -570,7 +570,7 @@ visitorTest("a storage that is full gives a sentence, what it kept stays, and th
 
 // ---- Browsers that lack something -------------------------------------------------------------------------------
 
-const REFUSAL = /^This browser cannot run the machine: it needs 64-bit WebAssembly/;
+const REFUSAL = /^This browser cannot run the machine: it needs WebAssembly with stack switching/;
 
 async function expectRefusal(page) {
   await page.waitForSelector(".refused");
@@ -580,12 +580,12 @@ async function expectRefusal(page) {
   await expectListed(page, /^MAZE\.BAS$/m);
 }
 
-visitorTest("a browser without 64-bit memory is told what is missing", async (page) => {
+visitorTest("a browser that does not know the module's instructions is told what is missing", async (page) => {
   await expectRefusal(page);
-  await takePicture(page, "no-memory64");
+  await takePicture(page, "refused");
 }, {
   prepare: (page) => page.evaluateOnNewDocument(() => {
-    WebAssembly.compile = () => Promise.reject(new WebAssembly.CompileError("memory limits flags: 64-bit memory"));
+    WebAssembly.compile = () => Promise.reject(new WebAssembly.CompileError("invalid opcode 0x13"));
   }),
 });
 

@@ -134,6 +134,54 @@ test("the licences of everything on the pages are there", () => {
   for (const name of ["LICENSE", "LICENSE.font.txt", "fflate", "minisearch"]) assert.match(licences, new RegExp(`^== ${name.replace(".", "\\.")} ==$`, "m"));
 });
 
+// The pieces of a WebAssembly module that tell how many bits addresses have: the flags of its memories' and tables' limits.
+function flagsOfLimits(module) {
+  const flags = [];
+  let at = 8;
+  const number = () => {
+    let value = 0;
+    for (let shift = 0; ; shift += 7) {
+      const byte = module[at++];
+      value += (byte & 0x7f) * 2 ** shift;
+      if (byte < 0x80) return value;
+    }
+  };
+  const text = () => {
+    const length = number();
+    at += length;
+  };
+  const limits = () => {
+    flags.push(module[at++]);
+    for (let count = 1 + (flags.at(-1) & 1); count > 0; --count) number();
+  };
+  const imported = {
+    0: number, 1: () => (++at, limits()), 2: limits, 3: () => (at += 2),
+  };
+  while (at < module.length) {
+    const section = module[at++];
+    const size = number();
+    const end = at + size;
+    for (let count = [2, 4, 5].includes(section) ? number() : 0; count > 0; --count) {
+      if (section === 2) {
+        text();
+        text();
+        imported[module[at++]]();
+      } else {
+        at += section === 4;
+        limits();
+      }
+    }
+    at = end;
+  }
+  return flags;
+}
+
+test("no memory and no table of the machine needs a browser with addresses of 64 bits", () => {
+  const flags = flagsOfLimits(fs.readFileSync(path.join(WEB, "korvane.wasm")));
+  assert.ok(flags.length >= 2, `${flags}`);
+  for (const flag of flags) assert.equal(flag & 4, 0);
+});
+
 test("the machine with its page, its examples and its image is at most 400 KiB compressed", (context) => {
   const sizes = files.filter((file) => !file.startsWith("manual/"))
     .map((file) => [file, zlib.gzipSync(fs.readFileSync(path.join(WEB, file)), { level: 9 }).length]).sort(([, one], [, other]) => other - one);

@@ -11,13 +11,8 @@ const turnInterval = 8;
 const looksOfAWait = 2000;
 const restOfAWait = 10;
 
-// Why this JavaScript engine cannot run the machine: "memory64" or "jspi"; null when it can.
+// Why this JavaScript engine cannot run the machine: "jspi"; null when it can.
 export function whatIsMissing() {
-    try {
-        new WebAssembly.Memory({address: "i64", initial: 1n, maximum: 1n});
-    } catch {
-        return "memory64";
-    }
     return typeof WebAssembly.Suspending === "function" && typeof WebAssembly.promising === "function" ? null : "jspi";
 }
 
@@ -40,9 +35,9 @@ export class Machine {
     //   turn()             the event loop is about to have a turn, or the machine to wait
     //   changed(change)    {path, bytes, modified}, {path, folder: true, modified} or {path, gone: true}
     //   fail(message)
-    constructor(module, told = {}, pages = {initial: 6144n, maximum: 24576n}) {
+    constructor(module, told = {}, pages = {initial: 6144, maximum: 24576}) {
         this.told = told;
-        this.#memory = new WebAssembly.Memory({address: "i64", ...pages});
+        this.#memory = new WebAssembly.Memory(pages);
         const suspending = (work) => new WebAssembly.Suspending(work);
         const machine = {
             ticks: () => performance.now() * 1e6 + this.#skipped,

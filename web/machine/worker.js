@@ -42,8 +42,8 @@
 //   {type: "picture", blob}                  the answer to "picture"
 //   {type: "unknown", characters}            characters of a "text" that the machine does not have, each once
 //   {type: "rejected", path}                 a file of "start" or "put" that a FAT volume cannot hold under this name
-//   {type: "refused", reason}                the machine cannot start; `reason` is "memory64" or "jspi" where the browser
-//                                            lacks what it needs (64-bit memory, or waiting in WebAssembly)
+//   {type: "refused", reason}                the machine cannot start; `reason` is "jspi" where the browser lacks
+//                                            what it needs (waiting in WebAssembly)
 //   {type: "ended", status}                  the interpreter has returned to its firmware; status 0 is success
 //   {type: "failed", message}                something broke; what is on the screen stays. The worker is of no more use
 //

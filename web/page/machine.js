@@ -7,7 +7,7 @@ const IMAGE = new URL("../korvane.efi", import.meta.url);
 const EXAMPLES = new URL("../examples.json", import.meta.url);
 
 export const NO_MACHINE =
-  "This browser cannot run the machine: it needs 64-bit WebAssembly with stack switching, which Chrome, Edge and other browsers " +
+  "This browser cannot run the machine: it needs WebAssembly with stack switching, which Chrome, Edge and other browsers " +
   "of that kind have from version 137 on.";
 
 let parts = null;

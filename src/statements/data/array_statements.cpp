@@ -98,7 +98,7 @@ bool any_array_exists() {
 // entry `first` on, and their blocks begin at `bottom`.
 [[gnu::cold]] void forget_arrays(std::uint32_t first, std::uint8_t* bottom) {
     for (std::uint32_t i = variables.count; i-- > first;)
-        if (variables.table[i].is_array()) remove_variable(&variables.table[i]);
+        if (variables.table[i].is_array()) remove_array(&variables.table[i]);
     arenas.FREEBOT = bottom;
 }
 
@@ -129,7 +129,7 @@ void do_erase(Cursor& cursor) {
             return;
         }
         // The block's memory is not given back; only a clear reclaims the arena (deliberate).
-        remove_variable(entry);
+        remove_array(entry);
     } while (accept(cursor, ','));
 }
 

@@ -5,7 +5,7 @@ const ORDER_START = 1n;
 const ORDER_DOUBLE = 12n;
 const ORDER_DROP = 13n;
 const FAULT = 4n;
-const PAGES = {initial: 29184n, maximum: 49152n};
+const PAGES = {initial: 29184, maximum: 49152};
 
 const encoder = new TextEncoder();
 const decoder = new TextDecoder();
@@ -33,7 +33,7 @@ const counted = (bytes) => joined([number(bytes.length), bytes]);
 
 export class TestMachine {
     #exports;
-    #memory = new WebAssembly.Memory({address: "i64", ...PAGES});
+    #memory = new WebAssembly.Memory(PAGES);
     #changes = [];  // of the volume, since the answer before
     #skipped = 0;   // nanoseconds of stalls, which take no time
     #resume = () => this.#begin();

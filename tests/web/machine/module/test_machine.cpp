@@ -242,13 +242,17 @@ class Repeated {
 
 // A browser's clock goes by steps in which an image looks many times: a look takes as much of a step as those
 // of the step before it did on average, so that an image that only waits is told from one that works. Where
-// the clock is fine, each look has a step of its own. It looks half as often here as on a processor of its
-// own. A long step between many short ones is another process's. Looks with hundreds of statements between
-// them are those for the break key, however fast these are: a program that looks for keys does so much more
-// often.
+// the clock is fine, each look has a step of its own. A long step between many short ones is another
+// process's. Looks with hundreds of statements between them are those for the break key, however fast these
+// are: a program that looks for keys does so much more often.
+//
+// Asking the browser for the time takes longer than a look does elsewhere, and what has not been compiled for
+// speed yet longer still. So a tick is long: a look of up to 4.8 us follows the one before at once.
 std::uint64_t host_ticks() {
     constexpr double long_look = 4000;  // nanoseconds
+    constexpr double tick = 40;         // nanoseconds
     constexpr std::uint64_t many_statements = 200;
+    constexpr double busy_time = 400'000;  // as if so much had passed
     static Repeated steps(20);
     static Repeated runs(8);
     static double last = 0;
@@ -267,8 +271,8 @@ std::uint64_t host_ticks() {
     }
     time += pace;
     const std::uint64_t count = execution.statement_count;
-    if (runs.is_long(count - std::exchange(statements, count) >= many_statements)) time += 4 * long_look;
-    return static_cast<std::uint64_t>(time / 2);
+    if (runs.is_long(count - std::exchange(statements, count) >= many_statements)) time += busy_time;
+    return static_cast<std::uint64_t>(time / tick);
 }
 
 }  // namespace korvane::host

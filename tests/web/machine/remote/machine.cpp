@@ -101,6 +101,7 @@ void Firmware::set_time(const uefi::Time& time) {
 }
 
 Machine::Machine(const Config& config, const ImageSource& source) : firmware_(orders_) {
+    server->ensure_running();
     for (std::size_t i = 0; i < config.volumes.size(); ++i)
         firmware_.volumes_.push_back(std::make_unique<RemoteVolume>(orders_));
     const std::string image = content_of(source.path);

@@ -91,6 +91,7 @@ struct RemotePool {
 struct RemoteMemory {
     std::uint64_t pages = 0;
     std::uint64_t allocated_pages() const { return pages; }
+    std::uint64_t executable_pages() const { return 0; }  // there is no native code here
 };
 
 class TextConsole {

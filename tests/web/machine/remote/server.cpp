@@ -31,6 +31,13 @@ void Server::start() {
     from_ = program.from;
 }
 
+void Server::ensure_running() {
+    if (waitpid(process_, nullptr, WNOHANG) != process_) return;
+    close(to_);
+    close(from_);
+    start();
+}
+
 // It ends by itself when nothing more can come, if it can do anything at all.
 void Server::stop(std::chrono::milliseconds patience) {
     close(to_);

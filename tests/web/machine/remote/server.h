@@ -21,6 +21,9 @@ class Server {
     // process is then another one, which knows nothing.
     std::optional<std::string> ask(std::string_view orders, std::chrono::milliseconds patience);
 
+    // Starts the process anew where it has ended: one forked from this one ends it when no answer comes.
+    void ensure_running();
+
   private:
     void start();
     void stop(std::chrono::milliseconds patience);

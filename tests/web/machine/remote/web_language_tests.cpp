@@ -43,6 +43,7 @@ constexpr char usage[] = R"(usage: web_language_tests [options] FILE-OR-FOLDER..
 Options parse_options(int count, char** words) {
     Options options;
     options.cases.jobs = 2;
+    options.cases.play.every_failure = false;
     const test::ProgramOptions known =
         options.cases.options() + test::ProgramOptions{{"--node", &options.node},
                                                        {"--module", &options.module},
