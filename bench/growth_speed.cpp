@@ -3,6 +3,7 @@
 // yardstick is the same work in the short program, or with the early name. A long program does not fit into
 // the processor's nearest cache, which its goal allows for.
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <functional>
 #include <string>
@@ -21,6 +22,7 @@ constexpr int many_names = 4000;
 constexpr double growth_goal = 5;
 constexpr double late_goal = 1.1;
 constexpr double typed_goal = 2;
+constexpr double copies_goal = 1.5;
 constexpr double linear_goal = 1.2;  // for each of twice as many things
 
 // The statement of a line, given its index and the number of lines.
@@ -80,11 +82,26 @@ std::string creating_program(int names) {
     return text;
 }
 
+// Two copies of a text at each letter that it grows by, downwards in memory as the image has its texts.
+void copy_growing_texts(std::vector<char>& memory, std::size_t letters) {
+    char* top = memory.data() + memory.size();
+    const char* text = top;
+    for (std::size_t length = 0; length != letters; ++length) {
+        top -= 2 * (length + 1);
+        for (char* copy : {top, top + length + 1}) {
+            std::memcpy(copy, text, length);
+            copy[length] = 'x';
+        }
+        text = top;
+    }
+}
+
 class Growth {
   public:
     explicit Growth(const Options& options) : options_(options), session_(options.image, 640, 480) {}
 
     void measure_all() {
+        compare_text_building();  // while the machine's memory is as the host gives it
         compare_lengths(
             "X = X + 1", [](int, int) { return "X = X + 1"; });
         compare_lengths(
@@ -195,6 +212,30 @@ class Growth {
                        options_.rounds, [&] { return seconds_each_name(many_names); },
                        [&] { return seconds_each_name(many_names / 2); }),
                    linear_goal);
+    }
+
+    // A text that grows by a letter at a time: in memory that has not been touched before, for which the
+    // host's system has to find pages, and in memory that is there.
+    void compare_text_building() {
+        constexpr std::size_t letters = 3000;
+        const std::string grow =
+            "T$ = \"\": FOR I = 1 TO " + std::to_string(letters) + ": T$ = T$ + \"x\": NEXT";
+        const auto seconds_each_letter = [&] { return session_.seconds_of(grow) / letters; };
+        std::vector<double> touching;
+        for (int i = 0; i < options_.rounds; ++i)
+            touching.push_back(seconds_each_letter());
+        std::vector<char> memory(letters * (letters + 1));
+        const Comparison building = take_turns(
+            options_.rounds,
+            [&] {
+                session_.enter("CLEAR");
+                return seconds_each_letter();
+            },
+            [&] { return seconds_each(1, [&] { copy_growing_texts(memory, letters); }) / letters; });
+        table_.row("T$ = T$ + \"x\" up to 3,000 letters; two copies by memcpy", building, copies_goal);
+        table_.row("the same; in memory never touched before, in memory that is there",
+                   {touching, building.subject}, 0);
+        session_.enter("NEW");
     }
 
     // A loop that is typed, and the same in a program.

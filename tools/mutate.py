@@ -5,6 +5,9 @@ change, up to the first that fails.
 usage: mutate.py [--seed N] [--count N] [--folder FOLDER] [--list]
        mutate.py --again            the survivors once more, after tests have been added, and to all tests that reach them
        mutate.py --table            what has come of all mutants so far, by folder
+       mutate.py --again --since COMMIT
+                                    the same, first to the tests of files that have changed since then, then to some
+                                    that they have not been shown to
 options: --jobs N                   mutants at a time (2)
          --hours H                  begin no mutant after so long
 
@@ -55,12 +58,13 @@ STEP = "3000"  # milliseconds of processor time that a transcript's step may tak
 NOTED_STEP = "12000"
 FIRST_CASES = 60  # the cases that are played before the unit tests
 MOST_CASES = 150  # that a mutant is shown to the first time
+SECOND_CASES = 120  # that it is shown to besides tests that have changed
 SUITE_SECONDS = 60  # of processor time
 LONGEST = 900  # seconds for one program of the tests, however busy the machine is
 MOST_FILE_BYTES = 1 << 28  # that a test which has gone mad may write
 # Checks of the tests' own tools, of random numbers by the million, of the host: nothing of src/ is in them.
 LEFT_OUT = re.compile(r"^(HostileFolder|Linux|Terminal)")
-SUITES = ("unit_tests", "hosted_tests")
+SUITES = {"unit_tests": "tests/unit", "hosted_tests": "tests/hosted"}
 TARGETS = ["tests/language_tests", *(f"tests/{name}" for name in SUITES), "tests/fuzz/failing-services"]
 
 
@@ -130,13 +134,12 @@ class Tests:
         for program in SUITES:
             _, listing = run([HOST / "tests" / program, "--gtest_list_tests"])
             names = [name for name in re.findall(r"^([\w/]+)\.", listing, re.MULTILINE) if not LEFT_OUT.match(name)]
-            folder = {"unit_tests": "tests/unit", "hosted_tests": "tests/hosted"}[program]
-            suites[program] = (commit_of(folder), {f"{program}:{name}": [f"--gtest_filter={name}.*"] for name in names})
+            suites[program] = {f"{program}:{name}": [f"--gtest_filter={name}.*"] for name in names}
         collector = Collector(WORK / "reach.pickle", commit_of("src"))
         words = [*PLAYING, "--jobs", str(jobs), "--patience", NOTED_STEP]
         programs = NotedPrograms(builder, WORK / "noted", jobs, collector.sources)
         say("finding out which tests reach what")
-        self.reach = find_reach(collector, programs, (words, self.files), suites, run)
+        self.reach = find_reach(collector, programs, (words, self.files), suites, sums_of_suites(), run)
         known = json.loads(FAILING.read_text()) if FAILING.exists() else {}
         key = commit_of("src", "tests")
         self.key, self.verdicts = key, known["verdicts"] if known.get("key") == key else {}
@@ -199,6 +202,11 @@ def is_suite(test):
     return test.split(":")[0] in SUITES
 
 
+def words_of(path):
+    """The words of a path, in the singular."""
+    return set(re.split(r"[/_.]|s\b", path)) - {"", "cpp", "txt", "test", "language"}
+
+
 class Variant:
     """The unchanged interpreter that a mutant is compared with: it makes machine code as the image does, or at once."""
 
@@ -233,10 +241,37 @@ class Variant:
         return not self.campaign.tests.verdicts.get(f"{self.name} {test}", True)
 
 
+def suites_in(file):
+    """The suites of GoogleTest that a source defines."""
+    return set(re.findall(r"^TEST(?:_[FP])?\((\w+),", file.read_text(), re.MULTILINE))
+
+
+def sums_of_suites():
+    """Of each suite the sum of the source that it is in."""
+    sums = {}
+    for program, folder in SUITES.items():
+        for file in (TREE / folder).glob("*.cpp"):
+            sums |= {f"{program}:{suite}": sum_of(file) for suite in suites_in(file)}
+    return sums
+
+
+def tests_since(commit):
+    """The files of cases and the suites of unit tests that have changed since a commit."""
+    command = ["git", "diff", "--name-only", commit, "HEAD", "--", "tests"]
+    files = subprocess.run(command, cwd=TREE, capture_output=True, text=True, check=True).stdout.split()
+    changed = set(files)
+    for program, folder in SUITES.items():
+        for file in files:
+            if file.startswith(folder + "/") and (TREE / file).exists():
+                changed |= {f"{program}:{suite}" for suite in suites_in(TREE / file)}
+    return changed
+
+
 class Campaign:
-    def __init__(self, jobs, thorough):
-        self.builder, self.thorough = Builder(TREE), thorough
-        self.tests = Tests(self.builder, jobs)
+    def __init__(self, options):
+        self.builder, self.thorough = Builder(TREE), options.again
+        self.changed = tests_since(options.since) if options.since else None
+        self.tests = Tests(self.builder, options.jobs)
         self.usual = Variant(self, "usual", NATIVE)
         self.at_once = Variant(self, "native-at-once", NATIVE_AT_ONCE)
 
@@ -266,7 +301,7 @@ class Campaign:
     def parts(self, name, line):
         """The tests in the order that they are played, part by part."""
         near, others = self.tests.reach.of(name, line)
-        suites = [test for test in near if is_suite(test)]
+        suites = [test for test in near + others if is_suite(test)]
         if folder_of(name) == "native":
             # Which statements there is machine code of has not been noted: of those, most likely, that are specialised.
             near, others = self.tests.reach.everything("/native/", "fast/")
@@ -274,6 +309,13 @@ class Campaign:
             known = {*near, *others}
             others += [test for test in self.tests.reach.everything("", "")[0] if test not in known]
         cases = [test for test in near + others if not is_suite(test) and test != THE_START]
+        if self.changed is not None:
+            is_ordered_anew = folder_of(name) == "native" or THE_START in near + others
+            rest = cases if is_ordered_anew else cases[MOST_CASES:]
+            rest = sorted(rest, key=lambda test: -len(words_of(name) & words_of(test.split(": ")[0])))
+            changed, new = ([test for test in part if test.split(": ")[0] in self.changed] for part in (cases, suites))
+            others = [test for test in suites if test.startswith("unit_tests") and test not in new]
+            return [changed, new, others, [test for test in rest if test not in changed][:SECOND_CASES]]
         if not self.thorough:
             quick = [test for test in suites if test.startswith("unit_tests")]
             return [cases[:FIRST_CASES], quick, cases[FIRST_CASES:MOST_CASES]]
@@ -316,18 +358,18 @@ def key_of(one):
 
 
 def known_equivalents():
-    """Places that were read and make no difference that anyone could see: file, the line's text, old and new."""
+    """Places that were read and make no difference that anyone could see: file, the line's text, column, old and new."""
     if not EQUIVALENT.exists():
         return set()
     known = set()
     for line in EQUIVALENT.read_text().splitlines():
         if line and not line.startswith("#"):
-            known.add(tuple(line.split("\t")[:4]))
+            known.add(tuple(line.split("\t")[:5]))
     return known
 
 
 def is_known_equivalent(one, known):
-    return (one["file"], one["source"], one["old"], one["new"]) in known
+    return (one["file"], one["source"], str(one["column"]), one["old"], one["new"]) in known
 
 
 def print_table():
@@ -359,11 +401,11 @@ def chosen_places(options, root):
     if options.again:
         known = known_equivalents()
         survivors = [one for one in results() if one["outcome"] == "survived" and not is_known_equivalent(one, known)]
-        wanted = {(one["file"], one["source"], one["old"], one["new"]) for one in survivors}
+        wanted = {(one["file"], one["source"], one["column"], one["new"]) for one in survivors}
         for place in places(root, ""):
-            name, number, begin, end, new, _ = place
+            name, number, begin, _, new, _ = place
             line = (root / "src" / name).read_text().split("\n")[number]
-            if (name, line.strip(), line[begin:end], new) in wanted:
+            if (name, line.strip(), begin, new) in wanted:
                 yield place
         return
     chosen = list(places(root, options.folder))
@@ -412,6 +454,7 @@ def main():
     parser.add_argument("--jobs", type=int, default=2, help="mutants at a time")
     parser.add_argument("--list", action="store_true", help="only show the places that the seed chooses")
     parser.add_argument("--again", action="store_true")
+    parser.add_argument("--since", default="", help="a commit")
     parser.add_argument("--table", action="store_true")
     options = parser.parse_args()
     if options.table:
@@ -429,7 +472,7 @@ def main():
     except OSError:
         sys.exit("mutate.py: another one is at work in build/mutants")
     prepare()
-    work(Campaign(options.jobs, options.again), chosen_places(options, TREE), options)
+    work(Campaign(options), chosen_places(options, TREE), options)
     print_table()
 
 

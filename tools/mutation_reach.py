@@ -27,17 +27,20 @@ class Reach:
         self.lines, self.functions, self.breadth = lines, functions, breadth
 
     def of(self, name, line):
-        """The tests that may notice a change of this line: those that reach it, then the others of its function. Of
-        each kind those first that reach little, for they are meant for what they reach, and of every file in turn."""
+        """The tests that may notice a change of this line: those that reach it, then the others of its function, then
+        those of its file, for what is compiled into its callers, or is no code, leaves no piece of its own. Of each kind
+        those first that reach little, for they are meant for what they reach, and of every file in turn."""
         around = [(end - begin, begin, end) for begin, end in self.functions.get(name, ()) if begin <= line <= end]
-        known = sorted(self.lines.get(name, {}))
+        lines = self.lines.get(name, {})
+        known = sorted(lines)
         if around:
             _, begin, end = min(around)
             known = [number for number in known if begin <= number <= end]
         before = [number for number in known if number <= line]
-        near = self.lines[name][before[-1]] if before else set()
-        others = set().union(*(self.lines[name][number] for number in known)) - near if known else set()
-        return self.in_turn(near), self.in_turn(others)
+        near = lines[before[-1]] if around and before else set()
+        others = set().union(*(lines[number] for number in known)) - near
+        rest = set().union(*lines.values()) - near - others
+        return self.in_turn(near), self.in_turn(others) + self.in_turn(rest)
 
     def everything(self, first, folder):
         """All tests: those whose name holds `first`, then the others, those first that reach most of a folder of src/."""
@@ -192,15 +195,15 @@ class NotedPrograms:
         return made
 
 
-def find_reach(collector, programs, transcripts, suites, run):
+def find_reach(collector, programs, transcripts, suites, sums, run):
     """Plays all tests that have changed. `transcripts` are the files of cases, behind the words that play them; `suites`
-    has, of each other program, the sum of its sources and the words for each of its tests."""
+    has, of each other program, the words for each of its tests; `sums` tell the state of those that have a known source."""
     words, files = transcripts
-    sums = {str(file): sum_of(programs.builder.tree / file) for file in files}
-    collector.forget(collector.sums.keys() - sums.keys() - suites.keys())
-    plays = [("language_tests", [file for file in sums if sums[file] != collector.sums.get(file)])]
-    plays += [(program, list(tests)) for program, (total, tests) in suites.items() if total != collector.sums.get(program)]
-    for program, tests in plays:
+    sums = {str(file): sum_of(programs.builder.tree / file) for file in files} | sums
+    played = {*map(str, files), *(test for tests in suites.values() for test in tests)}
+    collector.forget(collector.sums.keys() - played)
+    for program, tests in (("language_tests", map(str, files)), *suites.items()):
+        tests = [test for test in tests if sums.get(test, "") != collector.sums.get(test)]
         if not tests:
             continue
         made = programs.make(program)
@@ -211,11 +214,10 @@ def find_reach(collector, programs, transcripts, suites, run):
         collector.forget(set(tests))
         if program == "language_tests":
             run([made, *words, *tests], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY=THE_START)
-            collector.sums |= {test: sums[test] for test in tests}
         else:
-            for test, chosen in suites[program][1].items():
-                run([made, *chosen], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY=test)
-            collector.sums[program] = suites[program][0]
+            for test in tests:
+                run([made, *suites[program][test]], KORVANE_REACHED=str(noted), KORVANE_REACHED_BY=test)
+        collector.sums |= {test: sums.get(test, "") for test in tests}
         collector.read(noted, places, base)
         collector.keep()
     return collector.result()

@@ -33,9 +33,9 @@ void Emitter::call_with(const void* function, int count, int reals, int wholes) 
 // A part of an expression that has no code is computed as by the step that it is part of: by its own steps. A
 // step goes on with the next one of its chain, which is not wanted here, so it gets a copy of its record.
 void Emitter::call_side(const Node& node, const void* function, int reals, int wholes) {
-    // The parameters of a function that is part of the code are not in their variables.
-    if (binding_count != 0) return give_up();
     const bool is_leaf = node.form == Form::bare_call || node.form == Form::bare_user_call;
+    // The parameters of a function that is part of the code are not in their variables.
+    if (binding_count != 0 && node.form != Form::bare_call) return give_up();
     const void* leaf = is_leaf ? node.storage : &fast::no_leaf;
     code.load_number(whole_register(wholes), node.kind);
     code.load_number(whole_register(wholes + 1), reinterpret_cast<std::uint64_t>(leaf));

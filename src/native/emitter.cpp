@@ -162,8 +162,17 @@ void Emitter::compare_token(const Token* token) {
     code.emit(WithNumber::cmp_32, Register::rdi, static_cast<std::int32_t>(low));
 }
 
+// A THEN part is open only behind an IF of the same line: whatever goes to another line has ended it.
+bool Emitter::may_be_then_part() const {
+    const Token* end = fast::end_of_line(current->at);
+    const Token* at = end - fast::as<fast::EndRecord>(end).record;
+    while (at != current->at && at->kind != KW_IF)
+        ++at;
+    return at != current->at;
+}
+
 void Emitter::end_then_part() {
-    code.store_number_8(place(&execution.then_part), 0);
+    if (may_be_then_part()) code.store_number_8(place(&execution.then_part), 0);
 }
 
 // ---- Ways out -------------------------------------------------------------------------------------

@@ -98,6 +98,7 @@ class Emitter {
     void write_element(const Node& element, std::int16_t value);
     void write_text(const VariableEntry* scalar, const Node* element, std::int16_t value);
     void write_whole(Operand memory, Type type, Register number);
+    bool may_be_then_part() const;
     void end_then_part();
     void keep_then_part(const Token* opener, const Token* first, bool is_lone);
     Label& branch_to(Token* at);

@@ -38,7 +38,7 @@ double power_of_two(std::int32_t exponent) {
 }
 
 // For any angle.
-ReducedAngle reduce_exactly(double angle) {
+[[gnu::cold]] ReducedAngle reduce_exactly(double angle) {
     const auto bits = std::bit_cast<std::uint64_t>(angle);
     const std::uint64_t mantissa = (bits & 0xF'FFFF'FFFF'FFFF) | std::uint64_t{1} << 52;
     const auto exponent = static_cast<std::int32_t>(bits >> 52 & 0x7FF) - 1075;

@@ -1,7 +1,5 @@
 #include "values/variables.h"
 
-#include <algorithm>
-
 #include "platform/characters.h"
 #include "platform/memory.h"
 #include "program/arenas.h"
@@ -124,13 +122,14 @@ void remove_array(VariableEntry* entry) {
     refresh_index();
     VariableEntry* end = variables.table + variables.count;
     const ArrayBlock* array = entry->array;
-    const bool scalars_stay =
-        std::all_of(entry, end, [](const VariableEntry& later) { return later.is_array(); });
+    const VariableEntry* scalar = entry;
+    while (scalar != end && scalar->is_array())
+        ++scalar;
     names.remove(entry->name, static_cast<std::uint16_t>(entry - variables.table), variables.count);
     move_bytes(entry, entry + 1, static_cast<std::size_t>(end - (entry + 1)) * sizeof(VariableEntry));
     --variables.count;
     // Names tell the removals from one another modulo 256.
-    if (++variables.removals % 256 == 0 || !scalars_stay || !forget_array_keepers(array)) ++arenas.generation;
+    if (++variables.removals % 256 == 0 || scalar != end || !forget_array_keepers(array)) ++arenas.generation;
 }
 
 void remember_variable(Token& name, VariableEntry* entry) {

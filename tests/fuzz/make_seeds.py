@@ -108,6 +108,28 @@ def boot_variables():
     return bytes([len(order)]) + order + variables
 
 
+# Every kind of node that has a text of its own: its type, sub-type and the smallest body.
+NODE_KINDS = [
+    (1, 1, 2), (1, 2, 1), (1, 3, 20), (1, 4, 16), (1, 5, 4), (1, 6, 9), (2, 1, 8), (2, 2, 12), (2, 3, 4), (3, 1, 4), (3, 2, 4),
+    (3, 5, 2), (3, 6, 4), (3, 10, 16), (3, 11, 33), (3, 12, 15), (3, 13, 32), (3, 15, 7), (3, 16, 6), (3, 17, 1), (3, 18, 6),
+    (3, 19, 14), (3, 20, 2), (3, 23, 12), (3, 24, 0), (3, 25, 2), (3, 26, 1), (3, 29, 1), (4, 1, 38), (4, 2, 20), (4, 3, 16), (4, 4, 0),
+    (4, 5, 16), (4, 6, 16), (4, 7, 16), (4, 9, 34), (5, 1, 4), (6, 9, 3),
+]  # fmt: skip
+
+
+def nodes_of_all_kinds():
+    """Boot variables with nodes of a few kinds each: as short as they may be, longer, and too short."""
+    for more in (0, 7, -1):
+        for first in range(0, len(NODE_KINDS), 10):
+            variables = b""
+            for digit, (kind, sub, size) in zip(b"0123456789", NODE_KINDS[first : first + 10]):
+                body = bytes((digit * 7 + i * 3) % 256 if i % 5 else i % 3 for i in range(max(size + more, 0)))
+                option = load_option("kind", path_node(kind, sub, body) + END)
+                variables += bytes([digit]) + struct.pack("<H", len(option)) + option
+            order = struct.pack("<10H", *range(10))
+            yield bytes([len(order)]) + order + variables
+
+
 def packed_image(signed):
     lines = b"".join(struct.pack("<II", number, len(text)) + text for number, text in [(10, b"PRINT 1"), (20, b"A=INKEY$")])
     packed = b"BAS2" + struct.pack("<I", 2) + lines
@@ -147,7 +169,13 @@ def others():
     for shape in b"\x00\x01\x24\x40":
         yield "disk", bytes([shape]) + gpt_disk()
         yield "disk", bytes([shape]) + mbr_disk()
+    for shape, entries, size in [(0, 5000, 128), (0, 128, 5000), (0x80, 128, 128)]:
+        disk = bytearray(gpt_disk())
+        disk[592:600] = struct.pack("<II", entries, size)
+        yield "disk", bytes([shape]) + bytes(disk)
     yield "boot", boot_variables()
+    for variables in nodes_of_all_kinds():
+        yield "boot", variables
     yield "memory-map", b"\x08" + b"".join(
         struct.pack("<BQQB", kind, base, pages, 15) for kind, base, pages in [(7, 0x40000000, 9), (0, 0x9F000, 0x61), (11, 0xFFFFFFFFFFFFF000, 5), (6, 0, 0)]
     )
@@ -167,6 +195,24 @@ EXPLORER = [
 ]  # fmt: skip
 
 
+EXPLORER_SESSIONS = [
+    "> 38000000 01 02 03 04\nC 38000000 38000004 38000010\nT 38000000 38000003 38000010\nC 38000000 38000004 38000010\nX",
+    "A 38000000 text\nHA 38000000 38000100 text\nHA 38000000 38000100 none\nH 38000000 38000100 74 ?? 78\nX",
+    "SAVE X.BIN 38000000 38000040\nLOAD X.BIN 38000100\nC 38000000 38000040 38000100\nLOAD NONE.BIN 38000000\nX",
+    "M 0 10\nW FFFFFFFFFFFFFFF0\nR 1000\nV 39000000\nD 38000000\nX",
+]  # fmt: skip
+
+# What no transcript types that is short enough.
+SESSIONS = [
+    "10 FOR I=1 TO 9:A=CVI(MKI$(I)):B!=CVS(MKS$(I)):C#=CVD(MKD$(I)):D=CVI(\"x\"+A$):A$=\"y\":NEXT\nRUN\nPRINT A;B!;C#;D",
+    "10 DEF FNA!(X!)=X!/3:DEF FNB(X,Y)=X*Y:DEF FNC%(X)=X\n20 FOR I=1 TO 9:A!=FNA!(I)+SGN(I-4):B=FNB(I,A!):C%=FNC%(B):NEXT\nRUN",
+    "A$=STRING$(4000,65)+\"B\"\nPRINT INSTR(A$+A$,STRING$(2000,65)+\"B\")\nPRINT INSTR(A$,STRING$(2000,65)+\"C\")",
+    "LOADBMP 1,\"B.BMP\"\nBITBLT 1,5,5,16777215\nBITBLT 1,-1,-1,0\nBITBLT 1,318,158,5592405",
+    "10 FOR I=1 TO 300:COLOR I,I*3,I*7:PRINT I;:NEXT\n20 TXTWINDOW 3,3,9,6\n30 FOR I=1 TO 20:PRINT I:NEXT:CLS\nRUN\nTXTWINDOW OFF",
+    "DIM A%(9)\nPOKE VARPTR(A%(1)),1\nPRINT PEEK(VARPTR(A%(1)))\nPRINT PEEK64(VARPTR(A%(0)))\nPRINT PEEK(VARTABLE)",
+]  # fmt: skip
+
+
 def main():
     folder = pathlib.Path(sys.argv[1])
     count = {}
@@ -176,12 +222,14 @@ def main():
         (folder / target).mkdir(parents=True, exist_ok=True)
         (folder / target / f"seed{number}").write_bytes(content)
 
-    for session in [*sessions(), *sessions_about_themes()]:
+    for session in [*sessions(), *(text.encode() + b"\n" for text in SESSIONS), *sessions_about_themes()]:
         write("session", session)
     for target, content in others():
         write(target, content)
     for command in EXPLORER:
         write("explorer", command.encode() + b"\nX\n")
+    for session in EXPLORER_SESSIONS:
+        write("explorer", session.encode() + b"\n")
     for example in sorted((ROOT / "examples").glob("*.bas")):
         if example.stat().st_size < 8192:
             write("program", example.read_bytes())

@@ -111,7 +111,8 @@ bool play_data(string_view input) {
 
 bool play_bitmap(string_view input) {
     machine->firmware().volume().put_file("F.BMP", string(input));
-    return type_all({"LOADBMP 1,\"F.BMP\"", "BITBLT 1,5,5", "BITBLT 1,-3,1000,255", "LOADBMP 1,\"F.BMP\""});
+    return type_all({"LOADBMP 1,\"F.BMP\"", "BITBLT 1,5,5", "BITBLT 1,-3,1000,255", "BITBLT 1,0,0,0",
+                     "BITBLT 1,-1,-1,16777215", "LOADBMP 1,\"F.BMP\""});
 }
 
 void prepare_memory_file() {
@@ -148,7 +149,8 @@ bool play_disk(string_view input) {
     Reader reader(input);
     Disk& disk = machine->firmware().disks().front();
     const auto shape = reader.take<std::uint8_t>();
-    disk.media.BlockSize = std::array<std::uint32_t, 4>{512, 4096, 1024, 2048}[shape & 3];
+    disk.media.BlockSize =
+        (shape & 128) != 0 ? 128 : std::array<std::uint32_t, 4>{512, 4096, 1024, 2048}[shape & 3];
     disk.media.IoAlign = (shape & 4) != 0 ? 4096 : 0;
     disk.media.RemovableMedia = (shape & 8) != 0;
     disk.media.MediaPresent = (shape & 16) == 0;

@@ -23,13 +23,15 @@ TEST(ByteSearch, FindsTheFirstByteAtEveryPlaceOfEveryLength) {
 
 TEST(ByteSearch, FindsTheFirstDifferenceAtEveryPlaceOfEveryLength) {
     for (std::size_t length = 0; length <= 200; ++length) {
-        const Bytes left(length, 0x55);
+        Bytes left(length);
+        for (std::size_t i = 0; i < length; ++i)
+            left[i] = static_cast<std::uint8_t>(i * 37 % 251);
         Bytes right = left;
         EXPECT_EQ(find_difference(left.data(), right.data(), length), length);
         for (std::size_t place = 0; place < length; ++place) {
-            right[place] = 0x54;
+            right[place] ^= 1;
             ASSERT_EQ(find_difference(left.data(), right.data(), length), place) << "of " << length;
-            right[place] = 0x55;
+            right[place] ^= 1;
         }
     }
 }

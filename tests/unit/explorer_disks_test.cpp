@@ -132,6 +132,10 @@ TEST(DiskReader, KeepsTheLastBlockThatWasReadWhole) {
     EXPECT_FALSE(reader.read(61, bytes));
     EXPECT_FALSE(reader.read(30, bytes));
     EXPECT_FALSE(reader.read(~std::uint64_t{0} - 1, bytes));
+    // Nor does a disk of 2^64 bytes go on at its beginning.
+    disk.media.LastBlock = ~std::uint64_t{0} / BreakingDevice::block_size;
+    EXPECT_TRUE(reader.read(~std::uint64_t{0} - 3, bytes));
+    EXPECT_FALSE(reader.read(~std::uint64_t{0} - 2, bytes));
 }
 
 // ---- DISKS and DISK -----------------------------------------------------------------------------
