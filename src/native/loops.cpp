@@ -214,15 +214,11 @@ void Emitter::emit_next(Token* at) {
     use(variable.storage, variable.type, Region::Way::written);
     const Condition past = is_integer(variable.type) ? emit_sum_of_wholes(entry, variable, detour->sign)
                                                      : emit_sum_of_reals(entry, variable, detour->sign);
-    if (may_be_then_part()) {
-        Label done;
-        code.jump_if(past, done);
-        end_then_part();
-        code.jump(lead_to(first));
-        code.bind(done);
-    } else {
-        code.jump_if(opposite(past), lead_to(first));
-    }
+    Label done;
+    code.jump_if(past, done);
+    end_then_part();
+    code.jump(lead_to(first));
+    code.bind(done);
     code.emit(Unary::dec_32, place(&control_stacks.for_count));
     go_on(record.after);
 }
