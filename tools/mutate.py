@@ -326,7 +326,8 @@ class Campaign:
         for part in parts:
             part = [test for test in part if not variant.is_known_to_fail(test)]
             while by := noticing(bench, part):
-                if variant.passes(by):
+                # Once more, for those that depend on time, which a busy machine may take away.
+                if variant.passes(by) and noticing(bench, [by]):
                     return by, sum(map(len, parts))
                 part.remove(by)
         return "", sum(map(len, parts))
