@@ -33,15 +33,19 @@ Shape glyph_shape(std::uint32_t code) {
     return shape;
 }
 
-// The shapes in order. Where glyphs look alike, the first in this order counts: ASCII, then the rest.
+// Where glyphs look alike, the code of the lowest rank counts: ASCII comes first.
+std::uint32_t rank_of(std::uint8_t code) {
+    return (code + 256U - 32U) % 256U;
+}
+
+// The shapes in order.
 std::vector<ShapeOfCode> make_shape_table() {
     std::vector<ShapeOfCode> table;
-    for (std::uint32_t i = 0; i < 256; ++i) {
-        const std::uint32_t code = (i + 32) % 256;
+    for (std::uint32_t code = 0; code < 256; ++code)
         table.push_back({glyph_shape(code), static_cast<std::uint8_t>(code)});
-    }
-    std::stable_sort(table.begin(), table.end(), [](const ShapeOfCode& left, const ShapeOfCode& right) {
-        return left.shape < right.shape;
+    std::sort(table.begin(), table.end(), [](const ShapeOfCode& left, const ShapeOfCode& right) {
+        return left.shape != right.shape ? left.shape < right.shape
+                                         : rank_of(left.code) < rank_of(right.code);
     });
     return table;
 }
