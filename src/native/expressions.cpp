@@ -335,13 +335,14 @@ void Emitter::whole(std::int16_t index, int reals, int wholes) {
 }
 
 void Emitter::divide(bool remainder, Register left, Register right) {
-    // By 0 is an error, and by -1 may overflow.
-    code.emit(Operation::lea, Register::rax, at(right, 1));
-    code.emit(WithNumber::cmp, Register::rax, 1);
-    fail_if(Condition::not_above);
+    // By 0 is an error.
+    code.emit(Operation::test, right, right);
+    fail_if(Condition::equal);
     // Most numbers fit in 32 bits, and processors divide those much faster.
     Label long_one;
+    Label usual;
     Label done;
+    Label negated;
     code.emit(Operation::mov, Register::rdx, left);
     code.emit(Operation::or_, Register::rdx, right);
     code.emit(Operation::mov, Register::rax, left);
@@ -350,10 +351,19 @@ void Emitter::divide(bool remainder, Register left, Register right) {
     code.emit(Unary::div_32, right);
     code.jump(done);
     code.bind(long_one);
+    // By -1 it may overflow, and needs no division.
+    code.emit(WithNumber::cmp, right, -1);
+    code.jump_if(Condition::not_equal, usual);
+    code.emit(Unary::neg, left);
+    fail_if(Condition::overflow);
+    if (remainder) code.emit(Operation::xor_, left, left);
+    code.jump(negated);
+    code.bind(usual);
     code.sign_extend_rax();
     code.emit(Unary::idiv, right);
     code.bind(done);
     code.emit(Operation::mov, left, remainder ? Register::rdx : Register::rax);
+    code.bind(negated);
 }
 
 void Emitter::whole_binary(const Node& node, int reals, int wholes) {
