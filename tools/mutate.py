@@ -6,8 +6,8 @@ usage: mutate.py [--seed N] [--count N] [--folder FOLDER] [--list]
        mutate.py --again            the survivors once more, after tests have been added, and to all tests that reach them
        mutate.py --table            what has come of all mutants so far, by folder
        mutate.py --again --since COMMIT
-                                    the same, first to the tests of files that have changed since then, then to some
-                                    that they have not been shown to
+                                    the same, first to the tests of files that have changed since then, then to
+                                    --others N (120) that they have not been shown to
 options: --jobs N                   mutants at a time (2)
          --hours H                  begin no mutant after so long
 
@@ -58,7 +58,6 @@ STEP = "3000"  # milliseconds of processor time that a transcript's step may tak
 NOTED_STEP = "12000"
 FIRST_CASES = 60  # the cases that are played before the unit tests
 MOST_CASES = 150  # that a mutant is shown to the first time
-SECOND_CASES = 120  # that it is shown to besides tests that have changed
 SUITE_SECONDS = 60  # of processor time
 LONGEST = 900  # seconds for one program of the tests, however busy the machine is
 MOST_FILE_BYTES = 1 << 28  # that a test which has gone mad may write
@@ -269,7 +268,7 @@ def tests_since(commit):
 
 class Campaign:
     def __init__(self, options):
-        self.builder, self.thorough = Builder(TREE), options.again
+        self.builder, self.thorough, self.second = Builder(TREE), options.again, options.others
         self.changed = tests_since(options.since) if options.since else None
         self.tests = Tests(self.builder, options.jobs)
         self.usual = Variant(self, "usual", NATIVE)
@@ -314,8 +313,8 @@ class Campaign:
             rest = cases if is_ordered_anew else cases[MOST_CASES:]
             rest = sorted(rest, key=lambda test: -len(words_of(name) & words_of(test.split(": ")[0])))
             changed, new = ([test for test in part if test.split(": ")[0] in self.changed] for part in (cases, suites))
-            others = [test for test in suites if test.startswith("unit_tests") and test not in new]
-            return [changed, new, others, [test for test in rest if test not in changed][:SECOND_CASES]]
+            others = [test for test in suites if self.second and test.startswith("unit_tests") and test not in new]
+            return [changed, new, others, [test for test in rest if test not in changed][: self.second]]
         if not self.thorough:
             quick = [test for test in suites if test.startswith("unit_tests")]
             return [cases[:FIRST_CASES], quick, cases[FIRST_CASES:MOST_CASES]]
@@ -358,18 +357,18 @@ def key_of(one):
 
 
 def known_equivalents():
-    """Places that were read and make no difference that anyone could see: file, the line's text, column, old and new."""
+    """Places that were read and make no difference that anyone could see: file, line, its text, column, old and new."""
     if not EQUIVALENT.exists():
         return set()
     known = set()
     for line in EQUIVALENT.read_text().splitlines():
         if line and not line.startswith("#"):
-            known.add(tuple(line.split("\t")[:5]))
+            known.add(tuple(line.split("\t")[:6]))
     return known
 
 
 def is_known_equivalent(one, known):
-    return (one["file"], one["source"], str(one["column"]), one["old"], one["new"]) in known
+    return (one["file"], str(one["line"]), one["source"], str(one["column"]), one["old"], one["new"]) in known
 
 
 def print_table():
@@ -455,6 +454,7 @@ def main():
     parser.add_argument("--list", action="store_true", help="only show the places that the seed chooses")
     parser.add_argument("--again", action="store_true")
     parser.add_argument("--since", default="", help="a commit")
+    parser.add_argument("--others", type=int, default=120, help="cases")
     parser.add_argument("--table", action="store_true")
     options = parser.parse_args()
     if options.table:

@@ -1,5 +1,8 @@
-// Specialised LET, which may go without its word, and SWAP. "=" holds what an assignment is about; the
+// Specialised LET, which may go without its word, MID$ and SWAP. "=" holds what an assignment is about; the
 // bracket of an element begins no chain and leads to it.
+#include <algorithm>
+
+#include "fast/assign.h"
 #include "fast/choose.h"
 #include "fast/element_assignments.h"
 #include "fast/expression.h"
@@ -8,6 +11,8 @@
 #include "fast/records.h"
 #include "fast/scalar_assignments.h"
 #include "fast/statement.h"
+#include "fast/text_sides.h"
+#include "fast/text_steps.h"
 #include "platform/memory.h"
 #include "program/keywords.h"
 #include "program/parse.h"
@@ -59,6 +64,40 @@ bool specialise_array_element(Token* at) {
 std::uint64_t let_with_word(Current at, std::uint64_t budget) {
     if (execution.kept_token == at) execution.kept_token = at + 1;
     return at[1].execute(at + 1, budget);
+}
+
+// ---- MID$ ---------------------------------------------------------------------------------------
+
+// What stands in front of "=" is read as the function's call.
+
+// A part that may be none is for the general handler, which finds out.
+std::uint64_t replace_part(Current at, std::uint64_t budget) {
+    std::uint8_t* string_top = arenas.FREETOP;
+    const Token* equals = as<CallRecord>(at + 1).equals;
+    const Value part = middle_piece(at + 1);
+    if (failed(part) || part.length == 0) return fall_back(at, budget, string_top);
+    const Value value = right_text(equals);
+    if (failed(value)) return fall_back(at, budget, string_top);
+    // The value may be a piece of the target itself.
+    move_bytes(const_cast<std::uint8_t*>(part.bytes), value.bytes, std::min(part.length, value.length));
+    KORVANE_JUMP return proceed(after(equals), budget);
+}
+
+bool specialise_replacement(Token* at) {
+    Expression part{.root = none, .end = at};
+    Expression value;
+    part.root = parse_name(part.end);
+    if (part.root == none || !read_value(part.end, Type::STRING, value)) return false;
+    const Node& target = node_at(node_at(part.node().first_argument).value);
+    const bool is_variable =
+        target.form == Form::variable && find_variable(target.token->name, false) != nullptr;
+    if ((!is_variable && target.form != Form::element) || !plan(part.root, Domain::text)) return false;
+    emit(part.root);
+    hold_value(at, part.end, value);
+    as<CallRecord>(at + 1).equals = part.end;
+    at->execute = guarded<replace_part>;
+    if (part.node().draws || value.node().draws) keep_random(at);
+    return true;
 }
 
 // ---- SWAP ---------------------------------------------------------------------------------------
@@ -115,7 +154,8 @@ std::uint64_t swap_places(Current at, std::uint64_t budget) {
     }
     if (is_system_variable(at->name)) return false;
     if (at[1].kind != '(') return specialise_scalar(at);
-    return !is_word(at, "MID$") && !is_word(at, "TIMER") && specialise_array_element(at);
+    if (is_word(at, "MID$")) return specialise_replacement(at);
+    return !is_word(at, "TIMER") && specialise_array_element(at);
 }
 
 [[gnu::cold]] bool specialise_swap(Token* at) {

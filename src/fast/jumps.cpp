@@ -39,7 +39,7 @@ std::uint64_t gosub_line(Token* at, std::uint64_t budget) {
 std::uint64_t on_number(Current at, std::uint64_t budget) {
     const auto& on = as<OnRecord>(at);
     std::uint8_t* string_top = arenas.FREETOP;
-    const Whole number = quick_right_index(at);
+    const Whole number = right_whole(at);
     if (number.failed != 0 || number.value < 0) return fall_back(at, budget, string_top);
     if (number.value == 0 || number.value > on.count) KORVANE_JUMP return proceed(on.after, budget);
     Token* target = listed_line(on.lines + 2 * (number.value - 1));

@@ -123,6 +123,9 @@ std::int16_t parse_expression(Token*& at, int minimum);
 // The same for an array element, whose name is at `at`.
 std::int16_t parse_element(Token*& at);
 
+// The same for whatever begins with the name at `at`, without an operator behind it.
+std::int16_t parse_name(Token*& at);
+
 // Plans a node and those under it, for a value wanted in a domain. False when it has no specialised form.
 bool plan(std::int16_t index, Domain wanted);
 

@@ -228,13 +228,6 @@ std::int16_t parse_built_in_call(const BuiltInFunction& function, Token*& at) {
     return call;
 }
 
-std::int16_t parse_name(Token*& at) {
-    if (at[1].kind != '(') return parse_variable(at);
-    if (is_user_function_name(at->name)) return parse_user_call(at);
-    const BuiltInFunction* function = find_called_function(at->name);
-    return function != nullptr ? parse_built_in_call(*function, at) : parse_element(at);
-}
-
 std::int16_t parse_primary(Token*& at) {
     switch (at->kind) {
         case NUMBER:
@@ -345,6 +338,13 @@ void note_keeper_of(const VariableEntry& array, const Token* name) {
 }
 
 }  // namespace
+
+std::int16_t parse_name(Token*& at) {
+    if (at[1].kind != '(') return parse_variable(at);
+    if (is_user_function_name(at->name)) return parse_user_call(at);
+    const BuiltInFunction* function = find_called_function(at->name);
+    return function != nullptr ? parse_built_in_call(*function, at) : parse_element(at);
+}
 
 std::int16_t parse_element(Token*& at) {
     const VariableEntry* array = find_variable(at->name, true);

@@ -136,7 +136,10 @@ struct CallRecord {
     StepFunction function;
     const void* value_leaf;
     Token* value_chain;
-    Token* next;
+    union {
+        Token* next;    // step
+        Token* equals;  // of MID$ as a statement
+    };
     union {
         UserFunction* callee;
         const BuiltInFunction* built_in;

@@ -134,6 +134,19 @@ std::uint64_t meet_else(Token* at, std::uint64_t budget) {
     }
 }
 
+// Whether an array has been removed since the statement was met for the first time and found arrays: then
+// that is forgotten.
+bool finds_arrays_anew(Token* at) {
+    bool anew = false;
+    for (; at->kind != END_OF_LINE && at->kind != ':'; ++at) {
+        if (at->kind != IDENTIFIER || at->resolution != RESOLVED_ARRAY) continue;
+        if (at->removals == static_cast<std::uint8_t>(variables.removals)) continue;
+        at->resolution = UNRESOLVED;
+        anew = true;
+    }
+    return anew;
+}
+
 // By its general handler, but for the forms that never change.
 template <bool holds>
 inline std::uint64_t execute_unspecialised(Token* at, std::uint64_t budget) {
@@ -321,8 +334,8 @@ std::uint64_t execute_first(Token* at, std::uint64_t budget) {
         KORVANE_JUMP return plain(at, budget);
     }
     // A statement is worth specialising when it is met a second time: in a loop that ends its generation at
-    // each turn (ERASE, DEF FN) none is.
-    if (!is_current(at)) {
+    // each turn (DEF FN) none is, and none with an array that comes and goes at each turn.
+    if (!is_current(at) || finds_arrays_anew(at)) {
         enter_generation(at);
         at->execute = execute_first;
         KORVANE_JUMP return execute_unspecialised<false>(at, budget);

@@ -43,13 +43,21 @@ Value right_part(Token* at) {
     return end_of(text, number_at(as<MarkRecord>(at).next_mark));
 }
 
+// A part of a text where the text has it.
+inline Value piece_of(Value text, std::int64_t start, std::int64_t length) {
+    if (start < 1 || length < 0) return no_text();
+    if (start > text.length) return Value::of_string(nullptr, 0);
+    const std::int64_t available = text.length - (start - 1);
+    return Value::of_string(text.bytes + (start - 1),
+                            static_cast<std::uint32_t>(std::min(length, available)));
+}
+
+inline Value copy_of_piece(const Value& text) {
+    return failed(text) ? text : copy_of(text.bytes, text.length);
+}
+
 Value middle_part(Token* at) {
-    const Value text = right_text(at);
-    if (failed(text)) return text;
-    const Token* start_mark = as<MarkRecord>(at).next_mark;
-    const Token* length_mark = as<MarkRecord>(start_mark).next_mark;
-    const std::int64_t start = number_at(start_mark);
-    return middle_of(text, start, length_mark == nullptr ? INT64_MAX : number_at(length_mark));
+    return copy_of_piece(middle_piece(at));
 }
 
 Value character(Token* at) {
@@ -146,10 +154,16 @@ Value copied(Value text) {
 }
 
 Value middle_of(Value text, std::int64_t start, std::int64_t length) {
-    if (start < 1 || length < 0) return no_text();
-    if (start > text.length) return copy_of(nullptr, 0);
-    const std::int64_t available = text.length - (start - 1);
-    return copy_of(text.bytes + (start - 1), static_cast<std::uint64_t>(std::min(length, available)));
+    return copy_of_piece(piece_of(text, start, length));
+}
+
+Value middle_piece(const Token* bracket) {
+    const Value text = right_text(bracket);
+    if (failed(text)) return text;
+    const Token* start_mark = as<MarkRecord>(bracket).next_mark;
+    const Token* length_mark = as<MarkRecord>(start_mark).next_mark;
+    const std::int64_t start = number_at(start_mark);
+    return piece_of(text, start, length_mark == nullptr ? INT64_MAX : number_at(length_mark));
 }
 
 Value end_of(Value text, std::int64_t length) {

@@ -25,6 +25,9 @@ Value joined(Value left, Value right, unsigned copies);
 // The same of the left and right sides of "+".
 Value joined(const Token* plus, unsigned copies);
 
+// What MID$ takes of a text by the arguments that its bracket and commas hold, where the text has it.
+Value middle_piece(const Token* bracket);
+
 // "+" between its left and right sides.
 [[gnu::cold]] void set_concatenation_step(Token* at);
 

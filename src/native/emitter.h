@@ -68,6 +68,15 @@ class Emitter {
         Label back;
     };
 
+    // What a FOR tells of its loop.
+    struct Bounds {
+        fast::Expression start;
+        fast::Expression limit;
+        std::int32_t sign;  // of the step
+        bool is_real;       // the variable
+        bool has_whole_limit;
+    };
+
     // ---- Statements (statements.cpp, loops.cpp) ----
     void emit_statement(Place& place);
     void emit_assignment(Token* at);
@@ -75,6 +84,8 @@ class Emitter {
     void emit_gosub(Token* at);
     void emit_return();
     void emit_for(Token* at);
+    bool read_bounds(Token* at, Bounds& bounds);
+    Condition emit_bounds(const Bounds& bounds, Type type);
     bool emit_opening(Token* at, Place* closer);
     void write_loop_variable(const VariableEntry& variable);
     std::uint32_t key_of(Place& place);
@@ -98,6 +109,7 @@ class Emitter {
     void write_element(const Node& element, std::int16_t value);
     void write_text(const VariableEntry* scalar, const Node* element, std::int16_t value);
     void write_whole(Operand memory, Type type, Register number);
+    void fit_or_fail(Type type, Register number);
     bool may_be_then_part() const;
     void end_then_part();
     void keep_then_part(const Token* opener, const Token* first, bool is_lone);
@@ -126,7 +138,7 @@ class Emitter {
     void begin(std::span<std::byte> room);
     static void clear_labels(Place& place);
 
-    // ---- Expressions (expressions.cpp, functions.cpp) ----
+    // ---- Expressions (expressions.cpp, elements.cpp, functions.cpp) ----
     //
     // `reals` and `wholes` tell how many values are kept below: a result goes into the next register.
     void real(std::int16_t index, int reals, int wholes);
@@ -147,6 +159,7 @@ class Emitter {
     void round_to_whole(Vector number, Register target);
     void real_call(const Node& node, int reals, int wholes);
     void whole_call(const Node& node, int reals, int wholes);
+    const Operand* find_bound(const Node& variable) const;
     bool enter_function(const Node& call, int& reals, int wholes, std::int16_t& body);
     void round_down(Vector number, bool toward_zero);
     void to_single(Vector number);

@@ -199,6 +199,13 @@ void Emitter::whole_call(const Node& node, int reals, int wholes) {
     code.bind(positive);
 }
 
+// What a variable is bound to as a parameter; null when it is none.
+const Operand* Emitter::find_bound(const Node& variable) const {
+    for (std::size_t i = binding_count; i != 0; --i)
+        if (bindings[i - 1].storage == variable.storage) return &bindings[i - 1].value;
+    return nullptr;
+}
+
 // Computes the arguments of a user function, which `reals` then counts among the values that are kept, and
 // binds the parameters to them. The parameters' own variables stay as they are: nothing can look at them
 // before the expression has been computed. As they are variables for all functions that the body calls in
@@ -212,15 +219,25 @@ bool Emitter::enter_function(const Node& call, int& reals, int wholes, std::int1
     for (std::int16_t i = call.first_argument; i != none; i = node_at(i).next_argument, ++count) {
         const std::int16_t value = node_at(i).value;
         const VariableEntry* parameter = function.entries[count];
-        if (parameter->type != Type::DOUBLE) return false;
-        Operand operand = real_operand(value, reals, wholes);
-        const bool is_number = node_at(value).form == Form::literal;
-        if (!operand.is_register()) {
-            copy(real_register(reals), operand);
-            operand = real_register(reals);
+        const Type type = parameter->type;
+        if (type == Type::INT64 || type == Type::STRING) return false;
+        const Vector own = real_register(reals);
+        Operand operand = own;
+        if (is_integer(type)) {
+            whole(value, reals, wholes);
+            fit_or_fail(type, whole_register(wholes));
+            whole_to_real(whole_register(wholes), own);
+        } else {
+            operand = real_operand(value, reals, wholes);
+            if (!operand.is_register() || type == Type::SINGLE) {
+                copy(own, operand);
+                operand = own;
+            }
+            if (type == Type::SINGLE) to_single(own);
+            const bool is_number = node_at(value).form == Form::literal && type == Type::DOUBLE;
+            if (!is_number) finite_or_fail(static_cast<Vector>(operand.number()));
         }
-        if (!is_number) finite_or_fail(static_cast<Vector>(operand.number()));
-        if (operand.is_register(real_register(reals))) ++reals;
+        if (operand.is_register(own)) ++reals;
         arguments[count] = {parameter->storage, operand};
     }
     if (binding_count + count > bindings.size()) return false;

@@ -91,67 +91,79 @@ void Emitter::emit_for(Token* at) {
     go_on(loop.after);
 }
 
+// Reads the bounds of a FOR; false when there is no code for them. A limit that a double may not hold is
+// compared as what it is.
+bool Emitter::read_bounds(Token* at, Bounds& bounds) {
+    const auto& loop = as<fast::ForRecord>(at);
+    bounds.sign = plain_step(as<fast::BoundRecord>(loop.to).step);
+    fast::begin_statement();
+    if (bounds.sign == 0 || !fast::read_expression(at + 3, fast::Domain::whole, bounds.start) ||
+        !fast::read_expression(loop.to + 1, fast::Domain::whole, bounds.limit))
+        return false;
+    const Node& limit = bounds.limit.node();
+    bounds.is_real = is_floating(loop.variable->type);
+    bounds.has_whole_limit = is_integer(limit.type);
+    return bounds.is_real ? !bounds.has_whole_limit || limit.bound <= fast::exact_integers
+                          : bounds.has_whole_limit;
+}
+
+// Computes the bounds: the start into the first register of the variable's domain, the limit into xmm1 and,
+// when it is an integer, into the register behind that of the start. Gives what tells that there is no turn.
+Condition Emitter::emit_bounds(const Bounds& bounds, Type type) {
+    const int wholes = bounds.is_real ? 0 : 1;
+    if (bounds.is_real) {
+        real(bounds.start.root, 0, 0);
+        prepare_real(type, bounds.start.node());
+    } else {
+        whole(bounds.start.root, 0, 0);
+    }
+    if (bounds.has_whole_limit) {
+        whole(bounds.limit.root, 1, wholes);
+        whole_to_real(whole_register(wholes), Vector::xmm1);
+    } else {
+        real(bounds.limit.root, 1, 0);
+        finite_or_fail(Vector::xmm1);
+    }
+    if (!bounds.is_real) {
+        code.emit(Operation::cmp, whole_register(0), whole_register(1));
+        return bounds.sign < 0 ? Condition::less : Condition::greater;
+    }
+    code.emit(Operation::ucomisd, Vector::xmm0, Vector::xmm1);
+    fail_if(Condition::parity);
+    return bounds.sign < 0 ? Condition::below : Condition::above;
+}
+
 // The entry that the NEXT at `closer` was made for keeps its key from one opening of the loop to the next, if
 // nobody else has opened one there. Then it is as this FOR has left it: all that may be new are the variable
 // and the limit. Where it is not, or at another depth, the loop is opened as the specialised FOR does it.
-// False when there is no code for the bounds.
+// False when there is no code for the bounds; in a rehearsal there is no NEXT yet.
 bool Emitter::emit_opening(Token* at, Place* closer) {
     const auto& loop = as<fast::ForRecord>(at);
     const VariableEntry& variable = *loop.variable;
-    const std::int32_t sign = plain_step(as<fast::BoundRecord>(loop.to).step);
-    fast::begin_statement();
-    fast::Expression start;
-    fast::Expression limit;
-    if (sign == 0 || !fast::read_expression(at + 3, fast::Domain::whole, start) ||
-        !fast::read_expression(loop.to + 1, fast::Domain::whole, limit))
-        return false;
-    const Node& last = limit.node();
-    const bool is_real = is_floating(variable.type);
-    const bool is_whole_limit = is_integer(last.type);
-    // A limit that a double may not hold is compared as what it is.
-    if (is_real ? is_whole_limit && last.bound > fast::exact_integers : !is_whole_limit) return false;
-    const auto& turn = as<fast::NextRecord>(closer == nullptr ? at : closer->at);
-    ForEntry& entry = closer == nullptr ? control_stacks.fors[0] : *turn.entry;
+    Bounds bounds;
+    if (!read_bounds(at, bounds)) return false;
+    if (closer == nullptr) {
+        emit_bounds(bounds, variable.type);
+        return true;
+    }
+    const auto& turn = as<fast::NextRecord>(closer->at);
+    const ForEntry& entry = *turn.entry;
     Detour* detour = add_detour(Detour::Kind::opening);
     if (detour == nullptr) return false;
     code.emit(WithNumber::cmp_32, place(&control_stacks.for_count), turn.depth - 1);
     code.jump_if(Condition::not_equal, detour->start);
-    const Register whole_limit = whole_register(is_real ? 0 : 1);
-    Condition past = sign < 0 ? Condition::less : Condition::greater;
-    if (is_real) {
-        real(start.root, 0, 0);
-        prepare_real(variable.type, start.node());
-        past = sign < 0 ? Condition::below : Condition::above;
-    } else {
-        whole(start.root, 0, 0);
-    }
-    if (is_whole_limit) {
-        whole(limit.root, 1, is_real ? 0 : 1);
-        whole_to_real(whole_limit, Vector::xmm1);
-    } else {
-        real(limit.root, 1, 0);
-        finite_or_fail(Vector::xmm1);
-    }
-    if (is_real) {
-        code.emit(Operation::ucomisd, Vector::xmm0, Vector::xmm1);
-        fail_if(Condition::parity);
-    } else {
-        code.emit(Operation::cmp, whole_register(0), whole_limit);
-    }
+    const Condition past = emit_bounds(bounds, variable.type);
     Label has_turns;
     code.jump_if(opposite(past), has_turns);
-    if (closer != nullptr) {
-        write_loop_variable(variable);
-        if (fast::end_of_line(at) != fast::end_of_line(closer->at)) end_then_part();
-        code.jump(lead_to(turn.after));
-    }
+    write_loop_variable(variable);
+    if (fast::end_of_line(at) != fast::end_of_line(closer->at)) end_then_part();
+    code.jump(lead_to(turn.after));
     code.bind(has_turns);
-    if (closer == nullptr) return true;
     code.emit(WithNumber::cmp_32, place(&entry.turn_key), static_cast<std::int32_t>(key_of(*closer)));
     code.jump_if(Condition::not_equal, detour->start);
     write_loop_variable(variable);
-    if (is_whole_limit)
-        on(Operation::mov_store, whole_limit, &entry.limit.integer);
+    if (bounds.has_whole_limit)
+        on(Operation::mov_store, whole_register(bounds.is_real ? 0 : 1), &entry.limit.integer);
     else
         on(Operation::movsd_store, Vector::xmm1, &entry.limit.real);
     on(Operation::movsd_store, Vector::xmm1, &entry.limit_as_double);

@@ -24,15 +24,19 @@ constexpr Vector scratch = Vector::xmm15;
 
 // Writes an integer that fits; it may be in any register but rax.
 void Emitter::write_whole(Operand memory, Type type, Register number) {
-    if (type == Type::INT64) {
-        code.emit(Operation::mov_store, number, memory);
-        return;
-    }
+    fit_or_fail(type, number);
+    code.emit(type == Type::INTEGER ? Operation::mov_store_16
+              : type == Type::LONG  ? Operation::mov_store_32
+                                    : Operation::mov_store,
+              number, memory);
+}
+
+void Emitter::fit_or_fail(Type type, Register number) {
+    if (type == Type::INT64) return;
     const bool is_short = type == Type::INTEGER;
     code.emit(is_short ? Operation::movsx_16 : Operation::movsx_32, Register::rax, number);
     code.emit(Operation::cmp, Register::rax, number);
     fail_if(Condition::not_equal);
-    code.emit(is_short ? Operation::mov_store_16 : Operation::mov_store_32, number, memory);
 }
 
 // Makes a double in xmm0 what the type can hold; fails when it is none.

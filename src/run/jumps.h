@@ -17,7 +17,7 @@ void do_return(Cursor& cursor);
 
 // ON expression GOTO/GOSUB list, ON ERROR GOTO, ON BREAK GOTO, ON TIMER(n) GOSUB.
 // A malformed one is "Syntax error".
-void do_on(Cursor& cursor);
+[[gnu::cold]] void do_on(Cursor& cursor);
 
 // Whether a line number literal is an expression of its own: its target is looked up once.
 bool is_lone_literal(const Token* at);

@@ -19,7 +19,8 @@ namespace {
 
 // Scans forward from `record` of the current line for the token that closes a block, counting nested openers,
 // across line ends but never out of the direct line. Makes the line where it stands current.
-bool find_closer(std::uint32_t record, std::uint8_t opener, std::uint8_t closer, Position& found) {
+[[gnu::cold]] bool find_closer(std::uint32_t record, std::uint8_t opener, std::uint8_t closer,
+                               Position& found) {
     int depth = 1;
     for (;;) {
         for (std::uint8_t kind; (kind = execution.tokens[record].kind) != END_OF_LINE; ++record) {
@@ -37,7 +38,7 @@ bool find_closer(std::uint32_t record, std::uint8_t opener, std::uint8_t closer,
 }
 
 // The same through the opening token's memory. Without a closer the run ends, without a message (deliberate).
-bool find_closer(Token& opener, std::uint8_t closer, Position& found) {
+[[gnu::cold]] bool find_closer(Token& opener, std::uint8_t closer, Position& found) {
     if (opener.jump_known) {
         found = opener.jump;
         return true;

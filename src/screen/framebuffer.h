@@ -92,6 +92,6 @@ void take_framebuffer(std::uint64_t base, std::uint64_t size, std::uint32_t widt
 
 // Makes sure that there is a back buffer large enough for the mode. An older one that is too small is not
 // given back. Without memory for one the framebuffer takes its place.
-void ensure_back_buffer();
+[[gnu::cold]] void ensure_back_buffer();
 
 }  // namespace korvane

@@ -201,6 +201,8 @@ class ProgramMaker:
             (10, lambda: f"{self.element(2)}={self.number(3)}"),
             (8, lambda: f"{self.random.choice(STRINGS)}={self.text(3)}"),
             (3, lambda: f"N$({self.subscript(1)})={self.text(2)}"),
+            (3, lambda: f"MID$({self.random.choice(STRINGS + ['N$(I)'])},{self.number(0)}"
+                        f"{self.random.choice(['', ',' + self.number(0)])})={self.text(2)}"),
             (7, lambda: f"PRINT {self.pick([(1, lambda: self.number(2)), (1, lambda: self.text(2))])}"
                         + self.random.choice(["", ";", ","])),
             (4, self.swap),

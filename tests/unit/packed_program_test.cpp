@@ -259,11 +259,11 @@ std::string pe_headers(std::uint32_t table, std::uint32_t table_size) {
     return headers;
 }
 
-std::string signed_image(const std::string& packed_bytes, std::size_t padding) {
-    const std::string certificate(96, 'c');
+std::string signed_image(const std::string& packed_bytes, std::size_t padding,
+                         std::uint32_t certificate_bytes = 96) {
     const std::size_t front = pe_headers(0, 0).size() + packed_bytes.size() + padding;
-    return pe_headers(static_cast<std::uint32_t>(front), 96) + packed_bytes + std::string(padding, '\0') +
-           certificate;
+    return pe_headers(static_cast<std::uint32_t>(front), certificate_bytes) + packed_bytes +
+           std::string(padding, '\0') + std::string(certificate_bytes, 'c');
 }
 
 TEST_F(PackedProgramTest, IsFoundInFrontOfASignature) {
@@ -272,6 +272,8 @@ TEST_F(PackedProgramTest, IsFoundInFrontOfASignature) {
         ASSERT_TRUE(load(signed_image(program_bytes, padding))) << padding;
         EXPECT_EQ(program_text(), "10 PRINT 1\n4294967294 END\n");
     }
+    for (const std::uint32_t certificate_bytes : {0U, 1U, 2U, 4096U})
+        EXPECT_TRUE(load(signed_image(program_bytes, 0, certificate_bytes))) << certificate_bytes;
     EXPECT_FALSE(detect(signed_image(program_bytes, 8)));
     EXPECT_FALSE(detect(signed_image("", 0)));
 }

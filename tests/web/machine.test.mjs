@@ -359,7 +359,7 @@ test("behind another tab a program goes on as fast, nothing is drawn, and all of
     await type("CLS");
     await type("10 X=X+1:IF X MOD 1000=0 THEN LOCATE 1,1:PRINT X;SPACE$(70)");
     await type("20 IF INKEY$=\"\" THEN 10");
-    await type("30 PRINT \"END OF IT\"");
+    await type("30 CLS:PRINT \"END OF IT\"");
     const other = await plain.newPage();
     await other.bringToFront();
     await page.waitForFunction(() => document.hidden, { polling: 50 });

@@ -16,6 +16,7 @@ const { archiveOf, filesOfArchive, RefusedArchive } = await page("archive.js");
 const { LARGEST_FILE, LARGEST_VOLUME, Volume } = await page("volume.js");
 const { shownScale } = await page("screen.js");
 const { fittingSize } = await page("console.js");
+const { Pace } = await page("../machine/pace.js");
 const { zipSync } = await page("fflate.js");
 
 const bytes = (text) => new TextEncoder().encode(text);
@@ -317,4 +318,29 @@ test("the screen is the largest that fits", () => {
   assert.deepEqual(fittingSize({ width: 1024, height: 768 }), [1024, 768]);
   assert.deepEqual(fittingSize({ width: 1366, height: 640 }), [800, 600]);
   assert.deepEqual(fittingSize({ width: 390, height: 600 }), [640, 480]);
+});
+
+// ---- Pictures ----------------------------------------------------------------------------------------------------
+
+// The moments of pictures where somebody looks every so often whether one is due.
+function picturesWithin(pace, start, end, step) {
+  const drawn = [];
+  for (let now = start; now < end; now += step) {
+    if (!pace.isDue(now)) continue;
+    pace.drawn(now);
+    drawn.push(now);
+  }
+  return drawn;
+}
+
+test("sixty pictures a second are drawn, however often there is a look, and no more after a rest", () => {
+  for (const step of [0.5, 1, 5, 8.06, 11, 16.6]) {
+    const count = picturesWithin(new Pace(), 5000, 15000, step).length;
+    assert.ok(count >= 598 && count <= 602, `${count} in ten seconds, with a look each ${step} ms`);
+  }
+  assert.equal(picturesWithin(new Pace(), 5000, 15000, 40).length, 250, "where looks are rare, each draws");
+  const pace = new Pace();
+  picturesWithin(pace, 1000, 2000, 8);
+  const later = picturesWithin(pace, 60000, 61000, 1).length;
+  assert.ok(later >= 60 && later <= 62, `${later} in the second after a rest`);
 });

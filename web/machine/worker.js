@@ -51,6 +51,7 @@
 // Escape from coming through. While the machine waits, the worker sleeps.
 
 import {Machine, whatIsMissing} from "./machine.js";
+import {Pace} from "./pace.js";
 
 // Pictures are drawn, and the text is told, no more often than this, in milliseconds.
 const pictureInterval = 1000 / 60;
@@ -68,7 +69,7 @@ let waiting = false;
 let size = "";
 let changes = [];      // of the volume, not told yet
 let heldText = [];     // characters of pasted text that are to be typed when the machine waits
-let lastPicture = 0;
+const pace = new Pace();
 let lastText = 0;
 let textIsOld = false;
 let later = null;      // the timer of an update that would have come too soon
@@ -98,12 +99,12 @@ function update(now = performance.now()) {
     clearTimeout(later);
     later = null;
     if (!visible) return;
-    if (now - lastPicture >= pictureInterval) {
+    if (pace.isDue(now)) {
         const picture = machine.updatePicture();
         if (picture === null) return;
         tellSize(picture);
         if (picture.columns !== 0) {
-            lastPicture = now;
+            pace.drawn(now);
             textIsOld = true;
             if (context !== null) draw(picture);
         }
@@ -186,7 +187,7 @@ const told = {
         waiting = isWaiting;
         if (isWaiting && !ready) {
             ready = true;
-            lastPicture = 0;
+            pace.hurry();
             update();
             tell({type: "ready"});
         }

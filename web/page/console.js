@@ -29,6 +29,8 @@ export class Console {
       .on("unknown", ({ characters }) => say(`Left out, because the machine does not have it: ${characters}`))
       .on("ended", () => say("The machine has ended. Reset starts it again."))
       .on("failed", ({ message }) => say(`The machine has stopped: ${message} Reset starts it again; the volume is as it was.`));
+    // A machine may start in a tab that nobody sees.
+    this.machine.on("ready", () => this.machine.visible(!document.hidden));
     this.machine.on("refused", ({ reason }) => this.refuse(reason));
     this.listen();
   }

@@ -13,7 +13,7 @@ namespace korvane {
 // GET [STEP] (x1, y1)-[STEP] (x2, y2), array: copies a rectangle of the screen into the array. A corner off
 // the screen and an array that is too small are "Illegal function call".
 // The first point becomes the last point.
-void do_get_graphics(Cursor& cursor);
+[[gnu::cold]] void do_get_graphics(Cursor& cursor);
 
 // PUT [STEP] (x, y), array[, PSET | PRESET | AND | OR | XOR]: combines the image with the screen, by default
 // with XOR. The image is never clipped: one that does not lie wholly on the screen is "Illegal function
