@@ -14,7 +14,7 @@
 // the characters' pixels drawn.
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/mman.h>
+#include <sys/time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -50,7 +50,7 @@ constexpr char usage[] =
                       --seconds N --target NAME KNOWN...
 )";
 
-constexpr unsigned most_seconds_of_input = 60;
+constexpr int most_seconds_of_input = 60;
 constexpr std::size_t fewest_lines = 40;  // of a session that is not compared; of one that is, at most
 constexpr std::size_t more_lines = 200;
 constexpr std::uint32_t few_looks = 2;  // for a key, before a program is broken
@@ -104,7 +104,7 @@ void watch_for_breaks() {
     struct sigaction action {};
     action.sa_handler = leave_input;
     action.sa_flags = SA_ONSTACK | SA_NODEFER;
-    for (const int number : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGALRM})
+    for (const int number : {SIGSEGV, SIGBUS, SIGILL, SIGFPE, SIGABRT, SIGPROF})
         sigaction(number, &action, nullptr);
 }
 
@@ -191,7 +191,9 @@ class Typist {
         const bool is_long = target_.typed && !compares;
         text_is_unseen = is_long;
         machine->firmware().be_patient_for(is_long ? few_looks : Firmware::usual_patience);
-        alarm(most_seconds_of_input);
+        // Of the processor, on which others may be at work too.
+        constexpr itimerval limit = {{0, 0}, {most_seconds_of_input, 0}};
+        setitimer(ITIMER_PROF, &limit, nullptr);
         const bool played = play(playing);
         if (!compares || !companion_ || !played || !is_comparable(playing)) return;
         companion_->begin(playing);

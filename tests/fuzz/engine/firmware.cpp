@@ -187,8 +187,7 @@ struct Firmware::Services {
     static Status EFIAPI get_attributes(uefi::MemoryAttributeProtocol*, uefi::PhysicalAddress base,
                                         std::uint64_t length, std::uint64_t* attributes) {
         if (auto failure = active->faults_.strike(Service::MemoryAttributesGet)) return *failure;
-        *attributes = active->pages_at(base, length).attributes;
-        return uefi::success;
+        return active->read_attributes(base, length, *attributes);
     }
 
     static Status EFIAPI set_attributes(uefi::MemoryAttributeProtocol*, uefi::PhysicalAddress base,
@@ -489,28 +488,61 @@ bool Firmware::owns(std::uint64_t address, std::uint64_t bytes) const {
 bool Firmware::has_code() const {
     return std::any_of(
         protected_.begin(), protected_.end(),
-        [](const ProtectedPages& pages) { return (pages.attributes & uefi::memory_execute_protect) == 0; });
+        [](const auto& page) { return (page.second & uefi::memory_execute_protect) == 0; });
 }
 
-// Whoever asks for attributes asks for the same pages each time.
-Firmware::ProtectedPages& Firmware::pages_at(std::uint64_t address, std::uint64_t bytes) {
+std::uint64_t Firmware::attributes_of_page(std::uint64_t page) const {
+    const auto known = protected_.find(page);
+    return known == protected_.end() ? first_attributes : known->second;
+}
+
+uefi::Status Firmware::read_attributes(std::uint64_t address, std::uint64_t bytes,
+                                       std::uint64_t& attributes) const {
     if (!owns(address, bytes)) complain("attributes of pages that are not allocated");
-    for (ProtectedPages& pages : protected_) {
-        if (pages.address == address && pages.bytes == bytes) return pages;
-        if (address < pages.address + pages.bytes && pages.address < address + bytes)
-            complain("attributes of a part of some pages");
-    }
-    return protected_.emplace_back(ProtectedPages{address, bytes, first_attributes});
+    attributes = attributes_of_page(address);
+    for (std::uint64_t page = address; page < address + bytes; page += uefi::page_size)
+        if (attributes_of_page(page) != attributes) return uefi::no_mapping;
+    return uefi::success;
 }
 
 uefi::Status Firmware::change_attributes(std::uint64_t address, std::uint64_t bytes, std::uint64_t set,
                                          std::uint64_t cleared) {
-    ProtectedPages& pages = pages_at(address, bytes);
-    pages.attributes = (pages.attributes | set) & ~cleared;
-    if ((pages.attributes & (uefi::memory_execute_protect | uefi::memory_read_only)) == 0)
-        complain("pages that may be both written and executed");
-    set_attributes(address, bytes, pages.attributes);
+    if (!owns(address, bytes)) complain("attributes of pages that are not allocated");
+    for (std::uint64_t page = address; page < address + bytes; page += uefi::page_size) {
+        const std::uint64_t attributes = (attributes_of_page(page) | set) & ~cleared;
+        if ((attributes & (uefi::memory_execute_protect | uefi::memory_read_only)) == 0)
+            complain("pages that may be both written and executed");
+        protected_[page] = attributes;
+    }
+    protect_pages(address, address + bytes);
     return uefi::success;
+}
+
+// Pages that lie side by side and are alike take one system call.
+void Firmware::protect_pages(std::uint64_t begin, std::uint64_t end) const {
+    auto first = protected_.lower_bound(begin);
+    while (first != protected_.end() && first->first < end) {
+        std::uint64_t next = first->first;
+        auto last = first;
+        while (last != protected_.end() && last->first == next && last->first < end &&
+               last->second == first->second) {
+            next += uefi::page_size;
+            ++last;
+        }
+        set_attributes(first->first, next - first->first, first->second);
+        first = last;
+    }
+}
+
+// As if nobody had ever changed them.
+void Firmware::unprotect_pages() const {
+    if (protected_.empty()) return;
+    const std::uint64_t begin = protected_.begin()->first;
+    const std::uint64_t end = protected_.rbegin()->first + uefi::page_size;
+    if ((end - begin) / uefi::page_size == protected_.size())
+        return set_attributes(begin, end - begin, first_attributes);
+    for (const auto& [page, attributes] : protected_)
+        set_attributes(page, uefi::page_size, first_attributes);
 }
 
 void* Firmware::find(uefi::Handle handle, const uefi::Guid& protocol) {
@@ -584,14 +616,12 @@ void Firmware::count_failed_look() {
 void Firmware::save() {
     for (const std::uint64_t guard : guards_)
         set_access(guard, true);
-    for (const ProtectedPages& pages : protected_)
-        set_attributes(pages.address, pages.bytes, first_attributes);
+    unprotect_pages();
     for (SavedMemory* memory : {&pages_, &data_, &scratch_, &tables_})
         memory->save(guards_);
     for (const std::uint64_t guard : guards_)
         set_access(guard, false);
-    for (const ProtectedPages& pages : protected_)
-        set_attributes(pages.address, pages.bytes, pages.attributes);
+    protect_pages(0, pages_base + pages_size);
     saved_guards_ = guards_.size();
     saved_protected_ = protected_;
     volume_.save();
@@ -608,13 +638,11 @@ void Firmware::put_back() {
     for (std::size_t i = saved_guards_; i < guards_.size(); ++i)
         set_access(guards_[i], true);
     guards_.resize(saved_guards_);
-    for (const ProtectedPages& pages : protected_)
-        set_attributes(pages.address, pages.bytes, first_attributes);
+    unprotect_pages();
     for (SavedMemory* memory : {&pages_, &data_, &scratch_, &tables_})
         memory->put_back();
     protected_ = saved_protected_;
-    for (const ProtectedPages& pages : protected_)
-        set_attributes(pages.address, pages.bytes, pages.attributes);
+    protect_pages(0, pages_base + pages_size);
     volume_.put_back();
     for (std::size_t i = saved_blocks_; i < pool_.size(); ++i)
         if (!pool_[i].freed) std::free(pool_[i].at);

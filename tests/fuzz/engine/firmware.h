@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -136,12 +137,6 @@ class Firmware {
         std::uint64_t key_of_map = 1;
         bool editor_waits = false;
     };
-    // Pages whose attributes somebody has changed.
-    struct ProtectedPages {
-        std::uint64_t address;
-        std::uint64_t bytes;
-        std::uint64_t attributes;
-    };
     struct DiskProtocol : uefi::BlockIoProtocol {
         Disk* disk;
     };
@@ -150,9 +145,12 @@ class Firmware {
     void count_failed_look();
     void enter_mode(std::uint32_t mode);
     std::vector<uefi::MemoryDescriptor> map() const;
-    ProtectedPages& pages_at(std::uint64_t address, std::uint64_t bytes);
+    std::uint64_t attributes_of_page(std::uint64_t page) const;
+    uefi::Status read_attributes(std::uint64_t address, std::uint64_t bytes, std::uint64_t& attributes) const;
     uefi::Status change_attributes(std::uint64_t address, std::uint64_t bytes, std::uint64_t set,
                                    std::uint64_t cleared);
+    void protect_pages(std::uint64_t begin, std::uint64_t end) const;
+    void unprotect_pages() const;
     void* find(uefi::Handle handle, const uefi::Guid& protocol);
     std::vector<uefi::Handle> all_with(const uefi::Guid* protocol);
     void* allocate(std::uint64_t size);
@@ -166,8 +164,8 @@ class Firmware {
     SavedMemory framebuffer_;
     std::vector<std::uint64_t> guards_;  // pages without access between those handed out
     std::size_t saved_guards_ = 0;
-    std::vector<ProtectedPages> protected_;
-    std::vector<ProtectedPages> saved_protected_;
+    std::map<std::uint64_t, std::uint64_t> protected_;  // attributes of pages that somebody has changed
+    std::map<std::uint64_t, std::uint64_t> saved_protected_;
 
     Hardware hardware_;
     std::vector<Disk> disks_;
