@@ -11,12 +11,12 @@ set(KORVANE_HOT_NAMES
     numbers/scaled
     platform/clock platform/firmware platform/memory platform/stack
     program/tokenizer
-    run/control_stacks run/run
+    run/run
     screen/console screen/framebuffer screen/gfx_line screen/plot screen/text_windows
     statements/data/data_statements statements/graphics/circle statements/graphics/image_array statements/graphics/paint
     statements/graphics/plot_statements
     values/arrays values/convert values/data_items values/evaluator values/function_support values/operators
-    values/store values/string_functions values/user_calls values/user_functions values/variables)
+    values/store values/string_functions values/variables)
 set(KORVANE_HOT_SOURCES)
 foreach(name ${KORVANE_HOT_NAMES})
   set(source ${CMAKE_SOURCE_DIR}/src/${name}.cpp)
