@@ -203,7 +203,7 @@ constexpr Condition opposite(Condition condition) {
 class Label {
   public:
     bool is_used() const { return where != 0; }
-    std::size_t position() const { return static_cast<std::size_t>(~where); }
+    std::size_t position() const { return ~static_cast<std::uint32_t>(where); }
 
   private:
     friend class Assembler;

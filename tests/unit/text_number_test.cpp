@@ -168,10 +168,8 @@ TEST(LongestNumberTest, PrefixedFormsGiveTheirInteger) {
 }
 
 TEST(LongestNumberTest, OutOfRange) {
-    for (const char* text : {"1E309", "-1E400X", "&H10000000000000000"}) {
-        longest_number(text);
-        EXPECT_EQ(take_error(), "Overflow") << text;
-    }
+    for (const char* text : {"1E309", "-1E400X", "&H10000000000000000"})
+        expect_integer_value(text, Type::NONE, 0);
 }
 
 }  // namespace
