@@ -20,7 +20,6 @@ namespace {
 
 using fast::Domain;
 using fast::Form;
-using fast::none;
 
 bool is_whole(const Node& node) {
     return fast::domain_of_kind(node.kind) == Domain::whole;
