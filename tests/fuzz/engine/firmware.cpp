@@ -481,6 +481,9 @@ bool Firmware::owns(std::uint64_t address, std::uint64_t bytes) const {
     const auto inside = [=](std::uint64_t begin, std::uint64_t end) {
         return address >= begin && address <= end && bytes <= end - address;
     };
+    // The page behind a block is there to be hit by mistake.
+    for (const std::uint64_t guard : guards_)
+        if (address < guard + uefi::page_size && guard < address + bytes) return false;
     return inside(data_base, data_base + data_size) || inside(scratch_base, scratch_base + scratch_size) ||
            inside(tables_base, tables_base + tables_size) || inside(now_.next_page, pages_base + pages_size);
 }
