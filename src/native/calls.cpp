@@ -9,13 +9,8 @@
 #include "program/arenas.h"
 
 namespace korvane::native {
-namespace {
 
 using fast::Form;
-
-constexpr Vector scratch = Vector::xmm15;
-
-}  // namespace
 
 // Calls a function with the last values for integers, so many of them from `wholes` on, as its arguments. Its
 // result is left in rax and rdx, or in the scratch register.

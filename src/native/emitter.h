@@ -41,6 +41,9 @@ namespace korvane::native {
 using fast::Node;
 using fast::node_at;
 
+inline constexpr Vector scratch = Vector::xmm15;
+inline constexpr Vector other_scratch = Vector::xmm14;
+
 class Emitter {
   public:
     explicit constexpr Emitter(Region& statements) : region(statements), code({}) {}

@@ -74,7 +74,7 @@ bool ExecutableMemory::take() {
 std::span<std::byte> ExecutableMemory::begin_writing(std::size_t from, std::size_t bytes) {
     if (state_ != State::present) return {};
     const std::size_t end = std::min<std::size_t>(from + bytes, pages_.bytes);
-    const std::size_t first = from / uefi::page_size * uefi::page_size;
+    const std::size_t first = std::min<std::size_t>(from, pages_.bytes - 1) / uefi::page_size * uefi::page_size;
     const std::size_t whole_pages = (end - first + uefi::page_size - 1) / uefi::page_size;
     written_ = {pages_.address + first, whole_pages * uefi::page_size, 0};
     if (!protect(is_proven_ ? written_ : pages_, uefi::memory_execute_protect)) {

@@ -27,9 +27,6 @@ class ExecutableMemory {
     // True when there is memory for code. The first call takes it from the firmware, and notes the protocol.
     bool take();
 
-    // How much there is, in bytes.
-    std::size_t size() const { return pages_.bytes; }
-
     // So much of the memory from a place in it on, as far as it reaches, and what lies in the same pages:
     // this can be written and not executed from now on. Empty when that was refused: what the memory held
     // must then never be entered again.

@@ -29,11 +29,9 @@ bool is_leaf(const Node& node) {
     return node.form == Form::variable || node.form == Form::literal;
 }
 
-constexpr Vector scratch = Vector::xmm15;
-constexpr Vector other_scratch = Vector::xmm14;
-
 alignas(16) constexpr std::uint64_t sign_bits[2] = {1ULL << 63, 0};
 alignas(16) constexpr std::uint64_t other_bits[2] = {~(1ULL << 63), ~0ULL};
+
 }  // namespace
 
 // ---- Registers ------------------------------------------------------------------------------------

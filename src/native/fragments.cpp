@@ -54,7 +54,7 @@ constexpr std::int64_t cost_of_writing = 8;  // in statements, however many ther
 constexpr std::int64_t enough_for_some = 2 * cost_of_writing;
 constexpr std::int64_t enough_for_all = most_places + cost_of_writing;
 constexpr std::uint32_t first_missed = 64;
-constexpr std::size_t most_bytes_per_statement = 1024;
+constexpr std::size_t usual_bytes_per_statement = 1024;
 
 struct Fragments {
     std::uint32_t generation;                  // of all code that there is
@@ -208,19 +208,23 @@ void make() {
     }
     constexpr std::size_t boundary = 64;
     const std::size_t start = (fragments.used + boundary - 1) / boundary * boundary;
-    const std::size_t bytes = (region.natives().size() + 1) * most_bytes_per_statement;
-    if (start + bytes > executable_memory.size() && fragments.used != 0) {
-        executable_memory.grow();
-        return forget();
+    // Room that suffices nearly always, because protecting more pages takes longer; else all that there is.
+    std::span<std::byte> memory =
+        executable_memory.begin_writing(start, region.natives().size() * usual_bytes_per_statement);
+    bool made = emitter.emit_region(memory);
+    if (!made && emitter.is_full()) {
+        memory = executable_memory.begin_writing(start);
+        made = emitter.emit_region(memory);
     }
-    const std::span<std::byte> memory = executable_memory.begin_writing(start, bytes);
-    const bool made = !memory.empty() && emitter.emit_region(memory);
     if (!executable_memory.end_writing()) {
         fragments.is_off = true;
         return forget();
     }
     fragments.made += static_cast<std::int64_t>(region.natives().size()) + cost_of_writing;
-    if (!made) return;
+    if (!made) {
+        if (emitter.is_full() && (executable_memory.grow() || fragments.used != 0)) forget();
+        return;
+    }
     fragments.used = start + emitter.size();
     note_unknown_array_keeper();
     for (Place* place : region.natives())

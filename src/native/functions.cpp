@@ -17,8 +17,6 @@ using fast::Domain;
 using fast::Form;
 using fast::none;
 
-constexpr Vector scratch = Vector::xmm15;
-constexpr Vector other_scratch = Vector::xmm14;
 constexpr int most_calls = 12;  // of user functions in a statement
 
 alignas(16) constexpr std::uint64_t sign_bit[2] = {1ULL << 63, 0};

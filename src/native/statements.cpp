@@ -11,14 +11,9 @@
 #include "values/variables.h"
 
 namespace korvane::native {
-namespace {
 
 using fast::as;
 using fast::Form;
-
-constexpr Vector scratch = Vector::xmm15;
-
-}  // namespace
 
 // ---- Assignments ----------------------------------------------------------------------------------
 

@@ -53,12 +53,12 @@ bool forget_array_keepers(const ArrayBlock* array) {
     if (keepers.unknown_in == arenas.generation) return false;
     if (keepers.generation != arenas.generation) return true;
     for (std::uint16_t* link = &chain_of(array); *link != 0;) {
-        const Keeper& keeper = keepers.all[*link];
+        Keeper& keeper = keepers.all[*link];
         if (keeper.array == array) {
             keeper.statement->generation = 0;
             *link = keeper.next;
         } else {
-            link = const_cast<std::uint16_t*>(&keeper.next);
+            link = &keeper.next;
         }
     }
     return true;

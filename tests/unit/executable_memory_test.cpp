@@ -112,8 +112,19 @@ TEST_F(ExecutableMemoryTest, OnlyThePagesThatAreWrittenChange) {
     EXPECT_TRUE(dies_of_calling());
     ASSERT_TRUE(memory_.end_writing());
     EXPECT_EQ(function_(), 7);
-    EXPECT_EQ(memory_.begin_writing(memory_.size() - 10, 50).size(), 10U);
-    EXPECT_TRUE(memory_.end_writing());
+    memory_.give_back();
+    expect_nothing_left();
+}
+
+TEST_F(ExecutableMemoryTest, WritingEndsWhereTheMemoryDoes) {
+    ASSERT_TRUE(memory_.take());
+    for (int round = 0; round != 2; ++round) {  // the first time all pages change, then the written ones
+        EXPECT_EQ(memory_.begin_writing(first_code_bytes - 10, 50).size(), 10U);
+        EXPECT_TRUE(memory_.end_writing());
+        EXPECT_EQ(memory_.begin_writing(first_code_bytes, 50).size(), 0U);
+        EXPECT_TRUE(memory_.end_writing());
+    }
+    EXPECT_NE(make_function(), nullptr);
     memory_.give_back();
     expect_nothing_left();
 }

@@ -72,6 +72,18 @@ TEST_F(NativeImageTest, RefusalsEndIt) {
     }
 }
 
+// Subscripts that have to be rounded take more bytes than any other statement of this length. If they did not
+// fit, their code would be made again and again.
+TEST_F(NativeImageTest, TheLongestStatementsBecomeMachineCodeToo) {
+    start();
+    std::string sum = "N(A,B)";
+    for (int i = 1; i < 18; ++i)
+        sum += "+N(A,B)";
+    type("10 DIM N(9,9):A=1.5:B=2.5:FOR I=1 TO 100000\n20 X=" + sum + "\n30 NEXT\nRUN\n");
+    EXPECT_GE(executable_pages(), 1U);
+    EXPECT_LT(uses(Service::MemoryAttributesSet), 10U);
+}
+
 // A loop that ends its generation with every turn is not made into code again and again.
 TEST_F(NativeImageTest, GenerationsThatEndSoonGetNoCode) {
     start();
