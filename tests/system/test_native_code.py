@@ -13,7 +13,8 @@ from conftest import BOOT_TIMEOUT, IMAGE, boot, make_disk
 from qemu_machine import Machine
 from test_secure_boot import CODE, SMM, TERMINAL, VARIABLES, sign
 
-LOOP = b'10 PRINT "begins"\r\n20 FOR I=1 TO 1E12:S=S+I:NEXT\r\n'
+# Most statements are long: the machine is stopped most easily where firmware looks at the keyboard, and that must be rare.
+LOOP = b'10 PRINT "begins"\r\n20 FOR I=1 TO 1E12:S=S+I' + 25 * b"+I-I" + b":NEXT\r\n"
 SAMPLES = 60
 CODE_BYTES = 24  # enough to tell code from other code
 
