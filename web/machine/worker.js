@@ -32,8 +32,8 @@
 //   {type: "resized", width, height}         the screen's size in pixels: once before "ready", then when it changes
 //   {type: "ready"}                          the first prompt is there
 //   {type: "rows", rows, columns, cursor}    the text on the screen: `rows` are all its rows in Unicode, blanks at their ends
-//                                            left out; `cursor` is {row, column}, from 0. Ten times a second at most, and
-//                                            only when something has changed
+//                                            left out; `cursor` is {row, column}, from 0. Ten times a second at most, but
+//                                            for the first prompt, and only when something has changed
 //   {type: "waiting", waiting}               true: it waits for a key; false: a program (or command) runs. Told on changes
 //   {type: "volume", changes}                what has changed on the volume: [{path, bytes, modified}, {path, folder: true,
 //                                            modified}, {path, gone: true}], in the order in which it is to be done again;
@@ -188,6 +188,7 @@ const told = {
         if (isWaiting && !ready) {
             ready = true;
             pace.hurry();
+            lastText = -textInterval;
             update();
             tell({type: "ready"});
         }
