@@ -2,6 +2,7 @@
 //
 // KORVANE_WEB=build/web KORVANE_WEB_PACKAGES=build/web-tests node --test tests/web/page.test.mjs
 
+import "./node_streams.mjs";
 import assert from "node:assert";
 import { execFileSync } from "node:child_process";
 import fs from "node:fs";
