@@ -104,7 +104,8 @@ class Loops:
         return self.choose(
             counted, counted, counted,
             f"FOR N{suffix}={top}-{self.choose(0, 2)} TO {top}{self.choose('', ' STEP 2')}:X=X+1:NEXT",
-            f"FOR N{suffix}=-{top}+1 TO -{top}-1 STEP {self.choose(-1, -2)}:X=X+1:NEXT")
+            # One less than the smallest of 64 bits would be rounded to it again, for ever.
+            f"FOR N{suffix}=-{top}+4095 TO -{top}-1 STEP -4096:X=X+1:NEXT")
 
     def real_edge(self, turn):
         """A real number that leaves its range at that turn, and what would be a small one again if it were not looked at."""
