@@ -165,6 +165,9 @@ def hot_loops(maker):
              "25 DEF FNC%(X%)=X%*3:DEF FND$(S$)=S$+\"!\":DEF FNE!(X!,S$)=X!/3+LEN(S$):DEF FNG=RND+A"]
     lines += ["30 ON ERROR GOTO 600"] * chance(85)
     lines += [f"40 {name}={loops.literal()}" for name in [choose("A", "B%", "C&", "B!", "A&&")]] * chance(50)
+    # What memory holds may be no number.
+    lines += [f"45 POKE64 VARPTR({choose('A', 'B#', 'M(3)')}),{choose('&H7FF8000000000000', '&H7FF0000000000000', '-1')}"] * chance(4)
+    lines += [f"46 POKE32 VARPTR({choose('A!', 'M!(3)')}),{choose('&H7FC00000', '&HFF800000')}"] * chance(4)
     lines += [choose("50 ON TIMER(1) GOSUB 560:TIMER ON", "50 ON TIMER(.01) GOSUB 560:TIMER ON")] * chance(5)
     lines += loops.lines()
     lines += ["400 PRINT T;E;I;J;K;X;D;CN:VARINFO FULL", "410 END",
