@@ -30,11 +30,10 @@ namespace {
 // The line that is tried is number 30; it has run four times when its code is made.
 constexpr std::string_view surroundings[] = {
     "10 DIM N(9),N%(9),T$(9),M(3,3)",
-    "11 A=3:B=2.5:C=-7:D%=4:E&=100000:F!=.5:G$=\"HELLO\":H$=\"LO\":I=2:J=5:K=0:L#=1D307:Q&&=6",
+    "11 A=3:B=2.5:C=-7:D%=4:E&=100000:F!=.5:G$=\"HELLO\":H$=\"LO\":I=2:J=5:K=0:L#=1D307:Q&&=6:W=A/30",
     "12 X=0:X%=0:X&=0:X!=0:X$=\"\":X&&=0:Y=0:N(2)=1.5:N(5)=9:N%(2)=7:M(1,2)=8:T$(2)=\"TWO\"",
-    "13 DEF FNA(P)=P*2+A:DEF FNB(P,R)=FNA(P)-R:DEF FNC(P&&)=P&&*2:DEF FND%(P%)=P%+1:DEF FNE!(P!)=P!/3",
+    "13 DEF FNA(P)=P*2+A:DEF FNB(P,R)=FNA(P)-R:DEF FNC(P&&)=P&&*2:DEF FND%(P%)=P%+1:DEF FNE!(P!)=P!/3:DEF FNS(P!)=P!+K",
     "20 FOR Z=1 TO 4",
-    "40 NEXT Z",
     "50 END",
     "60 X=X+1:RETURN",
     "70 DATA 1,2,3,4,43,one",
@@ -90,6 +89,7 @@ constexpr Case cases[] = {
     {"X=FNC(I)+1", 1, "X", " 5"},
     {"X=FND%(B)", 1, "X", " 4"},
     {"X=FNE!(I)=I/3", 1, "X", " 0"},
+    {"X=FNS(W)", 1, "X=W;ABS(X-W)<1D-8", " 0 -1"},
     {"X$=G$+H$", 1, "X$", "HELLOLO"},
     {"X$=LEFT$(G$,2)", 1, "X$", "HE"},
     {"X$=T$(I)", 1, "X$", "TWO"},
@@ -196,10 +196,11 @@ class MachineCode : public testing::Test {
     void expect_meaning(const Case& one);
 
     // Types the program with the line in it and runs it, up to what spoils the line's results.
-    void run_with(std::string_view line, std::string_view spoilt) {
+    void run_with(std::string_view line, std::string_view spoilt, std::string_view next = "NEXT Z") {
         for (const std::string_view text : surroundings)
             ASSERT_TRUE(session_.type(text)) << session_.problem();
         ASSERT_TRUE(session_.type("30 " + std::string(line)));
+        ASSERT_TRUE(session_.type("40 " + std::string(next)));
         ASSERT_TRUE(session_.type("45 " + std::string(spoilt)));
         ASSERT_TRUE(session_.type("RUN")) << session_.problem();
         ASSERT_EQ(errors.message, nullptr) << errors.message;
@@ -315,6 +316,18 @@ TEST_F(MachineCode, DoesWhatTheLineMeans) {
         SCOPED_TRACE(one.line);
         expect_meaning(one);
     }
+}
+
+// A loop that a general handler has opened is taken over.
+TEST_F(MachineCode, GoesOnWithTheLoopThatIsOpen) {
+    ASSERT_NO_FATAL_FAILURE(run_with("X=X+1:NEXT Z", "X=-1:Z=2", "REM"));
+    ASSERT_TRUE(make_code());
+    enter(2);
+    EXPECT_NE(control_stacks.fors[0].turn_key, 0u);  // so that it is looked at once
+    EXPECT_EQ(printed("X;Z"), " 0  3");
+    enter(6);
+    EXPECT_EQ(execution.statement_start, untouched);
+    EXPECT_EQ(printed("X;Z"), " 2  5");
 }
 
 // Each statement takes one of those that are left: the code pauses in front of the one that has none.
