@@ -107,6 +107,8 @@ function update(now = performance.now()) {
             pace.drawn(now);
             textIsOld = true;
             if (context !== null) draw(picture);
+        } else {
+            pace.unchanged(now);
         }
         if (textIsOld && now - lastText >= textInterval) tellText(now);
         if (!textIsOld || !waiting) return;
@@ -185,6 +187,7 @@ const told = {
         if (isWaiting && heldText.length !== 0) return typeHeldLine();
         if (waiting === isWaiting) return;
         waiting = isWaiting;
+        pace.wake();
         if (isWaiting && !ready) {
             ready = true;
             pace.hurry();
@@ -227,6 +230,7 @@ async function start(message) {
         for (const file of message.files ?? []) put(file);
         const status = await machine.run(message.width, message.height);
         waiting = true;  // nothing will change any more: what is left to show is shown soon
+        pace.wake();
         told.turn();
         tell({type: "ended", status});
     } catch (error) {
@@ -247,6 +251,7 @@ const handlers = {
     },
     visible(message) {
         visible = message.visible;
+        pace.wake();
         if (visible) update();
     },
 };
