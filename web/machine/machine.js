@@ -3,8 +3,9 @@
 // The module runs on a stack of its own that stands still whenever it waits (JavaScript Promise Integration). No memory
 // is shared, so the page needs no special headers.
 
-// A program that runs lets the event loop have a turn so often, in milliseconds.
+// A program that runs lets the event loop have a turn so often, in milliseconds: less often where there is nothing to draw.
 const turnInterval = 8;
+const quietTurnInterval = 25;
 
 // A program that only looks for keys or at the clock, with few statements between two looks, does so at least so many times
 // in a millisecond. When it has drawn nothing for a while either, it is waiting: it is given rests then, with shorter turns
@@ -46,7 +47,8 @@ export class Machine {
 
     // What becomes of the machine is told to these functions, all of which may be left out:
     //   waits(waiting)     it begins or ends to wait for a key
-    //   turn()             the event loop is about to have a turn, or the machine to wait
+    //   turn()             the event loop is about to have a turn, or the machine to wait; true when nothing has been drawn
+    //                      for a while
     //   changed(change)    {path, bytes, modified}, {path, folder: true, modified} or {path, gone: true}
     //   fail(message)
     constructor(module, told = {}, pages = {initial: 6144, maximum: 24576}) {
@@ -87,7 +89,7 @@ export class Machine {
 
     // Runs the machine to its end; the status with which the interpreter has returned.
     async run(width, height) {
-        this.#beginTurn(false);
+        this.#beginTurn(turnInterval);
         return Number(await WebAssembly.promising(this.#exports.run)(width, height));
     }
 
@@ -175,14 +177,14 @@ export class Machine {
             }
             this.told.waits?.(false);
         }
-        this.#beginTurn(false);
+        this.#beginTurn(turnInterval);
     }
 
-    #beginTurn(isWaiting) {
+    #beginTurn(length) {
         this.#keyCount = 0;
         this.#looks = 0;
         this.#clockLooks = 0;
-        this.#turnLength = isWaiting ? turnOfAWait : turnInterval;
+        this.#turnLength = length;
         this.#lastTime = performance.now();
         this.#nextTurn = this.#lastTime + this.#turnLength;
         this.#stride = 1;
@@ -203,7 +205,7 @@ export class Machine {
 
     async #turn() {
         const looks = this.#looks + this.#clockLooks;
-        this.told.turn?.();
+        const isQuiet = this.told.turn?.() === true;
         const isWaiting = looks >= looksOfAWait * this.#turnLength && performance.now() - this.#lastDrawn >= drawsNothing;
         await new Promise((done) => {
             if (isWaiting) {
@@ -215,7 +217,7 @@ export class Machine {
             this.#channel.port2.postMessage(null);
         });
         this.#pressed = null;
-        this.#beginTurn(isWaiting);
+        this.#beginTurn(isWaiting ? turnOfAWait : isQuiet ? quietTurnInterval : turnInterval);
     }
 
     // The interpreter could not start, and keeps the processor.

@@ -28,6 +28,10 @@ export class Pace {
         if (this.#isQuiet) this.#due = now + quietInterval;
     }
 
+    get isQuiet() {
+        return this.#isQuiet;
+    }
+
     // Something has happened that may have changed the screen.
     wake() {
         if (this.#isQuiet) this.hurry();

@@ -47,7 +47,7 @@
 //   {type: "ended", status}                  the interpreter has returned to its firmware; status 0 is success
 //   {type: "failed", message}                something broke; what is on the screen stays. The worker is of no more use
 //
-// While a program runs without asking for keys, messages are looked at every 8 ms or so; nothing in a program can keep
+// While a program runs without asking for keys, messages are looked at every 8 to 25 ms or so; nothing in a program can keep
 // Escape from coming through. While the machine waits, the worker sleeps.
 
 import {Machine, whatIsMissing} from "./machine.js";
@@ -182,6 +182,7 @@ const told = {
     turn() {
         tellChanges();
         update();
+        return !visible || pace.isQuiet;
     },
     waits(isWaiting) {
         if (isWaiting && heldText.length !== 0) return typeHeldLine();
