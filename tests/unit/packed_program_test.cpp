@@ -278,6 +278,20 @@ TEST_F(PackedProgramTest, IsFoundInFrontOfASignature) {
     EXPECT_FALSE(detect(signed_image("", 0)));
 }
 
+// The headers may stand anywhere, even at the very end, inside the certificate table.
+TEST_F(PackedProgramTest, HeadersMayBeTheLastOfTheFile) {
+    const std::string program_bytes = with_trailer(packed(2, two_lines));
+    const auto table = static_cast<std::uint32_t>(64 + program_bytes.size());
+    constexpr std::uint32_t header_bytes = 24 + 152;  // up to the entry of the certificate table
+    std::string image = pe_headers(table, header_bytes).substr(0, 64 + header_bytes);
+    image.replace(0x3C, 4, u32(table));
+    image.insert(64, program_bytes);
+    ASSERT_TRUE(load(image));
+    EXPECT_EQ(program_text(), "10 PRINT 1\n4294967294 END\n");
+    // One byte less, and the entry is not whole.
+    EXPECT_FALSE(detect(image.substr(0, image.size() - 1)));
+}
+
 TEST_F(PackedProgramTest, HeadersThatMakeNoSensePointToNoSignature) {
     const std::string good = signed_image(with_trailer(packed(2, two_lines)), 0);
     for (std::size_t i = 0; i < pe_headers(0, 0).size(); ++i) {
