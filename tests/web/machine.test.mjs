@@ -112,6 +112,32 @@ test("Escape ends an endless loop, and pictures come while it runs", async () =>
   await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === true, { polling: 20 });
 });
 
+test("Escape comes through soon, whatever a program does, also where long statements follow short ones", async (context) => {
+  await start();
+  await heard("ready");
+  const programs = [
+    ["10 X=X+1:GOTO 10"],
+    ["10 PAINT (1,1),I MOD 16,16:I=I+1:GOTO 10"],
+    ["10 FOR I=1 TO 20000:NEXT:PAINT (1,1),J MOD 16,16:J=J+1:GOTO 10"],
+    ["10 FOR I=1 TO 300:A$=INKEY$:NEXT:FOR I=1 TO 100:PAINT (1,1),I MOD 16,16:NEXT:GOTO 10"],
+  ];
+  for (const lines of programs) {
+    for (const line of ["NEW", ...lines, "RUN"]) await type(line);
+    await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === false, { polling: 20 });
+    await new Promise((done) => setTimeout(done, 700));
+    const took = await page.evaluate(async () => {
+      const begin = performance.now();
+      worker.postMessage({ type: "key", scan: 23, character: 0 });
+      while (heard.findLast(({ type }) => type === "waiting")?.waiting === false) await new Promise((done) => setTimeout(done, 5));
+      return performance.now() - begin;
+    });
+    context.diagnostic(`${Math.round(took)} ms: ${lines[0]}`);
+    assert.ok(took < 1500, `${took} ms: ${lines[0]}`);
+    await rowsShow(/^Break in 10/);
+    await type("CLS");
+  }
+});
+
 test("waiting takes no processor time, at the prompt, in INPUT and in a loop that looks for a key", async (context) => {
   await start();
   await heard("ready");

@@ -301,3 +301,29 @@ test("sixty pictures a second are drawn, however often there is a look, and no m
   const later = picturesWithin(pace, 60000, 61000, 1).length;
   assert.ok(later >= 60 && later <= 62, `${later} in the second after a rest`);
 });
+
+// The looks within a time in which nothing changes.
+function looksWithin(pace, start, end, step) {
+  let looks = 0;
+  for (let now = start; now < end; now += step) {
+    if (!pace.isDue(now)) continue;
+    ++looks;
+    pace.unchanged(now);
+  }
+  return looks;
+}
+
+test("where nothing has changed for a quarter of a second, there are twenty looks a second, until something happens", () => {
+  const pace = new Pace();
+  pace.drawn(5000);
+  assert.equal(looksWithin(pace, 5010, 5250, 8), 30, "all that come");
+  const quiet = looksWithin(pace, 5250, 15250, 8);
+  assert.ok(quiet >= 178 && quiet <= 202, `${quiet} looks in ten seconds`);
+  assert.ok(!pace.isDue(15251));
+  pace.wake();
+  assert.ok(pace.isDue(15252), "a key, for instance");
+  const later = picturesWithin(pace, 15252, 16252, 1);
+  assert.ok(later.length >= 60 && later.length <= 62, `${later.length} in the second after that`);
+  pace.wake();
+  assert.ok(!pace.isDue(later.at(-1) + 1), "not more because something happens");
+});
