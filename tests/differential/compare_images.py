@@ -16,6 +16,8 @@ import argparse
 import concurrent.futures
 import itertools
 import pathlib
+import resource
+import signal
 import subprocess
 import sys
 import tempfile
@@ -27,7 +29,7 @@ SAVED_FILES = ("VARIABLES.BIN", "ARRAYS.BIN", "STRINGS.BIN")
 NO_END = ["(no end)"]  # the screen of a program that does not end
 IN_MEMORY = "/dev/shm" if pathlib.Path("/dev/shm").is_dir() else None  # a disk takes as long as the programs
 SCREEN = "80x32"  # a small one, which scrolls soon: most of what a program takes is its text's pixels
-TIME_LIMIT = 60  # seconds for what is typed into one machine; ample, for machines that are busy with other things
+TIME_LIMIT = 60  # seconds of the processor for what is typed into one machine, on which others may be at work too
 
 
 def saved_name(name, number):
@@ -43,12 +45,12 @@ def run(terminal, image, programs):
         for number, program in enumerate(programs))
     with tempfile.TemporaryDirectory(prefix="korvane-differential-", dir=IN_MEMORY) as volume:
         command = [terminal, "--image", image, "--volume", volume, "--size", SCREEN]
-        try:
-            done = subprocess.run(command, input=typed.encode(), stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                                  timeout=TIME_LIMIT, check=False)
-        except subprocess.TimeoutExpired:
+        with subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as process:
+            resource.prlimit(process.pid, resource.RLIMIT_CPU, (TIME_LIMIT, TIME_LIMIT + 1))
+            shown, _ = process.communicate(typed.encode())
+        if process.returncode in (-signal.SIGXCPU, -signal.SIGKILL):
             return NO_END, []
-        screen = done.stdout.decode("utf-8", "replace").splitlines() + [f"exit status {done.returncode}"]
+        screen = shown.decode("utf-8", "replace").splitlines() + [f"exit status {process.returncode}"]
         paths = [pathlib.Path(volume) / saved_name(name, number)
                  for number in range(len(programs)) for name in SAVED_FILES]
         return screen, [path.read_bytes() if path.exists() else None for path in paths]
