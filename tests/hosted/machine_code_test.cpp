@@ -106,6 +106,7 @@ constexpr Case cases[] = {
     {"X=0:FOR K=9 TO 1 STEP -2:X=X+K:NEXT K", 12, "X;K", " 25 -1"},
     {"X=0:FOR X%=1 TO 3:X=X+X%:NEXT", 8, "X;X%", " 6  4"},
     {"X=0:FOR K=1 TO 3:FOR Y=1 TO 2:X=X+K*Y:NEXT:NEXT", 20, "X;K;Y", " 18  4  3"},
+    {"X=0:FOR K=1 TO 3:X=X+K:NEXT:FOR Y=1 TO 2:X=X+Y:NEXT", 13, "X;K;Y", " 9  4  3"},
     {"X=0:Y=3:WHILE Y>0:Y=Y-1:X=X+2:WEND", 15, "X;Y", " 6  0"},
     {"GOSUB 60:Y=X*2", 4, "X;Y", " 0  0"},
     {"ON I GOSUB 50,60,50", 3, "X", " 0"},

@@ -5,8 +5,11 @@
 #include <string>
 #include <string_view>
 
+#include "fast/expression.h"
+#include "fast/nodes.h"
 #include "fast/statement.h"
 #include "linked_session.h"
+#include "platform/stack.h"
 #include "program/errors.h"
 #include "program/keywords.h"
 #include "program/program_store.h"
@@ -86,6 +89,22 @@ TEST_F(SpecialisedForms, TheEndOfALoopHasOne) {
     }
     run_with("GOSUB 60");
     EXPECT_TRUE(fast::has_own_form(program.lines[find_line(60)].tokens));
+}
+
+// Where the stack has no more room, nothing is planned: its innermost parts would be used as they are.
+TEST_F(SpecialisedForms, NothingIsPlannedWithoutStack) {
+    Token* at = run_with("X=A+B*N(I)") + 2;
+    const Stack before = stack;
+    initialize_stack();
+    fast::begin_statement();
+    const std::int16_t root = fast::parse_expression(at, 1);
+    ASSERT_NE(root, fast::none);
+    EXPECT_TRUE(fast::plan(root, fast::Domain::real));
+    stack.limit = ~std::uintptr_t{0};
+    EXPECT_FALSE(fast::plan(root, fast::Domain::real));
+    at = program.lines[find_line(30)].tokens + 2;
+    EXPECT_EQ(fast::parse_expression(at, 1), fast::none);
+    stack = before;
 }
 
 // What prints, draws or waits is executed by its handler; only its arguments are specialised.
