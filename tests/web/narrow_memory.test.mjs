@@ -37,6 +37,13 @@ EXPORT(loads) U64 loads() {
     return *(volatile U64*)room + *(volatile U32*)(room + 8) + *(volatile U16*)(room + 12) + *(volatile U8*)(room + 14) +
            (U64)*(volatile double*)(room + 16) + (U64)*(volatile float*)(room + 24);
 }
+EXPORT(words) U32 words(U64 at, U32 value) {
+    *(volatile U32*)(room + at) = value;
+    *(volatile U16*)(room + at + 4) = (U16)value;
+    *(volatile U8*)(room + at + 6) = (U8)value;
+    return *(volatile U32*)(room + at) + *(volatile U16*)(room + at + 4) + *(volatile U8*)(room + at + 6) +
+           (U32)*(volatile short*)(room + at + 4) + (U32)*(volatile signed char*)(room + at + 6);
+}
 EXPORT(fill) void fill(U64 at, U32 value, U64 size) { __builtin_memset(room + at, (int)value, size); }
 EXPORT(copy) void copy(U64 to, U64 from, U64 size) { __builtin_memmove(room + to, room + from, size); }
 EXPORT(vector) void vector(U64 to, U64 from) { *(volatile Vector*)(room + to) = *(volatile Vector*)(room + from) + 1; }
@@ -67,6 +74,8 @@ test("loads, stores, copies, calls and growth are as before", () => {
   assert.equal(new DataView(memory.buffer).getFloat64(room + 16, true), Number(0x0102030405060708n));
   made.stores(200n);
   assert.equal(made.loads(), 1200n);
+  assert.equal(made.words(32n, 0x81828384) >>> 0, (0x81828384 + 0x8384 + 0x84 + 0x8384 - 0x10000 + 0x84 - 0x100) >>> 0);
+  assert.deepEqual(bytes(32, 8), [0x84, 0x83, 0x82, 0x81, 0x84, 0x83, 0x84, 0]);
   made.fill(64n, 0xAB, 10n);
   assert.deepEqual(bytes(63, 12), [0, ...Array(10).fill(0xAB), 0]);
   made.copy(100n, 60n, 8n);

@@ -344,3 +344,11 @@ test("sixty pictures a second are drawn, however often there is a look, and no m
   const later = picturesWithin(pace, 60000, 61000, 1).length;
   assert.ok(later >= 60 && later <= 62, `${later} in the second after a rest`);
 });
+
+test("a picture that is for at once does not wait for its turn", () => {
+  const pace = new Pace();
+  picturesWithin(pace, 5000, 5990, 1);
+  assert.ok(!pace.isDue(5991));
+  pace.hurry();
+  assert.ok(pace.isDue(5991));
+});
