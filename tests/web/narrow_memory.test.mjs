@@ -50,6 +50,9 @@ EXPORT(vector) void vector(U64 to, U64 from) { *(volatile Vector*)(room + to) = 
 EXPORT(call) U64 call(U64 which, U64 x) { return table[which](x); }
 EXPORT(letter) U32 letter(U64 index) { return (U8)((const volatile char*)text)[index]; }
 EXPORT(size) U64 size() { return __builtin_wasm_memory_size(0); }
+EXPORT(overgrow) U64 overgrow() {
+    return __builtin_wasm_memory_grow(0, 0x80000000) & __builtin_wasm_memory_grow(0, ~0ULL);
+}
 EXPORT(grow) U64 grow(U64 pages) { return __builtin_wasm_memory_grow(0, pages); }
 `;
 
@@ -88,6 +91,7 @@ test("loads, stores, copies, calls and growth are as before", () => {
   assert.equal(made.grow(1n), pages);
   assert.equal(made.size(), pages + 1n);
   assert.equal(made.grow(1000n), -1n, "there is no room");
+  assert.equal(made.overgrow(), -1n, "nor for what the upper half of the numbers tells");
 });
 
 test("what the tool does not know stops it", () => {
