@@ -1,6 +1,6 @@
-// What machine code computes by itself: the code of a line is made, wherever it is made in this program's memory, and
-// entered with all registers spoilt. It must come to what the line means, take one of the statements that are left for
-// each statement, and leave nothing to the general handlers.
+// What machine code computes by itself: the code of a line is made, wherever it is made in this program's
+// memory, and entered with all registers spoilt. It must come to what the line means, take one of the
+// statements that are left for each statement, and leave nothing to the general handlers.
 #include <gtest/gtest.h>
 #include <sys/mman.h>
 
@@ -32,7 +32,8 @@ constexpr std::string_view surroundings[] = {
     "10 DIM N(9),N%(9),T$(9),M(3,3)",
     "11 A=3:B=2.5:C=-7:D%=4:E&=100000:F!=.5:G$=\"HELLO\":H$=\"LO\":I=2:J=5:K=0:L#=1D307:Q&&=6:W=A/30",
     "12 X=0:X%=0:X&=0:X!=0:X$=\"\":X&&=0:Y=0:N(2)=1.5:N(5)=9:N%(2)=7:M(1,2)=8:T$(2)=\"TWO\"",
-    "13 DEF FNA(P)=P*2+A:DEF FNB(P,R)=FNA(P)-R:DEF FNC(P&&)=P&&*2:DEF FND%(P%)=P%+1:DEF FNE!(P!)=P!/3:DEF FNS(P!)=P!+K",
+    "13 DEF FNA(P)=P*2+A:DEF FNB(P,R)=FNA(P)-R:DEF FNC(P&&)=P&&*2:DEF FND%(P%)=P%+1:DEF FNE!(P!)=P!/3:DEF "
+    "FNS(P!)=P!+K",
     "20 FOR Z=1 TO 4",
     "50 END",
     "60 X=X+1:RETURN",
@@ -143,8 +144,9 @@ class OnThisStack {
     Stack before_;
 };
 
-// Enters code for the statement at `at`, with `budget` statements left. No register holds what code needs: that the
-// program has many statements left, that infinities are small numbers, that variables are no numbers.
+// Enters code for the statement at `at`, with `budget` statements left. No register holds what code needs:
+// that the program has many statements left, that infinities are small numbers, that variables are no
+// numbers.
 [[gnu::naked, gnu::noinline]] std::uint64_t enter_spoilt(const void*, Token*, std::uint64_t) {
     asm("push %rbx\n"
         "push %r12\n"

@@ -1,5 +1,5 @@
-// What is found out about a region before its code is made: how long control stays in it, and which variables get
-// registers.
+// What is found out about a region before its code is made: how long control stays in it, and which variables
+// get registers.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -19,7 +19,8 @@ class NativeRegion : public testing::Test {
   protected:
     NativeRegion() { region_->clear(); }
 
-    // The place of a statement of some kind; those of a program stand in the order in which they are asked for.
+    // The place of a statement of some kind; those of a program stand in the order in which they are asked
+    // for.
     Place& place(std::size_t number, std::uint8_t kind = IDENTIFIER) {
         tokens_[number].kind = kind;
         Place& found = *region_->find_or_add(&tokens_[number]);
@@ -97,7 +98,8 @@ TEST_F(NativeRegion, HasRoomFor256Places) {
 
 class NativeRegisters : public NativeRegion {
   protected:
-    void use(std::size_t variable, Place& where, int times = 1, Way way = Way::read, Type type = Type::DOUBLE) {
+    void use(std::size_t variable, Place& where, int times = 1, Way way = Way::read,
+             Type type = Type::DOUBLE) {
         for (int i = 0; i < times; ++i)
             region_->note_use(&storage_[variable], type, way, where);
     }

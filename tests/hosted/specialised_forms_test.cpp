@@ -1,5 +1,5 @@
-// Which statements have a specialised form once they have been met often enough: nobody sees a missing one but by the
-// time that a program takes.
+// Which statements have a specialised form once they have been met often enough: nobody sees a missing one
+// but by the time that a program takes.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -50,31 +50,118 @@ class SpecialisedForms : public testing::Test {
 };
 
 TEST_F(SpecialisedForms, StatementsOfEveryKindHaveOne) {
-    for (const char* line :
-         {"X=A", "LET X=A", "X%=D%", "X&=E&", "X&&=Q&&", "X!=F!", "X$=G$", "X%=A", "X!=A", "X&=D%", "N(2)=A",
-          "N%(I)=A", "N&(D%)=D%", "N&&(1)=Q&&", "N!(I+1)=F!", "T$(2)=G$", "M(1,I)=A", "T3(1,2,0)=A",
-          "MID$(G$,1)=H$", "SWAP X,Y", "SWAP X,N(2)", "SWAP N(1),N(I)", "SWAP X$,T$(1)", "READ X", "READ N(I)",
-          "READ X,Y,X$", "IF A>B THEN X=1", "IF A>B THEN 40", "IF A<B GOTO 50 ELSE 40", "IF G$=H$ THEN 50",
-          "IF X$=\"\" OR A=3 THEN X=1 ELSE X=2", "GOTO 40", "GOSUB 60", "ON I GOTO 50,40", "ON I GOSUB 50,60",
-          "FOR K=1 TO 2:NEXT", "FOR X%=1 TO 9 STEP 3:NEXT", "FOR K=3 TO 1 STEP -1:NEXT K",
-          "WHILE K>0:K=K-1:WEND"})
+    for (const char* line : {"X=A",
+                             "LET X=A",
+                             "X%=D%",
+                             "X&=E&",
+                             "X&&=Q&&",
+                             "X!=F!",
+                             "X$=G$",
+                             "X%=A",
+                             "X!=A",
+                             "X&=D%",
+                             "N(2)=A",
+                             "N%(I)=A",
+                             "N&(D%)=D%",
+                             "N&&(1)=Q&&",
+                             "N!(I+1)=F!",
+                             "T$(2)=G$",
+                             "M(1,I)=A",
+                             "T3(1,2,0)=A",
+                             "MID$(G$,1)=H$",
+                             "SWAP X,Y",
+                             "SWAP X,N(2)",
+                             "SWAP N(1),N(I)",
+                             "SWAP X$,T$(1)",
+                             "READ X",
+                             "READ N(I)",
+                             "READ X,Y,X$",
+                             "IF A>B THEN X=1",
+                             "IF A>B THEN 40",
+                             "IF A<B GOTO 50 ELSE 40",
+                             "IF G$=H$ THEN 50",
+                             "IF X$=\"\" OR A=3 THEN X=1 ELSE X=2",
+                             "GOTO 40",
+                             "GOSUB 60",
+                             "ON I GOTO 50,40",
+                             "ON I GOSUB 50,60",
+                             "FOR K=1 TO 2:NEXT",
+                             "FOR X%=1 TO 9 STEP 3:NEXT",
+                             "FOR K=3 TO 1 STEP -1:NEXT K",
+                             "WHILE K>0:K=K-1:WEND"})
         EXPECT_TRUE(is_specialised(run_with(line))) << line;
 }
 
 TEST_F(SpecialisedForms, ExpressionsOfEveryKindDo) {
-    for (const char* expression :
-         {"-A", "+A", "-+A", "--A", "(A)", "A+B", "A-B", "A*B", "A/B", "A\\I", "A MOD I", "A^I", "A^-I", "-A^I",
-          "A=B", "A<>B", "A<B", "A<=B", "A>B", "A>=B", "NOT A", "A AND B", "A OR B", "A XOR B", "A EQV B",
-          "A IMP B", "D%+X%", "D%*A", "E&\\D%", "Q&&+1", "F!*2", "F!+A", "N(I)", "N%(2)", "N(N%(2))", "M(1,1)",
-          "T3(1,1,1)", "G$=H$", "G$<H$", "G$+H$>H$", "ABS(A)", "SGN(A)", "INT(B)", "FIX(B)", "SQR(A)", "SIN(A)",
-          "COS(A)", "TAN(A)", "ATN(A)", "EXP(A)", "LOG(A)", "RND", "RND(1)", "CINT(B)", "CSNG(B)", "CDBL(B)",
-          "LEN(G$)", "ASC(G$)", "VAL(G$)", "INSTR(G$,H$)", "INSTR(2,G$,H$)", "PEEK(LOMEM)", "FNA(A)",
-          "FNB(A,FNA(1))", "FND"})
+    for (const char* expression : {"-A",
+                                   "+A",
+                                   "-+A",
+                                   "--A",
+                                   "(A)",
+                                   "A+B",
+                                   "A-B",
+                                   "A*B",
+                                   "A/B",
+                                   "A\\I",
+                                   "A MOD I",
+                                   "A^I",
+                                   "A^-I",
+                                   "-A^I",
+                                   "A=B",
+                                   "A<>B",
+                                   "A<B",
+                                   "A<=B",
+                                   "A>B",
+                                   "A>=B",
+                                   "NOT A",
+                                   "A AND B",
+                                   "A OR B",
+                                   "A XOR B",
+                                   "A EQV B",
+                                   "A IMP B",
+                                   "D%+X%",
+                                   "D%*A",
+                                   "E&\\D%",
+                                   "Q&&+1",
+                                   "F!*2",
+                                   "F!+A",
+                                   "N(I)",
+                                   "N%(2)",
+                                   "N(N%(2))",
+                                   "M(1,1)",
+                                   "T3(1,1,1)",
+                                   "G$=H$",
+                                   "G$<H$",
+                                   "G$+H$>H$",
+                                   "ABS(A)",
+                                   "SGN(A)",
+                                   "INT(B)",
+                                   "FIX(B)",
+                                   "SQR(A)",
+                                   "SIN(A)",
+                                   "COS(A)",
+                                   "TAN(A)",
+                                   "ATN(A)",
+                                   "EXP(A)",
+                                   "LOG(A)",
+                                   "RND",
+                                   "RND(1)",
+                                   "CINT(B)",
+                                   "CSNG(B)",
+                                   "CDBL(B)",
+                                   "LEN(G$)",
+                                   "ASC(G$)",
+                                   "VAL(G$)",
+                                   "INSTR(G$,H$)",
+                                   "INSTR(2,G$,H$)",
+                                   "PEEK(LOMEM)",
+                                   "FNA(A)",
+                                   "FNB(A,FNA(1))",
+                                   "FND"})
         EXPECT_TRUE(is_specialised(run_with(std::string("X=") + expression))) << expression;
-    for (const char* expression :
-         {"G$+H$", "T$(I)", "LEFT$(G$,2)", "RIGHT$(G$,2)", "MID$(G$,2)", "MID$(G$,2,1)", "CHR$(65)", "STR$(A)",
-          "STRING$(3,65)", "STRING$(3,G$)", "SPACE$(3)", "HEX$(A)", "OCT$(A)", "FNC$(G$)",
-          "LEFT$(G$+H$,LEN(H$))"})
+    for (const char* expression : {"G$+H$", "T$(I)", "LEFT$(G$,2)", "RIGHT$(G$,2)", "MID$(G$,2)",
+                                   "MID$(G$,2,1)", "CHR$(65)", "STR$(A)", "STRING$(3,65)", "STRING$(3,G$)",
+                                   "SPACE$(3)", "HEX$(A)", "OCT$(A)", "FNC$(G$)", "LEFT$(G$+H$,LEN(H$))"})
         EXPECT_TRUE(is_specialised(run_with(std::string("X$=") + expression))) << expression;
 }
 

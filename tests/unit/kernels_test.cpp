@@ -233,8 +233,8 @@ TEST(KernelsTest, KnownArgumentsAreExact) {
     EXPECT_EQ(kernel_sqrt(2.25), 1.5);
 }
 
-// The rest of an angle behind whole quarter turns, which is good to about 2^-70 of its own size. Twelve hundred bits hold
-// the largest angle and what is left of it.
+// The rest of an angle behind whole quarter turns, which is good to about 2^-70 of its own size. Twelve
+// hundred bits hold the largest angle and what is left of it.
 TEST(KernelsTest, AnglesAreReducedToTheirRest) {
     constexpr mpfr_prec_t wide = 1300;
     mpfr_t angle;
@@ -260,7 +260,8 @@ TEST(KernelsTest, AnglesAreReducedToTheirRest) {
         ASSERT_LE(error, std::ldexp(std::fabs(reduced.rest.high), -69)) << x;
         ASSERT_LE(std::fabs(reduced.rest.high), 0.79) << x;
         mpfr_fmod_ui(turns, turns, 4, MPFR_RNDN);
-        ASSERT_EQ(static_cast<int>(mpfr_get_d(turns, MPFR_RNDN) + 4) % 4, static_cast<int>(reduced.quadrant)) << x;
+        ASSERT_EQ(static_cast<int>(mpfr_get_d(turns, MPFR_RNDN) + 4) % 4, static_cast<int>(reduced.quadrant))
+            << x;
     }
     mpfr_clears(angle, quarter, turns, rest, nullptr);
 }

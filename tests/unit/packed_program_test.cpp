@@ -398,7 +398,8 @@ TEST_F(ImagePathTest, TheRunningImageIsKnownByName) {
 }
 
 // A file whose record ends with the last letter of its name, without the zero behind it.
-uefi::Status EFIAPI tell_name_without_end(uefi::FileProtocol*, const uefi::Guid*, std::uint64_t* size, void* record) {
+uefi::Status EFIAPI tell_name_without_end(uefi::FileProtocol*, const uefi::Guid*, std::uint64_t* size,
+                                          void* record) {
     constexpr std::u16string_view name = u"APP.EFI";
     *size = uefi::file_info_name_offset + name.size() * sizeof(char16_t);
     std::memcpy(static_cast<std::uint8_t*>(record) + uefi::file_info_name_offset, name.data(),
@@ -415,7 +416,8 @@ TEST_F(ImagePathTest, ANameMayEndWithItsRecord) {
     EXPECT_TRUE(is_own_image(&file, FirmwareName("APP.EFI")));
 }
 
-// The path of the image names 255 folders at most. A file in one folder more, of the same names, is another one.
+// The path of the image names 255 folders at most. A file in one folder more, of the same names, is another
+// one.
 TEST_F(ImagePathTest, DirectoriesAreComparedUpToTheRoot) {
     constexpr int most = 255;
     std::string path;

@@ -302,6 +302,14 @@ test("sixty pictures a second are drawn, however often there is a look, and no m
   assert.ok(later >= 60 && later <= 62, `${later} in the second after a rest`);
 });
 
+test("a picture that is for at once does not wait for its turn", () => {
+  const pace = new Pace();
+  picturesWithin(pace, 5000, 5990, 1);
+  assert.ok(!pace.isDue(5991));
+  pace.hurry();
+  assert.ok(pace.isDue(5991));
+});
+
 // The looks within a time in which nothing changes.
 function looksWithin(pace, start, end, step) {
   let looks = 0;
