@@ -73,6 +73,11 @@ constexpr Case cases[] = {
     {"X!=F!*3", 1, "X!", " 1.5"},
     {"X=D%+B", 1, "X", " 6.5"},
     {"X=A>B", 1, "X", "-1"},
+    {"X=D%<E&", 1, "X", "-1"},
+    {"X=D%>=E&", 1, "X", " 0"},
+    {"X=D%<>Q&&-2", 1, "X", " 0"},
+    {"X=D%=A+1", 1, "X", "-1"},
+    {"X=D%>-D%", 1, "X", "-1"},
     {"X=A=B OR I=2", 1, "X", "-1"},
     {"X=NOT D%", 1, "X", "-5"},
     {"X=D% AND 6", 1, "X", " 4"},
@@ -216,7 +221,9 @@ class MachineCode : public testing::Test {
         ASSERT_EQ(errors.message, nullptr) << errors.message;
     }
 
-    static Token* tokens_of(std::uint32_t number) { return program.lines[find_line(number)].tokens; }
+    static Token* tokens_of(std::uint32_t number) {
+        return program.lines[find_line(number)].tokens;
+    }
 
     static bool may_have_code(const Token* at) {
         const Token* end = fast::end_of_line(at);
