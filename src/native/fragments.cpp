@@ -195,11 +195,6 @@ std::size_t find_region(Token* first, std::size_t most, bool& is_cut) {
     return fresh;
 }
 
-void forget() {
-    fragments.used = 0;
-    ++arenas.generation;
-}
-
 // Makes code for the region that has been found.
 void make() {
     if (!executable_memory.take()) {
@@ -218,11 +213,12 @@ void make() {
     }
     if (!executable_memory.end_writing()) {
         fragments.is_off = true;
-        return forget();
+        ++arenas.generation;
+        return;
     }
     fragments.made += static_cast<std::int64_t>(region.natives().size()) + cost_of_writing;
     if (!made) {
-        if (emitter.is_full() && (executable_memory.grow() || fragments.used != 0)) forget();
+        if (emitter.is_full() && (executable_memory.grow() || fragments.used != 0)) ++arenas.generation;
         return;
     }
     fragments.used = start + emitter.size();

@@ -22,7 +22,6 @@ void do_cont(Cursor& cursor) {
     breakpoints.passing = at.record == 0;
     breakpoints.passing_line = at.line;
     execution.stop = false;
-    execution.break_seen = false;
     execution.can_continue = false;
     run_from_here();
 

@@ -112,7 +112,6 @@ EventTimer* parse_event_timer(Cursor& cursor) {
 }
 
 bool poll_event_timers(std::uint32_t record) {
-    if (!execution.program_running || execution.stop || error_pending()) return false;
     const std::uint64_t next_due = mark_due_timers();
     for (int n = 0; n < event_timer_count; ++n) {
         const EventTimer& timer = event_timers.timers[n];

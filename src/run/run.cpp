@@ -198,7 +198,6 @@ namespace {
     if (!execution.break_seen) return;
     con_put_message("Break");
     print_place(execution.break_line);
-    execution.break_seen = false;
 }
 
 }  // namespace

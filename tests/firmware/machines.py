@@ -59,7 +59,7 @@ class VirtualPC:
     memory: int = 1024  # MiB
     mode: tuple = None  # that SCREEN changes to
     says: str = None  # on the firmware's console, when nothing can be shown
-    key_interval: float = 0.03  # seconds from key to key; USB keyboards forget keys of which they are not asked in time
+    key_interval: float = None  # seconds from key to key; USB keyboards forget keys of which they are not asked in time
     options: str = None  # the command line; then it is started from the UEFI shell
 
 

@@ -1,15 +1,17 @@
 #!/usr/bin/env python3
 """Boots the interpreter on the virtual PCs of machines.py, types, draws, saves and loads on each.
 
-usage: try_machines.py [--write] [TEXT...]
+usage: try_machines.py [--write] [--jobs N] [TEXT...]
 
-With words only the machines whose names contain one of them. What each came to is kept in build/firmware/outcomes.json;
---write makes docs/booting.md's table from it.
+With words only the machines whose names contain one of them; N of them at a time, else as many as there are processors.
+What each came to is kept in build/firmware/outcomes.json; --write makes docs/booting.md's table from it.
 """
 
 import argparse
+import concurrent.futures
 import itertools
 import json
+import os
 import pathlib
 import re
 import subprocess
@@ -20,7 +22,6 @@ import time
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 sys.path.insert(0, str(ROOT / "tools"))
 
-import qemu_machine  # noqa: E402
 from disk_image import DiskImageError  # noqa: E402
 from machines import VIRTUAL_PCS  # noqa: E402
 from media import check_file_system, make_medium, sign  # noqa: E402
@@ -31,6 +32,7 @@ OUTCOMES = ROOT / "build" / "firmware" / "outcomes.json"
 PAGE = ROOT / "docs" / "booting.md"
 TABLE_HEAD = "| Virtual PC | Firmware | Started from | Outcome |"
 UNTRIED = "not tried yet"
+FAILED = "FAILED: "
 PATIENCE = 600  # seconds, for a machine that is emulated on one that is busy
 
 TEXT = "THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 0123456789"
@@ -109,10 +111,9 @@ def try_machine(pc, folder):
     path, disk = make_medium(folder, pc.medium.kind, image, pc.options)
     log = folder / "serial.txt"
     arguments = [word.replace("{}", str(path)) for word in (*pc.firmware.arguments, *pc.medium.arguments, *pc.arguments)]
-    qemu_machine.KEY_INTERVAL = pc.key_interval
     arguments += ["-chardev", f"file,id=log,path={log}", "-device", "isa-serial,chardev=log"]
     with Machine(None, memory=pc.memory, arguments=arguments, code=str(pc.firmware.code),
-                 variables=str(pc.firmware.variables)) as machine:  # fmt: skip
+                 variables=str(pc.firmware.variables), key_interval=pc.key_interval) as machine:  # fmt: skip
         if pc.says:
             wait_for_words(log, pc.says)
             return f'says "{pc.says}" and stays there'
@@ -160,23 +161,33 @@ def keep_outcome(pc, outcome):
     OUTCOMES.write_text(json.dumps(outcomes, indent=1))
 
 
+def outcome_of(pc):
+    """What a machine came to, and after how many seconds."""
+    begin = time.monotonic()
+    try:
+        with tempfile.TemporaryDirectory(prefix="korvane-firmware-") as folder:
+            outcome = try_machine(pc, pathlib.Path(folder))
+    except (Wrong, MachineError, DiskImageError, OSError) as error:
+        outcome = FAILED + str(error)
+    return outcome, time.monotonic() - begin
+
+
 def main():
     parser = argparse.ArgumentParser(usage=__doc__.split("usage: ")[1].split("\n")[0], allow_abbrev=False)
     parser.add_argument("--write", action="store_true")
+    parser.add_argument("--jobs", type=int, default=os.cpu_count())
     parser.add_argument("words", nargs="*")
     options = parser.parse_args()
     failed = 0
     chosen = [pc for pc in VIRTUAL_PCS if not options.words or any(word in key_of(pc) for word in options.words)]
-    for pc in chosen:
-        begin = time.monotonic()
-        try:
-            with tempfile.TemporaryDirectory(prefix="korvane-firmware-") as folder:
-                outcome = try_machine(pc, pathlib.Path(folder))
-        except (Wrong, MachineError, DiskImageError, OSError) as error:
-            outcome = f"FAILED: {error}"
-            failed += 1
-        keep_outcome(pc, outcome)
-        print(f"{key_of(pc)}: {outcome} ({time.monotonic() - begin:.0f} s)", flush=True)
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as machines:
+        trials = {machines.submit(outcome_of, pc): pc for pc in chosen}
+        for trial in concurrent.futures.as_completed(trials):
+            pc = trials[trial]
+            outcome, seconds = trial.result()
+            failed += outcome.startswith(FAILED)
+            keep_outcome(pc, outcome)
+            print(f"{key_of(pc)}: {outcome} ({seconds:.0f} s)", flush=True)
     outcomes = read_outcomes()
     if options.write:
         write_page(outcomes)

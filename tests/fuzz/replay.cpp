@@ -92,12 +92,14 @@ int play_target(const Target& target, const std::vector<fs::path>& files, double
             if (seconds == 0) std::fprintf(stderr, "%s\r", files[i].c_str());
             const bool played = play(inputs[i]);
             if (companion && played && is_comparable(inputs[i]))
-                if (const auto state = companion->play(inputs[i])) compare(describe_state(), *state);
+                if (const auto state = companion->play(inputs[i]))
+                    compare(describe_state(), *state, machine.firmware().has_code());
         }
     } while (passed() < seconds);
-    std::printf("%s: %llu inputs, %llu lines, %llu compared", target.name.data(),
-                static_cast<unsigned long long>(counts.inputs), static_cast<unsigned long long>(counts.lines),
-                static_cast<unsigned long long>(counts.compared));
+    std::printf(
+        "%s: %llu inputs, %llu lines, %llu compared, %llu of these with native code", target.name.data(),
+        static_cast<unsigned long long>(counts.inputs), static_cast<unsigned long long>(counts.lines),
+        static_cast<unsigned long long>(counts.compared), static_cast<unsigned long long>(counts.native));
     if (counts.most_steps != 0)
         std::printf(", at most %llu steps without a look at the keyboard",
                     static_cast<unsigned long long>(counts.most_steps));

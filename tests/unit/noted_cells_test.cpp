@@ -273,5 +273,27 @@ TEST(NotedCells, OnlyWhatLiesOnTheScreenWaits) {
     EXPECT_TRUE(screen.cells_wait);
 }
 
+TEST(NotedCells, WhatDoesNotWaitIsScrolledAtOnce) {
+    const Waiting waiting(for_ever);
+    MemoryScreen memory(160, 64);
+    draw_cell(1, 2, 0xDB, white, black);
+    scroll_cells({0, 20, 0, 3}, black);  // a column wider than the screen
+    EXPECT_EQ(memory.front(16, 0), white);
+    EXPECT_EQ(memory.front(16, 16), black);
+}
+
+// There are numbers for 255 pairs of colours; the row that needs one more is drawn at once.
+TEST(NotedCells, RowsOfEveryColourScrollIn) {
+    const Waiting waiting(for_ever);
+    for (std::uint32_t rows = 250; rows <= 260; ++rows) {
+        MemoryScreen memory(160, 64);
+        for (std::uint32_t row = 1; row <= rows; ++row)
+            scroll_cells({0, 19, 0, 3}, row);
+        bring_up_to_date();
+        for (std::uint32_t row = 0; row < 4; ++row)
+            ASSERT_EQ(memory.front(5, row * 16 + 5), rows - 3 + row) << rows << " rows, row " << row;
+    }
+}
+
 }  // namespace
 }  // namespace korvane

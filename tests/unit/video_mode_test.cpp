@@ -24,7 +24,8 @@ struct FakeFirmware {
 
     bool has_graphics_output = true;
     bool has_cpu = true;
-    std::uint32_t failing_query = 99;  // number of the mode whose query fails
+    std::uint32_t failing_query = 99;  // number of the mode whose query fails, with its record left behind
+    std::uint32_t empty_query = 99;    // number of the mode whose query succeeds, without a record
     bool set_mode_fails = false;
     std::vector<std::uint32_t> queried;
     int queries_not_freed = 0;
@@ -66,7 +67,13 @@ void enter_mode(std::uint32_t number) {
 uefi::Status EFIAPI query_mode(uefi::GraphicsOutputProtocol*, std::uint32_t number, std::uint64_t* size,
                                uefi::GraphicsOutputModeInformation** info) {
     fake->queried.push_back(number);
-    if (number == fake->failing_query) return uefi::device_error;
+    static uefi::GraphicsOutputModeInformation left_behind;
+    if (number == fake->failing_query) {
+        left_behind = modes[number];
+        *info = &left_behind;
+        return uefi::device_error;
+    }
+    if (number == fake->empty_query) return uefi::success;
     *size = sizeof **info;
     *info = static_cast<uefi::GraphicsOutputModeInformation*>(std::malloc(sizeof **info));
     **info = modes[number];
@@ -190,6 +197,14 @@ TEST_F(VideoMode, ModeWhoseQueryFailsIsSkipped) {
     con_set_mode(80, 64);
     EXPECT_EQ(fake_.modes_set, (std::vector<std::uint32_t>{2}));
     EXPECT_EQ(screen.pitch, 128u);
+    EXPECT_EQ(fake_.queries_not_freed, 0);
+}
+
+TEST_F(VideoMode, ModeThatIsNotToldIsSkipped) {
+    ASSERT_TRUE(video_start());
+    fake_.empty_query = 1;
+    con_set_mode(80, 64);
+    EXPECT_EQ(fake_.modes_set, (std::vector<std::uint32_t>{2}));
     EXPECT_EQ(fake_.queries_not_freed, 0);
 }
 

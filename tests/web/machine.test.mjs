@@ -62,10 +62,16 @@ const type = (text) => page.evaluate((text) => globalThis.type(text), text);
 const tell = (message) => page.evaluate((message) => worker.postMessage(message), message);
 const messages = (type) => page.evaluate((type) => heard.filter((message) => message.type === type), type);
 
-async function processorShare(milliseconds) {
-  const before = processorTime(browser);
-  await new Promise((done) => setTimeout(done, milliseconds));
-  return (processorTime(browser) - before) * 1000 / milliseconds;
+// What the browser takes of a processor while the machine waits, the least of some tries: beside other work what was begun
+// before may take seconds to end.
+async function processorShare(milliseconds, enough) {
+  let least = Infinity;
+  for (let tries = 0; tries < 5 && least >= enough; ++tries) {
+    const before = processorTime(browser);
+    await new Promise((done) => setTimeout(done, milliseconds));
+    least = Math.min(least, (processorTime(browser) - before) * 1000 / milliseconds);
+  }
+  return least;
 }
 
 test("it tells its size, its text and that it is ready, and answers what is typed", async () => {
@@ -106,24 +112,52 @@ test("Escape ends an endless loop, and pictures come while it runs", async () =>
   await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === true, { polling: 20 });
 });
 
-test("waiting takes no processor time, at the prompt, in INPUT and in a loop that looks for a key", async () => {
+test("Escape comes through soon, whatever a program does, also where long statements follow short ones", async (context) => {
+  await start();
+  await heard("ready");
+  const programs = [
+    ["10 X=X+1:GOTO 10"],
+    ["10 PAINT (1,1),I MOD 16,16:I=I+1:GOTO 10"],
+    ["10 FOR I=1 TO 20000:NEXT:PAINT (1,1),J MOD 16,16:J=J+1:GOTO 10"],
+    ["10 FOR I=1 TO 300:A$=INKEY$:NEXT:FOR I=1 TO 100:PAINT (1,1),I MOD 16,16:NEXT:GOTO 10"],
+  ];
+  for (const lines of programs) {
+    for (const line of ["NEW", ...lines, "RUN"]) await type(line);
+    await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === false, { polling: 20 });
+    await new Promise((done) => setTimeout(done, 700));
+    const took = await page.evaluate(async () => {
+      const begin = performance.now();
+      worker.postMessage({ type: "key", scan: 23, character: 0 });
+      while (heard.findLast(({ type }) => type === "waiting")?.waiting === false) await new Promise((done) => setTimeout(done, 5));
+      return performance.now() - begin;
+    });
+    context.diagnostic(`${Math.round(took)} ms: ${lines[0]}`);
+    assert.ok(took < 1500, `${took} ms: ${lines[0]}`);
+    await rowsShow(/^Break in 10/);
+    await type("CLS");
+  }
+});
+
+test("waiting takes no processor time, at the prompt, in INPUT and in a loop that looks for a key", async (context) => {
   await start();
   await heard("ready");
   await new Promise((done) => setTimeout(done, 1000));
   const most = 0.15;
-  const share = await processorShare(2000);
+  const share = await processorShare(2000, most);
   assert.ok(share < most, `at the prompt ${share}`);
   await type("10 INPUT A");
   await type("20 A$=INKEY$:IF A$=\"\" THEN 20");
   await type("30 PRINT \"KEY \";A$");
   await type("RUN");
   await rowsShow(/^\?/);
-  const inInput = await processorShare(2000);
+  const inInput = await processorShare(2000, most);
   assert.ok(inInput < most, `in INPUT ${inInput}`);
   await type("1");
-  await new Promise((done) => setTimeout(done, 1000));
-  const inLoop = await processorShare(2000);
-  assert.ok(inLoop < 0.75, `in a loop with INKEY$ ${inLoop}`);
+  await new Promise((done) => setTimeout(done, 2000));
+  const mostInLoop = 0.4;
+  const inLoop = await processorShare(2000, mostInLoop);
+  context.diagnostic(`a processor's share: ${share.toFixed(3)} at the prompt, ${inInput.toFixed(3)} in INPUT, ${inLoop.toFixed(3)} in a loop with INKEY$`);
+  assert.ok(inLoop < mostInLoop, `in a loop with INKEY$ ${inLoop}`);
   await tell({ type: "key", scan: 0, character: 113 });
   await rowsShow(/^KEY q$/);
 });
@@ -282,6 +316,34 @@ test("nothing is drawn or told while nothing changes", async () => {
   assert.equal(await page.evaluate(() => heard.length), before);
 });
 
+// Tells when each picture is put onto the canvas.
+const TELL_PICTURES = `
+  const put = OffscreenCanvasRenderingContext2D.prototype.putImageData;
+  OffscreenCanvasRenderingContext2D.prototype.putImageData = function (...picture) {
+    postMessage({ type: "put", at: performance.now() });
+    return put.apply(this, picture);
+  };
+`;
+
+test("sixty pictures a second are drawn while something changes, and the first comes soon after a silence", async (context) => {
+  await start({ code: TELL_PICTURES });
+  await heard("ready");
+  for (const line of ["10 T=TIMER:WHILE TIMER<T+2:WEND", "20 PSET (500,300),15:T=TIMER:WHILE TIMER<T+2:WEND", "30 A=TIMER",
+    "40 PSET (RND*600,RND*400),RND*15:IF TIMER<A+3 THEN 40", "50 CLS:PRINT \"END OF IT\"", "RUN"]) await type(line);
+  await rowsShow(/^END OF IT$/);
+  const times = (await messages("put")).map(({ at }) => at);
+  // Behind the silences of two seconds come the single point, and the three seconds of points.
+  const silences = times.map((at, index) => index).filter((index) => index > 0 && times[index] - times[index - 1] > 1000);
+  assert.equal(silences.length, 2, `${silences.length} silences`);
+  const between = times[silences[1] - 1] - times[silences[0]];
+  assert.ok(between < 500, `the point is one picture: ${between} ms`);
+  const late = times[silences[1]] - times[silences[0]] - 2000;
+  const points = times.slice(silences[1]).filter((at) => at < times[silences[1]] + 2800).length;
+  context.diagnostic(`${points} pictures in 2.8 seconds; ${Math.round(late)} ms between the delays of the two first ones`);
+  assert.ok(points > 20 && points <= 170, `${points} pictures in 2.8 seconds, on a machine that may have much else to do`);
+  assert.ok(Math.abs(late) < 300, `${late} ms`);
+});
+
 test("the text is told ten times a second at most while a program prints", async () => {
   await start();
   await heard("ready");
@@ -314,19 +376,20 @@ async function restsSoFar() {
   return (await messages("rests")).at(-1).rests;
 }
 
-async function restsOf(...lines) {
+// The rests in a second of a program that has run for `before` milliseconds.
+async function restsOf(before, ...lines) {
   for (const line of ["NEW", ...lines, "RUN"]) await type(line);
   await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === false, { polling: 20 });
-  await new Promise((done) => setTimeout(done, 500)); // the line editor has its rests too
-  const before = await restsSoFar();
+  await new Promise((done) => setTimeout(done, before));
+  const soFar = await restsSoFar();
   await new Promise((done) => setTimeout(done, 1000));
-  const rests = await restsSoFar() - before;
+  const rests = await restsSoFar() - soFar;
   await tell({ type: "key", scan: 23, character: 0 });
   await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === true, { polling: 20 });
   return rests;
 }
 
-test("a program that is busy is given no rest, whatever it does, and one that waits for a key is", async () => {
+test("a program that is busy is given no rest, whatever it does, and one that waits for a key or the clock is", async () => {
   await start({ code: COUNT_RESTS });
   await heard("ready");
   const busy = [
@@ -336,13 +399,45 @@ test("a program that is busy is given no rest, whatever it does, and one that wa
     ["10 A$=STRING$(30000,65):B$=A$+A$:CLS:GOTO 10"],
     ["10 PRINT RND:GOTO 10"],
     ["10 FOR I=1 TO 500:NEXT:IF INKEY$=\"q\" THEN END", "20 GOTO 10"],
+    // Games: they look for keys as often as those that wait, but draw.
+    ["10 A$=INKEY$:X=X+1:PSET (X MOD 640,X MOD 479),RND*15:GOTO 10"],
+    ["10 T=TIMER", "20 IF INKEY$=\"q\" THEN END", "30 IF TIMER<T THEN 20", "40 T=T+1/60:X=X+1:PSET (X MOD 640,X MOD 479),7:GOTO 20"],
+    // An event timer looks at the clock between statements, whatever these do.
+    ["10 TIMER(0)=1000:ON TIMER(0) GOSUB 30:TIMER(0) ON", "20 X=X+1:GOTO 20", "30 RETURN"],
   ];
-  for (const lines of busy) assert.equal(await restsOf(...lines), 0, lines[0]);
+  for (const lines of busy) assert.equal(await restsOf(1500, ...lines), 0, lines[0]);
   const waiting = [
     ["10 IF INKEY$=\"\" THEN 10"],
     ["10 A$=INKEY$:X=X+1:IF A$=\"\" THEN 10"],
+    ["10 T=TIMER", "20 IF TIMER<T+60 THEN 20"],
+    ["10 T=TIMER", "20 WHILE TIMER<T+60:IF INKEY$=\"q\" THEN END", "30 WEND"],
   ];
-  for (const lines of waiting) assert.ok(await restsOf(...lines) > 3, lines[0]);
+  for (const lines of waiting) assert.ok(await restsOf(1500, ...lines) > 3, lines[0]);
+});
+
+test("a program that waits a moment for a key or the clock is given no rest yet", async () => {
+  await start({ code: COUNT_RESTS });
+  await heard("ready");
+  await type("CLS");
+  const before = await restsSoFar();
+  await type("10 T=TIMER");
+  await type("20 IF TIMER<T+.5 THEN 20");
+  await type("30 PRINT \"END OF IT\"");
+  await type("RUN");
+  await rowsShow(/^END OF IT$/);
+  assert.equal(await restsSoFar(), before);
+});
+
+test("a game that looks for keys and draws sixty pictures a second comes to all of them", async (context) => {
+  await start();
+  await heard("ready");
+  const lines = ["10 N=0:T0=TIMER:T=T0", "20 IF INKEY$=\"q\" THEN 50", "30 IF TIMER<T THEN 20",
+    "40 T=T+1/60:N=N+1:PSET (N,100),15:IF N<180 THEN 20", "50 PRINT \"TOOK\";CINT((TIMER-T0)*1000)"];
+  for (const line of [...lines, "RUN"]) await type(line);
+  await rowsShow(/^TOOK/);
+  const took = Number(/^TOOK (\d+)/m.exec((await page.evaluate(() => rows().join("\n"))))[1]);
+  context.diagnostic(`180 pictures in ${took} ms`);
+  assert.ok(took >= 2983 && took < 3300, `180 pictures took ${took} ms`);
 });
 
 // ---- Tabs that nobody sees ---------------------------------------------------------------------------------------

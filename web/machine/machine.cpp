@@ -16,6 +16,7 @@
 #include "memory_folder.h"
 #include "picture.h"
 #include "program/execution.h"
+#include "run/event_timers.h"
 
 extern "C" korvane::uefi::Status EFIAPI _ModuleEntryPoint(korvane::uefi::Handle, korvane::uefi::SystemTable*);
 
@@ -105,10 +106,10 @@ void change_room(std::uint64_t put, std::uint64_t taken) {
     firmware->volumes().front()->host_put(put);
 }
 
-// Whether fewer statements have been executed since the last call than a program may execute unlooked at. One
-// that waits for a key looks for it itself; how long its statements take differs between computers.
+// Whether few statements have been executed since the last call, far fewer than a program may execute unlooked
+// at. One that waits for a key looks for it itself; how long its statements take differs between computers.
 bool looks_soon() {
-    constexpr std::uint64_t few = 200;
+    constexpr std::uint64_t few = 20;
     static std::uint64_t before = 0;
     const std::uint64_t now = execution.statement_count;
     return now - std::exchange(before, now) < few;
@@ -117,7 +118,7 @@ bool looks_soon() {
 void key_wanted(host::KeyWant want) {
     if (want == host::KeyWant::block)
         import_wait_for_key();
-    else if (import_is_turn_due(looks_soon() ? 1 : 0) != 0)
+    else if (import_is_turn_due(looks_soon() ? 1 : 0, event_timers.active == 0 ? 1 : 0) != 0)
         import_turn();
 }
 
