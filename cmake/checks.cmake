@@ -11,7 +11,7 @@ add_test(NAME image_size COMMAND ${CMAKE_SOURCE_DIR}/tools/check_size.sh ${CMAKE
 add_test(NAME image_size_without_native
          COMMAND ${CMAKE_SOURCE_DIR}/tools/check_size.sh ${CMAKE_SOURCE_DIR}/build/without-native/korvane.efi 256)
 set_tests_properties(image_size_without_native PROPERTIES LABELS full)
-add_test(NAME clang_tidy COMMAND run-clang-tidy -quiet -p ${CMAKE_BINARY_DIR} ${CMAKE_SOURCE_DIR}/src/.*)
+add_test(NAME clang_tidy COMMAND /usr/bin/python3 ${CMAKE_SOURCE_DIR}/tools/run_tidy.py ${CMAKE_BINARY_DIR})
 
 # One pytest run per file: the tests of a file share a booted machine.
 file(GLOB KORVANE_SYSTEM_TESTS CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/system/test_*.py)
