@@ -76,7 +76,8 @@ std::span<std::byte> ExecutableMemory::begin_writing(std::size_t from, std::size
     if (state_ != State::present) return {};
     const Pages& pages = pages_[current_];
     const std::size_t end = std::min<std::size_t>(from + bytes, pages.bytes);
-    const std::size_t first = std::min<std::size_t>(from, pages.bytes - 1) / uefi::page_size * uefi::page_size;
+    const std::size_t first =
+        std::min<std::size_t>(from, pages.bytes - 1) / uefi::page_size * uefi::page_size;
     const std::size_t whole_pages = (end - first + uefi::page_size - 1) / uefi::page_size;
     written_ = {pages.address + first, whole_pages * uefi::page_size};
     if (!protect(pages.is_proven ? written_ : pages, uefi::memory_execute_protect)) {

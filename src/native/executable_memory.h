@@ -28,9 +28,9 @@ class ExecutableMemory {
     // True when there is memory for code. The first call takes it from the firmware, and notes the protocol.
     bool take();
 
-    // So much of the memory that is being filled from a place in it on, as far as it reaches, and what lies in
-    // the same pages: this can be written and not executed from now on. Empty when that was refused: what the
-    // memory held must then never be entered again.
+    // So much of the memory that is being filled from a place in it on, as far as it reaches, and what lies
+    // in the same pages: this can be written and not executed from now on. Empty when that was refused: what
+    // the memory held must then never be entered again.
     std::span<std::byte> begin_writing(std::size_t from = 0, std::size_t bytes = most_code_bytes);
 
     // True when that may be executed from now on, and not be written where the firmware can see to it. False
@@ -69,9 +69,9 @@ class ExecutableMemory {
     bool protect(const Pages& pages, std::uint64_t attributes) const;
     void release(const Pages& pages) const;
 
-    std::array<Pages, 3> pages_;  // those that have not been taken have no bytes
-    std::size_t current_ = 0;     // which of them are being filled
-    Pages written_;               // between begin_writing() and end_writing()
+    std::array<Pages, 3> pages_;                           // those that have not been taken have no bytes
+    std::size_t current_ = 0;                              // which of them are being filled
+    Pages written_;                                        // between begin_writing() and end_writing()
     uefi::MemoryAttributeProtocol* attributes_ = nullptr;  // null: the firmware has none
     State state_ = State::none;
 };

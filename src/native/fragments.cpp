@@ -9,9 +9,9 @@
 // code is made when running without it has cost about as much as it will. Where a program has been for less
 // than half of its time the look is worth less, down to a thirtieth of that, and code is made only for many
 // statements at a time: a program that goes through thousands of lines may end before it comes back here. But
-// the time that it saves by the code it has is spent for more: so one that goes on and on gets code for all of
-// its lines, and one that ends at any moment has lost a thirtieth at most. What has code already is left out
-// there, for the program is not in one loop.
+// the time that it saves by the code it has is spent for more: so one that goes on and on gets code for all
+// of its lines, and one that ends at any moment has lost a thirtieth at most. What has code already is left
+// out there, for the program is not in one loop.
 //
 // All code is for one clear generation and is forgotten with it; statements look whether theirs is the
 // current one when they are entered. What ends generations often makes it take longer until the first look.
@@ -170,10 +170,11 @@ void lead_to_loops() {
     }
 }
 
-// To come in and leave again at once would take longer than the specialised statement takes. A RETURN from
-// what has been called within the code is reached there.
+// To come in and leave again at once would take longer than the specialised statement takes. So it would
+// where a GOSUB from elsewhere comes back; within the code it is reached there, and so is the RETURN.
 bool is_worth_entering(const Place& place) {
-    const bool stays = place.run == longest_run && place.at->kind != KW_RETURN;
+    const bool calls = place.at->kind == KW_GOSUB || place.at->kind == KW_RETURN;
+    const bool stays = place.run == longest_run && !calls;
     return has_entry(place.at) && (stays || first_threshold == 1);
 }
 
