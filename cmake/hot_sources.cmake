@@ -15,7 +15,7 @@ set(KORVANE_HOT_NAMES
     screen/console screen/framebuffer screen/gfx_line screen/plot screen/text_windows
     statements/graphics/circle statements/graphics/image_array statements/graphics/paint statements/graphics/plot_statements
     values/arrays values/convert values/data_items values/evaluator values/function_support values/operators
-    values/store values/string_functions values/user_calls values/variables)
+    values/store values/string_functions values/text_number values/variables)
 set(KORVANE_HOT_SOURCES)
 foreach(name ${KORVANE_HOT_NAMES})
   set(source ${CMAKE_SOURCE_DIR}/src/${name}.cpp)

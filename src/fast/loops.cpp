@@ -6,6 +6,7 @@
 #include "fast/records.h"
 #include "fast/sides.h"
 #include "fast/statement.h"
+#include "fast/text_sides.h"
 #include "fast/truth.h"
 #include "platform/memory.h"
 #include "program/keywords.h"
@@ -19,17 +20,15 @@ namespace {
 
 // ---- FOR ----------------------------------------------------------------------------------------
 
-// A held number as a Value of its static type; false when its evaluation failed.
-bool held_value(const Token* host, Value& value) {
+// A held number as a Value of its static type; of type NONE when its evaluation failed.
+Value held_value(const Token* host) {
     const Type type = as<BoundRecord>(host).type;
     if (is_integer(type)) {
         const Whole whole = quick_right_whole(host);
-        value = Value::of_integer(whole.value, type);
-        return whole.failed == 0;
+        return Value::of_integer(whole.value, whole.failed != 0 ? Type::NONE : type);
     }
     const double real = quick_right_real(host);
-    value = Value::of_real(real, type);
-    return is_finite(real);
+    return Value::of_real(real, is_finite(real) ? type : Type::NONE);
 }
 
 // Stores a FOR's start value; the general handler raises what is wrong with it.
@@ -49,17 +48,19 @@ bool describes(const ForEntry& entry, const ForRecord& loop) {
            entry.loop.record == loop.own.record;
 }
 
-// Whether the variable is past the limit before the first turn.
-bool nothing_to_do(const ForEntry& entry) {
-    const std::uint8_t* storage = entry.variable->storage;
+// Whether a variable is past the limit before the first turn.
+bool nothing_to_do(VariableEntry& variable, const Value& limit, const Value& step) {
+    const bool whole = is_integer(limit.type);
+    const double last = whole ? static_cast<double>(limit.integer) : limit.real;
     int order;
-    if (entry.variable_type == Type::DOUBLE && entry.limit_is_double) {
-        const auto start = read<double>(storage);
-        order = (start > entry.limit_as_double) - (start < entry.limit_as_double);
+    if (variable.type == Type::DOUBLE && (!whole || __builtin_fabs(last) <= exact_integers)) {
+        const auto start = read<double>(variable.storage);
+        order = (start > last) - (start < last);
     } else {
-        order = compare(load({entry.variable->storage, entry.variable_type}), entry.limit);
+        order = compare(load({variable.storage, variable.type}), limit);
     }
-    return past_limit(entry.step_sign, order, 0);
+    const bool downward = is_integer(step.type) ? step.integer < 0 : step.real < 0;
+    return past_limit(downward ? -1 : 1, order, 0);
 }
 
 // The token behind the NEXT at a position, and behind the name that follows it; null when its line's tokens
@@ -87,27 +88,27 @@ Token* leave_out(const ForRecord& loop) {
     const auto& loop = as<ForRecord>(at);
     const Token* step_word = as<BoundRecord>(loop.to).step;
     VariableEntry* variable = loop.variable;
-    Value start;
-    Value limit;
-    Value step = Value::of_integer(1);
-    if (control_stacks.for_count == max_for_depth || !held_value(at + 2, start) ||
-        !held_value(loop.to, limit) || (step_word != nullptr && !held_value(step_word, step)))
-        return nullptr;
+    if (control_stacks.for_count == max_for_depth) return nullptr;
+    const Value start = held_value(at + 2);
+    if (failed(start)) return nullptr;
+    const Value limit = held_value(loop.to);
+    if (failed(limit)) return nullptr;
+    const Value step = step_word != nullptr ? held_value(step_word) : Value::of_integer(1);
+    if (failed(step)) return nullptr;
     const auto before = read<std::uint64_t>(variable->storage);
     if (!store_start(variable->type, variable->storage, start)) return nullptr;
-    ForEntry& entry = control_stacks.fors[control_stacks.for_count];
-    if (describes(entry, loop))
-        set_loop_bounds(entry, limit, step);
-    else
-        fill_for_entry(entry, at[1].name, *variable, limit, step, loop.own);
-    if (nothing_to_do(entry)) {
+    if (nothing_to_do(*variable, limit, step)) {
         // The general handler, which looks for the end of the loop and remembers it, evaluates the start
         // again. That may depend on the variable.
         Token* behind = may_leave_out ? leave_out(loop) : nullptr;
         if (behind == nullptr) write_unaligned(variable->storage, before);
         return behind;
     }
-    ++control_stacks.for_count;
+    ForEntry& entry = control_stacks.fors[control_stacks.for_count++];
+    if (describes(entry, loop))
+        set_loop_bounds(entry, limit, step);
+    else
+        fill_for_entry(entry, at[1].name, *variable, limit, step, loop.own);
     return loop.after;
 }
 

@@ -92,8 +92,9 @@ inline bool is_current(const Token* at) {
 // make a Current.
 
 // The first token of a statement that is known to have been specialised in the current generation.
-#ifdef __wasm__
-// A jump leads only to a function of the very same signature there; the image's compiler sees to the guards.
+#ifdef __clang__
+// A jump that is asked for leads only to a function of the very same signature; the image's compiler sees to
+// the guards.
 using Current = Token*;
 #else
 class Current {

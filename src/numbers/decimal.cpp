@@ -56,33 +56,49 @@ void read_exponent(std::string_view text, Decimal& decimal) {
     decimal.exponent += negative ? -exponent : exponent;
 }
 
-// The longest number at the beginning of a text.
-Decimal parse(std::string_view text) {
-    Decimal decimal{};
-    std::size_t position = 0;
-    std::size_t point = 0;
-    std::size_t start = 0;
-    for (; position < text.size(); ++position) {
-        const char character = text[position];
-        if (!is_digit(character)) {
-            if (character != '.' || decimal.shape.point) break;
-            decimal.shape.point = true;
-            point = position;
-            continue;
-        }
-        if (decimal.digits == 0) {
-            if (character == '0') continue;
-            start = position;
-        }
-        ++decimal.digits;
-        if (decimal.digits <= head_digits)
-            decimal.head = 10 * decimal.head + static_cast<std::uint64_t>(character - '0');
+// The value of the mantissa's first digits, as many as a head has.
+[[gnu::cold]] std::uint64_t read_head(std::string_view mantissa) {
+    std::uint64_t head = 0;
+    std::int64_t digits = 0;
+    for (std::size_t i = 0; digits < head_digits; ++i) {
+        if (mantissa[i] == '.') continue;
+        head = 10 * head + static_cast<std::uint64_t>(mantissa[i] - '0');
+        ++digits;
     }
-    decimal.shape.digits = position - (decimal.shape.point ? 1 : 0);
-    if (decimal.shape.digits == 0) return {};
-    decimal.shape.length = position;
-    if (decimal.shape.point) decimal.exponent = -static_cast<std::int64_t>(position - point - 1);
-    if (decimal.digits != 0) decimal.mantissa = text.substr(start, position - start);
+    return head;
+}
+
+// The longest number at the beginning of a text. What changes with every character is kept in variables of
+// its own: they have registers, which fields of the result would not have.
+Decimal parse(std::string_view text) {
+    const std::size_t nowhere = text.size();
+    std::size_t point = nowhere;
+    std::size_t position = 0;
+    const auto take_point = [&] {
+        if (text[position] != '.' || point != nowhere) return false;
+        point = position;
+        return true;
+    };
+    while (position < text.size() && (text[position] == '0' || take_point()))
+        ++position;
+    const std::size_t start = position;
+    std::uint64_t head = 0;
+    for (; position < text.size(); ++position) {
+        const auto digit = static_cast<std::uint32_t>(text[position] - '0');
+        if (digit <= 9)
+            head = 10 * head + digit;
+        else if (!take_point())
+            break;
+    }
+    Decimal decimal{};
+    const bool has_point = point != nowhere;
+    const std::size_t digits = position - (has_point ? 1 : 0);
+    if (digits == 0) return decimal;
+    decimal.shape = {position, digits, has_point, 0};
+    if (has_point) decimal.exponent = -static_cast<std::int64_t>(position - point - 1);
+    decimal.mantissa = text.substr(start, position - start);
+    decimal.digits = static_cast<std::int64_t>(position - start - (has_point && point >= start ? 1 : 0));
+    decimal.head = decimal.digits <= head_digits ? head : read_head(decimal.mantissa);
     if (position < text.size()) read_exponent(text, decimal);
     return decimal;
 }
@@ -227,7 +243,7 @@ LeadingNumber leading_decimal(std::string_view text) {
     return {to_double(decimal), decimal.shape.length};
 }
 
-double decimal_to_single(std::string_view number) {
+[[gnu::cold]] double decimal_to_single(std::string_view number) {
     const Decimal decimal = parse(number);
     constexpr std::int64_t exact = 10;  // 5^10 is the highest power of 5 within 24 bits
     if (decimal.digits <= head_digits && decimal.head <= std::uint64_t{1} << 24) {

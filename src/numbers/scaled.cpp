@@ -9,6 +9,7 @@ namespace {
 using Wide = unsigned __int128;
 
 // 10^power is 10^(27 block) * 5^rest * 2^rest. The last two are exact; so is a head times 5^rest in 128 bits.
+// Heads and powers of five have their highest bits set, so their product lacks one bit at most.
 constexpr std::int32_t block_size = 27;
 constexpr std::int32_t first_block = -13;
 
@@ -40,8 +41,20 @@ constexpr auto powers_of_five = [] {
     std::array<std::uint64_t, block_size> all{1};
     for (std::size_t i = 1; i < all.size(); ++i)
         all[i] = 5 * all[i - 1];
+    for (std::uint64_t& power : all)
+        power <<= std::countl_zero(power);
     return all;
 }();
+
+// A division by the block's size, of what the table reaches.
+constexpr std::int32_t block_of(std::int32_t distance) {
+    return distance * 2428 >> 16;
+}
+static_assert([] {
+    for (std::int32_t distance = 0; distance <= highest_scale - lowest_scale; ++distance)
+        if (block_of(distance) != distance / block_size) return false;
+    return true;
+}());
 
 // Whether nothing had to be left out: 5^54 has 126 bits.
 bool is_exact(std::int32_t block) {
@@ -65,37 +78,47 @@ Wide multiply(Wide left, Power right, Wide& lower) {
            static_cast<std::uint64_t>(other_middle >> 64);
 }
 
-}  // namespace
-
-bool scale_quickly(std::uint64_t head, std::int32_t power, Scaled& number) {
-    const std::int32_t index = (power - lowest_scale) / block_size;
-    const std::int32_t block = first_block + index;
-    const std::int32_t rest_of_power = power - block * block_size;
-    Wide integer = Wide{head} * powers_of_five[static_cast<std::size_t>(rest_of_power)];
-    const auto upper = static_cast<std::uint64_t>(integer >> 64);
-    const std::int32_t zeros =
-        upper != 0 ? std::countl_zero(upper) : 64 + std::countl_zero(static_cast<std::uint64_t>(integer));
-    if (zeros > 127) return false;  // 0 has no highest bit
-    integer <<= zeros;
-
+// Decides by all bits of the power; `exponent` is that of the quotient before its highest bit is set.
+[[gnu::cold, gnu::noinline]] bool scale_by_all_bits(Wide integer, std::int32_t index, Scaled& number) {
     Wide lower = 0;
     Wide product = multiply(integer, powers[static_cast<std::size_t>(index)], lower);
-    number.exponent = binary_exponent(block * block_size) - 127 + 128 + rest_of_power - zeros + 64;
-    if (product >> 127 == 0) {
+    for (; product >> 127 == 0; --number.exponent) {
         product = product << 1 | lower >> 127;
         lower <<= 1;
-        --number.exponent;
     }
     number.quotient = static_cast<std::uint64_t>(product >> 64);
     const auto rest = static_cast<std::uint64_t>(product);
-    if (is_exact(block)) {
+    if (is_exact(first_block + index)) {
         number.has_rest = (rest | lower) != 0;
         return true;
     }
     // What the power lacks is less than one unit of its last bit, so the product lacks less than two units of
-    // the rest, four once it has been shifted; and it does lack something.
+    // the rest, eight once it has been shifted by two; and it does lack something.
+    return rest < ~std::uint64_t{0} - 7;
+}
+
+}  // namespace
+
+bool scale_quickly(std::uint64_t head, std::int32_t power, Scaled& number) {
+    const std::int32_t index = block_of(power - lowest_scale);
+    const std::int32_t power_of_block = (first_block + index) * block_size;
+    const std::int32_t rest_of_power = power - power_of_block;
+    const std::int32_t zeros = std::countl_zero(head | 1);
+    const Wide integer = Wide{head << zeros} * powers_of_five[static_cast<std::size_t>(rest_of_power)];
+    number.exponent = binary_exponent(power_of_block) + binary_exponent(rest_of_power) - zeros + 2;
     number.has_rest = true;
-    return rest < ~std::uint64_t{0} - 3;
+
+    // The product of the upper halves has an upper half that lacks less than three units, twelve once it has
+    // been shifted by two. No format ends within the quotient's last ten bits, so mostly nothing is to be
+    // carried out of them, and what they are does not matter.
+    const Wide product =
+        Wide{static_cast<std::uint64_t>(integer >> 64)} * powers[static_cast<std::size_t>(index)].high;
+    const auto upper = static_cast<std::uint64_t>(product >> 64);
+    const std::int32_t shift = std::countl_zero(upper | 1);
+    number.quotient = upper << shift;
+    if ((number.quotient & 1023) - 1 >= 1023 - 12) return scale_by_all_bits(integer, index, number);
+    number.exponent -= shift;
+    return true;
 }
 
 }  // namespace korvane

@@ -17,8 +17,10 @@ struct Scaled {
 inline constexpr std::int32_t lowest_scale = -351;
 inline constexpr std::int32_t highest_scale = 323;
 
-// head * 10^power by one multiplication with a power of ten of 128 bits. False for 0, and when its error
-// could reach the quotient, which it does for one head in some 2^62: then long division has to decide.
+// head * 10^power, for a head that is not 0, by one multiplication with a power of ten of 64 bits, or 128.
+// The quotient's last ten bits may be wrong, but not how a format of fewer than 54 bits rounds. False when
+// the error could reach the quotient, which it does for one head in some 2^60: then long division has to
+// decide.
 bool scale_quickly(std::uint64_t head, std::int32_t power, Scaled& number);
 
 }  // namespace korvane

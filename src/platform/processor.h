@@ -6,7 +6,7 @@
 #include <cstdint>
 
 // Marks a return whose call has to be a jump, for a compiler that does not see to that unasked.
-#ifdef __wasm__
+#ifdef __clang__
 #define KORVANE_JUMP [[clang::musttail]]
 #else
 #define KORVANE_JUMP

@@ -14,21 +14,32 @@ DataPosition data_position;
 
 namespace {
 
+// Where the first DATA from the start of a line on stands.
+struct DataPlace {
+    std::uint32_t behind_line;  // one more than the index of its line, or than that of the last line when
+                                // there is none; 0 when that is not known
+    std::uint32_t offset;       // of what follows the word
+};
+
 // The way to the next DATA is gone only once for each line: programs go it again with every RESTORE.
 struct DataLines {
-    std::uint32_t changes;                  // when the program had been changed so often
-    std::uint32_t next[max_program_lines];  // behind the first line from this one on that holds DATA, or 0
+    std::uint32_t changes;              // when the program had been changed so often
+    DataPlace next[max_program_lines];  // as seen from each line
 };
 DataLines data_lines;
+
+void begin_data(std::uint32_t offset) {
+    data_position.offset = offset;
+    data_position.in_statement = true;
+    data_position.end = 0;
+}
 
 // Moves behind the next DATA of the position's line, if there is one.
 bool find_data_in_line() {
     WordScan scan(line_text(data_position.line), data_position.offset);
     while (scan.next_word()) {
         if (!scan.word_is("DATA")) continue;
-        data_position.offset = scan.position();
-        data_position.in_statement = true;
-        data_position.end = 0;
+        begin_data(scan.position());
         return true;
     }
     return false;
@@ -47,16 +58,19 @@ bool find_line_with_data() {
     std::uint32_t& line = data_position.line;
     bool found = false;
     while (!found && line < program.count) {
-        if (const std::uint32_t behind = data_lines.next[line]) {
-            line = behind - 1;
+        if (const DataPlace place = data_lines.next[line]; place.behind_line != 0) {
+            line = place.behind_line - 1;
             if (line == program.count) break;
+            begin_data(place.offset);
+            found = true;
+        } else {
+            found = find_data_in_line();
+            if (!found) ++line;
         }
-        found = find_data_in_line();
-        if (!found) ++line;
     }
     const std::uint32_t end = found ? line + 1 : program.count;
-    for (std::uint32_t passed = first; passed < end && data_lines.next[passed] == 0; ++passed)
-        data_lines.next[passed] = line + 1;
+    for (std::uint32_t passed = first; passed < end && data_lines.next[passed].behind_line == 0; ++passed)
+        data_lines.next[passed] = {line + 1, data_position.offset};
     return found;
 }
 

@@ -70,8 +70,9 @@ NumberReading text_to_double(std::string_view text, double& number) {
     }
     const bool negative = take_sign(text);
     double magnitude = 0;
-    if (const PrefixedNumber prefixed = scan_prefixed(text); prefixed.length != 0) {
-        if (prefixed.length != text.size()) return NumberReading::not_a_number;
+    if (!text.empty() && text.front() == '&') {
+        const PrefixedNumber prefixed = scan_prefixed(text);
+        if (prefixed.length == 0 || prefixed.length != text.size()) return NumberReading::not_a_number;
         if (prefixed.too_large) return NumberReading::too_large;
         magnitude = static_cast<double>(static_cast<std::int64_t>(prefixed.bits));
     } else {
@@ -99,16 +100,26 @@ NumberReading text_to_number(std::string_view text, Value& number) {
     return as_real;
 }
 
+namespace {
+
+constexpr Value too_large = Value::of_integer(0, Type::NONE);
+
+// What begins with "&", behind its sign.
+[[gnu::cold]] Value longest_prefixed(std::string_view text, bool negative) {
+    const PrefixedNumber prefixed = scan_prefixed(text);
+    if (prefixed.length == 0) return Value::of_real(0);
+    if (prefixed.too_large) return too_large;
+    Value value = narrowest_of_bits(prefixed.bits);
+    if (negative) value.integer = negate(prefixed.bits);
+    return value;
+}
+
+}  // namespace
+
 Value longest_number(std::string_view text) {
-    constexpr Value too_large = Value::of_integer(0, Type::NONE);
     skip_blanks(text);
     const bool negative = take_sign(text);
-    if (const PrefixedNumber prefixed = scan_prefixed(text); prefixed.length != 0) {
-        if (prefixed.too_large) return too_large;
-        Value value = narrowest_of_bits(prefixed.bits);
-        if (negative) value.integer = negate(prefixed.bits);
-        return value;
-    }
+    if (!text.empty() && text.front() == '&') return longest_prefixed(text, negative);
     const double magnitude = leading_decimal(text).number;
     if (__builtin_isinf(magnitude)) return too_large;
     return Value::of_real(negative && magnitude != 0 ? -magnitude : magnitude);

@@ -1,15 +1,23 @@
 """Runs random programs in several images and compares their screens and the data arenas they leave.
 
     python3 tests/differential/compare_images.py TERMINAL IMAGE OTHER-IMAGE... [--first SEED] [--count N] [--seconds S]
+                                                 [--together N] [--threads N]
 
 The first image executes every statement by its general handler, which is the plain statement of the rules: what the
 specialised statements of another one do, and native code made at once in a third one, must not be distinguishable. A
 difference is printed with its seed and its image; --first SEED --count 1 --show prints that program.
+
+To start a machine takes ten times as long as a program, so several programs are typed into one, each behind NEW. Where
+they differ, each is played again on a machine of its own; a difference that only shows in company is printed with the
+seeds of all of them.
 """
 
 import argparse
 import concurrent.futures
+import itertools
 import pathlib
+import resource
+import signal
 import subprocess
 import sys
 import tempfile
@@ -19,20 +27,32 @@ from random_program import ProgramMaker
 
 SAVED_FILES = ("VARIABLES.BIN", "ARRAYS.BIN", "STRINGS.BIN")
 NO_END = ["(no end)"]  # the screen of a program that does not end
-TIME_LIMIT = 60  # seconds for one program; ample, for machines that are busy with other things
+IN_MEMORY = "/dev/shm" if pathlib.Path("/dev/shm").is_dir() else None  # a disk takes as long as the programs
+SCREEN = "80x32"  # a small one, which scrolls soon: most of what a program takes is its text's pixels
+TIME_LIMIT = 60  # seconds of the processor for what is typed into one machine, on which others may be at work too
 
 
-def run(terminal, image, program):
-    """The screen after two runs of the program, and the files that it saved (None where it did not)."""
-    with tempfile.TemporaryDirectory(prefix="korvane-differential-") as volume:
-        command = [terminal, "--image", image, "--volume", volume]
-        try:
-            done = subprocess.run(command, input=(program + "RUN\nRUN\n").encode(), stdout=subprocess.PIPE,
-                                  stderr=subprocess.STDOUT, timeout=TIME_LIMIT, check=False)
-        except subprocess.TimeoutExpired:
+def saved_name(name, number):
+    """What a file is called when the next program is typed."""
+    return f"{name.partition('.')[0]}.{number}"
+
+
+def run(terminal, image, programs):
+    """The screen after two runs of each program, and for each the files that it saved (None where it did not)."""
+    typed = "".join(
+        f"NEW\n{program}RUN\nRUN\n"
+        + "".join(f'NAME "{name}" AS "{saved_name(name, number)}"\n' for name in SAVED_FILES)
+        for number, program in enumerate(programs))
+    with tempfile.TemporaryDirectory(prefix="korvane-differential-", dir=IN_MEMORY) as volume:
+        command = [terminal, "--image", image, "--volume", volume, "--size", SCREEN]
+        with subprocess.Popen(command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.STDOUT) as process:
+            resource.prlimit(process.pid, resource.RLIMIT_CPU, (TIME_LIMIT, TIME_LIMIT + 1))
+            shown, _ = process.communicate(typed.encode())
+        if process.returncode in (-signal.SIGXCPU, -signal.SIGKILL):
             return NO_END, []
-        screen = done.stdout.decode("utf-8", "replace").splitlines() + [f"exit status {done.returncode}"]
-        paths = [pathlib.Path(volume) / name for name in SAVED_FILES]
+        screen = shown.decode("utf-8", "replace").splitlines() + [f"exit status {process.returncode}"]
+        paths = [pathlib.Path(volume) / saved_name(name, number)
+                 for number in range(len(programs)) for name in SAVED_FILES]
         return screen, [path.read_bytes() if path.exists() else None for path in paths]
 
 
@@ -49,7 +69,7 @@ def first_difference(one, other):
         for left, right in zip(screens[0] + ["(end)"], screens[1] + ["(end)"]):
             if left != right:
                 return f"screens:\n  {left}\n  {right}"
-    for name, left, right in zip(SAVED_FILES, one[1], other[1]):
+    for name, left, right in zip(itertools.cycle(SAVED_FILES), one[1], other[1]):
         if left != right:
             return f"{name} differs: {describe_bytes(left, right)}"
     return None
@@ -72,21 +92,34 @@ def parse_arguments():
     parser.add_argument("--first", type=int, default=1, help="seed of the first program")
     parser.add_argument("--count", type=int, default=600)
     parser.add_argument("--seconds", type=float, default=60, help="no new program after so long")
+    parser.add_argument("--together", type=int, default=20, help="programs that are typed into one machine")
+    parser.add_argument("--threads", type=int, default=8)
     parser.add_argument("--show", action="store_true", help="print the programs")
     return parser.parse_args()
 
 
-def compare(arguments, seed):
-    """Whether both runs saved the arena in the first image, and the difference of the images."""
-    program = ProgramMaker(seed).program()
-    first = run(arguments.terminal, arguments.image, program)
+def compare(arguments, seeds):
+    """How many of the programs saved the arena in the first image, and the difference of the images."""
+    programs = [ProgramMaker(seed).program() for seed in seeds]
+    first = run(arguments.terminal, arguments.image, programs)
     for image in arguments.other_images:
-        other = run(arguments.terminal, image, program)
+        other = run(arguments.terminal, image, programs)
         # Which image has an end, and which none, is a difference too; none in all of them tells nothing.
         difference = "no end" if NO_END in (first[0], other[0]) else first_difference(first, other)
         if difference:
-            return False, f"{image}: {difference}"
-    return all(first[1]), None
+            return 0, f"{image}: {difference}"
+    files = [first[1][i:i + len(SAVED_FILES)] for i in range(0, len(first[1]), len(SAVED_FILES))]
+    return sum(all(saved) for saved in files), None
+
+
+def compare_in_company(arguments, seeds):
+    """How many programs saved the arena, and for each that differs (or for all of them) its seeds and the difference."""
+    saved, difference = compare(arguments, seeds)
+    if not difference:
+        return saved, []
+    alone = [((seed,), *compare(arguments, (seed,))) for seed in seeds]
+    found = [(seeds_of_one, one) for seeds_of_one, _, one in alone if one]
+    return sum(count for _, count, _ in alone), found or [(seeds, difference)]
 
 
 def main():
@@ -95,18 +128,19 @@ def main():
     if arguments.show:
         print("".join(ProgramMaker(seed).program() + "\n" for seed in seeds))
     deadline = time.monotonic() + arguments.seconds
+    companies = [seeds[i:i + arguments.together] for i in range(0, len(seeds), arguments.together)]
     compared = different = saved = 0
-    # A run spends most of its time waiting for the clock's calibration.
-    with concurrent.futures.ThreadPoolExecutor(8) as pool:
-        before_deadline = lambda seed: compare(arguments, seed) if time.monotonic() < deadline else None
-        for seed, result in zip(seeds, pool.map(before_deadline, seeds)):
+    # A machine spends most of the time that it takes to start waiting for the clock's calibration.
+    with concurrent.futures.ThreadPoolExecutor(arguments.threads) as pool:
+        before_deadline = lambda some: compare_in_company(arguments, some) if time.monotonic() < deadline else None
+        for some, result in zip(companies, pool.map(before_deadline, companies)):
             if result is None:
                 continue
-            compared += 1
+            compared += len(some)
             saved += result[0]
-            if result[1]:
-                different += 1
-                print(f"seed {seed}: {result[1]}")
+            different += len(result[1])
+            for seeds_of_one, difference in result[1]:
+                print(f"seed {', '.join(map(str, seeds_of_one))}: {difference}", flush=True)
     print(f"{compared} programs, {saved} with saved arenas, {different} different")
     # A comparison that saw few arenas has compared little.
     return 1 if different or compared == 0 or saved * 2 < compared else 0

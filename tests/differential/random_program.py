@@ -182,7 +182,7 @@ class ProgramMaker:
             f"{name}={name}{growth}", f"{name}={self.number(2)}", f"P(T4 AND 7)=P({choose(['I', 'J', 'T4 AND 3'])})+{self.number(1)}",
             f"Q%({counter})={self.number(1)}", f"W({choose('012I')},{counter} MOD 6)={self.element(1)}+{name}",
             f"IF {self.relation(2)} THEN {name}={name}+1 ELSE J={self.number(1)}", "GOSUB 9100",
-            f"IF {self.relation(1)} THEN {name}=0", f"V!({self.subscript(1)})=V!({self.subscript(1)})*3+{name}",
+            self.at_the_edge(counter), self.at_the_edge(counter), f"IF {self.relation(1)} THEN {name}=0", f"V!({self.subscript(1)})=V!({self.subscript(1)})*3+{name}",
         ])
         # A handler that resumes, or a RETURN or WEND among the statements, may keep control in the loop.
         body += ":T6=T6+1:ON -(T6>700) GOTO 8000"
@@ -194,6 +194,22 @@ class ProgramMaker:
             limit = choose(["6", "20", "60", "LEN(S$)+5", "LEN(S$+T$)+9", "9+RND*9"])
             return f"{counter}=0:WHILE {counter}<{limit}:{counter}={counter}+1:{body}{more}:WEND"
         return f"FOR T5=1 TO 3:FOR {counter}=T5 TO {choose([3, 9])}:{body}:NEXT{more}:NEXT"
+
+    def at_the_edge(self, counter):
+        """A loop of which one turn leaves the range of 64 bits: there are no more."""
+        turn, name = self.random.choice("1357"), self.random.choice(["K&&", "Z&&(I AND 3)", "L#", "X", "E&", "C%"])
+        top = "9223372036854775807&&"
+        least = f"(-{top}-1+ABS({turn}-CINT({counter})))"
+        whole = self.random.choice([
+            f"{top}-{turn}+CINT({counter})", f"-{top}-1+{turn}-CINT({counter})", f"-{least}", f"{least}\\-1", f"{least} MOD -1",
+            f"{least}*-1", f"ABS{least}", f"0-{least}", f"CINT({counter})*3074457345618258603&&", f"{least}+{self.number(1)}",
+            f"1\\(CINT({counter})-{turn})", f"9223372036854765568#*1+CINT({counter})*1024",
+        ])
+        return self.random.choice([
+            f"{name}={whole}", f"{name}={whole}", f"IF {whole}<{self.number(1)} THEN X=X+1 ELSE B=B+1",
+            f"K&&={top}-{turn}:FOR T7=1 TO 9:K&&=K&&{self.random.choice(['+1', '*3&&', '-&HFFFF', '+K&&'])}:NEXT",
+            f"FOR K&&={top}-{turn} TO {top}:X=X+1:NEXT",
+        ])
 
     def statement(self, nesting=1):
         simple = [

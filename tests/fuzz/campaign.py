@@ -6,6 +6,7 @@ usage: campaign.py [TARGET] [MINUTES]      fuzz one target, or all in turns; 10 
        campaign.py --counts                what has been played in all runs together
        campaign.py --keep                  write the smallest inputs that reach all that is known into tests/fuzz/corpus
 options: --plain                           the build without sanitizers, which is many times quicker
+         --native                          the interpreter that makes machine code of what is met again
          --mixed                           inputs mixed of known ones, unguided, which is several times quicker still
 
 build/fuzz/campaign/corpus/TARGET   inputs that reach something new
@@ -40,8 +41,16 @@ MOST_KEPT = {"session": 150, "explorer": 50}  # inputs of a target in the reposi
 MOST_KEPT_ELSE = 25
 
 
-def fuzzer(plain):
-    return ROOT / ("build/fuzz-plain" if plain else "build/fuzz") / "tests/fuzz/korvane-fuzzer"
+class Fuzzer:
+    """Which of the programs is guided by what it reaches."""
+
+    def __init__(self, plain, native):
+        self.plain = plain
+        self.program = ROOT / "build" / ("fuzz-plain" if plain else "fuzz") / "tests/fuzz" / f"korvane{'-native' * native}-fuzzer"
+
+    def environment(self):
+        compared = {"KORVANE_FUZZ_COMPARED": COMPARED_WHEN_PLAIN} if self.plain else {}
+        return dict(os.environ, KORVANE_FUZZ_COUNTS=str(CAMPAIGN / "counts"), KORVANE_FUZZ_COMPANION=str(COMPANION), **compared)
 
 
 def target_names():
@@ -77,7 +86,7 @@ def prepare():
     subprocess.run([sys.executable, ROOT / "tests/fuzz/make_seeds.py", CAMPAIGN / "seeds"], check=True, stdout=subprocess.DEVNULL)
 
 
-def run(target, seconds, plain):
+def run(target, seconds, fuzzer):
     """One turn. What breaks the interpreter does not end it; gives how many inputs did."""
     corpus, found = CAMPAIGN / "corpus" / target, CAMPAIGN / "found" / target
     corpus.mkdir(exist_ok=True)
@@ -87,20 +96,20 @@ def run(target, seconds, plain):
     while (rest := end - time.monotonic()) > 3 and breaks < MOST_BREAKS:
         before = set(found.iterdir())
         command = [
-            fuzzer(plain), f"--target={target}", f"-dict={CAMPAIGN / 'words.dict'}", f"-max_total_time={int(rest)}",
+            fuzzer.program, f"--target={target}", f"-dict={CAMPAIGN / 'words.dict'}", f"-max_total_time={int(rest)}",
             f"-max_len={LONGEST.get(target, 2048)}", "-timeout=60", "-report_slow_units=60", "-rss_limit_mb=3000", "-print_final_stats=1",
             f"-artifact_prefix={found}/", corpus,
         ]  # fmt: skip
         command += [folder for folder in (KEPT / target, CAMPAIGN / "seeds" / target) if folder.exists()]
         log = CAMPAIGN / f"{target}.log"
         with open(log, "w") as output:
-            ended = subprocess.run(command, stdout=output, stderr=output, env=environment(plain))
+            ended = subprocess.run(command, stdout=output, stderr=output, env=fuzzer.environment())
         if ended.returncode == 0:
             break
         breaks += 1
         for file in sorted(set(found.iterdir()) - before):
             file.with_name("why-" + file.name).write_bytes(log.read_bytes()[-8000:])
-            make_smaller(target, file, plain)
+            make_smaller(target, file, fuzzer)
     return breaks
 
 
@@ -133,18 +142,13 @@ def run_mixed(target, seconds, native):
     return breaks
 
 
-def environment(plain):
-    compared = {"KORVANE_FUZZ_COMPARED": COMPARED_WHEN_PLAIN} if plain else {}
-    return dict(os.environ, KORVANE_FUZZ_COUNTS=str(CAMPAIGN / "counts"), KORVANE_FUZZ_COMPANION=str(COMPANION), **compared)
-
-
-def make_smaller(target, file, plain):
+def make_smaller(target, file, fuzzer):
     small = file.with_name("small-" + file.name)
     command = [
-        fuzzer(plain), f"--target={target}", "-minimize_crash=1", "-max_total_time=30",
+        fuzzer.program, f"--target={target}", "-minimize_crash=1", "-max_total_time=30",
         f"-exact_artifact_path={small}", file,
     ]  # fmt: skip
-    subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=environment(plain))
+    subprocess.run(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL, env=fuzzer.environment())
 
 
 def mixed_campaign(names, minutes):
@@ -167,7 +171,7 @@ def mixed_campaign(names, minutes):
     return 1 if found else 0
 
 
-def campaign(names, minutes, plain):
+def campaign(names, minutes, fuzzer):
     prepare()
     # Sessions hold most of the interpreter: every other turn is theirs.
     names = names or [name for other in target_names() if other != "session" for name in ("session", other)]
@@ -177,14 +181,14 @@ def campaign(names, minutes, plain):
     while (rest := end - time.monotonic()) > 5:
         target = names[0]
         names = names[1:] + names[:1]
-        fresh = run(target, min(turn, rest), plain)
+        fresh = run(target, min(turn, rest), fuzzer)
         found += fresh
         print(f"{target}: {fresh} found" if fresh else f"{target}: nothing found", flush=True)
     print_counts()
     return 1 if found else 0
 
 
-def keep(plain):
+def keep(fuzzer):
     """Of a small set that reaches everything, those that are not long, spread over all lengths."""
     prepare()
     for target in target_names():
@@ -193,7 +197,7 @@ def keep(plain):
         merged.mkdir(parents=True, exist_ok=True)
         for file in merged.iterdir():
             file.unlink()
-        subprocess.run([fuzzer(plain), f"--target={target}", "-set_cover_merge=1", merged, *sources], stderr=subprocess.DEVNULL)
+        subprocess.run([fuzzer.program, f"--target={target}", "-set_cover_merge=1", merged, *sources], stderr=subprocess.DEVNULL)
         folder = KEPT / target
         folder.mkdir(parents=True, exist_ok=True)
         for file in folder.iterdir():
@@ -210,13 +214,13 @@ def keep(plain):
 
 def main():
     words = sys.argv[1:]
-    plain, mixed = "--plain" in words, "--mixed" in words
-    words = [word for word in words if word not in ("--plain", "--mixed")]
+    fuzzer, mixed = Fuzzer("--plain" in words, "--native" in words), "--mixed" in words
+    words = [word for word in words if word not in ("--plain", "--native", "--mixed")]
     if words == ["--counts"]:
         print_counts()
         return 0
     if words == ["--keep"]:
-        keep(plain)
+        keep(fuzzer)
         return 0
     names = [word for word in words if not word.replace(".", "").isdigit()]
     minutes = [float(word) for word in words if word not in names]
@@ -224,7 +228,7 @@ def main():
     if unknown or len(minutes) > 1 or len(names) > 1:
         sys.exit(f"campaign.py: there are the targets {', '.join(target_names())}")
     minutes = minutes[0] if minutes else 10
-    return mixed_campaign(names, minutes) if mixed else campaign(names, minutes, plain)
+    return mixed_campaign(names, minutes) if mixed else campaign(names, minutes, fuzzer)
 
 
 if __name__ == "__main__":

@@ -7,6 +7,7 @@ usage: corpus_reports.py coverage      what of src/ they reach, by folder (the p
 """
 
 import collections
+import itertools
 import json
 import os
 import pathlib
@@ -17,8 +18,8 @@ import sys
 from campaign import CAMPAIGN, KEPT, ROOT, prepare
 
 
-def replay(preset):
-    return ROOT / "build" / preset / "tests/fuzz/korvane-replay"
+def replay(preset, native=False):
+    return ROOT / "build" / preset / "tests/fuzz" / f"korvane{'-native' * native}-replay"
 
 
 def inputs():
@@ -29,19 +30,19 @@ def inputs():
 
 
 def coverage():
-    program = replay("fuzz-coverage")
+    programs = [replay("fuzz-coverage", native) for native in (False, True)]
     profiles = ROOT / "build/fuzz/profiles"
     profiles.mkdir(parents=True, exist_ok=True)
     raw = []
-    for target, folders in inputs():
-        raw.append(profiles / f"{target}.profraw")
+    for (target, folders), program in itertools.product(inputs(), programs):
+        raw.append(profiles / f"{target}-{program.name}.profraw")
         environment = dict(os.environ, LLVM_PROFILE_FILE=str(raw[-1]))
         done = subprocess.run([program, "--target", target, *folders], env=environment, stderr=subprocess.DEVNULL)
         if done.returncode != 0:
             sys.exit(f"corpus_reports.py: {target} ends with {done.returncode}")
     merged = profiles / "all.profdata"
     subprocess.run(["llvm-profdata-19", "merge", "-sparse", "-o", merged, *raw], check=True)
-    export = ["llvm-cov-19", "export", "-summary-only", f"-instr-profile={merged}", program]
+    export = ["llvm-cov-19", "export", "-summary-only", f"-instr-profile={merged}", programs[0], "-object", programs[1]]
     files = json.loads(subprocess.run(export, check=True, capture_output=True).stdout)["data"][0]["files"]
     print_coverage([file for file in files if file["filename"].startswith(str(ROOT / "src") + "/")])
 

@@ -68,6 +68,9 @@ constexpr std::array<Start, 7> starts = {{
      [](Hardware& hardware) { hardware.modes[0].format = uefi::PixelFormat::PixelBltOnly; }},
     {"in a mode with red and blue the other way round",
      [](Hardware& hardware) {
+         // A small one: at each look for a key all pixels are copied as long as nobody knows how long a
+         // second is.
+         hardware.modes[0].height = 120;
          for (GraphicsMode& mode : hardware.modes)
              mode.format = uefi::PixelFormat::PixelRedGreenBlueReserved8BitPerColor;
      }},

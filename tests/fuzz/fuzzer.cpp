@@ -77,7 +77,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const bool played = play(input);
     const bool compares = companion != nullptr && counts.inputs % inputs_for_each_compared == 0;
     if (compares && played && is_comparable(input))
-        if (const auto state = companion->play(input)) compare(describe_state(), *state);
+        if (const auto state = companion->play(input))
+            compare(describe_state(), *state, machine->firmware().has_code());
     if (!counts_file.empty()) write_counts(counts_file, target->name, false);
     return 0;
 }

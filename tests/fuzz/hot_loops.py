@@ -6,6 +6,9 @@ SUFFIXES = ["", "#", "!", "%", "&", "&&"]
 # A value from which a few doublings or squarings overflow, for each type.
 LARGE = {"": "1E300", "#": "1E300#", "!": "1E30!", "%": "30000", "&": "2000000000&", "&&": "9000000000000000000&&"}
 ARRAYS = [("M", 1), ("M%", 1), ("M&", 1), ("M!", 1), ("M&&", 1), ("N", 2), ("N%", 2), ("N&", 2)]
+# The largest of each integer type. What takes a step beyond it, or beyond the smallest, at some turn: of the operators that
+# are computed in 64 bits a product, sum or difference becomes a real one there, and the others are errors.
+TOPS = {"%": "32767", "&": "2147483647&", "&&": "9223372036854775807&&"}
 BOUND = 6  # of each dimension
 
 
@@ -57,7 +60,7 @@ class Loops:
         left, right = self.number(depth - 1), self.number(depth - 1)
         return self.choose(
             f"{left}+{right}", f"{left}-{right}", f"{left}*{right}", f"{left}/{right}", f"{left}\\{right}",
-            f"{left} MOD {right}", f"({left}+{right})*{self.leaf()}", f"-{left}", f"{left} AND {right}",
+            f"{left} MOD {right}", f"({left}+{right})*{self.leaf()}", f"{self.leaf()}/({left}*{right})", f"-{left}", f"{left} AND {right}",
             f"{left} OR {right}", f"{left} XOR {right}", f"NOT {left}", f"({self.condition(0)})", f"{left}^2",
             f"{self.function()}({left})", f"{left}+{self.literal()}", f"{left}*{self.literal()}", f"FNA({left})",
             f"FNB({left},{self.leaf()})")
@@ -78,10 +81,43 @@ class Loops:
             return f"{target}={target}{self.choose('+', '*', '-')}{self.leaf()}"
         return f"{'LET ' * self.chance(5)}{target}={self.number()}"
 
+    def at_the_edge(self):
+        """N&& counts the turns; at the one that is drawn an integer leaves its range."""
+        suffix = self.choose("%", "&", "&&", "&&", "&&")
+        turn, top = self.choose("1", "2", "5", "9", "20"), TOPS[suffix]
+        below, above = f"{top}-{turn}+N&&", f"-{top}-1+{turn}-N&&"
+        least = f"(-{top}-1+ABS({turn}-N&&))"  # at that turn the smallest, before and after it a larger one
+        whole = self.choose(
+            below, above, f"-{least}", f"{least}\\-1", f"{least} MOD -1", f"{least}*-1", f"ABS{least}", f"0-{least}", f"{least}-1",
+            f"{below}-({above})", f"N&&*{self.choose('922337203685477581&&', '4611686018427387904&&', '-3037000500&&*3037000500&&')}",
+            f"N&&*{top}", f"{self.choose('9223372036854765568#', '-9223372036854765568#')}*1+N&&*{self.choose('1024', '-1024')}",
+            f"1\\(N&&-{turn})", f"7 MOD (N&&-{turn})", f"({below}) AND {self.literal()}", f"NOT ({above})")
+        use = self.choose(
+            f"{self.choose(*'ABC')}{suffix}={whole}", f"{self.choose('X', 'A!', 'B#', self.variable(), self.element())}={whole}",
+            f"IF {whole}{self.choose('<', '=', '>=')}{self.choose('0', self.literal(), top)} THEN X=X+1 ELSE X=X-1",
+            f"ON {whole} GOSUB 500,520", f"M&&(J AND 3)={whole}", f"A=FNA({whole})")
+        growing, shrunk = self.real_edge(turn)
+        real = f"IF {growing}{self.choose('<', '=', '>=')}{self.choose('0', shrunk)} THEN X=X+1 ELSE X=X-1"
+        use = self.choose(use, use, use, use, real, f"{self.choose('X', 'A!', 'B#', 'C&', self.element())}={self.choose(growing, shrunk)}",
+                          f"IF {growing} THEN X=X+1", f"FOR N#={growing} TO {shrunk}:X=X+1:NEXT", f"M(J AND 3)={shrunk}")
+        counted = self.choose(f"N&&=T:{use}", f"N&&=N&&+1:{use}", f"N&&=T:{use}")
+        return self.choose(
+            counted, counted, counted,
+            f"FOR N{suffix}={top}-{self.choose(0, 2)} TO {top}{self.choose('', ' STEP 2')}:X=X+1:NEXT",
+            # One less than the smallest of 64 bits would be rounded to it again, for ever.
+            f"FOR N{suffix}=-{top}+4095 TO -{top}-1 STEP -4096:X=X+1:NEXT")
+
+    def real_edge(self, turn):
+        """A real number that leaves its range at that turn, and what would be a small one again if it were not looked at."""
+        growing = self.choose(f"1E155*10^(152+N&&-{turn})", f"-1E300*N&&*(1.8E8/{turn})", f"1E30!*N&&*(3.4E8!/{turn})",
+                              f"SQR({turn}-N&&)", f"LOG({turn}-N&&)", f"EXP(709.78+(N&&-{turn})*.01)")
+        return growing, self.choose(f"1/({growing})", f"SGN({growing})", f"ATN({growing})", f"({growing})^-1", f"({growing})^0",
+                                    f"2/(1+({growing}))*3", f"({growing})-({growing})", f"EXP(-({growing}))")
+
     def statement(self, nested=True):
         """One statement, or a few that belong together."""
         plain = [
-            *[self.assignment] * 12, lambda: "GOSUB 500", lambda: "GOSUB 520", lambda: f"ON 1+(I AND 1) GOSUB 500,520",
+            *[self.assignment] * 12, *[self.at_the_edge] * 2, lambda: "GOSUB 500", lambda: "GOSUB 520", lambda: f"ON 1+(I AND 1) GOSUB 500,520",
             lambda: f"SWAP A{self.kinds[0]},B{self.kinds[0]}", lambda: "READ D:RESTORE",
             lambda: self.choose('S$=S$+"x"', "T$=LEFT$(S$,3)", "U$=S$", "SWAP S$,T$", 'S$="abc"'),
             lambda: f"{self.choose('S$', 'T$', 'P$(I)', 'P$(I AND 3)')}={self.text()}"
@@ -129,6 +165,9 @@ def hot_loops(maker):
              "25 DEF FNC%(X%)=X%*3:DEF FND$(S$)=S$+\"!\":DEF FNE!(X!,S$)=X!/3+LEN(S$):DEF FNG=RND+A"]
     lines += ["30 ON ERROR GOTO 600"] * chance(85)
     lines += [f"40 {name}={loops.literal()}" for name in [choose("A", "B%", "C&", "B!", "A&&")]] * chance(50)
+    # What memory holds may be no number.
+    lines += [f"45 POKE64 VARPTR({choose('A', 'B#', 'M(3)')}),{choose('&H7FF8000000000000', '&H7FF0000000000000', '-1')}"] * chance(4)
+    lines += [f"46 POKE32 VARPTR({choose('A!', 'M!(3)')}),{choose('&H7FC00000', '&HFF800000')}"] * chance(4)
     lines += [choose("50 ON TIMER(1) GOSUB 560:TIMER ON", "50 ON TIMER(.01) GOSUB 560:TIMER ON")] * chance(5)
     lines += loops.lines()
     lines += ["400 PRINT T;E;I;J;K;X;D;CN:VARINFO FULL", "410 END",

@@ -185,6 +185,21 @@ TEST(DecimalTest, LengthIsNoLimit) {
     EXPECT_EQ(decimal_to_double("1E-99999999999999999999999999999999"), 0);
 }
 
+// The first digits are summed up in 64 bits, which may come out as 0 when there are more of them.
+TEST(DecimalTest, MultiplesOf64BitsAreNoZeros) {
+    for (const std::string number :
+         {"18446744073709551616", "36893488147419103232", "1844674407370955161600000"}) {
+        for (const std::string zeros : {"", "0", "0000000000000000000000", "0.", ".000", "00.00"}) {
+            expect_right(zeros + number);
+            expect_right(zeros + number + "E-300");
+            if (zeros.find('.') != std::string::npos) continue;
+            expect_right(zeros + number + ".");
+            expect_right(zeros + number + ".18446744073709551616E290");
+            expect_right(zeros + "1." + number + "E17");
+        }
+    }
+}
+
 TEST(DecimalTest, ExponentLettersAreEAndDOfEitherCase) {
     for (const char* text : {"15E1", "15e1", "15D1", "15d1", "15E+1", "15D+01"})
         EXPECT_EQ(decimal_to_double(text), 150) << text;

@@ -14,7 +14,8 @@ using Bytes = std::vector<std::uint8_t>;
 constexpr std::size_t longest = 4096;
 
 void add_node(Bytes& path, std::size_t length) {
-    path.insert(path.end(), {1, 2, static_cast<std::uint8_t>(length), static_cast<std::uint8_t>(length >> 8)});
+    path.insert(path.end(),
+                {1, 2, static_cast<std::uint8_t>(length), static_cast<std::uint8_t>(length >> 8)});
     path.resize(path.size() + length - 4);
 }
 

@@ -13,6 +13,7 @@
 #include <limits>
 #include <vector>
 
+#include "numbers/angle_reduction.h"
 #include "random_bits.h"
 
 namespace korvane {
@@ -230,6 +231,39 @@ TEST(KernelsTest, KnownArgumentsAreExact) {
     EXPECT_EQ(kernel_pow(1, 1e300), 1);
     EXPECT_EQ(kernel_pow(9, 0.5), 3);
     EXPECT_EQ(kernel_sqrt(2.25), 1.5);
+}
+
+// The rest of an angle behind whole quarter turns, which is good to about 2^-70 of its own size. Twelve
+// hundred bits hold the largest angle and what is left of it.
+TEST(KernelsTest, AnglesAreReducedToTheirRest) {
+    constexpr mpfr_prec_t wide = 1300;
+    mpfr_t angle;
+    mpfr_t quarter;
+    mpfr_t turns;
+    mpfr_t rest;
+    mpfr_inits2(wide, angle, quarter, turns, rest, nullptr);
+    mpfr_const_pi(quarter, MPFR_RNDN);
+    mpfr_div_2ui(quarter, quarter, 1, MPFR_RNDN);
+    Random random(9);
+    for (long i = 0; i < numeric_arguments() / 4; i++) {
+        const Draw draw = std::vector<Draw>{some_turns, many_turns, near_quarter_turn, large}[i % 4];
+        const double x = draw(random);
+        if (std::fabs(x) < 0.5) continue;
+        const ReducedAngle reduced = reduce_angle(x);
+        mpfr_set_d(angle, x, MPFR_RNDN);
+        mpfr_sub_d(rest, angle, reduced.rest.high, MPFR_RNDN);
+        mpfr_sub_d(rest, rest, reduced.rest.low, MPFR_RNDN);
+        mpfr_div(turns, rest, quarter, MPFR_RNDN);
+        mpfr_rint(turns, turns, MPFR_RNDN);
+        mpfr_fms(rest, turns, quarter, rest, MPFR_RNDN);  // by how much the rest is wrong
+        const double error = std::fabs(mpfr_get_d(rest, MPFR_RNDN));
+        ASSERT_LE(error, std::ldexp(std::fabs(reduced.rest.high), -69)) << x;
+        ASSERT_LE(std::fabs(reduced.rest.high), 0.79) << x;
+        mpfr_fmod_ui(turns, turns, 4, MPFR_RNDN);
+        ASSERT_EQ(static_cast<int>(mpfr_get_d(turns, MPFR_RNDN) + 4) % 4, static_cast<int>(reduced.quadrant))
+            << x;
+    }
+    mpfr_clears(angle, quarter, turns, rest, nullptr);
 }
 
 // The binary64 number that comes nearest to an odd multiple of pi/2 (J.-M. Muller, Elementary Functions).

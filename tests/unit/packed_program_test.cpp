@@ -397,5 +397,73 @@ TEST_F(ImagePathTest, TheRunningImageIsKnownByName) {
     set_current_directory(FileHandle(), FirmwareName("\\"));
 }
 
+// A file whose record ends with the last letter of its name, without the zero behind it.
+uefi::Status EFIAPI tell_name_without_end(uefi::FileProtocol*, const uefi::Guid*, std::uint64_t* size,
+                                          void* record) {
+    constexpr std::u16string_view name = u"APP.EFI";
+    *size = uefi::file_info_name_offset + name.size() * sizeof(char16_t);
+    std::memcpy(static_cast<std::uint8_t*>(record) + uefi::file_info_name_offset, name.data(),
+                name.size() * sizeof(char16_t));
+    return uefi::success;
+}
+
+TEST_F(ImagePathTest, ANameMayEndWithItsRecord) {
+    folder_.write("APP.EFI", "x");
+    uefi::FileProtocol file{};
+    file.GetInfo = tell_name_without_end;
+    EXPECT_TRUE(is_own_image(&file, FirmwareName("APP.EFI")));
+    EXPECT_TRUE(open_own_image());
+    EXPECT_TRUE(is_own_image(&file, FirmwareName("APP.EFI")));
+}
+
+// The path of the image names 255 folders at most. A file in one folder more, of the same names, is another
+// one.
+TEST_F(ImagePathTest, DirectoriesAreComparedUpToTheRoot) {
+    constexpr int most = 255;
+    std::string path;
+    std::u16string own_path;
+    for (int depth = 0; depth < most; ++depth) {
+        path += "A/";
+        own_path += u"A\\";
+        if (depth >= most - 3) std::filesystem::create_directories(folder_.path() / path);
+    }
+    own_path += u"B";
+    std::filesystem::create_directories(folder_.path() / (path + "A"));
+    folder_.write(path + "B", "x");
+    folder_.write(path + "A/B", "x");
+
+    std::string device_path = node(4, 4, own_path) + end_node;
+    auto* image = loaded_image();
+    uefi::DevicePathNode* const old = image->FilePath;
+    image->FilePath = reinterpret_cast<uefi::DevicePathNode*>(device_path.data());
+    EXPECT_TRUE(open_own_image());
+    const auto enter = [](int depth) {
+        std::string down = "\\";
+        for (int i = 0; i < depth; ++i)
+            down += "A\\";
+        const FirmwareName name(down);
+        set_current_directory(open_named(name, uefi::file_mode_read), name);
+    };
+    const auto is_own = [](int depth) {
+        std::string name;
+        for (int i = 0; i < depth; ++i)
+            name += "A\\";
+        const FirmwareName file_name(name + "B");
+        const FileHandle file = open_named(file_name, uefi::file_mode_read);
+        EXPECT_TRUE(file) << depth;
+        return is_own_image(file.get(), file_name);
+    };
+    enter(126);
+    const FirmwareName two("A\\A");
+    set_current_directory(open_named(two, uefi::file_mode_read), two);  // 128 down
+    EXPECT_TRUE(is_own(127));
+    const FirmwareName one("A");
+    set_current_directory(open_named(one, uefi::file_mode_read), one);  // 129 down
+    EXPECT_TRUE(is_own(126));
+    EXPECT_FALSE(is_own(127));
+    set_current_directory(FileHandle(), FirmwareName("\\"));
+    image->FilePath = old;
+}
+
 }  // namespace
 }  // namespace korvane

@@ -3,6 +3,8 @@
 
 #include <string>
 
+#include "explorer_session.h"
+#include "files/boot_volume.h"
 #include "files/file_handle.h"
 #include "files/firmware_name.h"
 #include "program/errors.h"
@@ -72,6 +74,21 @@ TEST(FileHandle, AnEmptyHandleFailsInEverything) {
     EXPECT_FALSE(none.find_size(size));
     EXPECT_FALSE(none.remove());
     none.close();
+}
+
+// A machine that starts anew knows nothing of the volume that another one was started from.
+TEST(BootVolume, IsTheImagesOwnUntilItHasBeenOpened) {
+    using DevicePath = host::VolumeConfig::DevicePath;
+    const test::TemporaryFolder folder;
+    for (const DevicePath path : {DevicePath::partition, DevicePath::stick, DevicePath::none}) {
+        host::Config config;
+        config.volumes.push_back({.folder = folder.path()});
+        config.volumes.back().device_path = path;
+        const test::ExplorerSession session(config);
+        EXPECT_TRUE(find_boot_volume());
+        EXPECT_TRUE(open_boot_volume());
+        EXPECT_TRUE(find_boot_volume());
+    }
 }
 
 }  // namespace

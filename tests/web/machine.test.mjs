@@ -112,6 +112,32 @@ test("Escape ends an endless loop, and pictures come while it runs", async () =>
   await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === true, { polling: 20 });
 });
 
+test("Escape comes through soon, whatever a program does, also where long statements follow short ones", async (context) => {
+  await start();
+  await heard("ready");
+  const programs = [
+    ["10 X=X+1:GOTO 10"],
+    ["10 PAINT (1,1),I MOD 16,16:I=I+1:GOTO 10"],
+    ["10 FOR I=1 TO 20000:NEXT:PAINT (1,1),J MOD 16,16:J=J+1:GOTO 10"],
+    ["10 FOR I=1 TO 300:A$=INKEY$:NEXT:FOR I=1 TO 100:PAINT (1,1),I MOD 16,16:NEXT:GOTO 10"],
+  ];
+  for (const lines of programs) {
+    for (const line of ["NEW", ...lines, "RUN"]) await type(line);
+    await page.waitForFunction(() => heard.findLast(({ type }) => type === "waiting")?.waiting === false, { polling: 20 });
+    await new Promise((done) => setTimeout(done, 700));
+    const took = await page.evaluate(async () => {
+      const begin = performance.now();
+      worker.postMessage({ type: "key", scan: 23, character: 0 });
+      while (heard.findLast(({ type }) => type === "waiting")?.waiting === false) await new Promise((done) => setTimeout(done, 5));
+      return performance.now() - begin;
+    });
+    context.diagnostic(`${Math.round(took)} ms: ${lines[0]}`);
+    assert.ok(took < 1500, `${took} ms: ${lines[0]}`);
+    await rowsShow(/^Break in 10/);
+    await type("CLS");
+  }
+});
+
 test("waiting takes no processor time, at the prompt, in INPUT and in a loop that looks for a key", async (context) => {
   await start();
   await heard("ready");
@@ -288,6 +314,34 @@ test("nothing is drawn or told while nothing changes", async () => {
   const before = await page.evaluate(() => heard.length);
   await new Promise((done) => setTimeout(done, 1000));
   assert.equal(await page.evaluate(() => heard.length), before);
+});
+
+// Tells when each picture is put onto the canvas.
+const TELL_PICTURES = `
+  const put = OffscreenCanvasRenderingContext2D.prototype.putImageData;
+  OffscreenCanvasRenderingContext2D.prototype.putImageData = function (...picture) {
+    postMessage({ type: "put", at: performance.now() });
+    return put.apply(this, picture);
+  };
+`;
+
+test("sixty pictures a second are drawn while something changes, and the first comes soon after a silence", async (context) => {
+  await start({ code: TELL_PICTURES });
+  await heard("ready");
+  for (const line of ["10 T=TIMER:WHILE TIMER<T+2:WEND", "20 PSET (500,300),15:T=TIMER:WHILE TIMER<T+2:WEND", "30 A=TIMER",
+    "40 PSET (RND*600,RND*400),RND*15:IF TIMER<A+3 THEN 40", "50 CLS:PRINT \"END OF IT\"", "RUN"]) await type(line);
+  await rowsShow(/^END OF IT$/);
+  const times = (await messages("put")).map(({ at }) => at);
+  // Behind the silences of two seconds come the single point, and the three seconds of points.
+  const silences = times.map((at, index) => index).filter((index) => index > 0 && times[index] - times[index - 1] > 1000);
+  assert.equal(silences.length, 2, `${silences.length} silences`);
+  const between = times[silences[1] - 1] - times[silences[0]];
+  assert.ok(between < 500, `the point is one picture: ${between} ms`);
+  const late = times[silences[1]] - times[silences[0]] - 2000;
+  const points = times.slice(silences[1]).filter((at) => at < times[silences[1]] + 2800).length;
+  context.diagnostic(`${points} pictures in 2.8 seconds; ${Math.round(late)} ms between the delays of the two first ones`);
+  assert.ok(points > 20 && points <= 170, `${points} pictures in 2.8 seconds, on a machine that may have much else to do`);
+  assert.ok(Math.abs(late) < 300, `${late} ms`);
 });
 
 test("the text is told ten times a second at most while a program prints", async () => {

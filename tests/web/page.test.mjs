@@ -2,6 +2,7 @@
 //
 // KORVANE_WEB=build/web KORVANE_WEB_PACKAGES=build/web-tests node --test tests/web/page.test.mjs
 
+import "./node_streams.mjs";
 import assert from "node:assert";
 import { execFileSync } from "node:child_process";
 import fs from "node:fs";
@@ -585,8 +586,22 @@ visitorTest("a browser that does not know the module's instructions is told what
   await takePicture(page, "refused");
 }, {
   prepare: (page) => page.evaluateOnNewDocument(() => {
-    WebAssembly.compile = () => Promise.reject(new WebAssembly.CompileError("invalid opcode 0x13"));
+    const refuse = () => Promise.reject(new WebAssembly.CompileError("invalid opcode 0x13"));
+    Object.assign(WebAssembly, { compile: refuse, compileStreaming: refuse });
   }),
+});
+
+test("a server that does not know what the module is makes no difference", async () => {
+  const plain = await serve({}, { ".wasm": "application/octet-stream" });
+  const context = await browser.createBrowserContext();
+  try {
+    const page = await openPage(context, plain.address);
+    await expectReady(page);
+    assert.deepEqual(page.troubles, []);
+  } finally {
+    await context.close();
+    await plain.close();
+  }
 });
 
 test("a browser without stack switching is told what is missing", async () => {

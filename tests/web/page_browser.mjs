@@ -29,8 +29,9 @@ const TYPES = {
   ".webmanifest": "application/manifest+json",
 };
 
-// Serves the pages: {address, close()}. `instead` gives files that stand in for others, by their path below the pages.
-export async function serve(instead = {}) {
+// Serves the pages: {address, close()}. `instead` gives files that stand in for others, by their path below the pages, `types`
+// what other servers call files with such endings.
+export async function serve(instead = {}, types = {}) {
   const server = http.createServer((request, response) => {
     const { pathname } = new URL(request.url, "http://server");
     let name = decodeURIComponent(pathname);
@@ -41,7 +42,7 @@ export async function serve(instead = {}) {
       response.writeHead(404).end();
       return;
     }
-    response.writeHead(200, { "Content-Type": TYPES[path.extname(name)] ?? "application/octet-stream" });
+    response.writeHead(200, { "Content-Type": { ...TYPES, ...types }[path.extname(name)] ?? "application/octet-stream" });
     fs.createReadStream(file).pipe(response);
   });
   await new Promise((resolve) => server.listen(0, "127.0.0.1", resolve));

@@ -1,7 +1,8 @@
-// The parts of the page that need no browser. What is tested are the built modules: KORVANE_WEB names their folder.
+// The parts of the page that need neither a browser nor packages: KORVANE_WEB names the folder of its modules, web/ or build/web/.
 //
-// KORVANE_WEB=build/web node --test tests/web/page_units.test.mjs
+// KORVANE_WEB=web node --test tests/web/page_units.test.mjs
 
+import "./node_streams.mjs";
 import assert from "node:assert";
 import path from "node:path";
 import test from "node:test";
@@ -12,12 +13,10 @@ const { isBreak, strokeOf, strokesOfText } = await page("keys.js");
 const { codeOf, programOfText, readFile, textOfProgram, writeFile } = await page("program_text.js");
 const { foldersAbove, freePath, isHostile, pathOnVolume, readableSize } = await page("names.js");
 const { BrokenLink, fragmentOf, LARGEST_PROGRAM, programOfFragment } = await page("link.js");
-const { archiveOf, filesOfArchive, RefusedArchive } = await page("archive.js");
 const { LARGEST_FILE, LARGEST_VOLUME, Volume } = await page("volume.js");
 const { shownScale } = await page("screen.js");
 const { fittingSize } = await page("console.js");
 const { Pace } = await page("../machine/pace.js");
-const { zipSync } = await page("fflate.js");
 
 const bytes = (text) => new TextEncoder().encode(text);
 const text = (codes) => String.fromCharCode(...codes);
@@ -175,48 +174,6 @@ test("broken links are told apart from everything else", async () => {
   for (const fragment of broken) await assert.rejects(programOfFragment(fragment), BrokenLink, fragment.slice(0, 60));
 });
 
-// ---- Archives ----------------------------------------------------------------------------------------------------
-
-test("an archive of the volume comes back as the same files", () => {
-  const entries = [
-    { path: "/GAMES", folder: true }, { path: "/GAMES/NIM.BAS", bytes: Uint8Array.of(0x31, 0x82), modified: Date.now() },
-    { path: "/OLD.DAT", bytes: Uint8Array.of(0, 255, 26), modified: 0 },
-  ];
-  const files = filesOfArchive(archiveOf(entries), 5);
-  assert.deepEqual(files.map(({ path, bytes: codes, modified }) => ({ path, bytes: codes, modified })), [
-    { path: "/GAMES/NIM.BAS", bytes: Uint8Array.of(0x31, 0x82), modified: 5 },
-    { path: "/OLD.DAT", bytes: Uint8Array.of(0, 255, 26), modified: 5 },
-  ]);
-});
-
-test("one hostile name, and nothing of the archive is taken", () => {
-  for (const name of ["../evil.bas", "/evil.bas", "a/../../evil.bas", "C:/evil.bas", "..\\evil.bas", "a\u0001b"]) {
-    assert.throws(() => filesOfArchive(zipSync({ "good.bas": bytes("10 END"), [name]: bytes("x") }), 0),
-      (error) => error instanceof RefusedArchive && /it holds a file with the name/.test(error.message), name);
-  }
-});
-
-test("names that are one on the volume, or none, are refused", () => {
-  assert.throws(() => filesOfArchive(zipSync({ "a.bas": bytes("1"), "A.BAS": bytes("2") }), 0), /the same name/);
-  assert.throws(() => filesOfArchive(zipSync({ ["x".repeat(200)]: bytes("1") }), 0), /no name that can be written/);
-});
-
-test("what systems put into archives for themselves is left out", () => {
-  const files = filesOfArchive(zipSync({ "a.bas": bytes("1"), "__MACOSX/._a.bas": bytes("2"), "sub/.DS_Store": bytes("3") }), 0);
-  assert.deepEqual(files.map(({ path }) => path), ["/A.BAS"]);
-});
-
-test("damaged archives, and those that claim too much, are refused", () => {
-  const archive = zipSync({ "a.bas": bytes("10 END\r\n".repeat(100)) });
-  assert.throws(() => filesOfArchive(bytes("no archive at all"), 0), RefusedArchive);
-  assert.throws(() => filesOfArchive(archive.subarray(0, archive.length - 30), 0), RefusedArchive);
-  // The size that the central directory claims stands 24 bytes into its entry.
-  const claims = archive.slice();
-  const entry = Buffer.from(claims.buffer).indexOf(Buffer.from("PK\x01\x02", "latin1"));
-  new DataView(claims.buffer).setUint32(entry + 24, LARGEST_FILE + 1, true);
-  assert.throws(() => filesOfArchive(claims, 0), /too large/);
-});
-
 // ---- The volume --------------------------------------------------------------------------------------------------
 
 function makeVolume() {
@@ -343,4 +300,38 @@ test("sixty pictures a second are drawn, however often there is a look, and no m
   picturesWithin(pace, 1000, 2000, 8);
   const later = picturesWithin(pace, 60000, 61000, 1).length;
   assert.ok(later >= 60 && later <= 62, `${later} in the second after a rest`);
+});
+
+test("a picture that is for at once does not wait for its turn", () => {
+  const pace = new Pace();
+  picturesWithin(pace, 5000, 5990, 1);
+  assert.ok(!pace.isDue(5991));
+  pace.hurry();
+  assert.ok(pace.isDue(5991));
+});
+
+// The looks within a time in which nothing changes.
+function looksWithin(pace, start, end, step) {
+  let looks = 0;
+  for (let now = start; now < end; now += step) {
+    if (!pace.isDue(now)) continue;
+    ++looks;
+    pace.unchanged(now);
+  }
+  return looks;
+}
+
+test("where nothing has changed for a quarter of a second, there are twenty looks a second, until something happens", () => {
+  const pace = new Pace();
+  pace.drawn(5000);
+  assert.equal(looksWithin(pace, 5010, 5250, 8), 30, "all that come");
+  const quiet = looksWithin(pace, 5250, 15250, 8);
+  assert.ok(quiet >= 178 && quiet <= 202, `${quiet} looks in ten seconds`);
+  assert.ok(!pace.isDue(15251));
+  pace.wake();
+  assert.ok(pace.isDue(15252), "a key, for instance");
+  const later = picturesWithin(pace, 15252, 16252, 1);
+  assert.ok(later.length >= 60 && later.length <= 62, `${later.length} in the second after that`);
+  pace.wake();
+  assert.ok(!pace.isDue(later.at(-1) + 1), "not more because something happens");
 });

@@ -72,6 +72,17 @@ test("nothing is loaded from elsewhere, no script and no style stands in a page,
   }
 });
 
+test("the browser is told at once of everything that the machine's page loads, and of nothing else", () => {
+  const needed = new Set(["page/main.js"]);
+  for (const file of needed) {
+    for (const [, target] of read(file).matchAll(/^import\b[^;]*?"(\.[^"]+)";$/gm)) needed.add(path.posix.join(path.posix.dirname(file), target));
+  }
+  const links = (kind) => [...pages.get("index.html").matchAll(new RegExp(`<link rel="${kind}" href="([^"]+)"`, "g"))].map(([, target]) => target);
+  assert.ok(needed.size > 10);
+  assert.deepEqual(["page/main.js", ...links("modulepreload")].sort(), [...needed].sort());
+  assert.deepEqual(links("preload"), ["korvane.wasm", "korvane.efi"]);
+});
+
 test("every page has a language, a title, a viewport and one first heading", () => {
   for (const [file, html] of pages) {
     assert.match(html, /<html lang="en">/, file);

@@ -3,8 +3,9 @@
 // The module runs on a stack of its own that stands still whenever it waits (JavaScript Promise Integration). No memory
 // is shared, so the page needs no special headers.
 
-// A program that runs lets the event loop have a turn so often, in milliseconds.
+// A program that runs lets the event loop have a turn so often, in milliseconds: less often where there is nothing to draw.
 const turnInterval = 8;
+const quietTurnInterval = 25;
 
 // A program that only looks for keys or at the clock, with few statements between two looks, does so at least so many times
 // in a millisecond. When it has drawn nothing for a while either, it is waiting: it is given rests then, with shorter turns
@@ -13,6 +14,11 @@ const looksOfAWait = 250;
 const drawsNothing = 1000;
 const turnOfAWait = 2;
 const restOfAWait = 10;
+
+// To ask for the time takes as long as some ten statements: where looks follow one another shortly, in milliseconds, it is asked
+// for at every second, then at every fourth, at every sixteenth at most.
+const shortly = 0.25;
+const longestStride = 16;
 
 // Why this JavaScript engine cannot run the machine: "jspi"; null when it can.
 export function whatIsMissing() {
@@ -30,6 +36,9 @@ export class Machine {
     #keyCount = 0;    // pressed and not yet waited for
     #turnLength = turnInterval;
     #nextTurn = 0;
+    #lastTime = 0;    // that has been asked for in this turn
+    #stride = 1;      // looks from one to the next that asks for the time
+    #toPass = 1;
     #looks = 0;       // for keys in this turn, with few statements between two
     #clockLooks = 0;
     #lastDrawn = 0;
@@ -38,7 +47,8 @@ export class Machine {
 
     // What becomes of the machine is told to these functions, all of which may be left out:
     //   waits(waiting)     it begins or ends to wait for a key
-    //   turn()             the event loop is about to have a turn, or the machine to wait
+    //   turn()             the event loop is about to have a turn, or the machine to wait; true when nothing has been drawn
+    //                      for a while
     //   changed(change)    {path, bytes, modified}, {path, folder: true, modified} or {path, gone: true}
     //   fail(message)
     constructor(module, told = {}, pages = {initial: 6144, maximum: 24576}) {
@@ -79,7 +89,7 @@ export class Machine {
 
     // Runs the machine to its end; the status with which the interpreter has returned.
     async run(width, height) {
-        this.#beginTurn(false);
+        this.#beginTurn(turnInterval);
         return Number(await WebAssembly.promising(this.#exports.run)(width, height));
     }
 
@@ -167,27 +177,35 @@ export class Machine {
             }
             this.told.waits?.(false);
         }
-        this.#beginTurn(false);
+        this.#beginTurn(turnInterval);
     }
 
-    #beginTurn(isWaiting) {
+    #beginTurn(length) {
         this.#keyCount = 0;
         this.#looks = 0;
         this.#clockLooks = 0;
-        this.#turnLength = isWaiting ? turnOfAWait : turnInterval;
-        this.#nextTurn = performance.now() + this.#turnLength;
+        this.#turnLength = length;
+        this.#lastTime = performance.now();
+        this.#nextTurn = this.#lastTime + this.#turnLength;
+        this.#stride = 1;
+        this.#toPass = 1;
     }
 
     // Whoever says `clock` has looked at the ticks for the program alone since the last time.
     #isTurnDue(soon, clock) {
         this.#looks += soon;
         if (clock === 0) this.#clockLooks = 0;
-        return performance.now() >= this.#nextTurn ? 1 : 0;
+        if (--this.#toPass > 0) return 0;
+        const now = performance.now();
+        this.#stride = now - this.#lastTime < shortly ? Math.min(this.#stride * 2, longestStride) : 1;
+        this.#toPass = this.#stride;
+        this.#lastTime = now;
+        return now >= this.#nextTurn ? 1 : 0;
     }
 
     async #turn() {
         const looks = this.#looks + this.#clockLooks;
-        this.told.turn?.();
+        const isQuiet = this.told.turn?.() === true;
         const isWaiting = looks >= looksOfAWait * this.#turnLength && performance.now() - this.#lastDrawn >= drawsNothing;
         await new Promise((done) => {
             if (isWaiting) {
@@ -199,7 +217,7 @@ export class Machine {
             this.#channel.port2.postMessage(null);
         });
         this.#pressed = null;
-        this.#beginTurn(isWaiting);
+        this.#beginTurn(isWaiting ? turnOfAWait : isQuiet ? quietTurnInterval : turnInterval);
     }
 
     // The interpreter could not start, and keeps the processor.

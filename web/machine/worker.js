@@ -47,7 +47,7 @@
 //   {type: "ended", status}                  the interpreter has returned to its firmware; status 0 is success
 //   {type: "failed", message}                something broke; what is on the screen stays. The worker is of no more use
 //
-// While a program runs without asking for keys, messages are looked at every 8 ms or so; nothing in a program can keep
+// While a program runs without asking for keys, messages are looked at every 8 to 25 ms or so; nothing in a program can keep
 // Escape from coming through. While the machine waits, the worker sleeps.
 
 import {Machine, whatIsMissing} from "./machine.js";
@@ -107,6 +107,8 @@ function update(now = performance.now()) {
             pace.drawn(now);
             textIsOld = true;
             if (context !== null) draw(picture);
+        } else {
+            pace.unchanged(now);
         }
         if (textIsOld && now - lastText >= textInterval) tellText(now);
         if (!textIsOld || !waiting) return;
@@ -180,11 +182,13 @@ const told = {
     turn() {
         tellChanges();
         update();
+        return !visible || pace.isQuiet;
     },
     waits(isWaiting) {
         if (isWaiting && heldText.length !== 0) return typeHeldLine();
         if (waiting === isWaiting) return;
         waiting = isWaiting;
+        pace.wake();
         if (isWaiting && !ready) {
             ready = true;
             pace.hurry();
@@ -227,6 +231,7 @@ async function start(message) {
         for (const file of message.files ?? []) put(file);
         const status = await machine.run(message.width, message.height);
         waiting = true;  // nothing will change any more: what is left to show is shown soon
+        pace.wake();
         told.turn();
         tell({type: "ended", status});
     } catch (error) {
@@ -247,6 +252,7 @@ const handlers = {
     },
     visible(message) {
         visible = message.visible;
+        pace.wake();
         if (visible) update();
     },
 };

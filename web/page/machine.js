@@ -11,6 +11,7 @@ export const NO_MACHINE =
   "of that kind have from version 137 on.";
 
 let parts = null;
+let spare = null; // a worker that no machine has yet
 
 async function fetched(url) {
   const response = await fetch(url);
@@ -18,16 +19,35 @@ async function fetched(url) {
   return response;
 }
 
+// Compiled while it comes in, where the server calls the module what it is.
+async function compiled(response) {
+  const type = response.headers.get("Content-Type") ?? "";
+  return type.startsWith("application/wasm") ? WebAssembly.compileStreaming(response) : WebAssembly.compile(await response.arrayBuffer());
+}
+
 // What all machines of a page have in common, fetched once: the compiled module, and the image that CREATEEFI packs.
 export function loadParts() {
   parts ??= Promise.all([
-    fetched(MODULE).then((response) => response.arrayBuffer()).then((bytes) => WebAssembly.compile(bytes)),
+    fetched(MODULE).then(compiled),
     fetched(IMAGE).then((response) => response.arrayBuffer()),
   ]).catch((error) => {
     parts = null; // the next start tries again
     throw error;
   });
   return parts;
+}
+
+// Gets ready what the first machine needs, before it is known what lies on its volume. What goes wrong the start tells.
+export function prepareMachine() {
+  loadParts().catch(() => {});
+  spare = new Worker(WORKER, { type: "module" });
+  spare.onerror = () => (spare = null);
+}
+
+function takeWorker() {
+  const worker = spare ?? new Worker(WORKER, { type: "module" });
+  spare = null;
+  return worker;
 }
 
 // The example programs as files for a volume.
@@ -73,7 +93,7 @@ export class Machine extends EventTarget {
       return;
     }
     if (start !== this.starts) return; // started once more in the meantime
-    const worker = new Worker(WORKER, { type: "module" });
+    const worker = takeWorker();
     this.worker = worker;
     worker.onmessage = ({ data }) => {
       if (worker === this.worker) this.hear(data);

@@ -4,7 +4,7 @@ import { Console } from "./console.js";
 import { ask, download, Notices } from "./dialogs.js";
 import { FilesPanel } from "./files_panel.js";
 import { takeFiles } from "./intake.js";
-import { exampleFiles, loadParts } from "./machine.js";
+import { exampleFiles, prepareMachine } from "./machine.js";
 import { keepSite } from "./offline.js";
 import { preference, setPreference } from "./preferences.js";
 import { openShareDialog, programOfAddress } from "./sharing.js";
@@ -184,7 +184,7 @@ machine.on("rejected", ({ path }) => {
 });
 
 async function begin() {
-  loadParts().catch(() => {}); // on its way while the volume is read; the start tells what goes wrong
+  prepareMachine();
   if (await volume.open(await openStore(STORE))) await placeExamples();
   const program = await programOfAddress(intake);
   if (program) machine.addEventListener("ready", () => openProgram(program), { once: true });

@@ -39,6 +39,23 @@ function bundle(file, source) {
   });
 }
 
+// The modules that a script needs, one after another, as far as `out` has them: browsers learn of each from the one before.
+function modulesOf(script, found = new Set([script])) {
+  for (const [, target] of fs.readFileSync(path.join(out, script), "utf8").matchAll(/^import [^;]*?"([^"]+)";$/gm)) {
+    const file = path.posix.join(path.posix.dirname(script), target);
+    if (!found.has(file)) modulesOf(file, found.add(file));
+  }
+  return [...found];
+}
+
+// Tells the browser at once what the machine's page will ask for.
+function announceParts() {
+  const modules = modulesOf("page/main.js").slice(1).map((file) => `<link rel="modulepreload" href="${file}">`);
+  const data = ["korvane.wasm", "korvane.efi"].map((file) => `<link rel="preload" href="${file}" as="fetch" crossorigin>`);
+  const page = fs.readFileSync(path.join(out, "index.html"), "utf8");
+  write("index.html", page.replace("<script ", [...data, ...modules, "<script "].join("\n")));
+}
+
 function copyPage() {
   const here = new Set(["index.html", "icon.svg", "manifest.webmanifest"]);
   for (const file of fs.readdirSync(path.join(root, "web/page"))) {
@@ -47,6 +64,7 @@ function copyPage() {
   }
   bundle("page/fflate.js", 'export { unzipSync, zipSync } from "fflate";');
   write("examples.json", JSON.stringify(examplePrograms(root)));
+  announceParts();
 }
 
 // ---- The manual --------------------------------------------------------------------------------------------------

@@ -2,7 +2,7 @@
 // is typed into what the example shows.
 
 import { Console } from "../page/console.js";
-import { exampleFiles } from "../page/machine.js";
+import { exampleFiles, loadParts } from "../page/machine.js";
 import { makeTouchBar } from "../page/touch_bar.js";
 
 // The next step follows when the machine has waited for so long, or when nothing has changed on the screen for so long: a
@@ -64,6 +64,7 @@ class Player {
     const files = Object.entries(example.files)
       .map(([name, codes]) => ({ path: "/" + name, bytes: bytesOf(codes), modified: Date.now() }));
     const { machine, keyboard } = this.console;
+    loadParts().catch(() => {}); // on its way with the examples; the start tells what goes wrong
     const ready = new Promise((resolve) => machine.addEventListener("ready", resolve, { once: true }));
     // An example's own files take the place of programs of the same name.
     const others = (await exampleFiles()).filter(({ path }) => !files.some((file) => file.path === path));

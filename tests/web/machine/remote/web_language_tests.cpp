@@ -1,5 +1,6 @@
 // Plays the transcripts of tests/language on the WebAssembly module, which runs in Debian's Chromium: the
 // same cases, read and played by the same code as on the hosted firmware.
+#include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -44,6 +45,8 @@ Options parse_options(int count, char** words) {
     Options options;
     options.cases.jobs = 2;
     options.cases.play.every_failure = false;
+    // Beside much other work a browser takes long for little.
+    options.cases.play.patience = std::chrono::seconds(60);
     const test::ProgramOptions known =
         options.cases.options() + test::ProgramOptions{{"--node", &options.node},
                                                        {"--module", &options.module},
