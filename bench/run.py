@@ -3,7 +3,7 @@
     python3 bench/run.py [--part NAME]... [--rounds N] [--into PAGE.md] [options of compare.py]
 
 All tables are Markdown. With --into those of the page are replaced by those that have been measured: docs/performance.md.
-Without --part it runs all of them but "shapes", which compares statements with their general handlers, "even", which compares
+Without --part it runs all of them but "code", which makes machine code in a variant of the image, "shapes", which compares statements with their general handlers, "even", which compares
 those that may fall behind with other interpreters, and "web", which compares the machine for browsers with the image; options
 that only compare.py knows choose the part "tasks".
 """
@@ -23,6 +23,7 @@ PARTS = {
     "editor": ("The program's lines", "editor_speed"),
     "growth": ("Long programs and many names", "growth_speed"),
     "startup": ("Start-up", "startup_speed"),
+    "code": ("Making machine code", "code_speed"),
     "shapes": ("Statements, beside the image without specialised ones", "shapes.py"),
     "even": ("Statements that may fall behind", "even.py"),
     "web": ("In Chromium, beside the image on the hosted firmware", "web_speed.py"),

@@ -7,7 +7,7 @@ printed, and all around them stays. Where a part prints several tables, they are
 import re
 
 SECTIONS = {"tasks": "## Tasks", "screen": "## Screen", "editor": "## The program's lines", "growth": "## Growth",
-            "startup": "## Start-up", "shapes": "## Shapes", "even": "## Evenly fast", "web": "## In the browser"}
+            "startup": "## Start-up", "code": "## Making machine code", "shapes": "## Shapes", "even": "## Evenly fast", "web": "## In the browser"}
 
 TABLE = re.compile(r"(?:^\|.*\n)+", re.MULTILINE)
 MACHINE = re.compile(r"^Processor: .*\n(?:^(?:Image|Peers): .*\n)*", re.MULTILINE)

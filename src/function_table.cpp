@@ -156,8 +156,15 @@ const BuiltInFunction* find_called_function(std::string_view name) {
     return find(called_functions, name);
 }
 
-bool is_system_variable(std::string_view name) {
-    return find(system_variables, name) != nullptr;
+bool is_system_variable(const char* name) {
+    // Most names begin with other letters.
+    constexpr std::uint32_t first_letters = [] {
+        std::uint32_t letters = 0;
+        for (const BuiltInFunction& variable : system_variables)
+            letters |= 1U << (variable.name[0] & 31);
+        return letters;
+    }();
+    return (first_letters >> (name[0] & 31) & 1) != 0 && find(system_variables, name) != nullptr;
 }
 
 }  // namespace korvane

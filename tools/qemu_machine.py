@@ -15,14 +15,13 @@ QEMU = "qemu-system-x86_64"
 FIRMWARE_CODE = "/usr/share/OVMF/OVMF_CODE_4M.fd"
 FIRMWARE_VARIABLES = "/usr/share/OVMF/OVMF_VARS_4M.fd"
 
-# Keys wait in a 16-byte buffer of the emulated PS/2 keyboard until the firmware reads them; what does not fit is lost. A key
-# takes one byte when it goes down and two when it comes up. The controller's status tells whether the buffer is empty, so
-# that no key is lost on a computer of any speed.
-KEYBOARD_BUFFER = 16
-BYTES_PER_KEY = 3
+# A key press waits in a 16-byte buffer of the emulated PS/2 keyboard until the firmware's next look, and takes up to six
+# bytes of it (shift down, key down, key up, shift up); faster typing would lose keys. So would typing on when a busy
+# computer keeps the firmware from looking: the keyboard controller's status tells when all has been read.
+KEY_INTERVAL = 0.03
 KEYBOARD_STATUS_PORT = 0x64
 OUTPUT_FULL = 1
-READING_TIME = 20  # seconds; firmware that has read no keys by then may not want any
+READING_TIME = 60  # seconds; firmware that has read no keys by then reads none
 SETTLING_LOOKS = 20  # at most so many looks at a screen that keeps changing
 
 NAMED_KEYS = {
@@ -52,13 +51,14 @@ class Machine:
     """A running virtual PC. Use it in a with statement: leaving it ends QEMU."""
 
     def __init__(self, disk, *, memory=512, arguments=(), display="none", code=FIRMWARE_CODE,
-                 variables=FIRMWARE_VARIABLES, accelerator="tcg", key_interval=None):  # fmt: skip
-        """Boots from a disk image file, which the machine may write to; the firmware's variables are a copy. Keys follow
-        one another as they are read from a PS/2 keyboard, or every so many seconds."""
+                 variables=FIRMWARE_VARIABLES, accelerator="tcg", key_interval=KEY_INTERVAL, ps2=True):  # fmt: skip
+        """Boots from a disk image file, which the machine may write to; the firmware's variables are a copy. ps2 tells
+        that it is a PS/2 keyboard which is typed on."""
         self.folder = tempfile.mkdtemp(prefix="korvane-qemu-")
         self.socket = None
         self.process = None
         self.key_interval = key_interval
+        self.ps2 = ps2
         try:
             for file in (code, variables):
                 programs.require_file(file, "ovmf")
@@ -135,14 +135,8 @@ class Machine:
 
     def press(self, *codes):
         """Presses keys together (QEMU's key codes), releases them in the opposite order."""
-        self.press_in_turn(codes[:-1], codes[-1:])
-
-    def press_in_turn(self, held, codes):
-        """Holds keys down while others are pressed, one after the other."""
         self.wait_until_keys_are_read()
-        events = [(code, True) for code in held]
-        events += [(code, down) for code in codes for down in (True, False)]
-        events += [(code, False) for code in reversed(held)]
+        events = [(code, True) for code in codes] + [(code, False) for code in reversed(codes)]
         self.command(
             "input-send-event",
             events=[
@@ -150,31 +144,22 @@ class Machine:
                 for code, down in events
             ],
         )
+        time.sleep(self.key_interval)
 
     def wait_until_keys_are_read(self):
-        if self.key_interval:
-            time.sleep(self.key_interval)
-            return
         deadline = time.monotonic() + READING_TIME
-        while self.keyboard_status() & OUTPUT_FULL and time.monotonic() < deadline:
-            time.sleep(0.002)
+        while self.ps2 and self.keyboard_status() & OUTPUT_FULL:
+            if time.monotonic() > deadline:
+                raise MachineError(f"no key has been read for {READING_TIME} s")
+            time.sleep(0.005)
 
     def keyboard_status(self):
         answer = self.command("human-monitor-command", **{"command-line": f"i /b {KEYBOARD_STATUS_PORT:#x}"})
         return int(answer.split("=")[1], 16)
 
     def type(self, text):
-        """Types a text, as much at a time as the keyboard's buffer takes."""
-        waiting, room = [], 0
-        for *held, code in map(key_codes, text):
-            if not waiting or held != waiting[0] or room < BYTES_PER_KEY or self.key_interval:
-                if waiting:
-                    self.press_in_turn(*waiting)
-                waiting, room = [held, []], KEYBOARD_BUFFER - BYTES_PER_KEY * len(held)
-            waiting[1].append(code)
-            room -= BYTES_PER_KEY
-        if waiting:
-            self.press_in_turn(*waiting)
+        for character in text:
+            self.press(*key_codes(character))
 
     def type_line(self, text):
         self.type(text + "\n")

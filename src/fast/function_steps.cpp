@@ -9,6 +9,7 @@
 #include "fast/text_sides.h"
 #include "numbers/kernels.h"
 #include "numbers/rounding.h"
+#include "screen/graphics.h"
 #include "values/functions.h"
 #include "values/random.h"
 #include "values/string_functions.h"
@@ -108,6 +109,21 @@ float random_number(float, Token* at) {
     KORVANE_JUMP return go_on_single(static_cast<float>(random_for(Value::of_real(x)).real), at);
 }
 
+// POINT of a place whose pixel is no overflow. Apart, because a step with the address of a local would call
+// its successor.
+[[gnu::noinline]] Whole pixel_at(const CallRecord& call, double x, double y) {
+    if (!gfx_is_near(x, y)) return {0, 1};
+    const Value place[] = {Value::of_real(x), Value::of_real(y)};
+    return {call.built_in->several(place, 2).integer, 0};
+}
+
+WholeResult pixel(std::int64_t, Token* at) {
+    const double x = right_real(at);
+    const Whole colour = pixel_at(as<CallRecord>(at), x, right_real(as<MarkRecord>(at).next_mark));
+    if (colour.failed != 0) return no_whole;
+    KORVANE_JUMP return go_on_whole(colour.value, at);
+}
+
 // What any integer is an argument for: the function itself is called.
 WholeResult function_of_integer(std::int64_t, Token* at) {
     const auto& call = as<CallRecord>(at);
@@ -192,6 +208,7 @@ constexpr FunctionRow rows[] = {
     {"CVI", integer_image},
     {"CVS", single_image},
     {"CVD", double_image},
+    {"POINT", pixel},
     {"PEEK", function_of_integer},
     {"PEEK16", function_of_integer},
     {"PEEK32", function_of_integer},

@@ -181,6 +181,7 @@ void Emitter::end_then_part() {
 void Emitter::emit_leaving(Place& place) {
     if (place.is_native || !place.head.is_used()) return;
     code.bind(place.head);
+    if (place.opener != nullptr) keep_then_part(place.opener, place.at, true);
     load_token(Register::rdi, place.at);
     code.emit(Unary::dec_32, Register::rbx);
     code.jump_if(Condition::equal, pausing);
@@ -215,16 +216,9 @@ void Emitter::emit_ends(Place& place) {
         load_token(Register::rdi, place.at);
         if (place.opener != nullptr) {
             Label known;
-            Label nested;
-            const Operand kept = this->place(&execution.kept_token);
-            code.emit(Operation::cmp, Register::rdi, kept);
+            code.emit(Operation::cmp, Register::rdi, this->place(&execution.kept_token));
             code.jump_if(Condition::equal, known);
-            load_token(Register::rax, place.opener);
-            code.emit(Operation::cmp, Register::rax, kept);
-            code.jump_if(Condition::equal, nested);
-            on(Operation::mov_store, Register::rax, &execution.kept_start);
-            code.bind(nested);
-            code.emit(Operation::mov_store, Register::rdi, kept);
+            keep_then_part(place.opener, place.at, true);
             code.bind(known);
         }
         code.jump(place.takes                 ? general_taking

@@ -44,13 +44,14 @@ bool ExecutableMemory::allocate(std::uint64_t bytes, Pages& pages) const {
                                                     uefi::MemoryType::EfiLoaderCode, bytes / uefi::page_size,
                                                     &address)))
         return false;
-    pages = {address, bytes, 0};
+    pages = {address, bytes};
     const bool may_hold_code =
         attributes_ != nullptr
             ? read_attributes(pages)
             : has_highest_privilege() && allows_code(current_translation(), address, bytes);
     if (may_hold_code) return true;
     firmware.boot->FreePages(address, bytes / uefi::page_size);
+    pages = {};
     return false;
 }
 
@@ -65,7 +66,7 @@ void ExecutableMemory::release(const Pages& pages) const {
 bool ExecutableMemory::take() {
     if (state_ != State::none) return state_ == State::present;
     attributes_ = static_cast<uefi::MemoryAttributeProtocol*>(find_interface(uefi::memory_attribute_guid));
-    state_ = allocate(first_code_bytes, pages_) ? State::present : State::refused;
+    state_ = allocate(first_code_bytes, pages_[0]) ? State::present : State::refused;
     return state_ == State::present;
 }
 
@@ -73,42 +74,45 @@ bool ExecutableMemory::take() {
 // may be writable and executable.
 std::span<std::byte> ExecutableMemory::begin_writing(std::size_t from, std::size_t bytes) {
     if (state_ != State::present) return {};
-    const std::size_t end = std::min<std::size_t>(from + bytes, pages_.bytes);
-    const std::size_t first = std::min<std::size_t>(from, pages_.bytes - 1) / uefi::page_size * uefi::page_size;
+    const Pages& pages = pages_[current_];
+    const std::size_t end = std::min<std::size_t>(from + bytes, pages.bytes);
+    const std::size_t first =
+        std::min<std::size_t>(from, pages.bytes - 1) / uefi::page_size * uefi::page_size;
     const std::size_t whole_pages = (end - first + uefi::page_size - 1) / uefi::page_size;
-    written_ = {pages_.address + first, whole_pages * uefi::page_size, 0};
-    if (!protect(is_proven_ ? written_ : pages_, uefi::memory_execute_protect)) {
+    written_ = {pages.address + first, whole_pages * uefi::page_size};
+    if (!protect(pages.is_proven ? written_ : pages, uefi::memory_execute_protect)) {
         give_back();
         return {};
     }
-    return {reinterpret_cast<std::byte*>(pages_.address + from), end - from};
+    return {reinterpret_cast<std::byte*>(pages.address + from), end - from};
 }
 
 bool ExecutableMemory::end_writing() {
     if (state_ != State::present) return false;
     bool is_done = protect(written_, uefi::memory_read_only);
     // Firmware that only says so would let the machine die at the first jump.
-    if (is_done && attributes_ != nullptr && !is_proven_) {
+    bool& is_proven = pages_[current_].is_proven;
+    if (is_done && attributes_ != nullptr && !is_proven) {
         Pages now = written_;
         is_done = read_attributes(now) && now.attributes == uefi::memory_read_only;
-        is_proven_ = is_done;
+        is_proven = is_done;
     }
     if (!is_done) give_back();
     return is_done;
 }
 
 bool ExecutableMemory::grow() {
-    if (state_ != State::present || pages_.bytes >= most_code_bytes) return false;
-    Pages larger;
-    if (!allocate(pages_.bytes * 2, larger)) return false;
-    release(pages_);
-    pages_ = larger;
-    is_proven_ = false;
+    if (state_ != State::present || current_ + 1 == pages_.size()) return false;
+    Pages& more = pages_[current_ + 1];
+    if (more.bytes == 0 && !allocate(first_code_bytes << current_, more)) return false;
+    ++current_;
     return true;
 }
 
 void ExecutableMemory::give_back() {
-    if (state_ == State::present) release(pages_);
+    if (state_ == State::present)
+        for (const Pages& pages : pages_)
+            if (pages.bytes != 0) release(pages);
     state_ = State::refused;
 }
 

@@ -9,6 +9,7 @@
 // refusal, and a refusal is for good: there is no more native code then, and nothing else changes.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <span>
@@ -27,18 +28,21 @@ class ExecutableMemory {
     // True when there is memory for code. The first call takes it from the firmware, and notes the protocol.
     bool take();
 
-    // So much of the memory from a place in it on, as far as it reaches, and what lies in the same pages:
-    // this can be written and not executed from now on. Empty when that was refused: what the memory held
-    // must then never be entered again.
+    // So much of the memory that is being filled from a place in it on, as far as it reaches, and what lies
+    // in the same pages: this can be written and not executed from now on. Empty when that was refused: what
+    // the memory held must then never be entered again.
     std::span<std::byte> begin_writing(std::size_t from = 0, std::size_t bytes = most_code_bytes);
 
     // True when that may be executed from now on, and not be written where the firmware can see to it. False
     // when that was refused: nothing of the memory may be entered.
     bool end_writing();
 
-    // Gives the memory back and takes twice as much, up to `most_code_bytes`. What it held is gone when that
-    // was done. False when it was not, and the memory is as it was.
+    // Goes on with more memory, up to `most_code_bytes` in all: as much again as there is. What has been
+    // written stays and may be executed. False when there is no more.
     bool grow();
+
+    // Goes back to the memory that was taken first: nothing of what has been written is wanted any more.
+    void start_over() { current_ = 0; }
 
     // Gives the memory back to the firmware, as it was when it was taken. What cannot be made so stays with
     // nobody: who got it next could not write to it.
@@ -57,6 +61,7 @@ class ExecutableMemory {
         std::uint64_t address = 0;
         std::uint64_t bytes = 0;
         std::uint64_t attributes = 0;  // that the firmware gave them
+        bool is_proven = false;        // it has once done with them what it said
     };
 
     bool allocate(std::uint64_t bytes, Pages& pages) const;
@@ -64,11 +69,11 @@ class ExecutableMemory {
     bool protect(const Pages& pages, std::uint64_t attributes) const;
     void release(const Pages& pages) const;
 
-    Pages pages_;
+    std::array<Pages, 3> pages_;                           // those that have not been taken have no bytes
+    std::size_t current_ = 0;                              // which of them are being filled
     Pages written_;                                        // between begin_writing() and end_writing()
     uefi::MemoryAttributeProtocol* attributes_ = nullptr;  // null: the firmware has none
     State state_ = State::none;
-    bool is_proven_ = false;  // the firmware has once done what it said
 };
 extern ExecutableMemory executable_memory;
 

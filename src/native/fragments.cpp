@@ -8,7 +8,10 @@
 // most of the time, as in a small loop, each time that the run loop passed is worth code for one statement:
 // code is made when running without it has cost about as much as it will. Where a program has been for less
 // than half of its time the look is worth less, down to a thirtieth of that, and code is made only for many
-// statements at a time: a program that goes through thousands of lines may end before it comes back here.
+// statements at a time: a program that goes through thousands of lines may end before it comes back here. But
+// the time that it saves by the code it has is spent for more: so one that goes on and on gets code for all
+// of its lines, and one that ends at any moment has lost a thirtieth at most. What has code already is left
+// out there, for the program is not in one loop.
 //
 // All code is for one clear generation and is forgotten with it; statements look whether theirs is the
 // current one when they are entered. What ends generations often makes it take longer until the first look.
@@ -61,13 +64,15 @@ struct Fragments {
     std::size_t used;                          // bytes of the memory for code
     std::uint32_t saved;                       // times that the run loop has passed since code was made
     std::uint64_t passed;                      // the same in this generation, which may last for days
+    std::uint64_t gained;                      // how many of these times it was at code
     std::int64_t made;                         // what the code cost that was made in it, in statements
     const Token* passed_at[remembered_looks];  // the last places
     std::uint32_t patience;                    // doublings of how many are to be saved up in a generation
     std::uint32_t needed;       // how many now: more when the last look found nothing to be made
     std::uint32_t most_missed;  // how often code may be left needlessly before it is made anew
     std::uint32_t last_key;
-    bool is_off;  // no code can be made
+    bool is_spread;  // the program has been elsewhere for most of the time
+    bool is_off;     // no code can be made
 };
 Fragments fragments;
 
@@ -148,8 +153,12 @@ bool may_become_ready(const Token* at) {
            !(fast::is_current(at) && fast::has_been_given_up(at));
 }
 
-// Where the loops begin that are open: control is somewhere in these.
+// Where the loops begin that are open, and where the subroutine returns to: control is somewhere in these.
 void lead_to_loops() {
+    if (control_stacks.gosub_count != 0) {
+        const GosubEntry& call = control_stacks.gosubs[control_stacks.gosub_count - 1];
+        if (call.kind == GosubKind::GOSUB && call.epoch == program.cache_epoch) region.lead_to(call.token);
+    }
     if (control_stacks.for_count != 0) {
         const ForEntry& loop = control_stacks.fors[control_stacks.for_count - 1];
         if (loop.quick_variable != nullptr && loop.generation == arenas.generation)
@@ -161,14 +170,18 @@ void lead_to_loops() {
     }
 }
 
-// To come in and leave again at once would take longer than the specialised statement takes.
+// To come in and leave again at once would take longer than the specialised statement takes. So it would
+// where a GOSUB from elsewhere comes back; within the code it is reached there, and so is the RETURN.
 bool is_worth_entering(const Place& place) {
-    return has_entry(place.at) && (place.run == longest_run || first_threshold == 1);
+    const bool calls = place.at->kind == KW_GOSUB || place.at->kind == KW_RETURN;
+    const bool stays = place.run == longest_run && !calls;
+    return has_entry(place.at) && (stays || first_threshold == 1);
 }
 
 // Finds the statements that are to have code, at most so many; `is_cut`: there are more. Gives how many of
 // them had none.
 std::size_t find_region(Token* first, std::size_t most, bool& is_cut) {
+    const bool leaves_out = fragments.is_spread && !is_native(first);
     std::size_t fresh = 0;
     is_cut = false;
     new (emitter_room) Emitter(region);
@@ -181,7 +194,7 @@ std::size_t find_region(Token* first, std::size_t most, bool& is_cut) {
         if (place == nullptr || place->is_seen) continue;
         place->is_seen = true;
         const bool is_left = region.natives().size() == most;
-        const bool ready = is_ready(at);
+        const bool ready = is_ready(at) && !(leaves_out && is_native(at));
         is_cut |= is_left && ready;
         place->is_native = ready && !is_left && emitter.rehearse(*place);
         place->may_become = (ready && is_left && has_entry(at)) || (!ready && may_become_ready(at));
@@ -218,7 +231,12 @@ void make() {
     }
     fragments.made += static_cast<std::int64_t>(region.natives().size()) + cost_of_writing;
     if (!made) {
-        if (emitter.is_full() && (executable_memory.grow() || fragments.used != 0)) ++arenas.generation;
+        if (!emitter.is_full()) return;
+        if (!executable_memory.grow()) {
+            if (fragments.used == 0) return;
+            ++arenas.generation;
+        }
+        fragments.used = 0;
         return;
     }
     fragments.used = start + emitter.size();
@@ -242,10 +260,11 @@ std::int64_t worth_of_code(const Token* at) {
             reinterpret_cast<std::uintptr_t>(fragments.passed_at[i]) - reinterpret_cast<std::uintptr_t>(at);
         if (distance + nearness <= 2 * nearness) ++near;
     }
-    const bool is_spread = 2 * near < recent;
-    if (is_spread) near = std::max(near / 2, least_near);
-    const std::int64_t worth = static_cast<std::int64_t>(fragments.passed * near / recent) - fragments.made;
-    return worth < (is_spread ? enough_for_all : enough_for_some) ? 0 : worth;
+    fragments.is_spread = 2 * near < recent;
+    if (fragments.is_spread) near = std::max(near / 2, least_near);
+    const std::int64_t worth =
+        static_cast<std::int64_t>(fragments.passed * near / recent + fragments.gained) - fragments.made;
+    return worth < (fragments.is_spread ? enough_for_all : enough_for_some) ? 0 : worth;
 }
 
 // Code that has not been used for much longer than it took to make was not worth it: the next time it has to
@@ -259,9 +278,11 @@ void begin_generation() {
     fragments.used = 0;
     fragments.saved = 0;
     fragments.passed = 0;
+    fragments.gained = 0;
     fragments.needed = threshold();
     fragments.most_missed = first_missed;
     fragments.made = 0;
+    executable_memory.start_over();
     missed = 0;
 }
 
@@ -333,6 +354,7 @@ void look(Token* at) {
     if (!makes_code || fragments.is_off) return;
     if (fragments.generation != arenas.generation) begin_generation();
     fragments.passed_at[fragments.passed++ % remembered_looks] = at;
+    fragments.gained += is_native(at);
     if (++fragments.saved < fragments.needed) return;
     const bool has_missed = missed >= fragments.most_missed;
     if (is_native(at) && !has_missed) return;

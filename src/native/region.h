@@ -15,7 +15,7 @@ namespace korvane::native {
 // A statement that the code consists of or leads to.
 struct Place {
     Token* at;
-    Token* opener;       // of an assignment that is a whole THEN part: its IF
+    Token* opener;       // of an assignment that is a whole THEN part: its IF, which has code
     Token* loop;         // of a NEXT: its FOR, where that is known
     std::uint32_t key;   // of a NEXT: what it leaves in its loop's entry, once it has got one
     bool has_bounds;     // of a FOR: its bounds have code

@@ -155,15 +155,19 @@ void Emitter::emit_if(Token* at) {
     }
     Token* first = record.when_true;
     if (is_lone) {
-        code.jump_if(opposite(when_true), branch_to(record.when_false));
         // Only an assignment right behind THEN is sure to be reached through its IF alone.
         const bool is_assignment = first->kind == IDENTIFIER || first->kind == KW_LET;
-        Place* place_of_first = is_rehearsal ? nullptr : region.find(first);
-        const bool can_tell = place_of_first != nullptr && place_of_first->is_native;
-        if (is_assignment && first[-1].kind == KW_THEN && can_tell)
-            place_of_first->opener = at;
-        else
-            keep_then_part(at, first, true);
+        Place* place_of_first = nullptr;
+        if (!is_rehearsal && is_assignment && first[-1].kind == KW_THEN) place_of_first = region.find(first);
+        if (place_of_first != nullptr) place_of_first->opener = at;
+        // Without code it is seldom reached, and what is stepped over would have to be fetched.
+        if (place_of_first != nullptr && !place_of_first->is_native) {
+            code.jump_if(when_true, lead_to(first));
+            go_on_or_branch(record.when_false);
+            return;
+        }
+        code.jump_if(opposite(when_true), branch_to(record.when_false));
+        if (place_of_first == nullptr) keep_then_part(at, first, true);
         go_on(first);
         return;
     }
@@ -293,11 +297,13 @@ void Emitter::emit_return() {
     lead_to_one(KW_GOSUB);
 }
 
-// Control goes on at the token in rdi: most often behind one of the statements of a kind, or at it.
+// Control goes on at the token in rdi: most often behind one of the statements of a kind, or at it. To look
+// through many of them would take longer than to leave and come in again.
 void Emitter::lead_to_one(std::uint8_t kind) {
+    int most = 8;
     for (const Place* origin : region.natives()) {
         const bool is_on = kind == KW_GOSUB && origin->at->kind == KW_ON;
-        if (is_rehearsal || (origin->at->kind != kind && !is_on)) continue;
+        if (is_rehearsal || (origin->at->kind != kind && !is_on) || --most < 0) continue;
         Token* target = kind == KW_GOSUB ? as<fast::GosubRecord>(origin->at).after : origin->at;
         compare_token(target);
         code.jump_if(Condition::equal, lead_to(target));

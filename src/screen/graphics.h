@@ -53,6 +53,10 @@ void gfx_reset_coordinates();
 // Puts the last point at the centre of a screen of this many pixels, as the full clear does.
 void gfx_center_last_point(std::uint32_t width, std::uint32_t height);
 
+// Whether coordinates, as programs write them, are so near to the screen that those of their pixel are no
+// overflow.
+bool gfx_is_near(double x, double y);
+
 inline bool gfx_viewport_active() {
     return graphics.viewport_active;
 }

@@ -18,7 +18,7 @@ namespace {
 struct DataPlace {
     std::uint32_t behind_line;  // one more than the index of its line, or than that of the last line when
                                 // there is none; 0 when that is not known
-    std::uint32_t offset;  // of what follows the word
+    std::uint32_t offset;       // of what follows the word
 };
 
 // The way to the next DATA is gone only once for each line: programs go it again with every RESTORE.

@@ -44,7 +44,7 @@ Value evaluate_user_function(const Token& name, Cursor& cursor);
 Value call_user_function(UserFunction& function, const Value* arguments, std::int32_t count);
 
 // A name that can be read like a variable but not assigned: LOMEM, TXTMAXX and their like.
-bool is_system_variable(std::string_view name);
+bool is_system_variable(const char* name);
 
 // Up to `capacity` arguments in parentheses, at least `required` of them. Raises "Expected (", "Expected ,",
 // "Expected )" and what the expressions raise. Returns how many there were; 0 after an error.

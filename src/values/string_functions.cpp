@@ -14,6 +14,8 @@
 #include "values/mbf.h"
 #include "values/text_number.h"
 
+// Functions that specialised statements have steps of their own for are cold here: they are evaluated once or
+// twice, and when they fail.
 namespace korvane {
 namespace {
 
@@ -36,7 +38,7 @@ bool read_count(const Value& value, std::int64_t& count) {
     return read_in_range(value, 0, INT64_MAX, count);
 }
 
-Value map_bytes(const Value& text, std::uint8_t first, std::uint8_t last, int distance) {
+[[gnu::cold]] Value map_bytes(const Value& text, std::uint8_t first, std::uint8_t last, int distance) {
     if (!require_string(text)) return Value::nothing();
     const NewString mapped = new_string(text.length);
     if (error_pending()) return Value::nothing();
@@ -44,7 +46,7 @@ Value map_bytes(const Value& text, std::uint8_t first, std::uint8_t last, int di
     return mapped.value;
 }
 
-Value repeat(std::uint8_t byte, std::int64_t count) {
+[[gnu::cold]] Value repeat(std::uint8_t byte, std::int64_t count) {
     const NewString text = new_string(static_cast<std::uint64_t>(count));
     if (!error_pending()) fill_bytes(text.bytes, byte, text.value.length);
     return text.value;
@@ -65,7 +67,7 @@ Value radix_digits(const Value& number, unsigned bits_per_digit) {
 }
 
 // How many bytes of its text LEFT$ or RIGHT$ gives.
-bool read_part_length(const Value* arguments, std::uint32_t& length) {
+[[gnu::cold]] bool read_part_length(const Value* arguments, std::uint32_t& length) {
     std::int64_t wanted;
     if (!require_string(arguments[0]) || !read_count(arguments[1], wanted)) return false;
     length = static_cast<std::uint32_t>(std::min<std::int64_t>(wanted, arguments[0].length));
@@ -126,7 +128,7 @@ std::size_t find_from(Text text, Text wanted, std::size_t at) {
     return found == Text::npos ? found : found + at;
 }
 
-Value position_of(const Value& text, const Value& wanted, std::int64_t start) {
+[[gnu::cold]] Value position_of(const Value& text, const Value& wanted, std::int64_t start) {
     if (!require_string(text) || !require_string(wanted)) return Value::nothing();
     return narrowest_integer(find_text(text, wanted, start));
 }
@@ -148,12 +150,12 @@ std::int64_t find_text(const Value& text, const Value& wanted, std::int64_t star
     return found == std::string_view::npos ? 0 : static_cast<std::int64_t>(found) + 1;
 }
 
-Value function_asc(const Value& text) {
+[[gnu::cold]] Value function_asc(const Value& text) {
     if (!require_string(text)) return Value::nothing();
     return text.length == 0 ? fail(message::illegal_function_call) : narrowest_integer(text.bytes[0]);
 }
 
-Value function_chr(const Value& value) {
+[[gnu::cold]] Value function_chr(const Value& value) {
     std::int64_t code;
     if (!read_in_range(value, 0, 255, code)) return Value::nothing();
     return repeat(static_cast<std::uint8_t>(code), 1);
@@ -170,7 +172,7 @@ Value function_ucase(const Value& text) {
     return map_bytes(text, 'a', 'z', 'A' - 'a');
 }
 
-Value function_space(const Value& value) {
+[[gnu::cold]] Value function_space(const Value& value) {
     std::int64_t count;
     return read_count(value, count) ? repeat(' ', count) : Value::nothing();
 }
@@ -181,7 +183,7 @@ Value function_str(const Value& number) {
     return new_string_of(text.characters.data(), text.size - 1);
 }
 
-Value function_val(const Value& text) {
+[[gnu::cold]] Value function_val(const Value& text) {
     if (!require_string(text)) return Value::nothing();
     const Value number = longest_number(text.text());
     return number.type == Type::NONE ? fail(message::overflow) : number;
@@ -230,18 +232,18 @@ Value function_cvd(const Value& image) {
     return Value::of_real(from_mbf_double(std::span<const std::uint8_t, 8>(image.bytes, 8)));
 }
 
-Value function_left(const Value* arguments, int) {
+[[gnu::cold]] Value function_left(const Value* arguments, int) {
     std::uint32_t length;
     return read_part_length(arguments, length) ? new_string_of(arguments[0].bytes, length) : Value::nothing();
 }
 
-Value function_right(const Value* arguments, int) {
+[[gnu::cold]] Value function_right(const Value* arguments, int) {
     std::uint32_t length;
     if (!read_part_length(arguments, length)) return Value::nothing();
     return new_string_of(arguments[0].bytes + (arguments[0].length - length), length);
 }
 
-Value function_mid(const Value* arguments, int count) {
+[[gnu::cold]] Value function_mid(const Value* arguments, int count) {
     std::int64_t start;
     std::int64_t length = INT64_MAX;
     if (!require_string(arguments[0]) || !read_in_range(arguments[1], 1, INT64_MAX, start) ||
@@ -253,14 +255,14 @@ Value function_mid(const Value* arguments, int count) {
     return new_string_of(text.bytes + (start - 1), static_cast<std::uint64_t>(std::min(length, available)));
 }
 
-Value function_instr(const Value* arguments, int count) {
+[[gnu::cold]] Value function_instr(const Value* arguments, int count) {
     if (count == 2) return position_of(arguments[0], arguments[1], 1);
     std::int64_t start;
     if (!read_in_range(arguments[0], 1, INT64_MAX, start)) return Value::nothing();
     return position_of(arguments[1], arguments[2], start);
 }
 
-Value function_string(const Value* arguments, int) {
+[[gnu::cold]] Value function_string(const Value* arguments, int) {
     std::int64_t count;
     std::int64_t code;
     if (!read_count(arguments[0], count)) return Value::nothing();

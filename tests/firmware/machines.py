@@ -59,7 +59,7 @@ class VirtualPC:
     memory: int = 1024  # MiB
     mode: tuple = None  # that SCREEN changes to
     says: str = None  # on the firmware's console, when nothing can be shown
-    key_interval: float = None  # seconds from key to key; USB keyboards forget keys of which they are not asked in time
+    usb_keyboard: bool = False  # is typed on
     options: str = None  # the command line; then it is started from the UEFI shell
 
 
@@ -106,8 +106,8 @@ VIRTUAL_PCS = [
     VirtualPC("4 GiB of memory, some of it above the first 4 GiB", memory=4096),
     VirtualPC("8 GiB of memory, most of it above the first 4 GiB", memory=8192),
     # Keyboards
-    VirtualPC("USB keyboard", ("-machine", "q35,i8042=off", *USB, "-device", "usb-kbd,bus=usb.0"), key_interval=0.3),
-    VirtualPC("PS/2 and USB keyboards", (*USB, "-device", "usb-kbd,bus=usb.0"), key_interval=0.3),
+    VirtualPC("USB keyboard", ("-machine", "q35,i8042=off", *USB, "-device", "usb-kbd,bus=usb.0"), usb_keyboard=True),
+    VirtualPC("PS/2 and USB keyboards", (*USB, "-device", "usb-kbd,bus=usb.0"), usb_keyboard=True),
     # Processors
     VirtualPC("processor `qemu64`", ("-cpu", "qemu64")),
     VirtualPC("4 processors", ("-smp", "4")),

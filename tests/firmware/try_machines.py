@@ -33,6 +33,7 @@ PAGE = ROOT / "docs" / "booting.md"
 TABLE_HEAD = "| Virtual PC | Firmware | Started from | Outcome |"
 UNTRIED = "not tried yet"
 FAILED = "FAILED: "
+USB_KEY_INTERVAL = 0.3  # seconds; USB keyboards forget keys of which they are not asked in time
 PATIENCE = 600  # seconds, for a machine that is emulated on one that is busy
 
 TEXT = "THE QUICK BROWN FOX JUMPS OVER THE LAZY DOG 0123456789"
@@ -111,9 +112,10 @@ def try_machine(pc, folder):
     path, disk = make_medium(folder, pc.medium.kind, image, pc.options)
     log = folder / "serial.txt"
     arguments = [word.replace("{}", str(path)) for word in (*pc.firmware.arguments, *pc.medium.arguments, *pc.arguments)]
+    keyboard = {"key_interval": USB_KEY_INTERVAL, "ps2": False} if pc.usb_keyboard else {}
     arguments += ["-chardev", f"file,id=log,path={log}", "-device", "isa-serial,chardev=log"]
     with Machine(None, memory=pc.memory, arguments=arguments, code=str(pc.firmware.code),
-                 variables=str(pc.firmware.variables), key_interval=pc.key_interval) as machine:  # fmt: skip
+                 variables=str(pc.firmware.variables), **keyboard) as machine:  # fmt: skip
         if pc.says:
             wait_for_words(log, pc.says)
             return f'says "{pc.says}" and stays there'

@@ -11,6 +11,7 @@
 #include "linked_session.h"
 #include "platform/stack.h"
 #include "program/errors.h"
+#include "program/execution.h"
 #include "program/keywords.h"
 #include "program/program_store.h"
 
@@ -176,6 +177,34 @@ TEST_F(SpecialisedForms, TheEndOfALoopHasOne) {
     }
     run_with("GOSUB 60");
     EXPECT_TRUE(fast::has_own_form(program.lines[find_line(60)].tokens));
+}
+
+// Each statement counts as one, whatever executes it: the keyboard is looked at after so many.
+TEST_F(SpecialisedForms, EveryStatementCountsAsOne) {
+    struct Counted {
+        const char* line;
+        double statements;  // of a turn, with its NEXT
+    };
+    constexpr Counted lines[] = {{"X=A", 2},
+                                 {"X=1:Y=2:X$=G$", 4},
+                                 {"IF A>B THEN X=1", 3},
+                                 {"IF A<B THEN X=1 ELSE X=2", 3},
+                                 {"IF G$>\"A\" THEN X=1", 3},
+                                 {"IF A>B THEN 40", 2},
+                                 {"GOTO 40", 2},
+                                 {"GOSUB 60", 3},
+                                 {"ON I GOTO 50,40", 2},
+                                 {"ON I GOSUB 50,60", 3},
+                                 {"FOR K=1 TO 2:NEXT", 4},
+                                 {"K=2:WHILE K>0:K=K-1:WEND", 9},
+                                 {"SWAP X,Y", 2}};
+    session_.type("20 FOR Z=1 TO 1000");
+    for (const Counted& one : lines) {
+        const std::uint64_t before = execution.statement_count;
+        run_with(one.line);
+        const auto count = static_cast<double>(execution.statement_count - before);
+        EXPECT_NEAR(count / 1000, one.statements, 0.05) << one.line;
+    }
 }
 
 // Where the stack has no more room, nothing is planned: its innermost parts would be used as they are.

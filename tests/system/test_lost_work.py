@@ -6,6 +6,7 @@ import itertools
 import pytest
 from conftest import IMAGE, boot, make_disk
 from disk_image import BOOT_FILE
+from qemu_machine import MachineError
 
 numbers = itertools.count(1)
 
@@ -105,6 +106,19 @@ def test_a_full_disk_leaves_a_clean_beginning(tmp_path):
     assert not any("GAME" in name.upper() for name in disk.names())
 
 
+def type_until(machine, line, rows):
+    """Types a line until it is answered so. Firmware that looks at new devices takes no keys meanwhile, and may lose some."""
+
+    def is_answered(_):
+        try:
+            return answer_to(machine, line, 20) == rows
+        except MachineError:
+            machine.press("esc")
+            return False
+
+    machine.wait_for(is_answered, 180, f"{rows} as the answer to {line}")
+
+
 @pytest.mark.parametrize("new_port", [1, 2])
 def test_a_stick_that_is_back_can_be_used(tmp_path, new_port):
     disk = make_disk(tmp_path, files={"GAMES/A.BAS": b"10 PRINT 1\r\n"}, folders=["GAMES"])
@@ -114,10 +128,10 @@ def test_a_stick_that_is_back_can_be_used(tmp_path, new_port):
         machine.type_line("10 REM WORK")
         assert answer_to(machine, 'CHDIR "GAMES":SAVE "ONE.BAS"') == []
         machine.command("device_del", id="stick")
-        machine.wait_for(lambda _: answer_to(machine, 'SAVE "TWO.BAS"') == ["Bad file name"], 60, "a failure")
+        type_until(machine, 'SAVE "TWO.BAS"', ["Bad file name"])
         machine.command("device_add", driver="usb-storage", id="again", bus="usb.0", port=str(new_port),
                         drive="stick-image")  # fmt: skip
-        machine.wait_for(lambda _: answer_to(machine, 'SAVE "TWO.BAS"') == [], 60, "a success")
+        type_until(machine, 'SAVE "TWO.BAS"', [])
         assert answer_to(machine, "FILES") == ["A.BAS", "ONE.BAS", "TWO.BAS"]
     disk.check()
     assert disk.get_bytes("GAMES/TWO.BAS") == b"10 REM WORK\r\n"

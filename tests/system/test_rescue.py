@@ -7,6 +7,7 @@ import time
 import pytest
 from conftest import IMAGE, ROOT
 from pseudo_terminal import PseudoTerminal
+from test_hostile_host import is_running
 from test_terminal import session_process
 
 TERMINAL = ROOT / "build" / "host" / "host" / "korvane-terminal"
@@ -61,6 +62,15 @@ PROGRAM = '10 PRINT "é"\r\n20 GOTO 20\r\n'
 
 def type_program(terminal):
     enter(terminal, '10 PRINT "é"', "20 GOTO 20")
+    # Lines are taken one after the other: when this one is answered, those before it are in the program.
+    enter_command(terminal, "PRINT 1")
+
+
+def wait_until_gone(process):
+    deadline = time.monotonic() + 20
+    while is_running(process):
+        assert time.monotonic() < deadline
+        time.sleep(0.05)
 
 
 @pytest.mark.parametrize("number", [signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT])
@@ -68,7 +78,6 @@ def test_ending_signal_leaves_the_program(tmp_path, number):
     with start(tmp_path) as terminal:
         type_program(terminal)
         wait_until_kept(tmp_path)
-        time.sleep(0.3)
         os.kill(terminal.process, number)
         assert terminal.wait_for_end() == 128 + number
     check_rescued(tmp_path, PROGRAM)
@@ -78,20 +87,20 @@ def test_ending_signal_leaves_the_program(tmp_path, number):
 def test_killed_processes_leave_the_program(tmp_path, who):
     with start(tmp_path) as terminal:
         type_program(terminal)
-        time.sleep(0.3)
-        os.kill(terminal.process if who == "guard" else session_process(terminal), signal.SIGKILL)
+        session = session_process(terminal)
+        os.kill(terminal.process if who == "guard" else session, signal.SIGKILL)
         terminal.wait_for_end()
-    time.sleep(0.3)
+    wait_until_gone(session)
     check_rescued(tmp_path, PROGRAM)
 
 
 def test_closed_window_leaves_the_program(tmp_path):
     terminal = start(tmp_path)
     type_program(terminal)
-    time.sleep(0.3)
+    session = session_process(terminal)
     os.close(terminal.device)
     os.waitpid(terminal.process, 0)
-    time.sleep(0.3)
+    wait_until_gone(session)
     check_rescued(tmp_path, PROGRAM)
 
 

@@ -132,14 +132,38 @@ TEST_F(ExecutableMemoryTest, WritingEndsWhereTheMemoryDoes) {
 TEST_F(ExecutableMemoryTest, ItGrowsToFourTimesItsSize) {
     ASSERT_TRUE(memory_.take());
     ASSERT_NE(make_function(), nullptr);
-    EXPECT_TRUE(memory_.grow());
-    EXPECT_EQ(memory_.begin_writing().size(), 2 * first_code_bytes);
-    EXPECT_TRUE(memory_.end_writing());
-    EXPECT_TRUE(memory_.grow());
+    int (*const first)() = function_;
+    for (const std::uint64_t more : {first_code_bytes, 2 * first_code_bytes}) {
+        EXPECT_TRUE(memory_.grow());
+        EXPECT_EQ(memory_.begin_writing().size(), more);
+        EXPECT_EQ(first(), 7);  // what has been written stays
+        EXPECT_TRUE(memory_.end_writing());
+        ASSERT_NE(make_function(), nullptr);
+        EXPECT_NE(function_, first);
+        EXPECT_EQ(function_(), 7);
+        EXPECT_EQ(first(), 7);
+    }
     EXPECT_FALSE(memory_.grow());
     EXPECT_EQ(firmware_->memory().allocated_pages() * uefi::page_size, most_code_bytes);
+    memory_.give_back();
+    expect_nothing_left();
+}
+
+TEST_F(ExecutableMemoryTest, StartingOverTakesNoMore) {
+    ASSERT_TRUE(memory_.take());
     ASSERT_NE(make_function(), nullptr);
-    EXPECT_EQ(function_(), 7);
+    int (*const first)() = function_;
+    for (int round = 0; round != 3; ++round) {
+        memory_.start_over();
+        ASSERT_NE(make_function(), nullptr);
+        EXPECT_EQ(function_, first);
+        EXPECT_TRUE(memory_.grow());
+        EXPECT_TRUE(memory_.grow());
+        EXPECT_FALSE(memory_.grow());
+        ASSERT_NE(make_function(), nullptr);
+        EXPECT_EQ(function_(), 7);
+    }
+    EXPECT_EQ(firmware_->memory().allocated_pages() * uefi::page_size, most_code_bytes);
     memory_.give_back();
     expect_nothing_left();
 }

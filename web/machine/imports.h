@@ -24,8 +24,9 @@ KORVANE_IMPORT("stall") void import_stall(double microseconds);
 // Comes back when a key is pressed (press_key).
 KORVANE_IMPORT("wait_for_key") void import_wait_for_key();
 
-// The image has looked for a key in passing, and `soon` after the look before; `clock` is not 0 where only the
-// program looks at the ticks. Not 0 when it is time to let the event loop have a turn, which import_turn() does.
+// The image has looked for a key in passing, and `soon` after the look before; `clock` is not 0 where only
+// the program looks at the ticks. Not 0 when it is time to let the event loop have a turn, which
+// import_turn() does.
 KORVANE_IMPORT("is_turn_due") std::int32_t import_is_turn_due(std::uint32_t soon, std::uint32_t clock);
 KORVANE_IMPORT("turn") void import_turn();
 

@@ -106,8 +106,9 @@ void change_room(std::uint64_t put, std::uint64_t taken) {
     firmware->volumes().front()->host_put(put);
 }
 
-// Whether few statements have been executed since the last call, far fewer than a program may execute unlooked
-// at. One that waits for a key looks for it itself; how long its statements take differs between computers.
+// Whether few statements have been executed since the last call, far fewer than a program may execute
+// unlooked at. One that waits for a key looks for it itself; how long its statements take differs between
+// computers.
 bool looks_soon() {
     constexpr std::uint64_t few = 20;
     static std::uint64_t before = 0;

@@ -1,0 +1,54 @@
+#!/usr/bin/env python3
+"""Checks when a program of many lines gets machine code: not while it is passed a few times, and for nearly all of
+its lines when it is passed again and again; and that it is not made over and over.
+
+    check_spread.py DUMP-CODE IMAGE
+"""
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+LINES = 8000
+FEW_PASSES = 30
+MANY_PASSES = 3000
+# A line's statement, and the fewest bytes of code that it can take: counting the statement down, and its work.
+STATEMENTS = {
+    "A(3) = A(2) + X": 50,
+    "IF X < 0 THEN X = 1": 35,
+}
+MOST_TIMES = 6  # as much, with ways in and out
+
+
+def code_bytes(dump_code, image, statement, passes):
+    """How much code there is after so many passes; 0 where none was made."""
+    lines = [f"10 DIM A(10): L = {passes}"]
+    lines += [f"{100 + i} {statement}" for i in range(LINES)]
+    lines += ["9000 L = L - 1: IF L > 0 THEN 100 ELSE END", "RUN"]
+    with tempfile.TemporaryDirectory() as folder:
+        typed = pathlib.Path(folder, "typed.txt")
+        typed.write_text("\n".join(lines) + "\n")
+        output = pathlib.Path(folder, "code.bin")
+        run = subprocess.run([dump_code, image, typed, output], capture_output=True, text=True, check=False)
+        if "no machine code was made" in run.stderr:
+            return 0
+        if run.returncode != 0:
+            sys.exit(run.stderr)
+        return output.stat().st_size
+
+
+def main():
+    dump_code, image = sys.argv[1:]
+    failures = []
+    for statement, least in STATEMENTS.items():
+        few = code_bytes(dump_code, image, statement, FEW_PASSES)
+        if few != 0:
+            failures.append(f"{statement}: {few} bytes of code after {FEW_PASSES} passes")
+        many = code_bytes(dump_code, image, statement, MANY_PASSES)
+        if not 0.9 * LINES * least <= many <= MOST_TIMES * LINES * least:
+            failures.append(f"{statement}: {many} bytes of code after {MANY_PASSES} passes")
+    sys.exit("\n".join(failures) or 0)
+
+
+if __name__ == "__main__":
+    main()
