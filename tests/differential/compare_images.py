@@ -27,6 +27,7 @@ from random_program import ProgramMaker
 
 SAVED_FILES = ("VARIABLES.BIN", "ARRAYS.BIN", "STRINGS.BIN")
 NO_END = ["(no end)"]  # the screen of a program that does not end
+NO_END_ANYWHERE = "no end in any image"
 IN_MEMORY = "/dev/shm" if pathlib.Path("/dev/shm").is_dir() else None  # a disk takes as long as the programs
 SCREEN = "80x32"  # a small one, which scrolls soon: most of what a program takes is its text's pixels
 TIME_LIMIT = 60  # seconds of the processor for what is typed into one machine, on which others may be at work too
@@ -102,9 +103,10 @@ def compare(arguments, seeds):
     """How many of the programs saved the arena in the first image, and the difference of the images."""
     programs = [ProgramMaker(seed).program() for seed in seeds]
     first = run(arguments.terminal, arguments.image, programs)
-    for image in arguments.other_images:
-        other = run(arguments.terminal, image, programs)
-        # Which image has an end, and which none, is a difference too; none in all of them tells nothing.
+    others = [run(arguments.terminal, image, programs) for image in arguments.other_images]
+    if all(screen == NO_END for screen, _ in (first, *others)):
+        return 0, NO_END_ANYWHERE
+    for image, other in zip(arguments.other_images, others):
         difference = "no end" if NO_END in (first[0], other[0]) else first_difference(first, other)
         if difference:
             return 0, f"{image}: {difference}"
@@ -113,13 +115,19 @@ def compare(arguments, seeds):
 
 
 def compare_in_company(arguments, seeds):
-    """How many programs saved the arena, and for each that differs (or for all of them) its seeds and the difference."""
+    """How many programs saved the arena, and for each that differs (or for all of them) its seeds and the difference.
+
+    Which image has an end, and which none, is a difference too; none in all of them tells nothing. A program may have none in
+    company that has one alone, for what RND gives depends on the programs before it.
+    """
     saved, difference = compare(arguments, seeds)
     if not difference:
         return saved, []
     alone = [((seed,), *compare(arguments, (seed,))) for seed in seeds]
-    found = [(seeds_of_one, one) for seeds_of_one, _, one in alone if one]
-    return sum(count for _, count, _ in alone), found or [(seeds, difference)]
+    found = [(seeds_of_one, one) for seeds_of_one, _, one in alone if one and one != NO_END_ANYWHERE]
+    if not found and difference != NO_END_ANYWHERE:
+        found = [(seeds, difference)]
+    return sum(count for _, count, _ in alone), found
 
 
 def main():
