@@ -32,20 +32,21 @@ void type_lines(Machine& machine, std::istream& lines) {
     }
 }
 
-// The memory for code up to the last byte that is not as it was taken.
+// The memory for code, each region up to the last byte that is not as it was taken, one behind the other.
 void write_code(Machine& machine, const char* output) {
     const std::vector<MemoryRegion> regions = machine.firmware().memory().executable_regions();
     if (regions.empty()) fail("no machine code was made");
     constexpr std::uint8_t fresh = 0xA5;
+    std::ofstream file(output, std::ios::binary);
     for (const MemoryRegion& region : regions) {
         const auto* first = reinterpret_cast<const std::uint8_t*>(region.base);
         std::uint64_t size = region.pages * uefi::page_size;
         while (size != 0 && (first[size - 1] == fresh || first[size - 1] == 0))
             --size;
-        std::ofstream(output, std::ios::binary)
-            .write(reinterpret_cast<const char*>(first), static_cast<std::streamsize>(size));
+        file.write(reinterpret_cast<const char*>(first), static_cast<std::streamsize>(size));
         std::printf("%#llx\n", static_cast<unsigned long long>(region.base));
     }
+    if (!file.flush()) fail(std::string("cannot write ") + output);
 }
 
 }  // namespace
