@@ -2,8 +2,8 @@
 
 Until then firmware does the same for all disks of a size, and it is most of what a start takes: 3.7 of 4.4 s of a
 processor. So one machine is run to that moment, with a disk that cannot be read, where QEMU stops it; what it is then is
-kept in build/woken. A woken machine reads its own disk from the first block on. Machines with devices of their own, those
-of './dev qemu' and those of tests/firmware start from cold.
+kept in build/woken until QEMU, its firmware or these tools change. A woken machine reads its own disk from the first
+block on. Machines with devices of their own, those of './dev qemu' and those of tests/firmware start from cold.
 """
 
 import fcntl
@@ -36,11 +36,13 @@ def state_file(size):
     parts = [programs.find(qemu_machine.QEMU), qemu_machine.FIRMWARE_CODE, qemu_machine.FIRMWARE_VARIABLES]
     parts += [qemu_machine.__file__, __file__]
     name = hashlib.sha256(("".join(map(identity, parts)) + str(size)).encode()).hexdigest()[:16]
-    path = FOLDER / name
+    path = FOLDER / f"{size}-{name}"
     FOLDER.mkdir(parents=True, exist_ok=True)
     with open(FOLDER / "lock", "wb") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX)
         if not path.exists():
+            for stale in FOLDER.glob(f"{size}-*"):
+                stale.unlink()
             unfinished = FOLDER / "unfinished"
             make_state(size, unfinished)
             unfinished.rename(path)
