@@ -21,7 +21,8 @@ const std::string prompt = "Ready.";
 
 bool matches(const ExpectedRow& expected, const std::string& actual) {
     if (!expected.is_pattern) return expected.text == actual;
-    // The C library's own: the C++ library's is compiled anew here, which takes longer than all the rest of the player.
+    // The C library's own: the C++ library's is compiled anew here, which takes longer than all the rest of
+    // the player.
     regex_t pattern;
     if (regcomp(&pattern, ("^(" + expected.text + ")$").c_str(), REG_EXTENDED | REG_NOSUB)) return false;
     const bool found = !regexec(&pattern, actual.c_str(), 0, nullptr, 0);
