@@ -149,10 +149,6 @@ const TextFunction* find_row(std::string_view name) {
 
 }  // namespace
 
-Value copied(Value text) {
-    return copy_of(text.bytes, text.length);
-}
-
 Value middle_of(Value text, std::int64_t start, std::int64_t length) {
     return copy_of_piece(piece_of(text, start, length));
 }
@@ -178,15 +174,8 @@ Value character_of(std::int64_t code) {
     return copy_of(&byte, 1);
 }
 
-Value joined(const Token* plus, unsigned copies) {
-    const Value left = left_text(plus);
-    if (failed(left)) return left;
-    const Value right = right_text(plus);
-    if (failed(right)) return right;
-    return joined(left, right, copies);
-}
-
-Value joined(Value left, Value right, unsigned copies) {
+// As many adjacent copies; gives the last one taken.
+static Value joined(Value left, Value right, unsigned copies) {
     const std::uint64_t length = std::uint64_t{left.length} + right.length;
     std::uint8_t* bytes = length > UINT32_MAX ? nullptr : take_string_space(length * copies);
     if (bytes == nullptr) return no_text();
@@ -196,6 +185,29 @@ Value joined(Value left, Value right, unsigned copies) {
         copy_text(copy + left.length, right.bytes, right.length);
     }
     return Value::of_string(bytes, static_cast<std::uint32_t>(length));
+}
+
+Value join(Value left, Value right) {
+    return joined(left, right, 1);
+}
+
+bool assign_copy(std::uint8_t* place, Value text) {
+    return store_text(place, text);
+}
+
+bool assign_joined(std::uint8_t* place, Value left, Value right) {
+    const Value text = joined(left, right, 2);
+    if (failed(text)) return false;
+    write_text(place, text);
+    return true;
+}
+
+Value joined(const Token* plus, unsigned copies) {
+    const Value left = left_text(plus);
+    if (failed(left)) return left;
+    const Value right = right_text(plus);
+    if (failed(right)) return right;
+    return joined(left, right, copies);
 }
 
 void set_concatenation_step(Token* at) {

@@ -15,14 +15,18 @@ namespace korvane::fast {
 
 // What makes a new text of texts and numbers, for the steps and for native code. Each gives a Value of type
 // NONE when there is no room for it, or a number is out of range.
-Value copied(Value text);
 Value middle_of(Value text, std::int64_t start, std::int64_t length);
 Value end_of(Value text, std::int64_t length);
 Value character_of(std::int64_t code);
-// As many adjacent copies in string space; gives the last one taken.
-Value joined(Value left, Value right, unsigned copies);
+Value join(Value left, Value right);
 
-// The same of the left and right sides of "+".
+// Make a text the content of a variable or an element; false when there is no room. A joined one lies in
+// string space twice then, as the general evaluator leaves it.
+bool assign_copy(std::uint8_t* place, Value text);
+bool assign_joined(std::uint8_t* place, Value left, Value right);
+
+// What "+" makes of its left and right sides: as many adjacent copies in string space. Gives the last one
+// taken.
 Value joined(const Token* plus, unsigned copies);
 
 // What MID$ takes of a text by the arguments that its bracket and commas hold, where the text has it.

@@ -109,20 +109,21 @@ inline constexpr std::uint32_t packed = prefix_66 | escape_0f;
 // form; a store has the register as its source.
 enum class Operation : std::uint32_t {
     // Doubles and floats.
-    movsd = real | 0x10,  // load; between registers movapd is meant
+    movsd = real | 0x10,  // load; between registers movaps is meant
     movsd_store = real | 0x11,
     movss = narrow | 0x10,
     movss_store = narrow | 0x11,
-    movapd = packed | 0x28,
+    movaps = escape_0f | 0x28,
     addsd = real | 0x58,
     mulsd = real | 0x59,
     subsd = real | 0x5C,
     divsd = real | 0x5E,
     sqrtsd = real | 0x51,
     ucomisd = packed | 0x2E,
-    andpd = packed | 0x54,
-    orpd = packed | 0x56,
-    xorpd = packed | 0x57,
+    // All 128 bits, whatever they hold: those forms are the shortest.
+    andps = escape_0f | 0x54,
+    orps = escape_0f | 0x56,
+    xorps = escape_0f | 0x57,
     cvtsd2ss = real | 0x5A,
     cvtss2sd = narrow | 0x5A,
     cvtsi2sd = real | wide | 0x2A,    // from 64 bits
@@ -250,7 +251,8 @@ class Assembler {
     void shift(Shift direction, Register which, int bits);
     void multiply(Register target, Operand operand, std::int32_t number);
     void set_byte(Condition condition, Register target);  // its low byte to 1 or 0
-    void sign_extend_rax();                               // cqo: into rdx
+    void test_byte(Register which) { encode(low_byte | 0x84, static_cast<unsigned>(which), which); }
+    void sign_extend_rax();  // cqo: into rdx
     void load_number(Register target, std::uint64_t number);
     void store_number_8(Operand place, std::uint8_t number);
     void store_number_32(Operand place, std::uint32_t number);

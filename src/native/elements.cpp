@@ -48,6 +48,15 @@ const KeptVariable* Emitter::find_whole_of(const Node& node) const {
 Operand Emitter::element(const Node& node, int reals, int wholes) {
     const ArrayBlock* array = node.array;
     const Register target = whole_register(wholes);
+    const auto size = storage_size(node.type);
+    std::uint8_t* const elements = const_cast<ArrayBlock*>(array)->elements();
+    // A literal that is in range needs no more than its element's address.
+    const Node& only = node_at(node_at(node.first_argument).value);
+    if (array->dimensions == 1 && only.form == Form::literal && is_integer(only.type)) {
+        const std::int64_t number = only.token->number.integer;
+        if (number >= variables.array_base && number <= array->bounds[0])
+            return place(elements + static_cast<std::size_t>(number - variables.array_base) * size);
+    }
     Register index = target;
     std::size_t dimension = 0;
     for (std::int16_t i = node.first_argument; i != none; i = node_at(i).next_argument, ++dimension) {
@@ -62,8 +71,7 @@ Operand Emitter::element(const Node& node, int reals, int wholes) {
         index = target;
         code.emit(Operation::add, target, subscript(node_at(i), bound, reals, wholes + 1));
     }
-    const Operand first = place(array->bounds + array->dimensions);
-    const auto size = storage_size(node.type);
+    const Operand first = place(elements);
     if (size == 16) {
         if (index != target) code.emit(Operation::mov, target, index);
         code.shift(Shift::left, target, 1);

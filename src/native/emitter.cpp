@@ -20,7 +20,7 @@ void Emitter::begin(std::span<std::byte> room) {
     code = Assembler(room);
     variables_kept.clear();
     has_failed = false;
-    detour_count = 0;
+    detour_count = literal_count = 0;
     pausing = general = general_if = general_taking = next_elsewhere = leaving = leaving_anywhere = loading =
         Label();
 }
@@ -51,9 +51,8 @@ bool Emitter::emit_region(std::span<std::byte> room) {
         Place& place = *natives[i];
         next = i + 1 == natives.size() ? nullptr : natives[i + 1];
         code.bind(place.head);
-        code.emit(Unary::dec_32, Register::rbx);
-        code.jump_if(Condition::equal, place.pause);
-        code.bind(place.body);
+        current = &place;
+        if (!place.counts_itself) count();
         emit_statement(place);
     }
     for (std::size_t i = 0; i != region.count(); ++i)
@@ -65,9 +64,14 @@ bool Emitter::emit_region(std::span<std::byte> room) {
     return !has_failed && !code.full();
 }
 
+// A statement more; none is left when it is paused in front of it.
+void Emitter::count() {
+    code.emit(Unary::dec_32, Register::rbx);
+    fail_if(Condition::equal);
+}
+
 void Emitter::clear_labels(Place& place) {
-    place.head = place.body = place.fail = place.pause = place.pause_again = place.branch = place.entry =
-        Label();
+    place.head = place.fail = place.pause_again = place.branch = place.entry = Label();
     place.opener = nullptr;
 }
 
@@ -196,12 +200,7 @@ void Emitter::emit_ends(Place& place) {
     if (place.pause_again.is_used()) {
         code.bind(place.pause_again);
         code.emit(Unary::dec_32, this->place(&control_stacks.while_count));
-        code.jump(place.pause);
-    }
-    if (place.pause.is_used()) {
-        code.bind(place.pause);
-        load_token(Register::rdi, place.at);
-        code.jump(pausing);
+        code.jump(place.fail);
     }
     // The general handler goes there, and the statement is looked at again.
     if (place.branch.is_used()) {
@@ -228,12 +227,15 @@ void Emitter::emit_ends(Place& place) {
     }
     if (has_entry(place.at)) {
         code.bind(place.entry);
-        code.load_address(Register::rax, place.body);
+        code.load_address(Register::rax, place.head);
         code.jump(loading);
     }
 }
 
+// Where a statement fails; or it has not been begun, because none is left.
 void Emitter::jump_to_function(std::uint64_t (*function)(Token* at, std::uint64_t budget)) {
+    code.emit(Operation::test, Register::rbx, Register::rbx);
+    code.jump_if(Condition::equal, pausing);
     code.emit(Operation::mov_32, Register::rsi, Register::rbx);
     code.load_number(Register::rax, reinterpret_cast<std::uint64_t>(function));
     code.emit(Unary::jmp, Register::rax);
@@ -258,12 +260,12 @@ void Emitter::emit_common_ends() {
     code.emit(Operation::mov_32, Register::rsi, Register::rbx);
     code.emit(Unary::jmp, at(Register::rdi, __builtin_offsetof(Token, execute)));
 
-    // In: rax is where to go on.
+    // In: rax is where to go on, with a statement that has been counted already.
     code.bind(loading);
-    code.emit(Operation::mov_32, Register::rbx, Register::rsi);
+    code.emit(Operation::lea, Register::rbx, at(Register::rsi, 1));
     for (const Base& base : bases())
         code.load_number(base.where, base.address);
-    code.load_number(Register::r12, 0xFFE0000000000000);
+    code.load_number(Register::r12, 0xFFDFFFFFFFFFFFFF);
     load_variables();
     code.emit(Unary::jmp, Register::rax);
 }
@@ -322,7 +324,7 @@ void Emitter::emit_subscript(const Detour& detour) {
 void Emitter::emit_rounding(const Detour& detour) {
     code.emit(WithNumber::cmp, detour.target, 1);
     fail_if(Condition::overflow);
-    code.emit(Operation::movapd, Vector::xmm14, detour.number);
+    code.emit(Operation::movaps, Vector::xmm14, detour.number);
     code.emit(Operation::subsd, Vector::xmm14, Vector::xmm15);
     code.emit(Operation::addsd, Vector::xmm14, Vector::xmm14);
     code.emit(Operation::cvttsd2si, Register::rax, Vector::xmm14);

@@ -9,7 +9,8 @@
 // Registers, which nobody outside keeps anything in while statements follow one another (fast/run_fast.cpp):
 //
 //   rbx                   the statements that are left until the run loop gets control back
-//   r15, r14, r13         the variable table, the interpreter's own state, the program arena
+//   rbp, r14, r13         the variable table, the interpreter's own state, the program arena; rbp is in the
+//                         shortest forms of most instructions
 //   r12                   what tells a number from an infinity
 //   xmm0 to xmm6          an expression's values, the first ones from xmm0 on
 //   rdi rsi rcx r8-r11    the same for integers, in the order in which a function takes its arguments; from
@@ -43,6 +44,19 @@ using fast::node_at;
 
 inline constexpr Vector scratch = Vector::xmm15;
 inline constexpr Vector other_scratch = Vector::xmm14;
+
+// The name of a built-in function as a number: none has more than seven characters.
+consteval std::uint64_t name_number(const char* name) {
+    std::uint64_t number = 0;
+    for (int i = 0; name[i] != 0; ++i)
+        number |= static_cast<std::uint64_t>(name[i]) << 8 * i;
+    return number;
+}
+inline std::uint64_t name_of(const Node& call) {
+    std::uint64_t number;
+    __builtin_memcpy(&number, call.token[-1].name, sizeof number);
+    return number;
+}
 
 class Emitter {
   public:
@@ -106,11 +120,11 @@ class Emitter {
     void find_place(const fast::Place& target, int wholes);
     void push_return(const Token* at);
     void write_scalar(const VariableEntry& variable, std::int16_t value);
-    void prepare_real(Type type, const Node& value);
+    void prepare_real(Type type, const Node& value, bool counting = true);
     void write_real(Operand memory, Type type);
     void write_real_variable(const VariableEntry& variable);
     void write_element(const Node& element, std::int16_t value);
-    void write_text(const VariableEntry* scalar, const Node* element, std::int16_t value);
+    void write_text(Operand memory, std::int16_t value);
     void write_whole(Operand memory, Type type, Register number);
     void fit_or_fail(Type type, Register number);
     bool may_be_then_part() const;
@@ -140,6 +154,7 @@ class Emitter {
     void jump_to_function(std::uint64_t (*function)(Token* at, std::uint64_t budget));
     void begin(std::span<std::byte> room);
     static void clear_labels(Place& place);
+    void count();
 
     // ---- Expressions (expressions.cpp, elements.cpp, functions.cpp) ----
     //
@@ -158,7 +173,7 @@ class Emitter {
     Condition compare(const Node& relation, int reals, int wholes);
     Condition condition_of(std::int16_t index);
     void exact_or_fail(Vector number);
-    void finite_or_fail(Vector number);
+    void finite_or_fail(Vector number, bool counting = false);
     void round_to_whole(Vector number, Register target);
     void real_call(const Node& node, int reals, int wholes);
     void whole_call(const Node& node, int reals, int wholes);
@@ -184,13 +199,13 @@ class Emitter {
     void text(std::int16_t index, int reals, int wholes);
     void text_by_function(const Node& node, int reals, int wholes);
     void text_from_call(const void* function, int count, int reals, int wholes);
-    void joined_text(const Node& plus, int copies, int reals, int wholes);
     Condition compare_texts(const Node& relation, int reals, int wholes);
 
     // ---- What is where ----
     Vector real_register(int number);
     Register whole_register(int number);
     Operand place(const void* address);
+    Operand literal(const Token* token);
 
     // An operation with a place in memory as its second operand.
     template <typename First>
@@ -207,6 +222,7 @@ class Emitter {
 
     void give_up() { has_failed = true; }
     void fail_if(Condition condition) { code.jump_if(condition, current->fail); }
+    void fail_if_no(Register truth);  // its low byte
 
     Detour* add_detour(Detour::Kind kind);
 
@@ -227,6 +243,8 @@ class Emitter {
     std::array<Binding, 24> bindings;
     std::size_t binding_count = 0;
     int calls_entered = 0;
+    std::array<const double*, 16> literals;  // of different values
+    std::size_t literal_count = 0;
     std::array<Detour, 96> detours;
     std::size_t detour_count = 0;
     Label pausing;

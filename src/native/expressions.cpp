@@ -4,6 +4,8 @@
 //
 // A computed number that is none ends in a failure sooner or later, whatever is done with it: so it may be
 // one as soon as it is noticed.
+#include <bit>
+
 #include "fast/number_types.h"
 #include "fast/sides.h"
 #include "native/emitter.h"
@@ -61,7 +63,18 @@ Operand Emitter::place(const void* address) {
             return at(base.where, static_cast<std::int32_t>(distance));
     }
     give_up();
-    return at(Register::r15, 0);
+    return at(Register::rbp, 0);
+}
+
+// The number of a literal, in the first token of the region that has the same: each token is a line of the
+// processor's cache, and a long program's lines come from far away.
+Operand Emitter::literal(const Token* token) {
+    const double* number = &token->number.as_double;
+    for (std::size_t i = 0; i != literal_count; ++i)
+        if (std::bit_cast<std::uint64_t>(*literals[i]) == std::bit_cast<std::uint64_t>(*number))
+            return place(literals[i]);
+    if (literal_count != literals.size()) literals[literal_count++] = number;
+    return place(number);
 }
 
 void Emitter::on_place(std::uint32_t operation, const void* address) {
@@ -72,12 +85,12 @@ void Emitter::copy(Vector target, Operand source) {
     if (!source.is_register())
         code.emit(Operation::movsd, target, source);
     else if (!source.is_register(target))
-        code.emit(Operation::movapd, target, source);
+        code.emit(Operation::movaps, target, source);
 }
 
 // A number from memory. What the register held the conversion of a float would wait for.
 void Emitter::load_real(Vector target, Type type, Operand memory) {
-    if (type == Type::SINGLE) code.emit(Operation::xorpd, target, target);
+    if (type == Type::SINGLE) code.emit(Operation::xorps, target, target);
     code.emit(type == Type::SINGLE ? Operation::cvtss2sd : Operation::movsd, target, memory);
 }
 
@@ -94,7 +107,7 @@ void Emitter::use(const void* storage, Type type, Region::Way way) {
 
 // Puts a number into the register of the variable that has got it.
 void Emitter::keep(const KeptVariable& variable, Vector number) {
-    code.emit(Operation::movapd, variable.where, number);
+    code.emit(Operation::movaps, variable.where, number);
     find_whole(variable);
 }
 
@@ -117,26 +130,33 @@ void Emitter::to_single(Vector number) {
 
 // The register is emptied first: the conversion would wait for what it held.
 void Emitter::whole_to_real(Register number, Vector target) {
-    code.emit(Operation::xorpd, target, target);
+    code.emit(Operation::xorps, target, target);
     code.emit(Operation::cvtsi2sd, target, number);
 }
 
 // ---- Failures -------------------------------------------------------------------------------------
 
-void Emitter::finite_or_fail(Vector number) {
+// With one jump for both: also counts the statement, and fails when it is none of those that are left.
+void Emitter::finite_or_fail(Vector number, bool counting) {
     code.emit(Operation::movq_out, number, Register::rax);
     code.emit(Operation::add, Register::rax, Register::rax);
-    code.emit(Operation::cmp, Register::rax, Register::r12);
-    fail_if(Condition::not_below);
+    code.emit(Operation::cmp, Register::r12, Register::rax);
+    if (counting) code.emit(Unary::dec_32, Register::rbx);  // the carry stays
+    fail_if(counting ? Condition::not_above : Condition::below);
 }
 
-// Fails when a double may not be the integer that it stands for (fast/comparison_steps.cpp).
+void Emitter::fail_if_no(Register truth) {
+    code.test_byte(truth);
+    fail_if(Condition::equal);
+}
+
+// Fails when a double may not be the integer that it stands for (fast/comparison_steps.cpp). What is no
+// number passes: the comparison itself finds that.
 void Emitter::exact_or_fail(Vector number) {
-    code.emit(Operation::movapd, scratch, number);
-    on(Operation::andpd, scratch, other_bits);
+    code.emit(Operation::movaps, scratch, number);
+    on(Operation::andps, scratch, other_bits);
     on(Operation::ucomisd, scratch, &fast::exact_integers);
     fail_if(Condition::above);
-    fail_if(Condition::parity);
 }
 
 // The nearest integer: nearly always the number is one already.
@@ -176,7 +196,7 @@ Operand Emitter::variable_operand(const Node& node, int reals) {
 Operand Emitter::real_operand(std::int16_t index, int reals, int wholes) {
     const Node& node = node_at(index);
     if (node.form == Form::variable) return variable_operand(node, reals);
-    if (node.form == Form::literal && node.type != Type::STRING) return place(&node.token->number.as_double);
+    if (node.form == Form::literal && node.type != Type::STRING) return literal(node.token);
     if (node.form == Form::element && node.type == Type::DOUBLE) return element(node, reals, wholes);
     real(index, reals, wholes);
     return real_register(reals);
@@ -202,7 +222,7 @@ void Emitter::real(std::int16_t index, int reals, int wholes) {
             break;
         case Form::sign:
             real(node.right, reals, wholes);
-            on(Operation::xorpd, target, sign_bits);
+            on(Operation::xorps, target, sign_bits);
             break;
         case Form::element:
             if (is_floating(node.type)) {
@@ -263,8 +283,8 @@ void Emitter::real_power(const Node& node, int reals, int wholes) {
     const Vector right = real_register(reals + 1);
     finite_or_fail(left);
     finite_or_fail(right);
-    code.emit(Operation::movapd, scratch, left);
-    code.emit(Operation::movapd, other_scratch, right);
+    code.emit(Operation::movaps, scratch, left);
+    code.emit(Operation::movaps, other_scratch, right);
     call(reinterpret_cast<const void*>(power_or_nan), reals, wholes);
     copy(left, scratch);
 }
@@ -467,7 +487,7 @@ Condition Emitter::condition_of(std::int16_t index) {
     }
     real(index, 0, 0);
     finite_or_fail(Vector::xmm0);
-    code.emit(Operation::xorpd, scratch, scratch);
+    code.emit(Operation::xorps, scratch, scratch);
     code.emit(Operation::ucomisd, Vector::xmm0, scratch);
     return Condition::not_equal;
 }

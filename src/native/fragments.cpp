@@ -299,7 +299,8 @@ void give_back_memory() {
 }
 
 std::array<Base, 3> bases() {
-    return {{{Register::r15, reinterpret_cast<std::uint64_t>(variables.table)},
+    // From the middle of the first variables a distance of one byte reaches most of them.
+    return {{{Register::rbp, reinterpret_cast<std::uint64_t>(variables.table) + 128},
              {Register::r14, reinterpret_cast<std::uint64_t>(&execution)},
              {Register::r13, reinterpret_cast<std::uint64_t>(arenas.CODEBASE)}}};
 }

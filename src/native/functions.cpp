@@ -1,6 +1,6 @@
 // Calls in expressions. Functions of reals are called as the steps call them, or are a few instructions;
 // those that DEF FN has defined are part of the code, with their arguments in registers.
-#include <string_view>
+#include <cstdint>
 
 #include "fast/function_steps.h"
 #include "native/emitter.h"
@@ -25,25 +25,34 @@ constexpr double one = 1;
 
 using RealFunction = double (*)(double);
 
-struct Kernel {
-    char name[4];
-    RealFunction function;
+// A function of a number that is part of the code, or called by it with the number.
+struct Row {
+    std::uint32_t name;     // of four characters at most (name_of())
+    RealFunction function;  // null when it is part of the code
 };
 
-constexpr Kernel kernels[] = {{"SIN", kernel_sin},  {"COS", kernel_cos}, {"TAN", kernel_tan},
-                              {"ATN", kernel_atan}, {"EXP", kernel_exp}, {"LOG", kernel_log}};
-
-RealFunction find_kernel(std::string_view name) {
-    for (const Kernel& kernel : kernels)
-        if (name == std::string_view(kernel.name, 3)) return kernel.function;
-    return nullptr;
+consteval Row row(const char* name, RealFunction function = nullptr) {
+    return {static_cast<std::uint32_t>(name_number(name)), function};
 }
 
-// Whether a function of a number is part of the code, or called by it with the number.
-bool has_code(std::string_view name) {
-    for (const char* own : {"ABS", "INT", "FIX", "SQR", "CINT", "CDBL", "CSNG"})
-        if (name == own) return true;
-    return find_kernel(name) != nullptr;
+constexpr Row rows[] = {row("ABS"),
+                        row("INT"),
+                        row("FIX"),
+                        row("SQR"),
+                        row("CINT"),
+                        row("CDBL"),
+                        row("CSNG"),
+                        row("SIN", kernel_sin),
+                        row("COS", kernel_cos),
+                        row("TAN", kernel_tan),
+                        row("ATN", kernel_atan),
+                        row("EXP", kernel_exp),
+                        row("LOG", kernel_log)};
+
+const Row* find_row(std::uint64_t name) {
+    for (const Row& row : rows)
+        if (row.name == name) return &row;
+    return nullptr;
 }
 
 std::int16_t first_value(const Node& call) {
@@ -56,8 +65,8 @@ std::int16_t first_value(const Node& call) {
 // are kept are saved around it, and variables loaded anew.
 void Emitter::call(const void* function, int reals, int wholes) {
     begin_call(reals, wholes);
-    code.emit(Operation::movapd, Vector::xmm0, scratch);
-    code.emit(Operation::movapd, Vector::xmm1, other_scratch);
+    code.emit(Operation::movaps, Vector::xmm0, scratch);
+    code.emit(Operation::movaps, Vector::xmm1, other_scratch);
     end_call(function, reals, wholes);
 }
 
@@ -75,7 +84,7 @@ void Emitter::end_call(const void* function, int reals, int wholes) {
     const int slots = (reals + wholes) | 1;
     code.load_number(Register::rax, reinterpret_cast<std::uint64_t>(function));
     code.emit(Unary::call, Register::rax);
-    code.emit(Operation::movapd, scratch, Vector::xmm0);
+    code.emit(Operation::movaps, scratch, Vector::xmm0);
     for (int i = 0; i != reals; ++i)
         code.emit(Operation::movsd, real_register(i), at(Register::rsp, 8 * i));
     for (int i = 0; i != wholes; ++i)
@@ -103,13 +112,13 @@ void Emitter::round_down(Vector number, bool toward_zero) {
     code.emit(Operation::ucomisd, scratch, number);
     code.jump_if(Condition::equal, done);
     if (toward_zero) {
-        on(Operation::andpd, number, sign_bit);
-        code.emit(Operation::orpd, number, scratch);
+        on(Operation::andps, number, sign_bit);
+        code.emit(Operation::orps, number, scratch);
     } else {
         code.jump_if(Condition::below, is_less);
         on(Operation::subsd, scratch, &one);
         code.bind(is_less);
-        code.emit(Operation::movapd, number, scratch);
+        code.emit(Operation::movaps, number, scratch);
     }
     code.bind(done);
 }
@@ -128,20 +137,21 @@ void Emitter::real_call(const Node& node, int reals, int wholes) {
         if (node.domain == Domain::single) to_single(target);
         return;
     }
-    const std::string_view name(node.token[-1].name);
-    if (!has_code(name)) return real_by_steps(node, reals, wholes);
+    const std::uint64_t name = name_of(node);
+    const Row* row = find_row(name);
+    if (row == nullptr) return real_by_steps(node, reals, wholes);
     real(first_value(node), reals, wholes);
-    if (const RealFunction kernel = find_kernel(name)) {
+    if (row->function != nullptr) {
         finite_or_fail(target);
-        code.emit(Operation::movapd, scratch, target);
-        call(reinterpret_cast<const void*>(kernel), reals, wholes);
+        code.emit(Operation::movaps, scratch, target);
+        call(reinterpret_cast<const void*>(row->function), reals, wholes);
         copy(target, scratch);
-    } else if (name == "SQR") {
+    } else if (name == name_number("SQR")) {
         code.emit(Operation::sqrtsd, target, target);
-    } else if (name == "ABS") {
-        on(Operation::andpd, target, other_bits);
-    } else if (name == "INT" || name == "FIX") {
-        round_down(target, name == "FIX");
+    } else if (name == name_number("ABS")) {
+        on(Operation::andps, target, other_bits);
+    } else if (name == name_number("INT") || name == name_number("FIX")) {
+        round_down(target, name == name_number("FIX"));
     }
     if (node.domain == Domain::single) to_single(target);
 }
@@ -158,13 +168,13 @@ void Emitter::whole_call(const Node& node, int reals, int wholes) {
         binding_count = bound;
         return;
     }
-    const std::string_view name(node.token[-1].name);
+    const std::uint64_t name = name_of(node);
     const std::int16_t argument = first_value(node);
-    if (name == "LEN" || name == "ASC") {
+    if (name == name_number("LEN") || name == name_number("ASC")) {
         text(argument, reals, wholes);
         const Register length = whole_register(wholes + 1);
         code.emit(Operation::mov_32, length, length);
-        if (name == "LEN") {
+        if (name == name_number("LEN")) {
             code.emit(Operation::mov, target, length);
         } else {
             code.emit(Operation::test, length, length);
@@ -173,11 +183,11 @@ void Emitter::whole_call(const Node& node, int reals, int wholes) {
         }
         return;
     }
-    if (name == "SGN") {
+    if (name == name_number("SGN")) {
         const Vector number = real_register(reals);
         real(argument, reals, wholes);
         finite_or_fail(number);
-        code.emit(Operation::xorpd, scratch, scratch);
+        code.emit(Operation::xorps, scratch, scratch);
         code.emit(Operation::ucomisd, number, scratch);
         code.set_byte(Condition::above, Register::rax);
         code.set_byte(Condition::below, Register::rdx);
@@ -186,9 +196,9 @@ void Emitter::whole_call(const Node& node, int reals, int wholes) {
         code.emit(Operation::sub, target, Register::rdx);
         return;
     }
-    if (!has_code(name)) return whole_by_steps(node, reals, wholes);
+    if (find_row(name) == nullptr) return whole_by_steps(node, reals, wholes);
     whole(argument, reals, wholes);
-    if (name != "ABS") return;
+    if (name != name_number("ABS")) return;
     Label positive;
     code.emit(Operation::test, target, target);
     code.jump_if(Condition::not_sign, positive);

@@ -68,9 +68,7 @@ static std::int32_t plain_step(const Token* step) {
 
 void Emitter::call_or_fail(const void* function) {
     call(function, 0, 0);
-    code.emit(Operation::movzx_8, Register::rax, Register::rax);
-    code.emit(Operation::test, Register::rax, Register::rax);
-    fail_if(Condition::equal);
+    fail_if_no(Register::rax);
 }
 
 void Emitter::emit_for(Token* at) {
@@ -113,7 +111,7 @@ Condition Emitter::emit_bounds(const Bounds& bounds, Type type) {
     const int wholes = bounds.is_real ? 0 : 1;
     if (bounds.is_real) {
         real(bounds.start.root, 0, 0);
-        prepare_real(type, bounds.start.node());
+        prepare_real(type, bounds.start.node(), false);
     } else {
         whole(bounds.start.root, 0, 0);
     }
@@ -238,7 +236,7 @@ Condition Emitter::emit_sum_of_reals(const ForEntry& entry, const VariableEntry&
     const KeptVariable* kept = variables_kept.find(storage);
     const Type type = variable.type;
     if (kept != nullptr)
-        code.emit(Operation::movapd, Vector::xmm0, kept->where);
+        code.emit(Operation::movaps, Vector::xmm0, kept->where);
     else
         load_real(Vector::xmm0, type, place(storage));
     on(Operation::addsd, Vector::xmm0, &entry.step_as_double);
@@ -349,7 +347,7 @@ void Emitter::emit_wend() {
         code.bind(is_false);
         code.emit(Unary::dec_32, place(&control_stacks.while_count));
         code.emit(Unary::dec_32, Register::rbx);
-        code.jump_if(Condition::equal, loop->pause);
+        code.jump_if(Condition::equal, loop->fail);
         code.jump(lead_to(behind(current->at)));
         code.bind(elsewhere);
         find_last(control_stacks.while_count, sizeof entry);

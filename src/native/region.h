@@ -24,13 +24,12 @@ struct Place {
     bool may_become;     // not native, but it could be later
     bool takes;          // string space or random numbers, which are given back when it fails
     bool calls_users;    // user functions are called, by their steps
+    bool counts_itself;  // takes itself from the statements that are left, and looks whether there are any
     std::uint8_t run;    // how many statements with code follow one another from here on, at most longest_run
     std::uint8_t depth;  // how many loops it is in
-    Label head;          // in front of it: a statement more is counted
-    Label body;          // behind that
-    Label fail;          // to the general handler
-    Label pause;         // no more statements are left
-    Label pause_again;   // of a WHILE: the same from its WEND, which has left the entry on the stack
+    Label head;          // in front of it
+    Label fail;          // to the general handler, or no more statements are left
+    Label pause_again;   // of a WHILE: none are left behind its WEND, which has left the entry on the stack
     Label branch;        // of an IF: to a line that was not known
     Label entry;         // from elsewhere
 };

@@ -34,12 +34,17 @@ void Emitter::fit_or_fail(Type type, Register number) {
     fail_if(Condition::not_equal);
 }
 
-// Makes a double in xmm0 what the type can hold; fails when it is none.
-void Emitter::prepare_real(Type type, const Node& value) {
+// Makes a double in xmm0 what the type can hold; fails when it is none. Where nothing could fail before, the
+// statement has not been counted, for that costs no jump of its own here. What is called may not be called
+// twice: not all that PEEK reads is memory.
+void Emitter::prepare_real(Type type, const Node& value, bool counting) {
     const bool is_copy = value.form == Form::literal ? type == Type::DOUBLE
                                                      : value.form == Form::variable && value.type == type;
     if (type == Type::SINGLE) to_single(Vector::xmm0);
-    if (!is_copy) finite_or_fail(Vector::xmm0);
+    if (is_copy) return;
+    if (is_rehearsal && counting)
+        current->counts_itself = !current->takes && !current->fail.is_used() && detour_count == 0;
+    finite_or_fail(Vector::xmm0, counting && current->counts_itself);
 }
 
 void Emitter::write_real(Operand memory, Type type) {
@@ -104,9 +109,10 @@ void Emitter::emit_assignment(Token* at) {
     if (!fast::read_expression(equals + 1, fast::domain_of(type), value)) return give_up();
     Node taking = value.node();
     if (scalar == nullptr) taking.take_too(element.node());
-    begin_taking(taking.allocates || type == Type::STRING, taking.draws);
+    begin_taking(taking.allocates, taking.draws);
     if (type == Type::STRING)
-        write_text(scalar, scalar != nullptr ? nullptr : &element.node(), value.root);
+        write_text(scalar != nullptr ? place(scalar->storage) : this->element(element.node(), 0, 0),
+                   value.root);
     else if (scalar != nullptr)
         write_scalar(*scalar, value.root);
     else
@@ -141,9 +147,11 @@ void Emitter::emit_if(Token* at) {
     const bool to_line = then->kind == NUMBER;
     const bool is_lone = (record.condition_kind & fast::IfRecord::lone_then_part) != 0;
     // The keyboard is not looked at inside a THEN part: where that may be due, the general handler sees to
-    // it.
+    // it. As many statements as the part may take, of which there is one, are left in front of it.
+    current->counts_itself = !to_line;
     if (!to_line) {
-        code.emit(WithNumber::cmp, Register::rbx, static_cast<std::int32_t>(record.most_statements));
+        code.emit(Unary::dec_32, Register::rbx);
+        code.emit(WithNumber::cmp_32, Register::rbx, static_cast<std::int32_t>(record.most_statements));
         fail_if(Condition::below);
     }
     const Condition when_true = condition_of(condition.root);
@@ -195,8 +203,7 @@ void Emitter::go_on_or_branch(Token* at) {
 // An ELSE ends the THEN part in front of it; anywhere else it is an error.
 void Emitter::emit_else(Token* at) {
     on(Operation::movzx_8, Register::rax, &execution.then_part);
-    code.emit(Operation::test, Register::rax, Register::rax);
-    fail_if(Condition::equal);
+    fail_if_no(Register::rax);
     go_on(fast::end_of_line(at));
 }
 
@@ -351,9 +358,7 @@ void Emitter::emit_read(Token* at) {
     begin_taking(true, false);
     load_token(whole_register(0), at);
     call_with(reinterpret_cast<const void*>(fast::read_items), 1, 0, 0);
-    code.emit(Operation::movzx_8, Register::rax, Register::rax);
-    code.emit(Operation::test, Register::rax, Register::rax);
-    fail_if(Condition::equal);
+    fail_if_no(Register::rax);
     go_on(as<fast::PlaceRecord>(at).after);
 }
 

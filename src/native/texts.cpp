@@ -1,7 +1,5 @@
 // Texts: what a node of that type is takes two registers for integers, where its bytes are and how many. The
 // upper half of the second one may hold anything. In two registers a function takes a Value, and gives one.
-#include <string_view>
-
 #include "fast/records.h"
 #include "fast/text_comparisons.h"
 #include "fast/text_steps.h"
@@ -45,7 +43,9 @@ void Emitter::text(std::int16_t index, int reals, int wholes) {
             break;
         }
         case Form::binary:
-            joined_text(node, 1, reals, wholes);
+            text(node.left, reals, wholes);
+            text(node.right, reals, wholes + 2);
+            text_from_call(reinterpret_cast<const void*>(fast::join), 4, reals, wholes);
             break;
         default:
             text_by_function(node, reals, wholes);
@@ -57,14 +57,14 @@ void Emitter::text_by_function(const Node& node, int reals, int wholes) {
     const auto number = [&](int which, int place) {
         whole(node_at(argument_of(node, which)).value, reals, wholes + place);
     };
-    const std::string_view name(node.token[-1].name);
+    const std::uint64_t name = name_of(node);
     const bool is_user = node.form == Form::user_call;
-    if (!is_user && name == "CHR$") {
+    if (!is_user && name == name_number("CHR$")) {
         number(0, 0);
         return text_from_call(reinterpret_cast<const void*>(fast::character_of), 1, reals, wholes);
     }
-    const bool from_end = name == "RIGHT$";
-    if (is_user || (name != "MID$" && name != "LEFT$" && !from_end)) {
+    const bool from_end = name == name_number("RIGHT$");
+    if (is_user || (name != name_number("MID$") && name != name_number("LEFT$") && !from_end)) {
         if (binding_count != 0) return give_up();
         load_token(whole_register(wholes), node.token);
         const auto step = fast::as<fast::StepRecord>(node.token).function.text;
@@ -75,7 +75,7 @@ void Emitter::text_by_function(const Node& node, int reals, int wholes) {
         number(1, 2);
         return text_from_call(reinterpret_cast<const void*>(fast::end_of), 3, reals, wholes);
     }
-    if (name == "MID$") {
+    if (name == name_number("MID$")) {
         number(1, 2);
         if (argument_of(node, 2) == none)
             code.load_number(whole_register(wholes + 3), INT64_MAX);
@@ -88,14 +88,6 @@ void Emitter::text_by_function(const Node& node, int reals, int wholes) {
     text_from_call(reinterpret_cast<const void*>(fast::middle_of), 4, reals, wholes);
 }
 
-void Emitter::joined_text(const Node& plus, int copies, int reals, int wholes) {
-    text(plus.left, reals, wholes);
-    text(plus.right, reals, wholes + 2);
-    code.load_number(whole_register(wholes + 4), static_cast<std::uint64_t>(copies));
-    Value (*const join)(Value, Value, unsigned) = fast::joined;
-    text_from_call(reinterpret_cast<const void*>(join), 5, reals, wholes);
-}
-
 // Calls what gives a Value of type NONE when it fails.
 void Emitter::text_from_call(const void* function, int count, int reals, int wholes) {
     call_with(function, count, reals, wholes);
@@ -103,9 +95,7 @@ void Emitter::text_from_call(const void* function, int count, int reals, int who
     code.emit(Operation::mov, length, Register::rdx);
     code.shift(Shift::right, Register::rdx,
                8 * (__builtin_offsetof(Value, type) - __builtin_offsetof(Value, length)));
-    code.emit(Operation::movzx_8, Register::rdx, Register::rdx);
-    code.emit(Operation::test, Register::rdx, Register::rdx);
-    fail_if(Condition::equal);
+    fail_if_no(Register::rdx);
     code.emit(Operation::mov, whole_register(wholes), Register::rax);
 }
 
@@ -118,21 +108,18 @@ Condition Emitter::compare_texts(const Node& relation, int reals, int wholes) {
     return Condition::not_equal;
 }
 
-// A joined text lies in string space twice then, as the general evaluator leaves it.
-void Emitter::write_text(const VariableEntry* scalar, const Node* target, std::int16_t value) {
-    const int wholes = target != nullptr ? 1 : 0;
-    if (target != nullptr) code.emit(Operation::lea, whole_register(0), element(*target, 0, 0));
-    if (node_at(value).form == Form::binary) {
-        joined_text(node_at(value), 2, 0, wholes);
+void Emitter::write_text(Operand memory, std::int16_t value) {
+    code.emit(Operation::lea, whole_register(0), memory);
+    const Node& node = node_at(value);
+    if (node.form == Form::binary) {
+        text(node.left, 0, 1);
+        text(node.right, 0, 3);
+        call_with(reinterpret_cast<const void*>(fast::assign_joined), 5, 0, 0);
     } else {
-        text(value, 0, wholes);
-        text_from_call(reinterpret_cast<const void*>(fast::copied), 2, 0, wholes);
+        text(value, 0, 1);
+        call_with(reinterpret_cast<const void*>(fast::assign_copy), 3, 0, 0);
     }
-    const Operand memory = target != nullptr ? at(whole_register(0), 0) : place(scalar->storage);
-    const Register length = whole_register(wholes + 1);
-    code.emit(Operation::mov_32, length, length);
-    code.emit(Operation::mov_store, length, memory);
-    code.emit(Operation::mov_store, whole_register(wholes), memory.behind(length_to_bytes));
+    fail_if_no(Register::rax);
 }
 
 }  // namespace korvane::native

@@ -63,6 +63,11 @@ constexpr Case cases[] = {
     {"X=M(1,I)", 1, "X", " 8"},
     {"X=N(B)", 1, "X", " 0"},  // 2.5 is rounded to 3
     {"X=N(I-.5)", 1, "X", " 1.5"},
+    {"X=N(0)+N(9)", 1, "X", " 9.5", "N(0)=9.25:N(9)=.25"},
+    {"N(3)=N(2)+A", 1, "N(3);N(2)", " 2 -1", "N(3)=0:N(2)=-1"},
+    {"X=A*.5+B*.5-.5", 1, "X", " 2.25"},
+    {"X=A*0-0", 1, "X", " 0"},
+    {"N%(4)=N%(4)+1", 1, "N%(4)", " 7", "N%(4)=6"},
     {"N(I+1)=A*2", 1, "N(3)", " 6", "N(3)=0"},
     {"N%(D%)=A", 1, "N%(4)", " 3", "N%(4)=0"},
     {"X%=D%*3+1", 1, "X%", " 13"},
@@ -99,6 +104,8 @@ constexpr Case cases[] = {
     {"X$=G$+H$", 1, "X$", "HELLOLO"},
     {"X$=LEFT$(G$,2)", 1, "X$", "HE"},
     {"X$=T$(I)", 1, "X$", "TWO"},
+    {"X$=T$(2)+G$", 1, "X$", "TWOHELLO"},
+    {"T$(5)=T$(2)", 1, "T$(5)", "TWO", "T$(5)=\"\""},
     {"T$(J)=H$", 1, "T$(5)", "LO", "T$(5)=\"\""},
     {"SWAP X,Y", 1, "X;Y", " 4 -1"},
     {"SWAP N(2),N(5)", 1, "N(2);N(5)", " 9 -1", "N(2)=-1:N(5)=9"},
@@ -157,7 +164,7 @@ class OnThisStack {
         "push %r12\n"
         "push %r13\n"
         "push %r14\n"
-        "push %r15\n"
+        "push %rbp\n"
         "mov %rdi, %rax\n"
         "mov %rsi, %rdi\n"
         "mov %rdx, %rsi\n"
@@ -165,7 +172,7 @@ class OnThisStack {
         "mov $-1, %r12\n"
         "mov %r12, %r13\n"
         "mov %r12, %r14\n"
-        "mov %r12, %r15\n"
+        "mov %r12, %rbp\n"
         "mov %r12, %rcx\n"
         "mov %r12, %rdx\n"
         "mov %r12, %r8\n"
@@ -189,7 +196,7 @@ class OnThisStack {
         "pcmpeqd %xmm14, %xmm14\n"
         "pcmpeqd %xmm15, %xmm15\n"
         "call *%rax\n"
-        "pop %r15\n"
+        "pop %rbp\n"
         "pop %r14\n"
         "pop %r13\n"
         "pop %r12\n"
@@ -357,6 +364,21 @@ TEST_F(MachineCode, PausesInFrontOfTheStatementThatHasNoneLeft) {
         const std::uint64_t turns = std::min<std::uint64_t>((budget - 1) / 2, 10);
         EXPECT_EQ(printed("X"), " " + std::to_string(turns)) << budget;
     }
+}
+
+// A statement of a long program takes the time in which its bytes come from the next cache: with its ways in
+// and out, and a variable that is not one of the first, these take little more than a line of it.
+TEST_F(MachineCode, IsShort) {
+    const auto size_of = [&](std::string_view statement, int times) {
+        std::string line(statement);
+        for (int i = 1; i < times; ++i)
+            line.append(":").append(statement);
+        run_with(line, spoiling);
+        EXPECT_TRUE(make_code()) << statement;
+        return emitter_.size();
+    };
+    for (const std::string_view statement : {"X=X+1", "N(3)=N(2)+X"})
+        EXPECT_LE(size_of(statement, 7), size_of(statement, 2) + 5 * std::size_t{66}) << statement;
 }
 
 // What is no finite number, out of bounds, or does not fit is for the general handlers, which tell why.

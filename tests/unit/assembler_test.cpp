@@ -186,6 +186,9 @@ TEST_F(AssemblerTest, WhatTakesRegistersAlone) {
         for (const test::ConditionForm& form : test::condition_forms)
             add({[=](Assembler& assembler) { assembler.set_byte(form.condition, target); },
                  "set" + std::string(form.suffix) + ' ' + test::register_name(Size::byte, number)});
+        add({[=](Assembler& assembler) { assembler.test_byte(target); },
+             "test " + test::register_name(Size::byte, number) + ", " +
+                 test::register_name(Size::byte, number)});
         for (const std::uint64_t value : {0UL, 1UL, 0x7FFFFFFFUL, 0xFFFFFFFFUL})
             add({[=](Assembler& assembler) { assembler.load_number(target, value); },
                  "mov " + test::register_name(Size::dword, number) + ", " + std::to_string(value)});
@@ -253,7 +256,7 @@ TEST_F(AssemblerTest, OperationsCompute) {
         {Operation::mulsd, [](double a, double b) { return a * b; }},
         {Operation::divsd, [](double a, double b) { return a / b; }},
         {Operation::sqrtsd, [](double, double b) { return std::sqrt(b); }},
-        {Operation::movapd, [](double, double b) { return b; }},
+        {Operation::movaps, [](double, double b) { return b; }},
     };
     constexpr WholeOperation wholes[] = {
         {Operation::add, [](std::uint64_t a, std::uint64_t b) { return a + b; }},
