@@ -224,7 +224,8 @@ TEST_F(SpecialisedForms, NothingIsPlannedWithoutStack) {
     stack = before;
 }
 
-// Definitions are looked at with the calls that lead to them; a chain of long ones has more parts than there is room for.
+// Definitions are looked at with the calls that lead to them; a chain of long ones has more parts than there
+// is room for.
 TEST_F(SpecialisedForms, ChainsOfFunctionsWithoutRoomHaveNone) {
     constexpr int ones = 55;
     std::string sum = "P";
