@@ -158,6 +158,7 @@ void Machine::on_time_limit(int, siginfo_t*, void* context) {
     const auto& at = *static_cast<const ucontext_t*>(context);
     const auto place = static_cast<std::uint64_t>(at.uc_mcontext.gregs[REG_RIP]);
     if (running->runs_at(place)) {
+        running->fault_report_ = "the time limit has passed" + running->describe_place(place);
         running->stop_ = Stop::timed_out;
         running->started_ = false;
         before_switch(nullptr, running->host_stack_, running->host_stack_size_);
@@ -194,6 +195,17 @@ bool Machine::runs_at(std::uint64_t place) const {
            place < reinterpret_cast<std::uint64_t>(&etext);
 }
 
+std::string Machine::describe_place(std::uint64_t place) const {
+    const bool in_image = image_ && image_->memory.contains(place);
+    const char* where = in_image                             ? "image offset"
+                        : firmware_.memory().contains(place) ? "in the machine's memory at"
+                                                             : "outside the image at";
+    char text[80];
+    std::snprintf(text, sizeof text, ", %s %#llx", where,
+                  static_cast<unsigned long long>(in_image ? place - image_->memory.base() : place));
+    return text;
+}
+
 std::string Machine::describe_fault(int number, const siginfo_t& information,
                                     const ucontext_t& context) const {
     const auto place = static_cast<std::uint64_t>(context.uc_mcontext.gregs[REG_RIP]);
@@ -206,12 +218,8 @@ std::string Machine::describe_fault(int number, const siginfo_t& information,
             std::snprintf(text + used, sizeof text - used, format, static_cast<unsigned long long>(value));
     };
     if (number == SIGSEGV || number == SIGBUS) add(" at address %#llx", address);
-    if (image_ && image_->memory.contains(place))
-        add(", image offset %#llx", place - image_->memory.base());
-    else if (firmware_.memory().contains(place))
-        add(", in the machine's memory at %#llx", place);
-    else
-        add(", outside the image at %#llx", place);
+    length += std::snprintf(text + length, sizeof text - static_cast<std::size_t>(length), "%s",
+                            describe_place(place).c_str());
     if (const std::uint64_t base = firmware_.config().layout.stack;
         address < base && base - address <= uefi::page_size)
         add(" (the stack of %llu bytes is exhausted)", firmware_.config().stack_size);

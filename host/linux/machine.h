@@ -39,7 +39,7 @@ struct ImageSource {
 enum class Stop {
     waits_for_key,  // nothing happens before a key is pressed
     polls_key,      // it asked for a key in passing; only when Machine::stop_at_polls asks for it
-    timed_out,      // the time limit of run() has passed; the machine cannot go on
+    timed_out,      // the time limit of run() has passed, see Machine::fault_report; the machine cannot go on
     returned,       // the application ended; see Machine::status
     fault,          // it broke the processor's rules; see Machine::fault_report
 };
@@ -88,6 +88,7 @@ class Machine {
     void switch_to_host(Stop stop);
     void install_signal_handlers();
     bool runs_at(std::uint64_t place) const;
+    std::string describe_place(std::uint64_t place) const;
     std::string describe_fault(int number, const siginfo_t& information, const ucontext_t& context) const;
 
     ImageSource source_;

@@ -195,7 +195,9 @@ class Typist {
         const host::Stop stop = machine_->run(options_.patience);
         microseconds_ = processor_microseconds() - began;
         if (stop == host::Stop::fault) return machine_->fault_report();
-        if (stop == host::Stop::timed_out) return "it does not end";
+        if (stop == host::Stop::timed_out)
+            return "it does not end: " + machine_->fault_report() + ", " +
+                   std::to_string(keyboard.polls() - polls) + " looks at the keyboard";
         if (stop == host::Stop::returned) return "the application has ended";
         const std::uint64_t used =
             keyboard.polls() - polls - std::min<std::uint64_t>(keys, keyboard.polls() - polls);
