@@ -241,9 +241,9 @@ class Inspection {
         }
         for (const BitmapSlot& slot : bitmaps.slots) {
             if (!slot.loaded || slot.clears != arenas.clears) continue;
-            require(slot.width <= data_limit / 4 && slot.height <= data_limit / 4 &&
-                        lies_in(slot.pixels, std::uint64_t{slot.width} * slot.height * 4,
-                                arenas.LOMEM + variable_table_size, arenas.FREEBOT),
+            const std::uint64_t pixels = std::uint64_t{slot.width} * slot.height;
+            require(pixels <= data_limit / 4 &&
+                        lies_in(slot.pixels, pixels * 4, arenas.LOMEM + variable_table_size, arenas.FREEBOT),
                     "a bitmap stands among the arrays");
         }
         std::uint8_t active = 0;
