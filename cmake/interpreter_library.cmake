@@ -21,4 +21,5 @@ foreach(library interpreter_objects interpreter)
   target_include_directories(${library} PUBLIC ${CMAKE_SOURCE_DIR}/src)
   target_link_libraries(${library} PUBLIC console_font PRIVATE korvane_warnings)
   target_compile_options(${library} PRIVATE -fno-exceptions -fno-rtti -fno-strict-aliasing -ffp-contract=off)
+  set_target_properties(${library} PROPERTIES UNITY_BUILD OFF)  # each as in the image
 endforeach()

@@ -2,6 +2,7 @@
 
 import json
 import os
+import shlex
 import shutil
 import socket
 import subprocess
@@ -51,9 +52,11 @@ class Machine:
     """A running virtual PC. Use it in a with statement: leaving it ends QEMU."""
 
     def __init__(self, disk, *, memory=512, arguments=(), display="none", code=FIRMWARE_CODE,
-                 variables=FIRMWARE_VARIABLES, accelerator="tcg", key_interval=KEY_INTERVAL, ps2=True):  # fmt: skip
+                 variables=FIRMWARE_VARIABLES, accelerator="tcg", key_interval=KEY_INTERVAL, ps2=True,
+                 state=None):  # fmt: skip
         """Boots from a disk image file, which the machine may write to; the firmware's variables are a copy. ps2 tells
-        that it is a PS/2 keyboard which is typed on."""
+        that it is a PS/2 keyboard which is typed on. With a state, which save_state() of a machine with the same devices
+        has written, it goes on from there."""
         self.folder = tempfile.mkdtemp(prefix="korvane-qemu-")
         self.socket = None
         self.process = None
@@ -70,7 +73,10 @@ class Machine:
                 + ["-drive", f"if=pflash,format=raw,unit=1,file={own_variables}"]
                 + (["-drive", f"format=raw,file={disk}"] if disk else [])
                 + list(arguments)
+                + (["-incoming", f"exec:cat {shlex.quote(str(state))}"] if state else [])
             )
+            if state:
+                self.go_on()
         except BaseException:
             self.close()
             raise
@@ -132,6 +138,22 @@ class Machine:
                 raise MachineError(f"{name}: {answer['error']['desc']}")
             if "return" in answer:
                 return answer["return"]
+
+    def status(self):
+        return self.command("query-status")["status"]
+
+    def save_state(self, path):
+        """Writes what a machine that stands still is, for another one to go on from."""
+        self.command("migrate", uri=f"exec:cat >{shlex.quote(str(path))}")
+        while (status := self.command("query-migrate")["status"]) != "completed":
+            if status == "failed":
+                raise MachineError("the machine's state could not be saved")
+            time.sleep(0.02)
+
+    def go_on(self):
+        while self.status() == "inmigrate":
+            time.sleep(0.02)
+        self.command("cont")
 
     def press(self, *codes):
         """Presses keys together (QEMU's key codes), releases them in the opposite order."""

@@ -40,6 +40,7 @@ class Screen:
 
     glyphs = None
     cell_cache = {}
+    row_cache = {}  # the rows of the last picture that was read: most of the next one's are the same
 
     def __init__(self, ppm):
         """Takes a binary PPM picture (as QEMU's screendump writes it)."""
@@ -52,6 +53,7 @@ class Screen:
         if Screen.glyphs is None:
             Screen.glyphs = glyph_texts()
         self.background = self.commonest_corner()
+        self.texts = None
 
     def commonest_corner(self):
         """The colour that most cells have at their upper left, where nearly every glyph shows its background."""
@@ -97,12 +99,24 @@ class Screen:
                 return text
         return UNKNOWN
 
+    def row(self, row):
+        """One row of text, trailing blanks trimmed."""
+        return "".join(self.cell(row, column) for column in range(self.width // CELL_WIDTH)).rstrip()
+
     def rows(self):
         """All rows of text, trailing blanks trimmed; a waiting editor's cursor shows as a full block."""
-        return [
-            "".join(self.cell(row, column) for column in range(self.width // CELL_WIDTH)).rstrip()
-            for row in range(self.height // CELL_HEIGHT)
-        ]
+        if self.texts is None:
+            size = 3 * CELL_HEIGHT * self.width
+            read = {}
+            self.texts = []
+            for row in range(self.height // CELL_HEIGHT):
+                key = (self.width, self.background, self.pixels[row * size : (row + 1) * size])
+                text = read.get(key)
+                if text is None:
+                    text = read[key] = Screen.row_cache[key] if key in Screen.row_cache else self.row(row)
+                self.texts.append(text)
+            Screen.row_cache = read
+        return list(self.texts)
 
     def text(self):
         """The rows down to the last that is not blank, each ended by a line feed."""

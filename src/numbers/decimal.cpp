@@ -20,86 +20,88 @@ constexpr std::array<double, 23> powers_of_ten = {1e0,  1e1,  1e2,  1e3,  1e4,  
                                                   1e8,  1e9,  1e10, 1e11, 1e12, 1e13, 1e14, 1e15,
                                                   1e16, 1e17, 1e18, 1e19, 1e20, 1e21, 1e22};
 
-// Decimal magnitudes (positions of the first digit, 1 for 1 to 9)
-// outside these round to infinity and to zero.
-constexpr std::int64_t highest_magnitude = 309;
-constexpr std::int64_t lowest_magnitude = -323;
-
 // Digits that 64 bits hold, and room for one more unit.
 constexpr std::int64_t head_digits = 19;
 
-// A number as text: its mantissa's digits (with the point among them) and exponent.
+// A number as text: its mantissa's digits (with the point among them) and exponent. It is the head, and a
+// part of a unit if digits are left out of it, times 10^power.
 struct Decimal {
     DecimalShape shape;
-    std::string_view mantissa;  // from the first digit that is not zero; empty for zero
-    std::uint64_t head;         // value of the first 19 or fewer digits of it
-    std::int64_t digits;        // digits in the mantissa
-    std::int64_t exponent;      // the number is the mantissa, read as an integer, times 10^exponent
+    std::string_view mantissa;  // as written; of more than 19 digits from the first that is not zero
+    std::uint64_t head;         // value of the first 19 or fewer digits of it; 0 only for zero
+    std::int64_t left_out;      // digits behind those
+    std::int64_t power;
 };
 
-// The exponent, if there is one behind the mantissa. Its value saturates far outside the range that a text's
-// length could bring back.
-void read_exponent(std::string_view text, Decimal& decimal) {
-    std::size_t position = decimal.shape.length;
-    const char letter = fold_to_upper(text[position]);
-    if (letter != 'E' && letter != 'D') return;
-    ++position;
-    const bool negative = position < text.size() && text[position] == '-';
-    if (negative || (position < text.size() && text[position] == '+')) ++position;
-    const std::size_t start = position;
-    std::int64_t exponent = 0;
-    for (; position < text.size() && is_digit(text[position]); ++position)
-        if (exponent < 1'000'000'000'000'000) exponent = 10 * exponent + (text[position] - '0');
-    if (position == start) return;
-    decimal.shape.length = position;
-    decimal.shape.exponent_letter = letter;
-    decimal.exponent += negative ? -exponent : exponent;
+// The head of a mantissa of many digits, and what is left out of it.
+[[gnu::noinline]] void read_head(Decimal& decimal) {
+    std::string_view& mantissa = decimal.mantissa;
+    auto digits = static_cast<std::int64_t>(decimal.shape.digits);
+    for (; !mantissa.empty() && (mantissa.front() == '0' || mantissa.front() == '.');
+         mantissa.remove_prefix(1))
+        if (mantissa.front() == '0') --digits;
+    decimal.left_out = std::max<std::int64_t>(digits - head_digits, 0);
+    std::uint64_t head = 0;
+    const char* at = mantissa.data();
+    for (std::int64_t left = digits - decimal.left_out; left > 0; ++at) {
+        if (*at == '.') continue;
+        head = 10 * head + static_cast<std::uint64_t>(*at - '0');
+        --left;
+    }
+    decimal.head = head;
+    decimal.power += decimal.left_out;
 }
 
-// The value of the mantissa's first digits, as many as a head has.
-[[gnu::cold]] std::uint64_t read_head(std::string_view mantissa) {
-    std::uint64_t head = 0;
-    std::int64_t digits = 0;
-    for (std::size_t i = 0; digits < head_digits; ++i) {
-        if (mantissa[i] == '.') continue;
-        head = 10 * head + static_cast<std::uint64_t>(mantissa[i] - '0');
-        ++digits;
-    }
-    return head;
+// The exponent at a place behind a mantissa, which moves behind it; 0, and it stays, when there is none. The
+// value saturates far outside the range that a text's length could bring back.
+inline std::int64_t read_exponent(const char*& place, const char* end) {
+    const char* at = place;
+    if (at == end) return 0;
+    const char letter = fold_to_upper(*at);
+    if (letter != 'E' && letter != 'D') return 0;
+    ++at;
+    const bool negative = at != end && *at == '-';
+    if (negative || (at != end && *at == '+')) ++at;
+    const char* const start = at;
+    std::int64_t exponent = 0;
+    for (; at != end && is_digit(*at); ++at)
+        if (exponent < 1'000'000'000'000'000) exponent = 10 * exponent + (*at - '0');
+    if (at != start) place = at;
+    return negative ? -exponent : exponent;
 }
 
 // The longest number at the beginning of a text. What changes with every character is kept in variables of
 // its own: they have registers, which fields of the result would not have.
 Decimal parse(std::string_view text) {
-    const std::size_t nowhere = text.size();
-    std::size_t point = nowhere;
-    std::size_t position = 0;
-    const auto take_point = [&] {
-        if (text[position] != '.' || point != nowhere) return false;
-        point = position;
-        return true;
-    };
-    while (position < text.size() && (text[position] == '0' || take_point()))
-        ++position;
-    const std::size_t start = position;
+    const char* const end = text.data() + text.size();
+    const char* at = text.data();
+    const char* point = nullptr;
     std::uint64_t head = 0;
-    for (; position < text.size(); ++position) {
-        const auto digit = static_cast<std::uint32_t>(text[position] - '0');
+    for (; at != end; ++at) {
+        const auto digit = static_cast<std::uint32_t>(*at - '0');
         if (digit <= 9)
             head = 10 * head + digit;
-        else if (!take_point())
+        else if (*at == '.' && point == nullptr)
+            point = at;
+        else
             break;
     }
     Decimal decimal{};
-    const bool has_point = point != nowhere;
-    const std::size_t digits = position - (has_point ? 1 : 0);
+    const auto length = static_cast<std::size_t>(at - text.data());
+    const std::size_t digits = length - (point != nullptr ? 1 : 0);
     if (digits == 0) return decimal;
-    decimal.shape = {position, digits, has_point, 0};
-    if (has_point) decimal.exponent = -static_cast<std::int64_t>(position - point - 1);
-    decimal.mantissa = text.substr(start, position - start);
-    decimal.digits = static_cast<std::int64_t>(position - start - (has_point && point >= start ? 1 : 0));
-    decimal.head = decimal.digits <= head_digits ? head : read_head(decimal.mantissa);
-    if (position < text.size()) read_exponent(text, decimal);
+    decimal.shape = {length, digits, point != nullptr, 0};
+    decimal.mantissa = text.substr(0, length);
+    decimal.head = head;
+    std::int64_t power = point != nullptr ? point + 1 - at : 0;
+    const char* behind = at;
+    power += read_exponent(behind, end);
+    if (behind != at) {
+        decimal.shape.length = static_cast<std::size_t>(behind - text.data());
+        decimal.shape.exponent_letter = fold_to_upper(*at);
+    }
+    decimal.power = power;
+    if (digits > head_digits) read_head(decimal);
     return decimal;
 }
 
@@ -141,6 +143,7 @@ BigNatural read_digits(const Decimal& decimal, std::int64_t& exponent) {
         if (character == '.') continue;
         if (taken == digit_limit) {
             rest = rest || character != '0';
+            exponent++;
             continue;
         }
         block = 10 * block + static_cast<std::uint64_t>(character - '0');
@@ -153,7 +156,6 @@ BigNatural read_digits(const Decimal& decimal, std::int64_t& exponent) {
         }
     }
     result.multiply_add(scale, block);
-    exponent += decimal.digits - taken;
     if (rest) {
         result.multiply_add(10, 1);
         exponent--;
@@ -163,7 +165,7 @@ BigNatural read_digits(const Decimal& decimal, std::int64_t& exponent) {
 
 // Exact long division of the number's numerator by its denominator to 64 bits and a rest.
 [[gnu::cold]] Scaled scale(const Decimal& decimal) {
-    std::int64_t exponent = decimal.exponent;
+    std::int64_t exponent = decimal.power - decimal.left_out;
     BigNatural numerator = read_digits(decimal, exponent);
     BigNatural denominator(1);
     // 10^exponent is 5^exponent here and 2^exponent in the binary exponent.
@@ -194,40 +196,63 @@ BigNatural read_digits(const Decimal& decimal, std::int64_t& exponent) {
         }
         numerator.shift_left(1);
     }
-    return {quotient, !numerator.is_zero(), binary_exponent - 63};
+    return {quotient, binary_exponent - 63, !numerator.is_zero()};
 }
 
 // Decides by the head of the digits where that can be done: a number with more of them lies between its head
 // and the next one.
 bool convert_quickly(const Decimal& decimal, const Format& format, std::uint64_t& bits) {
-    const std::int64_t left_out = std::max<std::int64_t>(decimal.digits - head_digits, 0);
-    const auto power = static_cast<std::int32_t>(decimal.exponent + left_out);
-    Scaled number;
-    if (!scale_quickly(decimal.head, power, number)) return false;
+    const auto power = static_cast<std::int32_t>(decimal.power);
+    const Scaled number = scale_quickly(decimal.head, power);
+    if (number.quotient == 0) return false;
     bits = round_to(format, number);
-    if (left_out == 0) return true;
-    return scale_quickly(decimal.head + 1, power, number) && round_to(format, number) == bits;
+    if (decimal.left_out == 0) return true;
+    const Scaled next = scale_quickly(decimal.head + 1, power);
+    return next.quotient != 0 && round_to(format, next) == bits;
 }
 
-// The bits of the number in a format whose range lies within binary64's.
-std::uint64_t convert(const Decimal& decimal, const Format& format) {
-    const std::int64_t magnitude = decimal.digits + decimal.exponent;
-    if (decimal.digits == 0 || magnitude < lowest_magnitude) return 0;
-    if (magnitude > highest_magnitude)
-        return round_to(format, {std::uint64_t{1} << 63, false, format.highest});
+// The bits of the number in a format whose range lies within binary64's: what is beyond the powers that can
+// be scaled is far outside of it, whatever the head.
+[[gnu::noinline]] std::uint64_t convert(const Decimal& decimal, const Format& format) {
+    if (decimal.head == 0 || decimal.power < lowest_scale) return 0;
+    if (decimal.power > highest_scale)
+        return round_to(format, {std::uint64_t{1} << 63, format.highest, false});
     std::uint64_t bits;
     return convert_quickly(decimal, format, bits) ? bits : round_to(format, scale(decimal));
 }
 
+// Whether binary64 has the number with all its bits, however it is rounded.
+bool is_normal(const Scaled& number) {
+    const std::int32_t leading = number.exponent + 63;
+    return leading >= binary64.lowest && leading < binary64.highest;
+}
+
+// What round_to() makes of a normal number.
+double round_normal(const Scaled& number) {
+    constexpr std::int32_t dropped = 64 - binary64.precision;
+    constexpr std::uint64_t half = std::uint64_t{1} << (dropped - 1);
+    const std::uint64_t kept = number.quotient >> dropped;
+    const std::uint64_t tail = number.quotient & (2 * half - 1);
+    const bool beyond_tie = number.has_rest || (kept & 1) != 0;
+    const bool up = tail + (beyond_tie ? 1 : 0) > half;
+    const auto field = static_cast<std::uint64_t>(number.exponent + 63 - binary64.lowest);
+    return std::bit_cast<double>((field << (binary64.precision - 1)) + kept + (up ? 1 : 0));
+}
+
 double to_double(const Decimal& decimal) {
+    if (decimal.left_out != 0 || decimal.head == 0) return std::bit_cast<double>(convert(decimal, binary64));
     // Both operands exact: the one rounding of the operation is the right one.
     constexpr std::int64_t exact = static_cast<std::int64_t>(powers_of_ten.size()) - 1;
-    if (decimal.digits <= head_digits && decimal.head <= std::uint64_t{1} << 53) {
+    if (decimal.head <= std::uint64_t{1} << 53) {
         const auto head = static_cast<double>(decimal.head);
-        if (decimal.exponent >= 0 && decimal.exponent <= exact)
-            return head * powers_of_ten[static_cast<std::size_t>(decimal.exponent)];
-        if (decimal.exponent < 0 && decimal.exponent >= -exact)
-            return head / powers_of_ten[static_cast<std::size_t>(-decimal.exponent)];
+        if (decimal.power >= 0 && decimal.power <= exact)
+            return head * powers_of_ten[static_cast<std::size_t>(decimal.power)];
+        if (decimal.power < 0 && decimal.power >= -exact)
+            return head / powers_of_ten[static_cast<std::size_t>(-decimal.power)];
+    }
+    if (decimal.power >= lowest_scale && decimal.power <= highest_scale) {
+        const Scaled number = scale_quickly(decimal.head, static_cast<std::int32_t>(decimal.power));
+        if (number.quotient != 0 && is_normal(number)) return round_normal(number);
     }
     return std::bit_cast<double>(convert(decimal, binary64));
 }
@@ -243,17 +268,8 @@ LeadingNumber leading_decimal(std::string_view text) {
     return {to_double(decimal), decimal.shape.length};
 }
 
-[[gnu::cold]] double decimal_to_single(std::string_view number) {
-    const Decimal decimal = parse(number);
-    constexpr std::int64_t exact = 10;  // 5^10 is the highest power of 5 within 24 bits
-    if (decimal.digits <= head_digits && decimal.head <= std::uint64_t{1} << 24) {
-        const auto head = static_cast<float>(decimal.head);
-        if (decimal.exponent >= 0 && decimal.exponent <= exact)
-            return head * static_cast<float>(powers_of_ten[static_cast<std::size_t>(decimal.exponent)]);
-        if (decimal.exponent < 0 && decimal.exponent >= -exact)
-            return head / static_cast<float>(powers_of_ten[static_cast<std::size_t>(-decimal.exponent)]);
-    }
-    return std::bit_cast<float>(static_cast<std::uint32_t>(convert(decimal, binary32)));
+double decimal_to_single(std::string_view number) {
+    return std::bit_cast<float>(static_cast<std::uint32_t>(convert(parse(number), binary32)));
 }
 
 double power_of_ten(int exponent) {

@@ -79,34 +79,32 @@ Wide multiply(Wide left, Power right, Wide& lower) {
 }
 
 // Decides by all bits of the power; `exponent` is that of the quotient before its highest bit is set.
-[[gnu::cold, gnu::noinline]] bool scale_by_all_bits(Wide integer, std::int32_t index, Scaled& number) {
+[[gnu::cold, gnu::noinline]] Scaled scale_by_all_bits(Wide integer, std::int32_t index,
+                                                      std::int32_t exponent) {
     Wide lower = 0;
     Wide product = multiply(integer, powers[static_cast<std::size_t>(index)], lower);
-    for (; product >> 127 == 0; --number.exponent) {
+    for (; product >> 127 == 0; --exponent) {
         product = product << 1 | lower >> 127;
         lower <<= 1;
     }
-    number.quotient = static_cast<std::uint64_t>(product >> 64);
+    const auto quotient = static_cast<std::uint64_t>(product >> 64);
     const auto rest = static_cast<std::uint64_t>(product);
-    if (is_exact(first_block + index)) {
-        number.has_rest = (rest | lower) != 0;
-        return true;
-    }
+    if (is_exact(first_block + index)) return {quotient, exponent, (rest | lower) != 0};
     // What the power lacks is less than one unit of its last bit, so the product lacks less than two units of
     // the rest, eight once it has been shifted by two; and it does lack something.
-    return rest < ~std::uint64_t{0} - 7;
+    return {rest < ~std::uint64_t{0} - 7 ? quotient : 0, exponent, true};
 }
 
 }  // namespace
 
-bool scale_quickly(std::uint64_t head, std::int32_t power, Scaled& number) {
+Scaled scale_quickly(std::uint64_t head, std::int32_t power) {
     const std::int32_t index = block_of(power - lowest_scale);
     const std::int32_t power_of_block = (first_block + index) * block_size;
     const std::int32_t rest_of_power = power - power_of_block;
     const std::int32_t zeros = std::countl_zero(head | 1);
     const Wide integer = Wide{head << zeros} * powers_of_five[static_cast<std::size_t>(rest_of_power)];
-    number.exponent = binary_exponent(power_of_block) + binary_exponent(rest_of_power) - zeros + 2;
-    number.has_rest = true;
+    const std::int32_t exponent =
+        binary_exponent(power_of_block) + binary_exponent(rest_of_power) - zeros + 2;
 
     // The product of the upper halves has an upper half that lacks less than three units, twelve once it has
     // been shifted by two. No format ends within the quotient's last ten bits, so mostly nothing is to be
@@ -115,10 +113,9 @@ bool scale_quickly(std::uint64_t head, std::int32_t power, Scaled& number) {
         Wide{static_cast<std::uint64_t>(integer >> 64)} * powers[static_cast<std::size_t>(index)].high;
     const auto upper = static_cast<std::uint64_t>(product >> 64);
     const std::int32_t shift = std::countl_zero(upper | 1);
-    number.quotient = upper << shift;
-    if ((number.quotient & 1023) - 1 >= 1023 - 12) return scale_by_all_bits(integer, index, number);
-    number.exponent -= shift;
-    return true;
+    const std::uint64_t quotient = upper << shift;
+    if ((quotient & 1023) - 1 >= 1023 - 12) return scale_by_all_bits(integer, index, exponent);
+    return {quotient, exponent - shift, true};
 }
 
 }  // namespace korvane

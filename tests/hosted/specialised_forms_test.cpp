@@ -189,6 +189,7 @@ TEST_F(SpecialisedForms, EveryStatementCountsAsOne) {
                                  {"X=1:Y=2:X$=G$", 4},
                                  {"IF A>B THEN X=1", 3},
                                  {"IF A<B THEN X=1 ELSE X=2", 3},
+                                 {"IF A>B THEN X=1 ELSE X=2", 3},
                                  {"IF G$>\"A\" THEN X=1", 3},
                                  {"IF A>B THEN 40", 2},
                                  {"GOTO 40", 2},
@@ -221,6 +222,24 @@ TEST_F(SpecialisedForms, NothingIsPlannedWithoutStack) {
     at = program.lines[find_line(30)].tokens + 2;
     EXPECT_EQ(fast::parse_expression(at, 1), fast::none);
     stack = before;
+}
+
+// Definitions are looked at with the calls that lead to them; a chain of long ones has more parts than there
+// is room for.
+TEST_F(SpecialisedForms, ChainsOfFunctionsWithoutRoomHaveNone) {
+    constexpr int ones = 55;
+    std::string sum = "P";
+    for (int line = 14; line < 20; ++line) {
+        const char name[] = {static_cast<char>('E' + line - 14), '\0'};
+        std::string text = std::to_string(line) + " DEF FN" + name + "(P)=";
+        for (int i = 0; i < ones; ++i)
+            text += "1+";
+        session_.type(text + sum);
+        sum = std::string("FN") + name + "(P)";
+    }
+    // What they come to is the same.
+    EXPECT_TRUE(is_specialised(run_with("X=FNG(2):IF X<>167 THEN ERROR 5")));
+    EXPECT_FALSE(is_specialised(run_with("X=FNJ(2):IF X<>332 THEN ERROR 5")));
 }
 
 // What prints, draws or waits is executed by its handler; only its arguments are specialised.

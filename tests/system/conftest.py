@@ -12,6 +12,7 @@ sys.path.insert(0, str(ROOT / "tools"))
 import programs  # noqa: E402
 from disk_image import DiskImage  # noqa: E402
 from qemu_machine import Machine  # noqa: E402
+from woken_machine import wake  # noqa: E402
 
 IMAGE = ROOT / "build" / "korvane.efi"
 BOOT_TIMEOUT = 90
@@ -32,7 +33,7 @@ def make_disk(folder, image=IMAGE, files=None, folders=()):
 
 def boot(disk, **options):
     """A machine booted from a disk (None: from what the options give it) to the prompt; close it (or use it in a with statement)."""
-    machine = Machine(disk and disk.path, **options)
+    machine = wake(disk) if disk and not options else Machine(disk and disk.path, **options)
     try:
         machine.wait_for(lambda screen: "Ready." in screen.rows(), BOOT_TIMEOUT, "the prompt")
     except BaseException:

@@ -4,7 +4,7 @@ import sys
 
 import pytest
 from conftest import ROOT, make_disk
-from qemu_machine import Machine
+from woken_machine import wake
 
 sys.path.insert(0, str(ROOT / "tests" / "pictures"))
 
@@ -58,7 +58,7 @@ def test_an_example_shows_its_picture(tmp_path, name):
     program = (ROOT / "examples" / f"{name}.bas").read_bytes()
     disk = make_disk(tmp_path, files={"STARTUP.BAS": program})
 
-    with Machine(disk.path) as machine:
+    with wake(disk) as machine:
         machine.wait_for(
             lambda screen: (screen.width, screen.height, screen.pixels) == (width, height, pixels),
             120,

@@ -1,7 +1,7 @@
 """CREATEEFI on real firmware: the image it makes boots into its program and gives the machine back."""
 
 from conftest import BOOT_TIMEOUT, IMAGE, boot, make_disk
-from qemu_machine import Machine
+from woken_machine import wake
 
 GAME = b"""\
 10 COLOR 14,1:CLS:PRINT "THE GAME BEGINS"
@@ -36,7 +36,7 @@ def test_created_image_boots_into_its_program_and_returns_to_the_firmware(tmp_pa
     image = folder / "game.efi"
     image.write_bytes(standalone)
     stick = make_disk(folder, image, {"STARTUP.BAS": b'10 PRINT "NOT THIS"\r\n'})
-    with Machine(stick.path) as machine:
+    with wake(stick) as machine:
         see_game(machine)
         machine.press("x")
         machine.wait_for(

@@ -200,6 +200,23 @@ TEST(DecimalTest, MultiplesOf64BitsAreNoZeros) {
     }
 }
 
+// Zeros in front are no part of what 64 bits hold, and say nothing of how large a number is.
+TEST(DecimalTest, ZerosInFrontDoNotCount) {
+    for (std::size_t zeros = 0; zeros <= 25; zeros++) {
+        for (const std::string number :
+             {"0", "1", "2.5", "179769313486231", "4.9406564584124654", "9999999999999999999"}) {
+            for (const int exponent :
+                 {-1000, -370, -352, -351, -350, -343, -330, -324, -323, -308, -23, -22, -1,  0,
+                  1,     22,   23,   289,  290,  299,  307,  308,  309,  310,  323, 324, 350, 1000}) {
+                const std::string behind = number + "E" + std::to_string(exponent);
+                expect_right(std::string(zeros, '0') + behind);
+                if (number.find('.') == std::string::npos)
+                    expect_right("0." + std::string(zeros, '0') + behind);
+            }
+        }
+    }
+}
+
 TEST(DecimalTest, ExponentLettersAreEAndDOfEitherCase) {
     for (const char* text : {"15E1", "15e1", "15D1", "15d1", "15E+1", "15D+01"})
         EXPECT_EQ(decimal_to_double(text), 150) << text;

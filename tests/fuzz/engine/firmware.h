@@ -8,10 +8,10 @@
 #include <cstdint>
 #include <deque>
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
+#include "page_access.h"
 #include "platform/uefi.h"
 #include "saved_memory.h"
 #include "service_faults.h"
@@ -112,7 +112,7 @@ class Firmware {
     std::size_t pool_blocks() const;
     bool owns(std::uint64_t address, std::uint64_t bytes) const;
     // Whether machine code has been made in this input.
-    bool has_code() const;
+    bool has_code() const { return access_.has_code(); }
     // What was shown on the firmware's console when the interpreter stopped for good.
     const std::string& last_words() const { return last_words_; }
     // True when what was done in this input depends on when the interpreter looked for a key.
@@ -145,12 +145,6 @@ class Firmware {
     void count_failed_look();
     void enter_mode(std::uint32_t mode);
     std::vector<uefi::MemoryDescriptor> map() const;
-    std::uint64_t attributes_of_page(std::uint64_t page) const;
-    uefi::Status read_attributes(std::uint64_t address, std::uint64_t bytes, std::uint64_t& attributes) const;
-    uefi::Status change_attributes(std::uint64_t address, std::uint64_t bytes, std::uint64_t set,
-                                   std::uint64_t cleared);
-    void protect_pages(std::uint64_t begin, std::uint64_t end) const;
-    void unprotect_pages() const;
     void* find(uefi::Handle handle, const uefi::Guid& protocol);
     std::vector<uefi::Handle> all_with(const uefi::Guid* protocol);
     void* allocate(std::uint64_t size);
@@ -162,10 +156,7 @@ class Firmware {
     SavedMemory scratch_;
     SavedMemory tables_;
     SavedMemory framebuffer_;
-    std::vector<std::uint64_t> guards_;  // pages without access between those handed out
-    std::size_t saved_guards_ = 0;
-    std::map<std::uint64_t, std::uint64_t> protected_;  // attributes of pages that somebody has changed
-    std::map<std::uint64_t, std::uint64_t> saved_protected_;
+    PageAccess access_;
 
     Hardware hardware_;
     std::vector<Disk> disks_;
