@@ -183,6 +183,23 @@ void Assembler::load_address(Register target, Label& label) {
     put_distance(label);
 }
 
+void Assembler::call(Label& label) {
+    put(0xE8);
+    put_distance(label);
+}
+
+void Assembler::call(const void* function) {
+    const auto address = reinterpret_cast<std::intptr_t>(function);
+    const std::intptr_t distance = address - reinterpret_cast<std::intptr_t>(room.data() + used + 5);
+    if (distance == static_cast<std::int32_t>(distance)) {
+        put(0xE8);
+        put_32(static_cast<std::uint32_t>(distance));
+        return;
+    }
+    load_number(Register::rax, static_cast<std::uint64_t>(address));
+    emit(Unary::call, Register::rax);
+}
+
 void Assembler::jump(Label& label) {
     if (label.is_bound()) {
         const std::int64_t distance = ~label.where - (static_cast<std::int64_t>(used) + 2);

@@ -259,6 +259,11 @@ class Assembler {
     void store_number_64(Operand place, std::int32_t number);  // which is extended
     void load_address(Register target, Label& label);
 
+    void call(Label& label);
+    void return_() { put(0xC3); }
+    // Calls a function: directly, which needs no prediction, where the code lies near enough to it. Else its
+    // address goes through rax.
+    void call(const void* function);
     void jump(Label& label);
     void jump_if(Condition condition, Label& label);
     void bind(Label& label);

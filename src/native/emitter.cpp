@@ -78,6 +78,7 @@ void Emitter::clear_labels(Place& place) {
 void Emitter::emit_statement(Place& place) {
     current = &place;
     binding_count = 0;
+    first_real = Vector::xmm0;
     calls_entered = 0;
     Token* at = place.at;
     switch (at->kind) {
@@ -227,8 +228,8 @@ void Emitter::emit_ends(Place& place) {
     }
     if (has_entry(place.at)) {
         code.bind(place.entry);
-        code.load_address(Register::rax, place.head);
-        code.jump(loading);
+        code.call(loading);
+        code.jump(place.head);
     }
 }
 
@@ -260,14 +261,14 @@ void Emitter::emit_common_ends() {
     code.emit(Operation::mov_32, Register::rsi, Register::rbx);
     code.emit(Unary::jmp, at(Register::rdi, __builtin_offsetof(Token, execute)));
 
-    // In: rax is where to go on, with a statement that has been counted already.
+    // Called, so that where it goes on is known beforehand: at a statement that has been counted already.
     code.bind(loading);
     code.emit(Operation::lea, Register::rbx, at(Register::rsi, 1));
     for (const Base& base : bases())
         code.load_number(base.where, base.address);
     code.load_number(Register::r12, 0xFFDFFFFFFFFFFFFF);
     load_variables();
-    code.emit(Unary::jmp, Register::rax);
+    code.return_();
 }
 
 // ---- Detours --------------------------------------------------------------------------------------

@@ -15,7 +15,8 @@
 //   xmm0 to xmm6          an expression's values, the first ones from xmm0 on
 //   rdi rsi rcx r8-r11    the same for integers, in the order in which a function takes its arguments; from
 //                         r11 down, as far as they do not need them, variables that are subscripts
-//   xmm7 to xmm13         variables
+//   xmm7 to xmm13         variables. One that a statement adds to holds the sum before that is known to be
+//                         a number: whoever comes back in loads all of them
 //   rax rdx xmm14 xmm15   for a moment
 //
 // Everything is emitted twice. The first time (a rehearsal) nothing is kept of it: it only shows whether
@@ -243,6 +244,7 @@ class Emitter {
     std::array<Binding, 24> bindings;
     std::size_t binding_count = 0;
     int calls_entered = 0;
+    Vector first_real;                       // in the place of xmm0: the variable that the statement adds to
     std::array<const double*, 16> literals;  // of different values
     std::size_t literal_count = 0;
     std::array<Detour, 96> detours;

@@ -40,6 +40,7 @@ alignas(16) constexpr std::uint64_t other_bits[2] = {~(1ULL << 63), ~0ULL};
 
 Vector Emitter::real_register(int number) {
     constexpr int most = 7;
+    if (number == 0) return first_real;
     if (number >= most) give_up();
     return static_cast<Vector>(number >= most ? 0 : number);
 }
@@ -107,7 +108,7 @@ void Emitter::use(const void* storage, Type type, Region::Way way) {
 
 // Puts a number into the register of the variable that has got it.
 void Emitter::keep(const KeptVariable& variable, Vector number) {
-    code.emit(Operation::movaps, variable.where, number);
+    copy(variable.where, number);
     find_whole(variable);
 }
 

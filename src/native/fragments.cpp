@@ -57,7 +57,7 @@ constexpr std::int64_t cost_of_writing = 8;  // in statements, however many ther
 constexpr std::int64_t enough_for_some = 2 * cost_of_writing;
 constexpr std::int64_t enough_for_all = most_places + cost_of_writing;
 constexpr std::uint32_t first_missed = 64;
-constexpr std::size_t usual_bytes_per_statement = 1024;
+constexpr std::size_t usual_bytes_per_statement = 256;
 
 struct Fragments {
     std::uint32_t generation;                  // of all code that there is
@@ -216,14 +216,15 @@ void make() {
     }
     constexpr std::size_t boundary = 64;
     const std::size_t start = (fragments.used + boundary - 1) / boundary * boundary;
-    // Room that suffices nearly always, because protecting more pages takes longer; else all that there is.
-    std::span<std::byte> memory =
-        executable_memory.begin_writing(start, region.natives().size() * usual_bytes_per_statement);
-    bool made = emitter.emit_region(memory);
-    if (!made && emitter.is_full()) {
-        memory = executable_memory.begin_writing(start);
+    // Room that suffices nearly always, because protecting more pages takes longer; else much more.
+    std::span<std::byte> memory;
+    bool made;
+    std::size_t bytes = (region.natives().size() + 1) * usual_bytes_per_statement;
+    do {
+        memory = executable_memory.begin_writing(start, bytes);
         made = emitter.emit_region(memory);
-    }
+        bytes *= 16;
+    } while (!made && emitter.is_full() && bytes < 16 * most_code_bytes);
     if (!executable_memory.end_writing()) {
         fragments.is_off = true;
         ++arenas.generation;

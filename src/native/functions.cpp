@@ -82,8 +82,7 @@ void Emitter::begin_call(int reals, int wholes) {
 
 void Emitter::end_call(const void* function, int reals, int wholes) {
     const int slots = (reals + wholes) | 1;
-    code.load_number(Register::rax, reinterpret_cast<std::uint64_t>(function));
-    code.emit(Unary::call, Register::rax);
+    code.call(function);
     code.emit(Operation::movaps, scratch, Vector::xmm0);
     for (int i = 0; i != reals; ++i)
         code.emit(Operation::movsd, real_register(i), at(Register::rsp, 8 * i));

@@ -236,14 +236,14 @@ Condition Emitter::emit_sum_of_reals(const ForEntry& entry, const VariableEntry&
     const KeptVariable* kept = variables_kept.find(storage);
     const Type type = variable.type;
     if (kept != nullptr)
-        code.emit(Operation::movaps, Vector::xmm0, kept->where);
+        first_real = kept->where;
     else
-        load_real(Vector::xmm0, type, place(storage));
-    on(Operation::addsd, Vector::xmm0, &entry.step_as_double);
-    if (type == Type::SINGLE) to_single(Vector::xmm0);
-    finite_or_fail(Vector::xmm0);
+        load_real(first_real, type, place(storage));
+    on(Operation::addsd, first_real, &entry.step_as_double);
+    if (type == Type::SINGLE) to_single(first_real);
+    finite_or_fail(first_real);
     write_real_variable(variable);
-    on(Operation::ucomisd, Vector::xmm0, &entry.limit_as_double);
+    on(Operation::ucomisd, first_real, &entry.limit_as_double);
     return sign < 0 ? Condition::below : Condition::above;
 }
 

@@ -34,25 +34,25 @@ void Emitter::fit_or_fail(Type type, Register number) {
     fail_if(Condition::not_equal);
 }
 
-// Makes a double in xmm0 what the type can hold; fails when it is none. Where nothing could fail before, the
+// Makes the first double what the type can hold; fails when it is none. Where nothing could fail before, the
 // statement has not been counted, for that costs no jump of its own here. What is called may not be called
 // twice: not all that PEEK reads is memory.
 void Emitter::prepare_real(Type type, const Node& value, bool counting) {
     const bool is_copy = value.form == Form::literal ? type == Type::DOUBLE
                                                      : value.form == Form::variable && value.type == type;
-    if (type == Type::SINGLE) to_single(Vector::xmm0);
+    if (type == Type::SINGLE) to_single(real_register(0));
     if (is_copy) return;
     if (is_rehearsal && counting)
         current->counts_itself = !current->takes && !current->fail.is_used() && detour_count == 0;
-    finite_or_fail(Vector::xmm0, counting && current->counts_itself);
+    finite_or_fail(real_register(0), counting && current->counts_itself);
 }
 
 void Emitter::write_real(Operand memory, Type type) {
     if (type == Type::DOUBLE) {
-        code.emit(Operation::movsd_store, Vector::xmm0, memory);
+        code.emit(Operation::movsd_store, real_register(0), memory);
         return;
     }
-    code.emit(Operation::cvtsd2ss, scratch, Vector::xmm0);
+    code.emit(Operation::cvtsd2ss, scratch, real_register(0));
     code.emit(Operation::movss_store, scratch, memory);
 }
 
@@ -63,14 +63,20 @@ void Emitter::write_scalar(const VariableEntry& variable, std::int16_t value) {
         write_whole(place(variable.storage), variable.type, whole_register(0));
         return;
     }
+    // What a variable in a register is on the left side of is computed there.
+    const KeptVariable* kept = variables_kept.find(variable.storage);
+    const Node& sum = node_at(value);
+    if (kept != nullptr && sum.form == Form::binary && node_at(sum.left).form == Form::variable &&
+        node_at(sum.left).storage == variable.storage)
+        first_real = kept->where;
     real(value, 0, 0);
     prepare_real(variable.type, node_at(value));
     write_real_variable(variable);
 }
 
-// The number in xmm0, which has been prepared for it.
+// The first number, which has been prepared for it.
 void Emitter::write_real_variable(const VariableEntry& variable) {
-    if (const KeptVariable* kept = variables_kept.find(variable.storage)) keep(*kept, Vector::xmm0);
+    if (const KeptVariable* kept = variables_kept.find(variable.storage)) keep(*kept, real_register(0));
     write_real(place(variable.storage), variable.type);
 }
 

@@ -197,6 +197,7 @@ TEST_F(AssemblerTest, WhatTakesRegistersAlone) {
                  "movabs " + test::register_name(Size::qword, number) + ", " + std::to_string(value)});
     }
     add({[](Assembler& assembler) { assembler.sign_extend_rax(); }, "cqo"});
+    add({[](Assembler& assembler) { assembler.return_(); }, "ret"});
     compare();
 }
 
@@ -313,6 +314,47 @@ TEST_F(AssemblerTest, ALoopAddsUpAnArray) {
     EXPECT_EQ(code(reinterpret_cast<std::int64_t>(numbers), 0), 0);
 }
 
+// The ends of what a distance of 32 bits reaches from behind the call, and one byte past each.
+TEST_F(AssemblerTest, AFunctionIsCalledDirectlyWhereItIsNear) {
+    std::array<std::byte, 20> room{};
+    const auto behind = reinterpret_cast<std::intptr_t>(room.data()) + 5;
+    for (const std::int64_t distance :
+         {std::int64_t{INT32_MIN} - 1, std::int64_t{INT32_MIN}, std::int64_t{-5}, std::int64_t{INT32_MAX},
+          std::int64_t{INT32_MAX} + 1}) {
+        Assembler assembler(room);
+        assembler.call(reinterpret_cast<const void*>(behind + distance));
+        const bool is_near = distance == static_cast<std::int32_t>(distance);
+        EXPECT_EQ(room[0] == std::byte{0xE8}, is_near) << distance;
+        if (!is_near) continue;
+        std::int32_t written;
+        std::memcpy(&written, room.data() + 1, sizeof written);
+        EXPECT_EQ(written, distance);
+        EXPECT_EQ(assembler.position(), 5u);
+    }
+}
+
+std::int64_t difference(std::int64_t a, std::int64_t b) {
+    return a - b;
+}
+
+// Calls of a function and of a place in the code, which returns; the stack is as a function finds it.
+TEST_F(AssemblerTest, CallsComeBack) {
+    const MadeCode code([](Assembler& assembler) {
+        Label twice;
+        Label end;
+        assembler.emit(WithNumber::sub, Register::rsp, 8);
+        assembler.call(reinterpret_cast<const void*>(difference));
+        assembler.emit(WithNumber::add, Register::rsp, 8);
+        assembler.call(twice);
+        assembler.jump(end);
+        assembler.bind(twice);
+        assembler.emit(Operation::add, Register::rax, Register::rax);
+        assembler.return_();
+        assembler.bind(end);
+    });
+    EXPECT_EQ(code(std::int64_t{50}, std::int64_t{8}), 84);
+}
+
 // Every jump, forwards and backwards, near and far.
 TEST_F(AssemblerTest, JumpsAndAddressesOfLabels) {
     for (const int far : {0, 1}) {
@@ -335,6 +377,9 @@ TEST_F(AssemblerTest, JumpsAndAddressesOfLabels) {
             assembler.jump(before);
             assembler.jump(behind);
             text += "jmp before\n{disp32} jmp behind\n";
+            assembler.call(before);
+            assembler.call(behind);
+            text += "call before\ncall behind\n";
             for (unsigned number = 0; number < 16; ++number) {
                 assembler.load_address(static_cast<Register>(number), before);
                 assembler.load_address(static_cast<Register>(number), behind);
