@@ -18,6 +18,7 @@
 #include <algorithm>
 #include <new>
 
+#include "fast/links.h"
 #include "fast/records.h"
 #include "fast/statement.h"
 #include "native/emitter.h"
@@ -26,6 +27,7 @@
 #include "program/arenas.h"
 #include "program/keywords.h"
 #include "program/line_starts.h"
+#include "program/program_store.h"
 #include "run/control_stacks.h"
 #include "run/native.h"
 #include "values/array_keepers.h"
@@ -178,6 +180,21 @@ bool is_worth_entering(const Place& place) {
     return has_entry(place.at) && (stays || first_threshold == 1);
 }
 
+// Where the lines without code begin that a statement of a long program is among, or some of them: what one
+// piece leaves out in front of itself would be small pieces later, and each way from one to another takes as
+// long as many statements.
+Token* begin_of_gap(Token* at) {
+    constexpr std::uint32_t most = most_places / 2;
+    const std::uint32_t line = fast::as<fast::EndRecord>(fast::end_of_line(at)).line;
+    if (line == direct_line) return at;
+    for (std::uint32_t i = 1; i <= most && i <= line; ++i) {
+        Token* before = program.lines[line - i].tokens;
+        if (before == nullptr || !is_ready(before) || is_native(before)) break;
+        at = before;
+    }
+    return at;
+}
+
 // Finds the statements that are to have code, at most so many; `is_cut`: there are more. Gives how many of
 // them had none.
 std::size_t find_region(Token* first, std::size_t most, bool& is_cut) {
@@ -188,6 +205,7 @@ std::size_t find_region(Token* first, std::size_t most, bool& is_cut) {
     region.clear();
     lead_to_loops();
     region.lead_to(first);
+    if (leaves_out) region.lead_to(begin_of_gap(first));
     while (region.pending.count != 0) {
         Token* at = region.pending.tokens[--region.pending.count];
         Place* place = region.find_or_add(at);

@@ -63,10 +63,12 @@ void Emitter::write_scalar(const VariableEntry& variable, std::int16_t value) {
         write_whole(place(variable.storage), variable.type, whole_register(0));
         return;
     }
-    // What a variable in a register is on the left side of is computed there.
+    // Where a variable in a register is the left side of a sum of reals, that is computed there: nothing else
+    // is before the right side has been.
     const KeptVariable* kept = variables_kept.find(variable.storage);
     const Node& sum = node_at(value);
-    if (kept != nullptr && sum.form == Form::binary && node_at(sum.left).form == Form::variable &&
+    const bool is_real = fast::domain_of_kind(sum.kind) != fast::Domain::whole;
+    if (kept != nullptr && sum.form == Form::binary && is_real && node_at(sum.left).form == Form::variable &&
         node_at(sum.left).storage == variable.storage)
         first_real = kept->where;
     real(value, 0, 0);
