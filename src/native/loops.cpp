@@ -236,7 +236,7 @@ Condition Emitter::emit_sum_of_reals(const ForEntry& entry, const VariableEntry&
     const KeptVariable* kept = variables_kept.find(storage);
     const Type type = variable.type;
     if (kept != nullptr)
-        first_real = kept->where;
+        copy(first_real, kept->where);
     else
         load_real(first_real, type, place(storage));
     on(Operation::addsd, first_real, &entry.step_as_double);
