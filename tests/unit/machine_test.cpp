@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -19,6 +20,12 @@ uefi::Status EFIAPI returns(uefi::Handle, uefi::SystemTable*) {
 
 uefi::Status EFIAPI exits(uefi::Handle image, uefi::SystemTable* system) {
     system->BootServices->Exit(image, 43, 0, nullptr);
+    return 0;
+}
+
+uefi::Status EFIAPI never_ends(uefi::Handle, uefi::SystemTable*) {
+    for (volatile bool goes_on = true; goes_on;) {
+    }
     return 0;
 }
 
@@ -44,6 +51,18 @@ TEST(MachineTest, ExitEndsTheApplication) {
     Machine machine(Config{}, {"", exits});
     EXPECT_EQ(machine.run(), Stop::returned);
     EXPECT_EQ(machine.status(), 43U);
+}
+
+TEST(MachineTest, TellsWhereItStandsWhenItsTimeIsUp) {
+    Machine machine(Config{}, {"", never_ends});
+    ASSERT_EQ(machine.run(std::chrono::milliseconds(20)), Stop::timed_out);
+    const std::string report = machine.fault_report();
+    const std::string begin = "the time limit has passed, outside the image at 0x";
+    ASSERT_TRUE(report.starts_with(begin)) << report;
+    const std::uint64_t place = std::stoull(report.substr(begin.size()), nullptr, 16);
+    const auto function = reinterpret_cast<std::uint64_t>(never_ends);
+    EXPECT_GE(place, function);
+    EXPECT_LT(place, function + 1000);
 }
 
 TEST(MachineTest, StopsWhereverAKeyIsWaitedFor) {
