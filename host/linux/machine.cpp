@@ -158,7 +158,7 @@ void Machine::on_time_limit(int, siginfo_t*, void* context) {
     const auto& at = *static_cast<const ucontext_t*>(context);
     const auto place = static_cast<std::uint64_t>(at.uc_mcontext.gregs[REG_RIP]);
     if (running->runs_at(place)) {
-        running->fault_report_ = "the time limit has passed" + running->describe_place(place);
+        running->stopped_at_ = place;
         running->stop_ = Stop::timed_out;
         running->started_ = false;
         before_switch(nullptr, running->host_stack_, running->host_stack_size_);
@@ -242,9 +242,9 @@ void Machine::switch_to_host(Stop stop) {
     after_switch(image_fiber_, &host_stack_, &host_stack_size_);
 }
 
-Stop Machine::run(std::chrono::milliseconds limit) {
-    const TimeLimit time_limit(limit, on_time_limit);
-    ticks_past_limit_ = 0;
+// Nothing else is in this function: what a compiler keeps of it in registers is lost between the two ways
+// back.
+void Machine::switch_to_image() {
     const auto stack = firmware_.stack().bytes();
     if (!started_) {
         started_ = true;
@@ -257,6 +257,13 @@ Stop Machine::run(std::chrono::milliseconds limit) {
     before_switch(&host_fiber_, stack.data(), stack.size());
     swapcontext(&host_context_, &image_context_);
     after_switch(host_fiber_, nullptr, nullptr);
+}
+
+Stop Machine::run(std::chrono::milliseconds limit) {
+    const TimeLimit time_limit(limit, on_time_limit);
+    ticks_past_limit_ = 0;
+    switch_to_image();
+    if (stop_ == Stop::timed_out) fault_report_ = "the time limit has passed" + describe_place(stopped_at_);
     return stop_;
 }
 

@@ -86,6 +86,7 @@ class Machine {
 
     void key_wanted(KeyWant want);
     void switch_to_host(Stop stop);
+    void switch_to_image();
     void install_signal_handlers();
     bool runs_at(std::uint64_t place) const;
     std::string describe_place(std::uint64_t place) const;
@@ -109,6 +110,7 @@ class Machine {
     Stop stop_ = Stop::returned;
     uefi::Status status_ = uefi::success;
     std::string fault_report_;
+    std::uint64_t stopped_at_ = 0;      // where the time limit passed
     std::uint64_t poll_interval_ = 0;   // microseconds
     std::uint64_t last_poll_stop_ = 0;  // microseconds of the monotonic clock
 };
